@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+
+#include "TNV_SampleBenchNative/Export.h"
+
+class TNVTrainSet;
+
+/// Handle on a train set: one picture with its marks. The project owns the train set; the handle
+/// owns nothing and dangles once the train set was removed or the project was loaded anew. Methods
+/// need a handle that is not null. For use on the front end's thread.
+class TNV_SAMPLEBENCH_API WTNVTrainSet {
+ public:
+  /// A null handle.
+  WTNVTrainSet();
+  explicit WTNVTrainSet(TNVTrainSet* trainSet);
+  WTNVTrainSet(const WTNVTrainSet& other);
+  WTNVTrainSet& operator=(const WTNVTrainSet& other);
+  ~WTNVTrainSet();
+
+  /// The train set itself, borrowed; null for a null handle.
+  TNVTrainSet* getNativeTrainSet() const;
+
+  /// The path of the picture as it was given when it was added. Empty as long as the train set's
+  /// data were not read, see `wLoadData`.
+  std::string getImagePath() const;
+
+  /// Number of marks; 0 as long as the train set's data were not read.
+  int getMarkCount() const;
+
+  /// Size of the picture in pixels. The first call may have to read the picture, and waits up to
+  /// five seconds for a main process to do so. 0 and 0 if the picture cannot be read.
+  void getImageSize(int& width, int& height) const;
+
+  /// Reads the train set's data (path, marks, comment) if they are not in memory yet: a project
+  /// that was loaded knows no more of a train set than where its file lies. True if the data are in
+  /// memory afterwards; a missing file gives false and a line in the log, a damaged one throws.
+  bool wLoadData() const;
+
+ private:
+  TNVTrainSet* native;
+};

@@ -1,0 +1,65 @@
+#include "foundation/Files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace tnv {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool writeFile(const std::string& path, std::string_view content) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file.write(content.data(), static_cast<std::streamsize>(content.size()));
+  file.close();
+  return file.good();
+}
+
+}  // namespace
+
+std::optional<std::string> readFile(const std::string& path) {
+  std::error_code error;
+  if (fs::is_directory(path, error)) return std::nullopt;
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return std::nullopt;
+  std::string content;
+  const auto size = fs::file_size(path, error);
+  if (!error) content.reserve(size);
+  content.assign(std::istreambuf_iterator<char>(file), {});
+  if (file.bad()) return std::nullopt;
+  return content;
+}
+
+bool replaceFile(const std::string& path, std::string_view content) {
+  const std::string written = path + ".new";
+  std::error_code error;
+  if (writeFile(written, content)) {
+    fs::rename(written, path, error);
+    if (!error) return true;
+  }
+  fs::remove(written, error);
+  return false;
+}
+
+std::vector<std::string_view> splitLines(std::string_view text) {
+  std::vector<std::string_view> lines;
+  while (!text.empty()) {
+    const auto end = std::min(text.find('\n'), text.size());
+    lines.push_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return lines;
+}
+
+bool isPlainName(std::string_view name) {
+  if (name.empty() || name == "." || name == "..") return false;
+  return std::none_of(name.begin(), name.end(), [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return c == '/' || c == '\\' || byte < 0x20 || byte == 0x7f;
+  });
+}
+
+}  // namespace tnv

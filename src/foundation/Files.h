@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tnv {
+
+/// The whole content of a regular file, or nothing when it cannot be read.
+std::optional<std::string> readFile(const std::string& path);
+
+/// Puts `content` in the place of the file: it is written beside the target and renamed over it, so
+/// that an earlier file stays readable whatever happens half way. False when that failed; then the
+/// earlier file is untouched.
+bool replaceFile(const std::string& path, std::string_view content);
+
+/// The lines of a text, without their line feeds. What follows the last line feed is a line only
+/// when it is not empty.
+std::vector<std::string_view> splitLines(std::string_view text);
+
+/// True when a name given by a person or a file can be a directory entry of its own: not empty, not
+/// "." or "..", without slash, backslash and control characters.
+bool isPlainName(std::string_view name);
+
+}  // namespace tnv

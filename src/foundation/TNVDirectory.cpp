@@ -1,0 +1,184 @@
+#include "foundation/TNVDirectory.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cctype>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+#include <openssl/evp.h>
+
+#include "foundation/Files.h"
+#include "foundation/Log.h"
+#include "foundation/Platform.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string withForwardSlashes(std::string path) {
+  std::replace(path.begin(), path.end(), '\\', '/');
+  return path;
+}
+
+std::string lowerCased(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) {
+    return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  });
+  return text;
+}
+
+template <class Iterator>
+std::vector<TNVFileInfo> filteredEntries(Iterator entries, const std::vector<std::string>& types) {
+  std::vector<std::string> wanted;
+  std::transform(types.begin(), types.end(), std::back_inserter(wanted), lowerCased);
+  std::vector<TNVFileInfo> result;
+  for (const fs::directory_entry& entry : entries) {
+    const TNVFileInfo info(entry.path().string());
+    const auto times =
+        wanted.empty() ? 1 : std::count(wanted.begin(), wanted.end(), lowerCased(info.extension));
+    result.insert(result.end(), static_cast<std::size_t>(times), info);
+  }
+  return result;
+}
+
+std::string hexText(const unsigned char* bytes, std::size_t count) {
+  constexpr char digits[] = "0123456789abcdef";
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i) {
+    text += digits[bytes[i] >> 4];
+    text += digits[bytes[i] & 15];
+  }
+  return text;
+}
+
+}  // namespace
+
+void TNVDirectory::createDirectory(const std::string& path) {
+  try {
+    fs::create_directories(path);
+  } catch (const std::exception&) {
+    tnv::logLine("TNVDirectory::createDirectory: Error while creating directories!");
+  }
+}
+
+bool TNVDirectory::exists(const std::string& path) {
+  return fs::exists(path);
+}
+
+void TNVDirectory::remove(const std::string& path) {
+  std::error_code error;
+  fs::remove_all(path, error);
+  if (error) throw fs::filesystem_error("remove_all", path, error);
+}
+
+std::vector<TNVFileInfo> TNVDirectory::readFiles(const std::string& path,
+                                                 const std::vector<std::string>& types,
+                                                 bool recursive) {
+  if (!exists(path)) {
+    tnv::logLine("TNVDirectory::readFiles: Path '" + path + "' not found!");
+    return {};
+  }
+  if (recursive) return filteredEntries(fs::recursive_directory_iterator(path), types);
+  return filteredEntries(fs::directory_iterator(path), types);
+}
+
+std::vector<std::string> TNVDirectory::readFileNames(const std::string& path,
+                                                     const std::vector<std::string>& types) {
+  std::vector<std::string> names;
+  if (!exists(path)) return names;
+  for (const TNVFileInfo& info : readFiles(path, types, false))
+    names.push_back(info.fileName);
+  return names;
+}
+
+std::vector<std::string> TNVDirectory::readDirectories(const std::string& path) {
+  std::vector<std::string> result;
+  if (!exists(path)) {
+    tnv::logLine("TNVDirectory::readDirectories: Path '" + path + "' not found!");
+    return result;
+  }
+  for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
+    if (!entry.is_directory()) continue;
+    std::string directory = withForwardSlashes(entry.path().string());
+    if (!directory.ends_with('/')) directory += '/';
+    result.push_back(std::move(directory));
+  }
+  return result;
+}
+
+std::string TNVDirectory::getLastDirectoryName(const std::string& path) {
+  if (!fs::is_directory(path)) {
+    tnv::logLine("TNVDirectory::getLastDirectoryName: '" + path + "' is not direcotry!");
+    return {};
+  }
+  std::string name;
+  std::size_t start = 0;
+  for (auto slash = path.find('/'); slash != std::string::npos; slash = path.find('/', start)) {
+    if (slash > start) name = path.substr(start, slash - start);
+    start = slash + 1;
+  }
+  return name;
+}
+
+std::string TNVDirectory::normalizePath(const std::string& path) {
+  std::string result = withForwardSlashes(path);
+  std::error_code error;
+  if (!result.ends_with('/') && fs::is_directory(result, error)) result += '/';
+  return result;
+}
+
+void TNVDirectory::copy(const std::string& from, const std::string& to) {
+  std::error_code error;
+  fs::copy(from, to, fs::copy_options::recursive, error);
+  if (error) throw fs::filesystem_error("copy", from, to, error);
+}
+
+std::vector<std::string> TNVDirectory::readLines(const std::string& file) {
+  const std::string content = tnv::readFile(file).value_or("");
+  const auto lines = tnv::splitLines(content);
+  return {lines.begin(), lines.end()};
+}
+
+long long TNVDirectory::fileSize(const std::string& file) {
+  std::error_code error;
+  if (fs::is_directory(file, error)) return -1;
+  std::ifstream stream(file, std::ios::binary | std::ios::ate);
+  return stream ? static_cast<long long>(stream.tellg()) : -1;
+}
+
+std::string TNVDirectory::fileMD5(const std::string& file) {
+  std::error_code error;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream || fs::is_directory(file, error)) return {};
+  const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(),
+                                                                        EVP_MD_CTX_free);
+  if (!context || EVP_DigestInit_ex(context.get(), EVP_md5(), nullptr) != 1) return {};
+  // Read in pieces, so that memory does not grow with the file.
+  std::vector<char> piece(std::size_t{1} << 20);
+  while (stream) {
+    stream.read(piece.data(), static_cast<std::streamsize>(piece.size()));
+    EVP_DigestUpdate(context.get(), piece.data(), static_cast<std::size_t>(stream.gcount()));
+  }
+  if (stream.bad()) return {};
+  std::array<unsigned char, EVP_MAX_MD_SIZE> digest;
+  unsigned length = 0;
+  EVP_DigestFinal_ex(context.get(), digest.data(), &length);
+  return hexText(digest.data(), length);
+}
+
+std::string makeUniqueName() {
+  static std::atomic<unsigned> counter{0};
+  return makeUniqueName(tnv::localTime(std::time(nullptr)), counter++);
+}
+
+std::string makeUniqueName(const std::tm& time, unsigned counter) {
+  std::array<char, 80> text;
+  std::snprintf(text.data(), text.size(), "%02d%02d%04d%02d%02d%02d%u", time.tm_mon + 1,
+                time.tm_mday, time.tm_year + 1900, time.tm_hour, time.tm_min, time.tm_sec, counter);
+  return text.data();
+}

@@ -1,0 +1,13 @@
+#include "foundation/TNVFileInfo.h"
+
+#include <algorithm>
+
+TNVFileInfo::TNVFileInfo(const std::string& path) : fullPath(path) {
+  std::replace(fullPath.begin(), fullPath.end(), '\\', '/');
+  const auto slash = fullPath.rfind('/');
+  fileName = slash == std::string::npos ? fullPath : fullPath.substr(slash + 1);
+  directory = fullPath.substr(0, slash) + "/";
+  baseName = fileName.substr(0, fileName.find('.'));
+  const auto dot = fileName.rfind('.');
+  if (dot != std::string::npos && dot != 0) extension = fileName.substr(dot + 1);
+}

@@ -1,0 +1,153 @@
+#include "foundation/XmlStorage.h"
+
+#include <string_view>
+
+#include "foundation/Files.h"
+
+namespace tnv {
+
+namespace {
+
+/// The parser of `cv::FileStorage` calls itself for each level; no file of ours comes near this.
+constexpr int kDeepestNesting = 1000;
+
+/// How deep elements are nested, counted without regard to their names.
+int nestingDepth(std::string_view xml) {
+  int depth = 0;
+  int deepest = 0;
+  for (auto at = xml.find('<'); at != xml.npos; at = xml.find('<', at + 1)) {
+    if (at + 1 >= xml.size() || xml[at + 1] == '?' || xml[at + 1] == '!') continue;
+    depth += xml[at + 1] == '/' ? -1 : 1;
+    deepest = std::max(deepest, depth);
+  }
+  return deepest;
+}
+
+std::string escaped(const std::string& text) {
+  std::string result;
+  for (const char c : text) {
+    switch (c) {
+      case '"':
+        result += "&quot;";
+        break;
+      case '&':
+        result += "&amp;";
+        break;
+      case '<':
+        result += "&lt;";
+        break;
+      case '>':
+        result += "&gt;";
+        break;
+      case '\n':
+        result += "&#x0a;";
+        break;
+      case '\r':
+        result += "&#x0d;";
+        break;
+      case '\t':
+        result += "&#x09;";
+        break;
+      default:
+        result += c;
+    }
+  }
+  return result;
+}
+
+template <class T>
+std::vector<T> readVector(const cv::FileNode& node) {
+  std::vector<T> values;
+  if (!node.empty()) node >> values;
+  return values;
+}
+
+template <class T>
+void writeRaw(cv::FileStorage& storage, const std::string& name, const char* layout,
+              const std::vector<T>& values) {
+  storage << name << "[:";
+  storage.writeRaw(layout, values.data(), values.size() * sizeof(T));
+  storage << "]";
+}
+
+}  // namespace
+
+cv::FileStorage openXml(const std::string& path) {
+  const auto content = readFile(path);
+  if (!content || content->empty()) return {};
+  // Other formats that the storage would guess from the first bytes are none of ours.
+  if (!content->starts_with("<?xml")) CV_Error(cv::Error::StsParseError, "No XML file: " + path);
+  if (nestingDepth(*content) > kDeepestNesting) {
+    CV_Error(cv::Error::StsParseError, "Too deeply nested: " + path);
+  }
+  return {*content, cv::FileStorage::READ | cv::FileStorage::MEMORY};
+}
+
+cv::FileStorage newXml() {
+  return {".xml", cv::FileStorage::WRITE | cv::FileStorage::MEMORY | cv::FileStorage::FORMAT_XML};
+}
+
+bool replaceXml(cv::FileStorage& storage, const std::string& path) {
+  return replaceFile(path, storage.releaseAndGetString());
+}
+
+cv::FileNode child(const cv::FileNode& node, const std::string& name) {
+  return node.isMap() ? node[name] : cv::FileNode();
+}
+
+std::string readText(const cv::FileNode& node, const std::string& defaultValue) {
+  return node.isString() ? node.string() : defaultValue;
+}
+
+int readInt(const cv::FileNode& node, int defaultValue) {
+  int value = 0;
+  cv::read(node, value, defaultValue);
+  return value;
+}
+
+cv::Point2d readPoint(const cv::FileNode& node) {
+  const auto values = readVector<double>(node);
+  return values.size() == 2 ? cv::Point2d(values[0], values[1]) : cv::Point2d();
+}
+
+cv::Size readSize(const cv::FileNode& node) {
+  const auto values = readVector<int>(node);
+  return values.size() == 2 ? cv::Size(values[0], values[1]) : cv::Size();
+}
+
+std::vector<cv::Point2d> readPoints(const cv::FileNode& node) {
+  return readVector<cv::Point2d>(node);
+}
+
+std::vector<int> readInts(const cv::FileNode& node) {
+  return readVector<int>(node);
+}
+
+void writeText(cv::FileStorage& storage, const std::string& name, const std::string& text) {
+  if (text.size() > kLongestXmlText) {
+    CV_Error(cv::Error::StsBadArg, "The text of \"" + name + "\" is too long");
+  }
+  // The storage takes a text between double quotes for one that is quoted already and writes it as
+  // it stands, quotes within and all.
+  const bool looksQuoted = text.starts_with('"') && text.ends_with('"');
+  storage << name << (looksQuoted ? '"' + escaped(text) + '"' : text);
+}
+
+void writePoint(cv::FileStorage& storage, const std::string& name, cv::Point2d point) {
+  storage << name << "[:" << point.x << point.y << "]";
+}
+
+void writeSize(cv::FileStorage& storage, const std::string& name, cv::Size size) {
+  storage << name << "[:" << size.width << size.height << "]";
+}
+
+void writePoints(cv::FileStorage& storage, const std::string& name,
+                 const std::vector<cv::Point2d>& points) {
+  writeRaw(storage, name, "2d", points);
+}
+
+void writeInts(cv::FileStorage& storage, const std::string& name, const std::vector<int>& values) {
+  writeRaw(storage, name, "1i", values);
+}
+
+}  // namespace tnv

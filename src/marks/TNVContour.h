@@ -1,0 +1,59 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+/// Pure functions over point lists and pictures. Points are pixels unless said otherwise.
+namespace TNVContour {
+
+using Points = std::vector<cv::Point2d>;
+
+/// Start x, start y, end x, end y.
+using Segment = std::array<double, 4>;
+
+/// `count` points spaced evenly along the line, both ends included. Empty, with a log line, for
+/// less than two points or a count below 2.
+Points consistentDevidePointLine(const Points& points, int count);
+
+/// Top left, top right, bottom right, bottom left.
+Points rectCorners(double x, double y, double width, double height);
+
+/// The box around the points. Not to be called with an empty list.
+cv::Rect2d boundingRectOfPoints(const Points& points);
+
+/// Fills the outline in the mask.
+void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour, const cv::Scalar& value);
+
+/// The part of the picture under the rectangle at the rectangle's full size, `fill` where it leaves
+/// the picture. A rectangle that ends left of or above the picture throws a `cv::Exception`.
+cv::Mat cropWithBorder(const cv::Mat& source, const cv::Rect& rect, const cv::Scalar& fill);
+
+/// What a window of the size `target` shows at that zoom around `centre`, black outside the
+/// picture.
+cv::Mat resizedCrop(const cv::Mat& source, cv::Point centre, cv::Size target, double zoom);
+
+/// Scales so that the columns (`byWidth`) or the rows get exactly that length, by pyramid steps and
+/// one linear step. Returns the factor. A length of 0 or the present one gives a deep copy.
+double resizeToLength(const cv::Mat& source, cv::Mat& destination, int length, bool byWidth);
+
+/// The dashes of a line along the pixels that it covers in the picture.
+std::vector<Segment> dashSegments(const cv::Mat& image, const Points& points, int onLength,
+                                  int offLength, bool closed);
+
+void drawDashedPolyline(cv::Mat& image, const Points& points, const cv::Scalar& colour,
+                        int onLength, int offLength, int thickness, bool closed);
+void drawDashedCircle(cv::Mat& image, cv::Point2d centre, float radius, const cv::Scalar& colour,
+                      int thickness);
+void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv::Scalar& colour,
+                       int thickness);
+
+/// `cv::line`, which throws for a thickness below 1; such a line is drawn with thickness 1.
+void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour,
+              int thickness);
+
+/// Rounds each coordinate to the nearest integer.
+cv::Point rounded(cv::Point2d point);
+
+}  // namespace TNVContour

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+class TNVMark;
+
+/// One picture with its marks: the record in memory of one XML file. It comes into being with
+/// little more than a path; the marks are read on first need, the picture apart from them.
+class TNVTrainSet {
+ public:
+  /// A record that is to be loaded; the caller sets `dataPath`.
+  TNVTrainSet();
+
+  /// A record of a picture being added. With a `basePath` the picture is taken to lie there.
+  TNVTrainSet(const std::string& imagePath, const std::string& basePath);
+  ~TNVTrainSet();
+  TNVTrainSet(const TNVTrainSet&) = delete;
+  TNVTrainSet& operator=(const TNVTrainSet&) = delete;
+
+  /// Reads the record's file and adds its marks. Nothing but log lines and `dataLoaded` tells of a
+  /// failure; a malformed file throws a `cv::Exception`.
+  void load();
+
+  /// Writes the record's file if the record was loaded and has changed. False, with a log line,
+  /// when the file could not be written; the record stays flagged as changed then.
+  bool save(const std::string& directory);
+
+  /// The path of the record's file; a new record gets its name here.
+  std::string getDataPath(const std::string& directory);
+
+  /// Appends a copy of the mark with an id of this record; null for a kind that is not known.
+  TNVMark* addMark(const TNVMark& source);
+
+  /// Takes the mark out. It is no longer drawn nor saved, but stays readable as long as the record.
+  void removeMark(TNVMark* mark);
+
+  /// The marks in the order of addition, which is the drawing order.
+  std::vector<TNVMark*> markPointers() const;
+
+  /// The size of the picture, fetching the picture if the size is not known yet. Zero without one.
+  cv::Size getImageSize();
+
+  /// Sets the comment unless it is too long to be stored: then false and a log line.
+  bool setComment(const std::string& newComment);
+
+  void loadImage();
+
+  /// The picture at its full size. Waits up to five seconds for another thread to load it.
+  cv::Mat getImage();
+  cv::Mat getImageCached();
+  bool addImageCache(const std::string& cacheDirectory, int maxSize, int quality);
+  bool hasImageCache() const;
+
+  /// Deletes the cache file and forgets it.
+  void dropImageCache();
+
+  bool isImageLoaded();
+
+  /// Gives the picture up again.
+  void releaseImage();
+
+  int markIdNext = 0;
+  int workflow = -1;
+  bool changed = true;
+  bool current = false;
+  cv::Mat image;             ///< guarded by `mutex`
+  bool imageLoaded = false;  ///< guarded by `mutex`
+  std::mutex mutex;
+  std::string uniqueName;
+  std::string imagePath;
+  std::string imagePathAbs;
+  std::string dataPath;
+  bool dataLoaded = false;
+  int imageWidth = 0;
+  int imageHeight = 0;
+  std::vector<std::unique_ptr<TNVMark>> marks;
+  TNVMark* designedMark = nullptr;  ///< owned by the mark handler
+  std::vector<cv::Point2d> designPoints;
+  std::string comment;
+  bool useSpecialTest = false;
+  bool remove = false;
+  std::string imageCachePath;
+  cv::Size imageCacheSize;
+
+ private:
+  void addMarkFrom(const cv::FileNode& node);
+  void writeNodes(cv::FileStorage& storage);
+
+  std::vector<std::unique_ptr<TNVMark>> removedMarks;
+};

@@ -1,0 +1,40 @@
+#include "support/Pictures.h"
+
+#include <opencv2/imgcodecs.hpp>
+
+cv::Mat patternedPicture(int width, int height) {
+  cv::Mat picture(height, width, CV_8UC3);
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      picture.at<cv::Vec3b>(y, x) = cv::Vec3b(static_cast<uchar>((x * 7 + y * 3) % 256),
+                                              static_cast<uchar>((x * 2 + y * 5 + 40) % 256),
+                                              static_cast<uchar>((x + y * 11 + 90) % 256));
+    }
+  }
+  return picture;
+}
+
+std::string writePicture(const std::string& path, int width, int height) {
+  cv::imwrite(path, patternedPicture(width, height));
+  return path;
+}
+
+::testing::AssertionResult samePixels(const cv::Mat& expected, const cv::Mat& actual) {
+  if (expected.size() != actual.size() || expected.type() != actual.type()) {
+    return ::testing::AssertionFailure()
+           << "expected " << expected.size() << " of type " << expected.type() << ", got "
+           << actual.size() << " of type " << actual.type();
+  }
+  for (int y = 0; y < expected.rows; ++y) {
+    for (int x = 0; x < expected.cols; ++x) {
+      const auto* wanted =
+          expected.ptr<uchar>(y) + static_cast<std::size_t>(x) * expected.elemSize();
+      const auto* seen = actual.ptr<uchar>(y) + static_cast<std::size_t>(x) * actual.elemSize();
+      if (std::equal(wanted, wanted + expected.elemSize(), seen)) continue;
+      return ::testing::AssertionFailure()
+             << "first difference at (" << x << ", " << y << "): expected " << int{wanted[0]}
+             << ", got " << int{seen[0]} << " in the first channel";
+    }
+  }
+  return ::testing::AssertionSuccess();
+}
