@@ -4,14 +4,15 @@
 
 namespace tnv {
 
-/// Gives the pixels of a picture out without copying them. The picture must be a header on a member
-/// that stays alive. An empty picture gives null and zeros.
-inline void handOut(const cv::Mat& picture, unsigned char** data, int* width, int* height,
-                    int* channels) {
-  *data = picture.empty() ? nullptr : picture.data;
-  *width = picture.cols;
-  *height = picture.rows;
-  *channels = picture.empty() ? 0 : picture.channels();
+/// Hands a picture out without a copy: the pixels stay those of the picture. An empty one gives
+/// null and zeros.
+inline void handOutPicture(const cv::Mat& picture, unsigned char** data, int* width, int* height,
+                           int* channels) {
+  const bool empty = picture.empty();
+  *data = empty ? nullptr : picture.data;
+  *width = empty ? 0 : picture.cols;
+  *height = empty ? 0 : picture.rows;
+  *channels = empty ? 0 : picture.channels();
 }
 
 }  // namespace tnv

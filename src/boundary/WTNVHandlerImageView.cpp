@@ -35,7 +35,7 @@ WTNVHandlerImageView::~WTNVHandlerImageView() {
 
 void WTNVHandlerImageView::wGetARImage(unsigned char** data, int* width, int* height,
                                        int* channels) {
-  tnv::handOut(native->getARImage(), data, width, height, channels);
+  tnv::handOutPicture(native->getARImage(), data, width, height, channels);
 }
 
 void WTNVHandlerImageView::wGetARImageSize(int& width, int& height) const {
