@@ -113,9 +113,9 @@ std::string WTNVGenerationDarknet::wGetWeightsDownloadAdress() const {
 }
 
 std::string WTNVGenerationDarknet::wGetConfigDescriptor() const {
-  return "configs";
+  return TNVGenerationDarknet::kConfigDescriptor;
 }
 
 std::string WTNVGenerationDarknet::wGetNetDescriptor() const {
-  return "nets";
+  return TNVGenerationDarknet::kNetDescriptor;
 }

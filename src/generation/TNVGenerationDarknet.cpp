@@ -31,8 +31,6 @@ const std::string kWeightsFileKey = "Generation.Darknet.WeightsFile";
 const std::string kWeightsCopyKey = "Generation.Darknet.WeightsCopy";
 const std::string kAbsPathInFileKey = "Generation.Darknet.AbsPathInFile";
 
-const std::string kConfigs = "configs";
-const std::string kNets = "nets";
 const std::string kWeightsPath = "darknet/weights/";
 
 /// Far outside of any picture, and far enough from the ends of the 32-bit range for the library to
@@ -131,8 +129,8 @@ double readRatio(const TNVSettings& settings) {
 
 TNVGenerationDarknet::TNVGenerationDarknet() {
   name = "Darknet";
-  templates[kConfigs].path = "darknet/configs/";
-  templates[kNets].path = "darknet/nets/";
+  templates[kConfigDescriptor].path = "darknet/configs/";
+  templates[kNetDescriptor].path = "darknet/nets/";
 }
 
 std::string TNVGenerationDarknet::getName() const {
@@ -202,8 +200,8 @@ bool TNVGenerationDarknet::process(const TNVAugmentSample& sample) {
 }
 
 bool TNVGenerationDarknet::processAfter() {
-  writeTemplate(kConfigs);
-  writeTemplate(kNets);
+  writeTemplate(kConfigDescriptor);
+  writeTemplate(kNetDescriptor);
   std::mt19937 twister(kShuffleSeed);
   tnv::shuffle(twister, samples);
   divide(samples, testRatio);
@@ -222,8 +220,8 @@ bool TNVGenerationDarknet::processAfter() {
 }
 
 std::vector<std::string> TNVGenerationDarknet::validateConfig() const {
-  const Template& config = findTemplate(kConfigs);
-  const Template& net = findTemplate(kNets);
+  const Template& config = findTemplate(kConfigDescriptor);
+  const Template& net = findTemplate(kNetDescriptor);
   const std::pair<const std::string&, const char*> checks[] = {
       {sampleDirectory, "Sample directory is not set!"},
       {dataDirectory, "Darknet data directory is not set!"},

@@ -168,7 +168,8 @@ bool TNVHandlerAugment::processOne(TNVTrainSet* trainSet, TNVGeneration& generat
   if (!rootTask && !sample.image.empty()) return false;
   // A sample without a picture only has its failure reported.
   const TNVAugmentDefault noTask;
-  TNVAugment::processTrainSet(rootTask ? *rootTask : noTask, sample, &generation);
+  const TNVAugment* task = rootTask.get();
+  TNVAugment::processTrainSet(task ? *task : noTask, sample, &generation);
   return true;
 }
 
