@@ -23,11 +23,17 @@ Points rectCorners(double x, double y, double width, double height);
 /// The box around the points. Not to be called with an empty list.
 cv::Rect2d boundingRectOfPoints(const Points& points);
 
+/// The outline's points rounded and held within a million pixels of the origin. The library fills
+/// row by row from an outline's topmost point, so that points further out would keep it busy for
+/// seconds.
+std::vector<cv::Point> roundedContour(const Points& points);
+
 /// Fills the outline in the mask.
 void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour, const cv::Scalar& value);
 
 /// The part of the picture under the rectangle at the rectangle's full size, `fill` where it leaves
-/// the picture. A rectangle that ends left of or above the picture throws a `cv::Exception`.
+/// the picture. A rectangle that ends left of or above the picture, has a negative size or is out
+/// of all proportion to the picture throws a `cv::Exception`.
 cv::Mat cropWithBorder(const cv::Mat& source, const cv::Rect& rect, const cv::Scalar& fill);
 
 /// What a window of the size `target` shows at that zoom around `centre`, black outside the

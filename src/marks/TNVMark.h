@@ -102,6 +102,9 @@ class TNVMark {
   void drawFrame(cv::Mat& view, cv::Size imageSize, const TNVTypeMarkStyleSet& style,
                  const Classes& classes) const;
 
+  /// The label for those draw infos that name the mark's classes; empty for all others.
+  std::string classLabel(const TNVTypeDrawInfo& info, const Classes& classes) const;
+
   /// One label in the common font.
   static void drawLabel(cv::Mat& view, const std::string& label, cv::Point bottomLeft,
                         const cv::Scalar& colour);

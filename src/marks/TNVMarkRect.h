@@ -30,4 +30,8 @@ class TNVMarkRect : public TNVMark {
   int getPOICountForSize(cv::Size imageSize) const override;
 
   cv::Point2d size{-1.0, -1.0};
+
+ private:
+  void drawLabels(cv::Mat& view, cv::Size imageSize, const TNVTypeDrawInfo& info,
+                  const Classes& classes, const cv::Rect2d& box, const cv::Scalar& colour) const;
 };

@@ -1,0 +1,296 @@
+#include "marks/TNVContour.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <optional>
+
+#include <opencv2/imgproc.hpp>
+
+#include "foundation/Log.h"
+#include "foundation/Numbers.h"
+
+namespace TNVContour {
+
+namespace {
+
+constexpr double kPi = 3.141592653589793;
+constexpr double kRadiansPerDegree = 0.017453292519943295;
+
+/// Pixels of a dash and of the gap behind it, along circles and ellipses.
+constexpr int kDashOn = 7;
+constexpr int kDashOff = 3;
+
+/// Corners that a dashed curve is drawn with at most. A rim that would need more lies far outside
+/// of any picture.
+constexpr int kMostCurvePoints = 1 << 16;
+
+/// Pixels from the origin beyond which outlines are not followed.
+constexpr int kFarthestContourPixel = 1 << 20;
+
+/// A crop may have this many pixels whatever the picture, or this many times those of the picture.
+constexpr std::int64_t kLargestFreeCrop = std::int64_t{1} << 26;
+constexpr std::int64_t kLargestCropFactor = 16;
+
+double distance(cv::Point2d a, cv::Point2d b) {
+  return std::hypot(b.x - a.x, b.y - a.y);
+}
+
+double lineLength(const Points& points) {
+  double length = 0.0;
+  for (std::size_t i = 1; i < points.size(); ++i)
+    length += distance(points[i - 1], points[i]);
+  return length;
+}
+
+void checkCropSize(const cv::Mat& source, cv::Size size) {
+  const std::int64_t pixels = std::int64_t{size.width} * size.height;
+  const std::int64_t sourcePixels = std::int64_t{source.cols} * source.rows;
+  if (pixels > std::max(kLargestFreeCrop, kLargestCropFactor * sourcePixels)) {
+    CV_Error(cv::Error::StsOutOfRange, "The crop is too large for its picture");
+  }
+}
+
+/// Start and length of a crop along one axis, in the source and in the crop.
+struct CropSpan {
+  int source;
+  int target;
+  int length;
+};
+
+CropSpan clipSpan(int start, int length, int available) {
+  CropSpan span{start, 0, length};
+  if (start < 0) span = {0, tnv::subtractSaturated(0, start), tnv::addSaturated(length, start)};
+  span.length = std::min(span.length, available - span.source);
+  return span;
+}
+
+bool needsAnotherStep(cv::Size size, int length, bool byWidth, bool shrinking) {
+  // No side gets shorter than one pixel, however often it is halved.
+  if (shrinking) return (byWidth ? size.width : size.height) / 2 > std::max(length, 0);
+  return std::int64_t{size.width} * 2 < length || std::int64_t{size.height} * 2 < length;
+}
+
+/// Cuts the pixels that it is fed one after the other into dashes.
+class Dasher {
+ public:
+  Dasher(int on, int off) : onLength(on), offLength(off) {}
+
+  void step(cv::Point2d pixel) {
+    ++count;
+    if (drawing) {
+      extend(pixel);
+    } else if (count > offLength) {
+      start = pixel;
+      toggle();
+    }
+  }
+
+  std::vector<Segment> finish() {
+    if (drawing && running) segments.push_back(*running);
+    return std::move(segments);
+  }
+
+ private:
+  void extend(cv::Point2d pixel) {
+    if (start.x < 0 && start.y < 0) start = pixel;
+    running = {start.x, start.y, pixel.x, pixel.y};
+    if (count <= onLength) return;
+    segments.push_back(*running);
+    toggle();
+  }
+
+  void toggle() {
+    drawing = !drawing;
+    count = 0;
+  }
+
+  int onLength;
+  int offLength;
+  bool drawing = true;
+  int count = 0;
+  cv::Point2d start{-1, -1};
+  std::optional<Segment> running;
+  std::vector<Segment> segments;
+};
+
+/// Ramanujan's second formula.
+double ellipsePerimeter(double a, double b) {
+  const double sum = a + b;
+  const double h = std::pow((a - b) / sum, 2);
+  return kPi * sum * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)));
+}
+
+}  // namespace
+
+Points consistentDevidePointLine(const Points& points, int count) {
+  if (points.size() < 2) {
+    tnv::logLine(
+        "TNVContour::consistentDevidePointLine: Can not devide points, line has to less points < "
+        "2!");
+    return {};
+  }
+  if (count < 2) {
+    tnv::logLine(
+        "TNVContour::consistentDevidePointLine: Can not devide points, target points < 2!");
+    return {};
+  }
+  const double step = lineLength(points) / (count - 1);
+  Points result{points.front()};
+  double carry = 0.0;
+  for (std::size_t i = 1; i < points.size(); ++i) {
+    const cv::Point2d a = points[i - 1];
+    const double length = distance(a, points[i]);
+    if (length == 0.0) continue;  // has no direction to walk in
+    const cv::Point2d direction = (points[i] - a) / length;
+    const double walked = length + carry;
+    const int steps = std::clamp(tnv::truncateToInt(std::floor(walked / step)), 0, count);
+    for (int m = 1; m <= steps; ++m)
+      result.push_back(a - carry * direction + m * step * direction);
+    carry = walked - steps * step;
+  }
+  if (result.size() != static_cast<std::size_t>(count)) result.push_back(points.back());
+  return result;
+}
+
+Points rectCorners(double x, double y, double width, double height) {
+  return {{x, y}, {x + width, y}, {x + width, y + height}, {x, y + height}};
+}
+
+cv::Rect2d boundingRectOfPoints(const Points& points) {
+  constexpr double largest = std::numeric_limits<double>::max();
+  // The smallest positive double, so that a list of negative coordinates ends at about zero.
+  constexpr double tiniest = std::numeric_limits<double>::min();
+  cv::Point2d low(largest, largest);
+  cv::Point2d high(tiniest, tiniest);
+  for (const cv::Point2d& point : points) {
+    low = {std::min(low.x, point.x), std::min(low.y, point.y)};
+    high = {std::max(high.x, point.x), std::max(high.y, point.y)};
+  }
+  return {low, high};
+}
+
+std::vector<cv::Point> roundedContour(const Points& points) {
+  const auto held = [](double value) {
+    return std::clamp(tnv::roundToInt(value), -kFarthestContourPixel, kFarthestContourPixel);
+  };
+  std::vector<cv::Point> contour;
+  for (const cv::Point2d& point : points)
+    contour.emplace_back(held(point.x), held(point.y));
+  return contour;
+}
+
+void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour,
+                     const cv::Scalar& value) {
+  if (contour.empty()) return;
+  cv::drawContours(mask, std::vector{contour}, 0, value, cv::FILLED, cv::LINE_8, cv::noArray(),
+                   std::numeric_limits<int>::max(), cv::Point());
+}
+
+cv::Mat cropWithBorder(const cv::Mat& source, const cv::Rect& rect, const cv::Scalar& fill) {
+  checkCropSize(source, rect.size());
+  cv::Mat crop(rect.size(), source.type(), fill);
+  if (rect.x > source.cols - 1 || rect.y > source.rows - 1) return crop;
+  const CropSpan x = clipSpan(rect.x, rect.width, source.cols);
+  const CropSpan y = clipSpan(rect.y, rect.height, source.rows);
+  source(cv::Rect(x.source, y.source, x.length, y.length))
+      .copyTo(crop(cv::Rect(x.target, y.target, x.length, y.length)));
+  return crop;
+}
+
+cv::Mat resizedCrop(const cv::Mat& source, cv::Point centre, cv::Size target, double zoom) {
+  const int width = tnv::roundToInt(target.width / zoom);
+  const int height = tnv::roundToInt(target.height / zoom);
+  const cv::Rect window(tnv::subtractSaturated(centre.x, width / 2),
+                        tnv::subtractSaturated(centre.y, height / 2), width, height);
+  cv::Mat shown;
+  cv::resize(cropWithBorder(source, window, cv::Scalar()), shown, target, 0, 0, cv::INTER_LINEAR);
+  return shown;
+}
+
+double resizeToLength(const cv::Mat& source, cv::Mat& destination, int length, bool byWidth) {
+  const int current = byWidth ? source.cols : source.rows;
+  if (length == 0 || length == current) {
+    destination = source.clone();
+    return 1.0;
+  }
+  const bool shrinking = length <= current;
+  cv::Mat scaled = source;
+  do {
+    cv::Mat next;
+    if (shrinking) {
+      cv::pyrDown(scaled, next);
+    } else {
+      cv::pyrUp(scaled, next);
+    }
+    scaled = next;
+  } while (needsAnotherStep(scaled.size(), length, byWidth, shrinking));
+  const double factor = static_cast<double>(length) / (byWidth ? scaled.cols : scaled.rows);
+  // A buffer of its own: that of the destination may be shared with somebody.
+  cv::Mat result;
+  cv::resize(scaled, result,
+             {tnv::roundToInt(scaled.cols * factor), tnv::roundToInt(scaled.rows * factor)}, 0, 0,
+             cv::INTER_LINEAR);
+  destination = result;
+  return static_cast<double>(length) / current;
+}
+
+std::vector<Segment> dashSegments(const cv::Mat& image, const Points& points, int onLength,
+                                  int offLength, bool closed) {
+  if (points.size() < 2) return {};
+  Dasher dasher(onLength, offLength);
+  const std::size_t edges = closed ? points.size() : points.size() - 1;
+  for (std::size_t i = 0; i < edges; ++i) {
+    // The iterator keeps to the pixels of the image.
+    cv::LineIterator pixel(image, rounded(points[i]), rounded(points[(i + 1) % points.size()]));
+    for (int n = 0; n < pixel.count; ++n, ++pixel)
+      dasher.step(pixel.pos());
+  }
+  return dasher.finish();
+}
+
+void drawDashedPolyline(cv::Mat& image, const Points& points, const cv::Scalar& colour,
+                        int onLength, int offLength, int thickness, bool closed) {
+  for (const Segment& dash : dashSegments(image, points, onLength, offLength, closed)) {
+    drawLine(image, rounded({dash[0], dash[1]}), rounded({dash[2], dash[3]}), colour, thickness);
+  }
+}
+
+void drawDashedCircle(cv::Mat& image, cv::Point2d centre, float radius, const cv::Scalar& colour,
+                      int thickness) {
+  // One point for 16 pixels of the rim.
+  const int count = std::min(tnv::truncateToInt(radius * 2 * kPi * 0.0625), kMostCurvePoints);
+  Points rim;
+  for (int i = 0; i < count; ++i) {
+    const double angle = i * (360.0 / count) * kRadiansPerDegree;
+    rim.emplace_back(std::cos(angle) * radius + centre.x, std::sin(angle) * radius + centre.y);
+  }
+  drawDashedPolyline(image, rim, colour, kDashOn, kDashOff, thickness, true);
+}
+
+void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv::Scalar& colour,
+                       int thickness) {
+  std::array<cv::Point2f, 4> corners;
+  ellipse.points(corners.data());
+  const double a = 0.5 * distance(corners[3], corners[0]);
+  const double b = 0.5 * distance(corners[0], corners[1]);
+  Points outline;
+  cv::ellipse2Poly(cv::Point2d(ellipse.center), cv::Size2d(a, b), tnv::truncateToInt(ellipse.angle),
+                   0, 360, 1, outline);
+  // One point for four pixels of the rim.
+  const int count = std::min(tnv::truncateToInt(ellipsePerimeter(a, b) * 0.25), kMostCurvePoints);
+  drawDashedPolyline(image, consistentDevidePointLine(outline, count), colour, kDashOn, kDashOff,
+                     thickness, true);
+}
+
+void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour,
+              int thickness) {
+  cv::line(image, from, to, colour, std::max(thickness, 1), cv::LINE_AA);
+}
+
+cv::Point rounded(cv::Point2d point) {
+  return {tnv::roundToInt(point.x), tnv::roundToInt(point.y)};
+}
+
+}  // namespace TNVContour

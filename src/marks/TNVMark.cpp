@@ -1,0 +1,273 @@
+#include "marks/TNVMark.h"
+
+#include <array>
+#include <cstdint>
+#include <random>
+
+#include <opencv2/imgproc.hpp>
+
+#include "editing/TNVType.h"
+#include "foundation/Numbers.h"
+#include "foundation/XmlStorage.h"
+#include "marks/TNVContour.h"
+#include "project/TNVDNNClass.h"
+
+namespace {
+
+/// The first channel of a style that takes the colour from the mark's classes.
+constexpr double kColourOfClasses = -1.0;
+
+/// Change tags lie in 1 to this.
+constexpr std::uint32_t kLargestTag = 10000;
+
+/// Pixels that are drawn, and pixels that are left out, along the selection frame.
+constexpr int kFrameOn = 8;
+constexpr int kFrameOff = 7;
+
+/// Names of the nodes in a train set's file; persisted.
+constexpr auto kType = "Type";
+constexpr auto kCenter = "Center";
+constexpr auto kPOIs = "POIs";
+constexpr auto kPOISize = "POISize";
+constexpr auto kClassIdx = "ClassIdx";
+
+const TNVDNNClass* findClass(const TNVMark::Classes& classes, int uniqueIdx) {
+  for (const TNVDNNClass* dnnClass : classes) {
+    if (dnnClass->uniqueIdx == uniqueIdx) return dnnClass;
+  }
+  return nullptr;
+}
+
+template <class TextOf>
+std::string joinClassTexts(const TNVMark::Classes& classes, const std::vector<int>& classIdx,
+                           TextOf textOf) {
+  std::string joined;
+  for (const TNVDNNClass* dnnClass : classes) {
+    for (const int idx : classIdx) {
+      if (dnnClass->uniqueIdx != idx) continue;
+      if (!joined.empty()) joined += ",";
+      joined += textOf(*dnnClass);
+    }
+  }
+  return joined;
+}
+
+/// Blue, green and red as bytes. A channel out of range is cut to its low 8 bits.
+cv::Vec3b toPixel(const cv::Scalar& colour) {
+  cv::Vec3b pixel;
+  for (int channel = 0; channel < 3; ++channel)
+    pixel[channel] = static_cast<uchar>(tnv::truncateToInt(colour[channel]) & 0xff);
+  return pixel;
+}
+
+using BlendTable = std::array<uchar, 256>;
+
+/// What a filling makes of each value that a channel can have.
+BlendTable blendTable(uchar filling) {
+  BlendTable table{};
+  for (std::size_t old = 0; old < table.size(); ++old) {
+    table[old] = static_cast<uchar>(static_cast<int>(0.6 * static_cast<double>(old)) +
+                                    static_cast<int>(0.4 * filling));
+  }
+  return table;
+}
+
+void blend(cv::Mat& view, const cv::Rect& box, const cv::Mat& mask, const cv::Vec3b& filling) {
+  const std::array<BlendTable, 3> tables{blendTable(filling[0]), blendTable(filling[1]),
+                                         blendTable(filling[2])};
+  for (int y = 0; y < box.height; ++y) {
+    const uchar* covered = mask.ptr(y);
+    cv::Vec3b* row = view.ptr<cv::Vec3b>(box.y + y) + box.x;
+    for (int x = 0; x < box.width; ++x) {
+      if (covered[x] <= 254) continue;
+      cv::Vec3b& pixel = row[x];
+      pixel = {tables[0][pixel[0]], tables[1][pixel[1]], tables[2][pixel[2]]};
+    }
+  }
+}
+
+/// The box of a relative size around a relative centre, in pixels.
+cv::Rect roundedBox(cv::Point2d center, cv::Point2d size, cv::Size imageSize) {
+  const double width = imageSize.width * size.x;
+  const double height = imageSize.height * size.y;
+  return {tnv::roundToInt(imageSize.width * center.x - 0.5 * width),
+          tnv::roundToInt(imageSize.height * center.y - 0.5 * height), tnv::roundToInt(width),
+          tnv::roundToInt(height)};
+}
+
+}  // namespace
+
+TNVMark::TNVMark() {
+  renewChangeTag();
+}
+
+TNVMark::TNVMark(const TNVMark& other)
+    : uniqueId(other.uniqueId),
+      type(other.type),
+      center(other.center),
+      classIdx(other.classIdx),
+      hovered(other.hovered),
+      selected(other.selected),
+      pois(other.pois),
+      poiSize(other.poiSize) {
+  renewChangeTag();
+}
+
+TNVMark::TNVMark(const cv::FileNode& node)
+    : type(tnv::readText(tnv::child(node, kType), "")),
+      center(tnv::readPoint(tnv::child(node, kCenter))),
+      classIdx(tnv::readInts(tnv::child(node, kClassIdx))),
+      pois(tnv::readPoints(tnv::child(node, kPOIs))),
+      poiSize(tnv::readPoint(tnv::child(node, kPOISize))) {
+  renewChangeTag();
+}
+
+void TNVMark::write(cv::FileStorage& storage) {
+  tnv::writeText(storage, kType, type);
+  tnv::writePoint(storage, kCenter, center);
+  tnv::writePoints(storage, kPOIs, pois);
+  tnv::writePoint(storage, kPOISize, poiSize);
+  tnv::writeInts(storage, kClassIdx, classIdx);
+  // Views draw anew after a save.
+  renewChangeTag();
+}
+
+void TNVMark::fitToPoints(const Points& points, cv::Size imageSize) {
+  const cv::Rect2d box = TNVContour::boundingRectOfPoints(points);
+  if (!(box.width > 0 && box.height > 0)) return;
+  update({box.x + 0.5 * box.width, box.y + 0.5 * box.height}, {box.width, box.height}, {},
+         imageSize);
+}
+
+void TNVMark::draw(cv::Mat& view, cv::Size imageSize, const TNVTypeMarkStyleSet& style,
+                   const TNVTypeDrawInfo& /*info*/, const Classes& classes, bool /*designing*/) {
+  drawFrame(view, imageSize, style, classes);
+}
+
+void TNVMark::update(cv::Point2d newCentre, cv::Point2d newSize, const Classes& classes,
+                     cv::Size imageSize) {
+  const cv::Point2d shift = newCentre - center;
+  const cv::Point2d oldSize = getRelSize(imageSize);
+  setRelSize(newCentre, newSize, imageSize);
+  center = newCentre;
+  if (!classes.empty()) classIdx.clear();
+  for (const TNVDNNClass* dnnClass : classes)
+    classIdx.push_back(dnnClass->uniqueIdx);
+  // The size that the kind has made of it, which need not be the one asked for.
+  const cv::Point2d size = getRelSize(imageSize);
+  const cv::Point2d ratio(size.x / oldSize.x, size.y / oldSize.y);
+  for (cv::Point2d& poi : pois) {
+    poi.x = (poi.x - center.x) * ratio.x + center.x + shift.x;
+    poi.y = (poi.y - center.y) * ratio.y + center.y + shift.y;
+  }
+  renewChangeTag();
+}
+
+cv::Mat TNVMark::getROIImage(const cv::Mat& image) const {
+  return TNVContour::cropWithBorder(
+      image, roundedBox(center, getRelSize(image.size()), image.size()), cv::Scalar());
+}
+
+int TNVMark::renewChangeTag() {
+  std::mt19937 generator(std::random_device{}());
+  const int before = changeTag;
+  do {
+    const auto value = static_cast<std::uint32_t>(generator());
+    // The values above the last whole multiple would make the low tags likelier.
+    if (value / kLargestTag >= 429496) continue;
+    changeTag = static_cast<int>(value % kLargestTag) + 1;
+  } while (changeTag == before);
+  return changeTag;
+}
+
+MarkDrawStyle TNVMark::resolveDrawStyle(const TNVTypeMarkStyleSet& style,
+                                        const Classes& classes) const {
+  MarkDrawStyle pen{style.colorNormal, style.thicknessNormal};
+  if (hovered) pen = {style.colorHovered, style.thicknessHovered};
+  if (selected) pen = {style.colorSelected, style.thicknessSelected};
+  if (pen.colour[0] != kColourOfClasses) return pen;
+
+  cv::Scalar sum;
+  double count = 0.0;
+  for (const int idx : classIdx) {
+    const TNVDNNClass* dnnClass = findClass(classes, idx);
+    if (dnnClass == nullptr) continue;
+    sum += dnnClass->color;
+    count += 1.0;
+  }
+  // Without a class these are no numbers, which become the smallest integer.
+  const auto mean = [&](int channel) {
+    return static_cast<double>(tnv::truncateToInt(sum[channel] / count));
+  };
+  return {{mean(0), mean(1), mean(2), 0.0}, tnv::truncateToInt(1.0 / count)};
+}
+
+std::string TNVMark::classIdText(const Classes& classes, const std::vector<int>& classIdx) {
+  return joinClassTexts(classes, classIdx,
+                        [](const TNVDNNClass& dnnClass) { return std::to_string(dnnClass.dnnId); });
+}
+
+std::string TNVMark::classNameText(const Classes& classes, const std::vector<int>& classIdx) {
+  return joinClassTexts(classes, classIdx,
+                        [](const TNVDNNClass& dnnClass) { return dnnClass.name; });
+}
+
+void TNVMark::drawFrame(cv::Mat& view, cv::Size imageSize, const TNVTypeMarkStyleSet& style,
+                        const Classes& classes) const {
+  const MarkDrawStyle pen = resolveDrawStyle(style, classes);
+  if (style.drawFilled) drawFilling(view, pen.colour);
+  if (selected) drawSelectionFrame(view, imageSize, pen.colour);
+  if (poiVisible) drawPOIs(view, pen);
+}
+
+std::string TNVMark::classLabel(const TNVTypeDrawInfo& info, const Classes& classes) const {
+  if (info.value == TNVTypeDrawInfo::kClassId) return classIdText(classes, classIdx);
+  if (info.value == TNVTypeDrawInfo::kClassName) return classNameText(classes, classIdx);
+  return {};
+}
+
+void TNVMark::drawLabel(cv::Mat& view, const std::string& label, cv::Point bottomLeft,
+                        const cv::Scalar& colour) {
+  cv::putText(view, label, bottomLeft, cv::FONT_HERSHEY_COMPLEX, 0.4, colour, 1, cv::LINE_AA,
+              false);
+}
+
+void TNVMark::drawFilling(cv::Mat& view, const cv::Scalar& colour) const {
+  std::vector<cv::Point> contour = TNVContour::roundedContour(getContour(view.size()));
+  const cv::Rect box = cv::boundingRect(contour) & cv::Rect({}, view.size());
+  if (box.empty()) return;
+  for (cv::Point& point : contour)
+    point -= box.tl();
+  cv::Mat mask(box.size(), CV_8UC1, cv::Scalar(0));
+  TNVContour::fillContourMask(mask, contour, cv::Scalar(255));
+  blend(view, box, mask, toPixel(colour));
+}
+
+void TNVMark::drawSelectionFrame(cv::Mat& view, cv::Size imageSize,
+                                 const cv::Scalar& colour) const {
+  const cv::Point2d size = getRelSize(imageSize);
+  const double left = (center.x - 0.5 * size.x) * view.cols;
+  const double top = (center.y - 0.5 * size.y) * view.rows;
+  std::vector<cv::Point> corners;
+  for (const cv::Point2d& corner :
+       TNVContour::rectCorners(left, top, size.x * view.cols, size.y * view.rows)) {
+    corners.emplace_back(tnv::truncateToInt(corner.x), tnv::truncateToInt(corner.y));
+  }
+  const cv::Vec3b drawn = toPixel(colour);
+  int counter = 0;
+  for (std::size_t i = 0; i < corners.size(); ++i) {
+    // The iterator keeps to the pixels of the view.
+    cv::LineIterator pixel(view, corners[i], corners[(i + 1) % corners.size()]);
+    for (int n = 0; n < pixel.count; ++n, ++pixel) {
+      if (counter >= 0) view.at<cv::Vec3b>(pixel.pos()) = drawn;
+      if (++counter >= kFrameOn) counter = -kFrameOff;
+    }
+  }
+}
+
+void TNVMark::drawPOIs(cv::Mat& view, const MarkDrawStyle& pen) const {
+  for (const cv::Point2d& poi : pois) {
+    cv::rectangle(view, roundedBox(poi, poiSize, view.size()), pen.colour, pen.thickness,
+                  cv::LINE_AA, 0);
+  }
+}
