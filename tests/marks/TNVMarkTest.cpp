@@ -400,18 +400,6 @@ TEST(TNVMark, WritingRenewsTheChangeTag) {
   EXPECT_NE(mark.changeTag, tag);
 }
 
-TEST(TNVMark, WritingBesideAPendingKeyIsRefusedByTheStorage) {
-  cv::FileStorage storage = tnv::newXml();
-  storage << "Marks"
-          << "[";
-  PlainMark mark;
-  mark.write(storage);  // a list takes names for texts
-  storage << "]";
-  storage << "Mark0"
-          << "{";
-  EXPECT_THROW(storage << 5, cv::Exception);
-}
-
 TEST(TNVMark, ReadsBackBitForBit) {
   PlainMark mark;
   mark.type = "Kind <&> \"quoted\"";
