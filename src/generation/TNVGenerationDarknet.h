@@ -14,6 +14,10 @@ class TNVGenerationDarknet final : public TNVGeneration {
     bool isTest;
   };
 
+  // Persisted in the project's settings.
+  static constexpr const char* kConfigDescriptor = "configs";
+  static constexpr const char* kNetDescriptor = "nets";
+
   TNVGenerationDarknet();
 
   std::string getName() const override;

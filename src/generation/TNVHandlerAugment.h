@@ -37,5 +37,11 @@ class TNVHandlerAugment : public TNVNotificator {
   std::atomic<bool> stopRequested{false};
 
  private:
+  /// False when there is a picture, but no tree to send it through.
+  bool processOne(TNVTrainSet* trainSet, TNVGeneration& generation);
+
+  /// Ends a run; an empty text stands for success.
+  bool finish(const std::string& failure);
+
   std::vector<std::unique_ptr<TNVAugment>> replacedTasks;
 };

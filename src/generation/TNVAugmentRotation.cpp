@@ -1,0 +1,73 @@
+#include "generation/TNVAugmentRotation.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include "foundation/XmlStorage.h"
+#include "generation/Random.h"
+
+namespace {
+
+// Persisted in task files.
+const std::string kRotateKey = "Rotate";
+const std::string kRandomKey = "RotateRnd";
+
+using Corners = std::vector<cv::Point2f>;
+
+/// Where the corners of a picture go that is turned clockwise. They are top left, top right, bottom
+/// right and bottom left.
+Corners turnedCorners(int angle, float width, float height) {
+  switch (angle) {
+    case 90:
+      return {{height, 0}, {height, width}, {0, width}, {0, 0}};
+    case 180:
+      return {{width, height}, {0, height}, {0, 0}, {width, 0}};
+    case 270:
+      return {{0, width}, {0, 0}, {height, 0}, {height, width}};
+    default:
+      return {{0, 0}, {width, 0}, {width, height}, {0, height}};
+  }
+}
+
+cv::Size turnedSize(int angle, cv::Size size) {
+  return angle == 90 || angle == 270 ? cv::Size(size.height, size.width) : size;
+}
+
+}  // namespace
+
+std::string TNVAugmentRotation::getName() const {
+  return "Rotation";
+}
+
+int TNVAugmentRotation::chooseAngle() const {
+  if (rotateRnd.empty()) return rotate;
+  auto twister = tnv::randomlySeeded();
+  return rotateRnd[tnv::drawUpTo(twister, static_cast<std::uint32_t>(rotateRnd.size() - 1))];
+}
+
+TNVAugmentSample TNVAugmentRotation::process(const TNVAugmentSample& sample) const {
+  // The mark of a special sample is lost on purpose.
+  TNVAugmentSample result;
+  const int angle = chooseAngle();
+  const auto width = static_cast<float>(sample.image.cols);
+  const auto height = static_cast<float>(sample.image.rows);
+  const cv::Mat turn = cv::getPerspectiveTransform(turnedCorners(0, width, height),
+                                                   turnedCorners(angle, width, height));
+  cv::warpPerspective(sample.image, result.image, turn, turnedSize(angle, sample.image.size()),
+                      cv::INTER_LINEAR, cv::BORDER_REFLECT);
+  result.entries = sample.entries;
+  for (TNVAugmentEntry& entry : result.entries) {
+    // The library does not take an empty list.
+    if (!entry.points.empty()) cv::perspectiveTransform(entry.points, entry.points, turn);
+  }
+  return result;
+}
+
+void TNVAugmentRotation::write(cv::FileStorage& storage) const {
+  storage << kRotateKey << rotate;
+  tnv::writeInts(storage, kRandomKey, rotateRnd);
+}
+
+void TNVAugmentRotation::read(const cv::FileNode& node) {
+  rotate = tnv::readInt(tnv::child(node, kRotateKey), 0);
+  rotateRnd = tnv::readInts(tnv::child(node, kRandomKey));
+}
