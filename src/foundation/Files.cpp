@@ -54,6 +54,11 @@ std::vector<std::string_view> splitLines(std::string_view text) {
   return lines;
 }
 
+std::string withForwardSlashes(std::string path) {
+  std::replace(path.begin(), path.end(), '\\', '/');
+  return path;
+}
+
 bool isPlainName(std::string_view name) {
   if (name.empty() || name == "." || name == "..") return false;
   return std::none_of(name.begin(), name.end(), [](char c) {

@@ -19,6 +19,8 @@ bool replaceFile(const std::string& path, std::string_view content);
 /// when it is not empty.
 std::vector<std::string_view> splitLines(std::string_view text);
 
+std::string withForwardSlashes(std::string path);
+
 /// True when a name given by a person or a file can be a directory entry of its own: not empty, not
 /// "." or "..", without slash, backslash and control characters.
 bool isPlainName(std::string_view name);

@@ -20,11 +20,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string withForwardSlashes(std::string path) {
-  std::replace(path.begin(), path.end(), '\\', '/');
-  return path;
-}
-
 std::string lowerCased(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) {
     return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
@@ -104,7 +99,7 @@ std::vector<std::string> TNVDirectory::readDirectories(const std::string& path) 
   }
   for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
     if (!entry.is_directory()) continue;
-    std::string directory = withForwardSlashes(entry.path().string());
+    std::string directory = tnv::withForwardSlashes(entry.path().string());
     if (!directory.ends_with('/')) directory += '/';
     result.push_back(std::move(directory));
   }
@@ -126,7 +121,7 @@ std::string TNVDirectory::getLastDirectoryName(const std::string& path) {
 }
 
 std::string TNVDirectory::normalizePath(const std::string& path) {
-  std::string result = withForwardSlashes(path);
+  std::string result = tnv::withForwardSlashes(path);
   std::error_code error;
   if (!result.ends_with('/') && fs::is_directory(result, error)) result += '/';
   return result;

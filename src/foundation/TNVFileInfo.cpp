@@ -1,9 +1,8 @@
 #include "foundation/TNVFileInfo.h"
 
-#include <algorithm>
+#include "foundation/Files.h"
 
-TNVFileInfo::TNVFileInfo(const std::string& path) : fullPath(path) {
-  std::replace(fullPath.begin(), fullPath.end(), '\\', '/');
+TNVFileInfo::TNVFileInfo(const std::string& path) : fullPath(tnv::withForwardSlashes(path)) {
   const auto slash = fullPath.rfind('/');
   fileName = slash == std::string::npos ? fullPath : fullPath.substr(slash + 1);
   directory = fullPath.substr(0, slash) + "/";

@@ -1,8 +1,10 @@
 #include "foundation/XmlStorage.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "foundation/Files.h"
+#include "foundation/Numbers.h"
 
 namespace tnv {
 
@@ -93,6 +95,20 @@ bool replaceXml(cv::FileStorage& storage, const std::string& path) {
 
 cv::FileNode child(const cv::FileNode& node, const std::string& name) {
   return node.isMap() ? node[name] : cv::FileNode();
+}
+
+std::map<int, cv::FileNode> numberedChildren(const cv::FileNode& node, const std::string& prefix,
+                                             int count) {
+  std::map<int, cv::FileNode> children;
+  if (!node.isMap()) return children;
+  for (const cv::FileNode& candidate : node) {
+    const std::string name = candidate.name();
+    if (!name.starts_with(prefix)) continue;
+    const int number = parseInt(std::string_view(name).substr(prefix.size()));
+    const bool inRange = number >= 0 && number < count;
+    if (inRange && name == prefix + std::to_string(number)) children.emplace(number, candidate);
+  }
+  return children;
 }
 
 std::string readText(const cv::FileNode& node, const std::string& defaultValue) {

@@ -98,13 +98,15 @@ class TNVProject {
   bool cacheValidation = true;
 
  private:
+  /// A project whose name is a path would write and delete outside its place.
+  bool _refusePlace(const std::string& operation) const;
+
   bool _writeSettings() const;
   bool _readSettings();
   void _writeDNNClasses(TNVSettings& settings) const;
   void _readDNNClasses(const TNVSettings& settings);
   void _writeWorkflows(TNVSettings& settings) const;
   void _readWorkflows(const TNVSettings& settings);
-  void _clearDNNClasses();
 
   bool _updateImageFiles(bool full);
   bool _saveChangedTrainSets();
@@ -117,11 +119,17 @@ class TNVProject {
   std::string _imageSetDirectory(const std::string& set) const;
   std::string _imageSetList(const std::string& set) const;
   void _refreshImageLists();
-  void _handOverDNNClasses(bool toHandlers);
+  void _handOverDNNClasses();
   void _handOverTrainSets();
   void _dropTrainSet(std::unique_ptr<TNVTrainSet> trainSet);
   void _dropAllTrainSets();
 
+  bool isPlaceOfItsOwn;
+
+  /// What is in memory is not all that is on disk, so that saving would delete the rest.
+  bool halfLoaded = false;
+
   /// Taken out while a main process may still look at them.
   ImageSet droppedTrainSets;
+  std::vector<std::unique_ptr<TNVDNNClass>> droppedDNNClasses;
 };

@@ -61,6 +61,9 @@ class TNVTrainSet {
 
   bool isImageLoaded();
 
+  /// As if a picture had been loaded that cannot be read.
+  void setUnreadable();
+
   /// Gives the picture up again.
   void releaseImage();
 

@@ -1,0 +1,39 @@
+#include "TNV_SampleBenchNative/WTNVTrainSet.h"
+
+#include "marks/TNVMark.h"
+#include "project/TNVTrainSet.h"
+
+WTNVTrainSet::WTNVTrainSet() : native(nullptr) {}
+
+WTNVTrainSet::WTNVTrainSet(TNVTrainSet* trainSet) : native(trainSet) {}
+
+WTNVTrainSet::WTNVTrainSet(const WTNVTrainSet& other) = default;
+
+WTNVTrainSet& WTNVTrainSet::operator=(const WTNVTrainSet& other) = default;
+
+WTNVTrainSet::~WTNVTrainSet() {
+  native = nullptr;
+}
+
+TNVTrainSet* WTNVTrainSet::getNativeTrainSet() const {
+  return native;
+}
+
+std::string WTNVTrainSet::getImagePath() const {
+  return native->imagePath;
+}
+
+int WTNVTrainSet::getMarkCount() const {
+  return static_cast<int>(native->marks.size());
+}
+
+void WTNVTrainSet::getImageSize(int& width, int& height) const {
+  const cv::Size size = native->getImageSize();
+  width = size.width;
+  height = size.height;
+}
+
+bool WTNVTrainSet::wLoadData() const {
+  if (!native->dataLoaded) native->load();
+  return native->dataLoaded;
+}

@@ -1,0 +1,203 @@
+#include "project/TNVTrainSet.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+#include <utility>
+
+#include "foundation/Log.h"
+#include "foundation/TNVDirectory.h"
+#include "foundation/XmlStorage.h"
+#include "marks/TNVMarkImage.h"
+#include "marks/TNVMarkRect.h"
+
+namespace {
+
+using MarkPointer = std::unique_ptr<TNVMark>;
+
+struct ReadableKind {
+  std::string_view type;  ///< persisted
+  MarkPointer (*read)(const cv::FileNode& node);
+};
+
+template <class Kind>
+MarkPointer readKind(const cv::FileNode& node) {
+  return std::make_unique<Kind>(node);
+}
+
+/// The kinds that come back from a file.
+constexpr ReadableKind kReadableKinds[] = {
+    {"Rect", readKind<TNVMarkRect>},
+    {"Image", readKind<TNVMarkImage>},
+};
+
+using CopyKind = MarkPointer (*)(const TNVMark& source);
+
+template <class Kind>
+MarkPointer copyKind(const TNVMark& source) {
+  const auto* mark = dynamic_cast<const Kind*>(&source);
+  return mark ? std::make_unique<Kind>(*mark) : nullptr;
+}
+
+/// The kinds that a record adopts, tried in this order. A whole-image mark is a rectangle too and
+/// is adopted as one.
+constexpr CopyKind kAdoptedKinds[] = {
+    copyKind<TNVMarkRect>,
+};
+
+MarkPointer readMark(const cv::FileNode& node) {
+  const std::string type = tnv::readText(tnv::child(node, "Type"), "");
+  for (const ReadableKind& kind : kReadableKinds) {
+    if (kind.type == type) return kind.read(node);
+  }
+  return nullptr;
+}
+
+std::vector<MarkPointer> readMarks(const cv::FileNode& root) {
+  const int count = tnv::readInt(tnv::child(root, "MarkCnt"), 0);
+  std::vector<MarkPointer> marks;
+  for (const auto& [number, node] : tnv::numberedChildren(root, "Mark", count)) {
+    if (MarkPointer mark = readMark(node)) marks.push_back(std::move(mark));
+  }
+  return marks;
+}
+
+/// Pictures of more pixels cannot be read, so a larger size is a damaged one.
+constexpr double kMostPixels = 1 << 30;
+
+cv::Size readCacheSize(const cv::FileNode& node) {
+  const cv::Size size = tnv::readSize(node);
+  return double{1.0} * size.width * size.height > kMostPixels ? cv::Size() : size;
+}
+
+std::string absolutePath(const std::string& path) {
+  std::error_code error;
+  const auto absolute = std::filesystem::absolute(path, error);
+  return TNVDirectory::normalizePath(error ? path : absolute.lexically_normal().string());
+}
+
+}  // namespace
+
+TNVTrainSet::TNVTrainSet() = default;
+
+TNVTrainSet::TNVTrainSet(const std::string& path, const std::string& basePath)
+    : imagePath(path),
+      imagePathAbs(basePath.empty() ? absolutePath(path) : basePath + TNVFileInfo(path).fileName),
+      dataLoaded(true) {}
+
+TNVTrainSet::~TNVTrainSet() = default;
+
+std::string TNVTrainSet::getDataPath(const std::string& directory) {
+  if (dataPath.empty()) {
+    if (uniqueName.empty()) uniqueName = makeUniqueName();
+    dataPath = directory + uniqueName + ".xml";
+  }
+  return dataPath;
+}
+
+bool TNVTrainSet::save(const std::string& directory) {
+  if (uniqueName.empty()) uniqueName = makeUniqueName();
+  dataPath = getDataPath(directory);
+  if (!dataLoaded) {
+    tnv::logLine("TNVTrainSet::save: Cannot save, data not loaded!");
+    return true;
+  }
+  if (!changed) return true;
+  cv::FileStorage storage = tnv::newXml();
+  writeNodes(storage);
+  if (!tnv::replaceXml(storage, dataPath)) {
+    tnv::logLine("TNVTrainSet::save: Could not write '" + dataPath + "'!");
+    return false;
+  }
+  if (!current) changed = false;
+  return true;
+}
+
+void TNVTrainSet::writeNodes(cv::FileStorage& storage) {
+  tnv::writeText(storage, "UniqueName", uniqueName);
+  tnv::writeText(storage, "ImagePath", imagePath);
+  tnv::writeText(storage, "ImagePathAbs", imagePathAbs);
+  tnv::writeText(storage, "ImageCachePath", imageCachePath);
+  tnv::writeSize(storage, "ImageCacheSize", imageCacheSize);
+  tnv::writeText(storage, "Comment", comment);
+  storage << "MarkCnt" << static_cast<int>(marks.size());
+  storage << "Special" << int{useSpecialTest};
+  storage << "Remove" << int{remove};
+  storage << "Workflow" << workflow;
+  for (std::size_t i = 0; i < marks.size(); ++i) {
+    storage << "Mark" + std::to_string(i) << "{";
+    marks[i]->write(storage);
+    storage << "}";
+  }
+}
+
+void TNVTrainSet::load() {
+  if (dataPath.empty()) {
+    tnv::logLine("TNVTrainSet::load: Datapath is empty!");
+    return;
+  }
+  if (!TNVDirectory::exists(dataPath)) {
+    tnv::logLine("TNVTrainSet::load: File does not exist!");
+    return;
+  }
+  const cv::FileStorage storage = tnv::openXml(dataPath);
+  const cv::FileNode root = storage.isOpened() ? storage.root() : cv::FileNode();
+  // The marks first: what a damaged one throws must not leave a record that is half read.
+  const auto readMarkList = readMarks(root);
+  markIdNext = 0;
+  uniqueName = tnv::readText(tnv::child(root, "UniqueName"), "");
+  imagePath = tnv::readText(tnv::child(root, "ImagePath"), "");
+  imagePathAbs = tnv::readText(tnv::child(root, "ImagePathAbs"), "");
+  imageCachePath = tnv::readText(tnv::child(root, "ImageCachePath"), "");
+  imageCacheSize = readCacheSize(tnv::child(root, "ImageCacheSize"));
+  comment = tnv::readText(tnv::child(root, "Comment"), "");
+  useSpecialTest = tnv::readInt(tnv::child(root, "Special"), 0) != 0;
+  remove = tnv::readInt(tnv::child(root, "Remove"), 0) != 0;
+  workflow = tnv::readInt(tnv::child(root, "Workflow"), 0);
+  for (const MarkPointer& mark : readMarkList)
+    addMark(*mark);
+  changed = false;
+  dataLoaded = true;
+}
+
+TNVMark* TNVTrainSet::addMark(const TNVMark& source) {
+  for (const CopyKind copy : kAdoptedKinds) {
+    MarkPointer mark = copy(source);
+    if (!mark) continue;
+    mark->uniqueId = markIdNext++;
+    mark->renewChangeTag();
+    marks.push_back(std::move(mark));
+    return marks.back().get();
+  }
+  tnv::logLine("TNVTrainSet::addMark: Mark type not compatible!");
+  return nullptr;
+}
+
+void TNVTrainSet::removeMark(TNVMark* mark) {
+  const auto place = std::find_if(marks.begin(), marks.end(),
+                                  [&](const MarkPointer& own) { return own.get() == mark; });
+  if (place == marks.end()) {
+    tnv::logLine("TNVTrainSet::removeMark: Mark not found!");
+    return;
+  }
+  removedMarks.push_back(std::move(*place));
+  marks.erase(place);
+}
+
+std::vector<TNVMark*> TNVTrainSet::markPointers() const {
+  std::vector<TNVMark*> pointers;
+  pointers.reserve(marks.size());
+  for (const MarkPointer& mark : marks)
+    pointers.push_back(mark.get());
+  return pointers;
+}
+
+bool TNVTrainSet::setComment(const std::string& newComment) {
+  if (newComment.size() > tnv::kLongestXmlText) {
+    tnv::logLine("TNVTrainSet::setComment: Comment is too long, " +
+                 std::to_string(tnv::kLongestXmlText) + " bytes are the most!");
+    return false;
+  }
+  comment = newComment;
+  return true;
+}

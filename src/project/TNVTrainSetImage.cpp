@@ -1,0 +1,133 @@
+// The picture of a train set: in memory, and reduced in the cache on disk.
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "foundation/Log.h"
+#include "foundation/TNVDirectory.h"
+#include "marks/TNVContour.h"
+#include "project/TNVTrainSet.h"
+
+namespace {
+
+/// How often and how long to wait for another thread to deliver the picture.
+constexpr int kWaits = 50;
+constexpr std::chrono::milliseconds kWait{100};
+
+void deleteFile(const std::string& path) {
+  std::error_code error;
+  std::filesystem::remove(path, error);
+}
+
+}  // namespace
+
+cv::Size TNVTrainSet::getImageSize() {
+  if (imageWidth == 0) {
+    const cv::Mat picture = getImage();
+    imageWidth = picture.cols;
+    imageHeight = picture.rows;
+  }
+  return {imageWidth, imageHeight};
+}
+
+bool TNVTrainSet::isImageLoaded() {
+  const std::lock_guard lock(mutex);
+  return imageLoaded;
+}
+
+void TNVTrainSet::releaseImage() {
+  const std::lock_guard lock(mutex);
+  image = cv::Mat();
+  imageLoaded = false;
+}
+
+void TNVTrainSet::setUnreadable() {
+  const std::lock_guard lock(mutex);
+  image = cv::Mat();
+  imageLoaded = true;
+}
+
+void TNVTrainSet::loadImage() {
+  if (isImageLoaded()) return;
+  cv::Mat picture = cv::imread(imagePath, cv::IMREAD_COLOR);
+  const std::lock_guard lock(mutex);
+  image = std::move(picture);
+  imageLoaded = true;
+}
+
+bool TNVTrainSet::hasImageCache() const {
+  return !imageCachePath.empty() && imageCacheSize.width >= 1 && imageCacheSize.height >= 1;
+}
+
+cv::Mat TNVTrainSet::getImage() {
+  if (hasImageCache()) {
+    if (!isImageLoaded()) {
+      const cv::Mat cached = getImageCached();
+      if (!cached.empty()) return cached;
+      tnv::logLine("TNVTrainSet::getImage: Could not load cache? Using normal image!");
+      loadImage();
+    }
+  } else {
+    for (int i = 0; i < kWaits && !isImageLoaded(); ++i)
+      std::this_thread::sleep_for(kWait);
+    loadImage();
+  }
+  const std::lock_guard lock(mutex);
+  return image;
+}
+
+cv::Mat TNVTrainSet::getImageCached() {
+  if (imageCachePath.empty()) return {};
+  cv::Mat reduced = cv::imread(imageCachePath, cv::IMREAD_COLOR);
+  if (reduced.empty()) {
+    tnv::logLine("TNVTrainSet::getImageCached: Image cache is empty!");
+    dropImageCache();
+    return {};
+  }
+  if (imageCacheSize.width <= 0 || imageCacheSize.height <= 0) {
+    tnv::logLine("TNVTrainSet::getImageCached: Image dst size is zero!");
+    return {};
+  }
+  cv::Mat picture;
+  cv::resize(reduced, picture, imageCacheSize, 0, 0, cv::INTER_LINEAR);
+  return picture;
+}
+
+bool TNVTrainSet::addImageCache(const std::string& cacheDirectory, int maxSize, int quality) {
+  if (maxSize <= 0) {
+    tnv::logLine("TNVTrainSet::addImageCache: MaxSize is <= 0!");
+    return false;
+  }
+  const cv::Mat source = cv::imread(imagePath, cv::IMREAD_COLOR);
+  if (source.empty()) {
+    tnv::logLine("TNVTrainSet::addImageCache: Image source is empty!");
+    return false;
+  }
+  imageCacheSize = source.size();
+  cv::Mat reduced;
+  TNVContour::resizeToLength(source, reduced, maxSize, source.cols > source.rows);
+  const std::string path = cacheDirectory + makeUniqueName() + ".jpg";
+  if (!TNVDirectory::exists(cacheDirectory)) TNVDirectory::createDirectory(cacheDirectory);
+  if (!TNVDirectory::exists(cacheDirectory)) {
+    tnv::logLine("TNVTrainSet::addImageCache: Can not create cache directory!");
+    return false;
+  }
+  cv::imwrite(path, reduced, {cv::IMWRITE_JPEG_QUALITY, quality});
+  if (!TNVDirectory::exists(path)) {
+    imageCacheSize = cv::Size();
+    tnv::logLine("TNVTrainSet::addImageCache: Can not create cache image!");
+    return false;
+  }
+  imageCachePath = path;
+  return true;
+}
+
+void TNVTrainSet::dropImageCache() {
+  deleteFile(imageCachePath);
+  imageCachePath.clear();
+  imageCacheSize = cv::Size();
+}
