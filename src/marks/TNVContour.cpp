@@ -52,6 +52,14 @@ void checkCropSize(const cv::Mat& source, cv::Size size) {
   }
 }
 
+/// A thin picture or a huge length would fill the memory step by step.
+void checkEnlarged(cv::Size size) {
+  constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
+  if (std::int64_t{size.width} * size.height > kMostPixels / 4) {
+    CV_Error(cv::Error::StsOutOfRange, "The picture would get too large");
+  }
+}
+
 /// Start and length of a crop along one axis, in the source and in the crop.
 struct CropSpan {
   int source;
@@ -225,6 +233,7 @@ double resizeToLength(const cv::Mat& source, cv::Mat& destination, int length, b
     if (shrinking) {
       cv::pyrDown(scaled, next);
     } else {
+      checkEnlarged(scaled.size());
       cv::pyrUp(scaled, next);
     }
     scaled = next;
