@@ -192,8 +192,8 @@ std::vector<cv::Point> roundedContour(const Points& points) {
 void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour,
                      const cv::Scalar& value) {
   if (contour.empty()) return;
-  cv::drawContours(mask, std::vector{contour}, 0, value, cv::FILLED, cv::LINE_8, cv::noArray(),
-                   std::numeric_limits<int>::max(), cv::Point());
+  cv::drawContours(mask, std::vector<std::vector<cv::Point>>{contour}, 0, value, cv::FILLED,
+                   cv::LINE_8, cv::noArray(), std::numeric_limits<int>::max(), cv::Point());
 }
 
 cv::Mat cropWithBorder(const cv::Mat& source, const cv::Rect& rect, const cv::Scalar& fill) {
@@ -202,8 +202,10 @@ cv::Mat cropWithBorder(const cv::Mat& source, const cv::Rect& rect, const cv::Sc
   if (rect.x > source.cols - 1 || rect.y > source.rows - 1) return crop;
   const CropSpan x = clipSpan(rect.x, rect.width, source.cols);
   const CropSpan y = clipSpan(rect.y, rect.height, source.rows);
-  source(cv::Rect(x.source, y.source, x.length, y.length))
-      .copyTo(crop(cv::Rect(x.target, y.target, x.length, y.length)));
+  const cv::Mat part = source(cv::Rect(x.source, y.source, x.length, y.length));
+  // The library refuses to copy nothing into a part.
+  if (part.empty()) return crop;
+  part.copyTo(crop(cv::Rect(x.target, y.target, x.length, y.length)));
   return crop;
 }
 
@@ -223,6 +225,7 @@ double resizeToLength(const cv::Mat& source, cv::Mat& destination, int length, b
     destination = source.clone();
     return 1.0;
   }
+  CV_Assert(!source.empty());  // would be enlarged for ever
   const bool shrinking = length <= current;
   cv::Mat scaled = source;
   do {
