@@ -141,7 +141,7 @@ void addMark(CLI::App& app, Request& request) {
       "marks.txt");
   addProjectArgument(*command, options.project);
   command->add_option("PICTURE", options.picture, "path, or file name if there is only one");
-  command->add_option("FORM", options.form, "form of the mark, like Rect, Circle, PolyLine");
+  command->add_option("FORM", options.form, "form of the mark: Rect, Rect Center or Image");
   command->add_option("POINT", options.points, "points x,y, 0 to 1 from the top left");
   command->add_option("--class", options.className, "class of the mark");
   command->add_option("--list", options.list, "file with many marks");

@@ -72,6 +72,11 @@ std::string drawnName(unsigned int number) {
   return name;
 }
 
+std::vector<Point> relativeCorners(const cv::Rect& box) {
+  return {{1.0 * box.x / demoWidth, 1.0 * box.y / demoHeight},
+          {1.0 * box.br().x / demoWidth, 1.0 * box.br().y / demoHeight}};
+}
+
 void writeImage(const fs::path& file, const cv::Mat& image) {
   if (!cv::imwrite(file.string(), image))
     throw CommandError("'" + file.string() + "' cannot be written");
@@ -100,8 +105,9 @@ Material drawMaterial(const fs::path& directory) {
     writeImage(file, picture.image);
     addToContact(contact, picture.image, number);
     for (const auto& object : picture.objects)
-      material.marks.push_back({"", absolutePath(file.string()), object.form,
-                                names[static_cast<std::size_t>(object.part)], object.points});
+      material.marks.push_back({"", absolutePath(file.string()), "Rect",
+                                names[static_cast<std::size_t>(object.part)],
+                                relativeCorners(object.box)});
   }
   writeImage(directory / "contact.png", contact);
   return material;

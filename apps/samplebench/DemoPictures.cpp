@@ -221,30 +221,6 @@ std::vector<Placement> scatterParts(DemoRandom& random) {
   return placements;
 }
 
-Point relative(double x, double y) {
-  return {x / demoWidth, y / demoHeight};
-}
-
-std::vector<Point> hexagonCorners(const Placement& nut) {
-  std::vector<Point> corners;
-  for (int i = 0; i < 6; ++i) {
-    const double angle = nut.angle + i * pi / 3;
-    corners.push_back(relative(nut.center.x + 0.5 + nut.radius * std::cos(angle),
-                               nut.center.y + 0.5 + nut.radius * std::sin(angle)));
-  }
-  return corners;
-}
-
-DemoObject objectOf(const Placement& part, const cv::Mat1f& coverage) {
-  const cv::Rect box = cv::boundingRect(coverage >= 0.5F);
-  if (part.part == DemoPart::nut) return {part.part, box, "PolyLine Closed", hexagonCorners(part)};
-  const double x = part.center.x + 0.5;
-  const double y = part.center.y + 0.5;
-  if (part.part == DemoPart::washer)
-    return {part.part, box, "Circle", {relative(x, y), relative(x + part.radius, y)}};
-  return {part.part, box, "Rect", {relative(box.x, box.y), relative(box.br().x, box.br().y)}};
-}
-
 // Light falls off from one corner, the lens is a little soft, and the sensor has noise.
 cv::Mat photographed(cv::Mat3f picture, DemoRandom& random) {
   const cv::Point2d lamp{random.between(0, demoWidth), random.between(0, demoHeight / 2.0)};
@@ -288,7 +264,7 @@ DemoPicture drawDemoPicture(unsigned int number) {
     const auto drawing = drawPart(part, random);
     castShadow(canvas, drawing.coverage, part.part == DemoPart::washer ? 2 : 5);
     blend(canvas, drawing);
-    picture.objects.push_back(objectOf(part, drawing.coverage));
+    picture.objects.push_back({part.part, cv::boundingRect(drawing.coverage >= 0.5F)});
   }
   picture.image = photographed(canvas, random);
   return picture;

@@ -5,22 +5,16 @@
 #include <string>
 #include <vector>
 
-#include "Numbers.h"
-
 /// The kinds of parts that lie on the drawn pictures; also their class numbers.
 enum class DemoPart { screw, nut, washer };
 
 /// Class names in the order of the numbers.
 const std::vector<std::string>& demoPartNames();
 
-/// A drawn part: where it is, and the mark that fits it.
+/// A drawn part and the box tight around its pixels.
 struct DemoObject {
   DemoPart part = DemoPart::screw;
-  /// Tight around its pixels.
   cv::Rect box;
-  /// Form and relative points of a mark.
-  std::string form;
-  std::vector<Point> points;
 };
 
 struct DemoPicture {

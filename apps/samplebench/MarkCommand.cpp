@@ -65,11 +65,19 @@ auto named(const MarkRequest& request, Function function) {
   }
 }
 
+// The library has names of forms that no mark can be made in yet.
+std::vector<std::string> usableForms(const WTNVHandlerMark& marks) {
+  std::vector<std::string> forms;
+  for (const auto& form : marks.getAvailableMarkForms())
+    if (marks.getMarkMaxConstructionPoints(form) > 0) forms.push_back(form);
+  return forms;
+}
+
 std::vector<Job> checkedJobs(const WTNVProject& project, const std::vector<PictureRecord>& pictures,
                              const WTNVHandlerMark& marks, const std::vector<MarkRequest>& requests,
                              PointUnit unit) {
   const PictureIndex index(pictures);
-  const auto forms = marks.getAvailableMarkForms();
+  const auto forms = usableForms(marks);
   std::vector<Job> jobs;
   for (const auto& request : requests) {
     jobs.push_back(named(request, [&] {
@@ -121,13 +129,7 @@ Design designFor(const std::string& form, const std::vector<Point>& points) {
     const auto [center, corner] = std::pair(points.at(0), points.at(1));
     return {"Rect", {{2 * center.x - corner.x, 2 * center.y - corner.y}, corner}};
   }
-  // In these forms the last of many points is where the hand is just now, and no part of the mark.
-  const bool followsHand = form == "PolyLine" || form == "PolyLine Closed" ||
-                           (form == "Circle Multiple" && points.size() > 3) ||
-                           (form == "Ellipse Multiple" && points.size() > 5);
-  Design design{form, points};
-  if (followsHand) design.points.push_back(points.back());
-  return design;
+  return {form, points};
 }
 
 std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& requests, PointUnit unit,

@@ -184,7 +184,9 @@ std::vector<cv::Point> roundedContour(const Points& points) {
 void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour,
                      const cv::Scalar& value) {
   if (contour.empty()) return;
-  cv::drawContours(mask, std::vector{contour}, 0, value, cv::FILLED, cv::LINE_8, cv::noArray(),
+  // With the type spelt out: deduction would take the braces for a copy of the contour.
+  const std::vector<std::vector<cv::Point>> contours{contour};
+  cv::drawContours(mask, contours, 0, value, cv::FILLED, cv::LINE_8, cv::noArray(),
                    std::numeric_limits<int>::max(), cv::Point());
 }
 
