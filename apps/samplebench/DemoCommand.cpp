@@ -118,10 +118,19 @@ void markAsWhole(WTNVProject& project, Material& material, Output& output) {
     material.marks.push_back({"", picture.path, "Image", "picture", {{0.5, 0.5}}});
 }
 
-void renderFirst(WTNVProject& project, const Material& material, const fs::path& file,
-                 Output& output) {
+// The one with the most marks has the most to show.
+std::string fullestPicture(const std::vector<PictureRecord>& pictures) {
+  const auto fullest = std::max_element(
+      pictures.begin(), pictures.end(), [](const PictureRecord& a, const PictureRecord& b) {
+        return a.trainSet.getMarkCount() < b.trainSet.getMarkCount();
+      });
+  return fullest->path;
+}
+
+void renderOne(WTNVProject& project, const std::string& picture, const fs::path& file,
+               Output& output) {
   RenderOptions options;
-  options.picture = material.marks.front().picture;
+  options.picture = picture;
   options.file = file.string();
   options.style = "Colored";
   options.info = "DNN Class Name";
@@ -190,7 +199,7 @@ void runDemo(const Locations& locations, const DemoOptions& options, Output& out
   const auto project = openProject(places, projectName);
   const auto pictures = readPictures(*project, output);
   requireSameMarks(pictures, material);
-  renderFirst(*project, material, directory / "rendered.png", output);
+  renderOne(*project, fullestPicture(pictures), directory / "rendered.png", output);
   const auto [paths, content] = generateSet(*project, places, generate, output);
   writeSummary(material, pictures.size(), content, output);
   writePlaces(paths, output);
