@@ -1,29 +1,14 @@
 #include "foundation/XmlStorage.h"
 
-#include <algorithm>
 #include <string_view>
 
 #include "foundation/Files.h"
 #include "foundation/Numbers.h"
+#include "foundation/XmlCheck.h"
 
 namespace tnv {
 
 namespace {
-
-/// The parser of `cv::FileStorage` calls itself for each level; no file of ours comes near this.
-constexpr int kDeepestNesting = 1000;
-
-/// How deep elements are nested, counted without regard to their names.
-int nestingDepth(std::string_view xml) {
-  int depth = 0;
-  int deepest = 0;
-  for (auto at = xml.find('<'); at != xml.npos; at = xml.find('<', at + 1)) {
-    if (at + 1 >= xml.size() || xml[at + 1] == '?' || xml[at + 1] == '!') continue;
-    depth += xml[at + 1] == '/' ? -1 : 1;
-    deepest = std::max(deepest, depth);
-  }
-  return deepest;
-}
 
 std::string escaped(const std::string& text) {
   std::string result;
@@ -77,11 +62,7 @@ void writeRaw(cv::FileStorage& storage, const std::string& name, const char* lay
 cv::FileStorage openXml(const std::string& path) {
   const auto content = readFile(path);
   if (!content || content->empty()) return {};
-  // Other formats that the storage would guess from the first bytes are none of ours.
-  if (!content->starts_with("<?xml")) CV_Error(cv::Error::StsParseError, "No XML file: " + path);
-  if (nestingDepth(*content) > kDeepestNesting) {
-    CV_Error(cv::Error::StsParseError, "Too deeply nested: " + path);
-  }
+  if (!isWholeXml(*content)) CV_Error(cv::Error::StsParseError, "No whole XML file: " + path);
   return {*content, cv::FileStorage::READ | cv::FileStorage::MEMORY};
 }
 

@@ -14,8 +14,14 @@ const std::string kMaxLengthKey = "MaxLength";
 const std::string kRandomMinKey = "MaxLengthRndMin";
 const std::string kRandomMaxKey = "MaxLengthRndMax";
 
+/// No picture for a network comes near; a damaged size must not fill the memory.
+constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
+
 /// Returns the factors of the columns and of the rows.
 cv::Point2d resizeToSize(const cv::Mat& source, cv::Mat& destination, cv::Size size) {
+  if (std::int64_t{size.width} * size.height > kMostPixels) {
+    CV_Error(cv::Error::StsOutOfRange, "The target size is too large");
+  }
   cv::resize(source, destination, size, 0.0, 0.0, cv::INTER_CUBIC);
   return {static_cast<double>(size.width) / source.cols,
           static_cast<double>(size.height) / source.rows};

@@ -1,9 +1,5 @@
 #include "generation/TNVHandlerAugment.h"
 
-#include <charconv>
-#include <map>
-#include <string_view>
-
 #include "TNV_SampleBenchNative/TNVObserver.h"
 #include "foundation/Log.h"
 #include "foundation/TNVDirectory.h"
@@ -27,7 +23,7 @@ const std::string kTreeKey = "TaskTree";
 const std::string kCountKey = "SubTasks";
 const std::string kNameKey = "Name";
 const std::string kSaveKey = "Save";
-constexpr std::string_view kTaskPrefix = "Task_";
+const std::string kTaskPrefix = "Task_";
 
 std::unique_ptr<TNVAugment> makeTask(const std::string& name) {
   if (name == "Default") return std::make_unique<TNVAugmentDefault>();
@@ -37,31 +33,10 @@ std::unique_ptr<TNVAugment> makeTask(const std::string& name) {
   return nullptr;
 }
 
-/// The number in "Task_<number>", written as it is counted; -1 for any other text.
-int taskNumber(std::string_view name) {
-  if (!name.starts_with(kTaskPrefix)) return -1;
-  name.remove_prefix(kTaskPrefix.size());
-  int number = -1;
-  std::from_chars(name.data(), name.data() + name.size(), number);
-  return std::to_string(number) == name ? number : -1;
-}
-
-/// The children that the count asks for and that are there, in order. Looking up one name after
-/// the other would take time with the square of their number, or with a damaged count.
-std::map<int, cv::FileNode> taskNodes(const cv::FileNode& node) {
-  const int count = tnv::readInt(tnv::child(node, kCountKey), 0);
-  std::map<int, cv::FileNode> nodes;
-  if (count < 1) return nodes;
-  for (const cv::FileNode& child : node) {
-    const int number = taskNumber(child.name());
-    if (number >= 0 && number < count) nodes.emplace(number, child);
-  }
-  return nodes;
-}
-
 Tasks readTasks(const cv::FileNode& node) {
   Tasks tasks;
-  for (const auto& [number, child] : taskNodes(node)) {
+  const int count = tnv::readInt(tnv::child(node, kCountKey), 0);
+  for (const auto& [number, child] : tnv::numberedChildren(node, kTaskPrefix, count)) {
     auto task = makeTask(tnv::readText(tnv::child(child, kNameKey), ""));
     if (!task) continue;
     task->save = tnv::readInt(tnv::child(child, kSaveKey), 0) != 0;

@@ -52,6 +52,14 @@ void checkCropSize(const cv::Mat& source, cv::Size size) {
   }
 }
 
+/// A thin picture or a huge length would fill the memory step by step.
+void checkEnlarged(cv::Size size) {
+  constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
+  if (std::int64_t{size.width} * size.height > kMostPixels / 4) {
+    CV_Error(cv::Error::StsOutOfRange, "The picture would get too large");
+  }
+}
+
 /// Start and length of a crop along one axis, in the source and in the crop.
 struct CropSpan {
   int source;
@@ -184,10 +192,8 @@ std::vector<cv::Point> roundedContour(const Points& points) {
 void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour,
                      const cv::Scalar& value) {
   if (contour.empty()) return;
-  // With the type spelt out: deduction would take the braces for a copy of the contour.
-  const std::vector<std::vector<cv::Point>> contours{contour};
-  cv::drawContours(mask, contours, 0, value, cv::FILLED, cv::LINE_8, cv::noArray(),
-                   std::numeric_limits<int>::max(), cv::Point());
+  cv::drawContours(mask, std::vector<std::vector<cv::Point>>{contour}, 0, value, cv::FILLED,
+                   cv::LINE_8, cv::noArray(), std::numeric_limits<int>::max(), cv::Point());
 }
 
 cv::Mat cropWithBorder(const cv::Mat& source, const cv::Rect& rect, const cv::Scalar& fill) {
@@ -196,8 +202,10 @@ cv::Mat cropWithBorder(const cv::Mat& source, const cv::Rect& rect, const cv::Sc
   if (rect.x > source.cols - 1 || rect.y > source.rows - 1) return crop;
   const CropSpan x = clipSpan(rect.x, rect.width, source.cols);
   const CropSpan y = clipSpan(rect.y, rect.height, source.rows);
-  source(cv::Rect(x.source, y.source, x.length, y.length))
-      .copyTo(crop(cv::Rect(x.target, y.target, x.length, y.length)));
+  const cv::Mat part = source(cv::Rect(x.source, y.source, x.length, y.length));
+  // The library refuses to copy nothing into a part.
+  if (part.empty()) return crop;
+  part.copyTo(crop(cv::Rect(x.target, y.target, x.length, y.length)));
   return crop;
 }
 
@@ -217,6 +225,7 @@ double resizeToLength(const cv::Mat& source, cv::Mat& destination, int length, b
     destination = source.clone();
     return 1.0;
   }
+  CV_Assert(!source.empty());  // would be enlarged for ever
   const bool shrinking = length <= current;
   cv::Mat scaled = source;
   do {
@@ -224,6 +233,7 @@ double resizeToLength(const cv::Mat& source, cv::Mat& destination, int length, b
     if (shrinking) {
       cv::pyrDown(scaled, next);
     } else {
+      checkEnlarged(scaled.size());
       cv::pyrUp(scaled, next);
     }
     scaled = next;

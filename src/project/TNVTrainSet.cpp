@@ -141,7 +141,12 @@ void TNVTrainSet::load() {
     return;
   }
   const cv::FileStorage storage = tnv::openXml(dataPath);
-  const cv::FileNode root = storage.isOpened() ? storage.root() : cv::FileNode();
+  if (!storage.isOpened()) {
+    // A record of a file that lost its content must not be written over what may be restored.
+    tnv::logLine("TNVTrainSet::load: File is empty!");
+    return;
+  }
+  const cv::FileNode root = storage.root();
   // The marks first: what a damaged one throws must not leave a record that is half read.
   const auto readMarkList = readMarks(root);
   markIdNext = 0;

@@ -1,0 +1,475 @@
+#include "marks/TNVContour.h"
+
+#include <chrono>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <opencv2/imgproc.hpp>
+
+#include "support/LogCapture.h"
+#include "support/Pictures.h"
+
+namespace {
+
+using TNVContour::Points;
+using TNVContour::Segment;
+using Segments = std::vector<Segment>;
+using ::testing::ElementsAre;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+const std::vector<double> kHostile{kNaN, kInfinity, -kInfinity, 1e300, -1e300, 1e9, 5e-324};
+
+void expectNear(const Points& expected, const Points& actual) {
+  ASSERT_EQ(expected.size(), actual.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_NEAR(expected[i].x, actual[i].x, 1e-9) << "x of point " << i;
+    EXPECT_NEAR(expected[i].y, actual[i].y, 1e-9) << "y of point " << i;
+  }
+}
+
+cv::Mat blackPicture(int width, int height) {
+  return {height, width, CV_8UC3, cv::Scalar()};
+}
+
+}  // namespace
+
+TEST(TNVContour, LineOfTwoPointsDividesEvenly) {
+  const Points points = TNVContour::consistentDevidePointLine({{1, 2}, {9, 18}}, 5);
+  expectNear({{1, 2}, {3, 6}, {5, 10}, {7, 14}, {9, 18}}, points);
+  EXPECT_EQ(points.front(), cv::Point2d(1, 2));
+  EXPECT_NEAR(points.back().y, 18, 1e-12);
+}
+
+TEST(TNVContour, ClosedSquareDividesIntoCornersAndMidpoints) {
+  expectNear(
+      {{0, 0}, {5, 0}, {10, 0}, {10, 5}, {10, 10}, {5, 10}, {0, 10}, {0, 5}, {0, 0}},
+      TNVContour::consistentDevidePointLine({{0, 0}, {10, 0}, {10, 10}, {0, 10}, {0, 0}}, 9));
+}
+
+TEST(TNVContour, DividedSpacingRunsAroundCorners) {
+  // 10 of length in 4 steps of 2.5: the third point lies 1 behind the corner at (4, 0).
+  expectNear({{0, 0}, {2.5, 0}, {4, 1}, {4, 3.5}, {4, 6}},
+             TNVContour::consistentDevidePointLine({{0, 0}, {4, 0}, {4, 6}}, 5));
+}
+
+TEST(TNVContour, RepeatedPointDividesAsIfAbsent) {
+  const Points once{{0, 0}, {4, 0}, {4, 6}};
+  const Points repeated{{0, 0}, {0, 0}, {4, 0}, {4, 0}, {4, 0}, {4, 6}, {4, 6}};
+  for (int count = 2; count < 40; ++count) {
+    expectNear(TNVContour::consistentDevidePointLine(once, count),
+               TNVContour::consistentDevidePointLine(repeated, count));
+  }
+}
+
+TEST(TNVContour, LineWithoutLengthDividesIntoFirstAndLast) {
+  EXPECT_THAT(TNVContour::consistentDevidePointLine({{3, 4}, {3, 4}, {3, 4}}, 7),
+              ElementsAre(cv::Point2d(3, 4), cv::Point2d(3, 4)));
+}
+
+TEST(TNVContour, DividedLineHasTheCountAndEndsAtTheEnds) {
+  std::mt19937 random(20250101);
+  std::uniform_real_distribution<double> coordinate(0, 1000);
+  for (int round = 0; round < 500; ++round) {
+    Points line(2 + random() % 6);
+    for (cv::Point2d& point : line)
+      point = {coordinate(random), coordinate(random)};
+    const int count = static_cast<int>(2 + random() % 60);
+    const Points points = TNVContour::consistentDevidePointLine(line, count);
+    ASSERT_EQ(points.size(), static_cast<std::size_t>(count)) << "round " << round;
+    expectNear({line.front(), line.back()}, {points.front(), points.back()});
+  }
+}
+
+TEST(TNVContour, ShortListsAndCountsAreNotDivided) {
+  const std::string fewPoints =
+      "TNVContour::consistentDevidePointLine: Can not devide points, line has to less points < 2!";
+  const std::string fewTargets =
+      "TNVContour::consistentDevidePointLine: Can not devide points, target points < 2!";
+  struct Row {
+    Points points;
+    int count;
+    std::string line;
+  };
+  const std::vector<Row> rows{{{}, 5, fewPoints},
+                              {{{1, 1}}, 5, fewPoints},
+                              {{{1, 1}}, 1, fewPoints},
+                              {{{1, 1}, {2, 2}}, 1, fewTargets},
+                              {{{1, 1}, {2, 2}}, 0, fewTargets},
+                              {{{1, 1}, {2, 2}}, INT_MIN, fewTargets}};
+  for (const Row& row : rows) {
+    const LogCapture log;
+    EXPECT_TRUE(TNVContour::consistentDevidePointLine(row.points, row.count).empty());
+    EXPECT_THAT(log.lines(), ElementsAre(row.line));
+  }
+}
+
+TEST(TNVContour, HostileLinesDivideIntoNoMoreThanTheCount) {
+  for (const double a : kHostile) {
+    for (const double b : kHostile) {
+      const Points line{{0, 0}, {a, b}, {b, 1}, {1, 1}, {a, a}};
+      for (const int count : {2, 3, 50})
+        EXPECT_LE(TNVContour::consistentDevidePointLine(line, count).size(), 2U * 50U) << a << b;
+    }
+  }
+}
+
+TEST(TNVContour, CornersGoClockwiseFromTopLeft) {
+  EXPECT_THAT(
+      TNVContour::rectCorners(1, 2, 10, 20),
+      ElementsAre(cv::Point2d(1, 2), cv::Point2d(11, 2), cv::Point2d(11, 22), cv::Point2d(1, 22)));
+}
+
+TEST(TNVContour, BoundingRectSpansAllPoints) {
+  EXPECT_EQ(TNVContour::boundingRectOfPoints({{0.5, 0.25}, {0.75, 0.125}, {0.625, 0.5}}),
+            cv::Rect2d(0.5, 0.125, 0.25, 0.375));
+  EXPECT_EQ(TNVContour::boundingRectOfPoints({{0.5, 0.25}}), cv::Rect2d(0.5, 0.25, 0, 0));
+}
+
+TEST(TNVContour, BoundingRectOfNegativePointsReachesZero) {
+  // The tiny positive double that stays as the maximum vanishes beside the minimum.
+  EXPECT_EQ(TNVContour::boundingRectOfPoints({{-3, -5}, {-2, -4}}), cv::Rect2d(-3, -5, 3, 5));
+}
+
+TEST(TNVContour, BoundingRectOfNothingIsTheLargest) {
+  const cv::Rect2d box = TNVContour::boundingRectOfPoints({});
+  EXPECT_EQ(box.x, 2.2250738585072014e-308);
+  EXPECT_EQ(box.y, 2.2250738585072014e-308);
+  EXPECT_EQ(box.width, 1.7976931348623157e308);
+  EXPECT_EQ(box.height, 1.7976931348623157e308);
+}
+
+TEST(TNVContour, RoundingGoesToTheEvenNeighbour) {
+  EXPECT_EQ(TNVContour::rounded({0.5, 1.5}), cv::Point(0, 2));
+  EXPECT_EQ(TNVContour::rounded({-2.5, 2.51}), cv::Point(-2, 3));
+  EXPECT_EQ(TNVContour::rounded({kNaN, 1e300}), cv::Point(INT_MIN, INT_MIN));
+}
+
+TEST(TNVContour, RoundedContourStaysWithinAMillionPixels) {
+  EXPECT_THAT(TNVContour::roundedContour({{0.5, 1.5}, {kNaN, 2e6}, {-1e300, -7.6}}),
+              ElementsAre(cv::Point(0, 2), cv::Point(-1048576, 1048576), cv::Point(-1048576, -8)));
+  EXPECT_TRUE(TNVContour::roundedContour({}).empty());
+}
+
+TEST(TNVContour, MaskIsFilledWithinTheOutline) {
+  const std::vector<cv::Point> rect{{2, 3}, {7, 3}, {7, 9}, {2, 9}};
+  cv::Mat mask(12, 12, CV_8UC1, cv::Scalar(1));
+  TNVContour::fillContourMask(mask, rect, cv::Scalar(200));
+  cv::Mat expected(12, 12, CV_8UC1, cv::Scalar(1));
+  expected(cv::Rect(cv::Point(2, 3), cv::Point(8, 10))) = 200;
+  EXPECT_TRUE(samePixels(expected, mask));
+
+  const std::vector<cv::Point> triangle{{-5, 1}, {8, 2}, {3, 30}};
+  cv::Mat seen(12, 12, CV_8UC1, cv::Scalar(0));
+  TNVContour::fillContourMask(seen, triangle, cv::Scalar(255));
+  cv::Mat drawn(12, 12, CV_8UC1, cv::Scalar(0));
+  cv::drawContours(drawn, std::vector<std::vector<cv::Point>>{triangle}, 0, cv::Scalar(255), -1, 8);
+  EXPECT_TRUE(samePixels(drawn, seen));
+}
+
+TEST(TNVContour, MaskStaysWithoutAnOutline) {
+  cv::Mat mask(3, 3, CV_8UC1, cv::Scalar(9));
+  TNVContour::fillContourMask(mask, {}, cv::Scalar(255));
+  EXPECT_TRUE(samePixels(cv::Mat(3, 3, CV_8UC1, cv::Scalar(9)), mask));
+}
+
+TEST(TNVContour, CropIsFilledWhereItLeavesThePicture) {
+  const cv::Mat picture = patternedPicture(20, 10);
+  for (const cv::Rect& rect :
+       {cv::Rect(3, 2, 5, 4), cv::Rect(0, 0, 20, 10), cv::Rect(-4, 2, 10, 4), cv::Rect(3, -2, 5, 6),
+        cv::Rect(15, 2, 10, 4), cv::Rect(3, 7, 5, 10), cv::Rect(-3, -3, 40, 40),
+        cv::Rect(19, 9, 1, 1), cv::Rect(20, 0, 5, 5), cv::Rect(0, 10, 5, 5),
+        cv::Rect(INT_MAX, INT_MAX, 5, 5), cv::Rect(-5, 0, 5, 5)}) {
+    cv::Mat expected(rect.size(), CV_8UC3);
+    for (int y = 0; y < rect.height; ++y) {
+      for (int x = 0; x < rect.width; ++x) {
+        const std::int64_t sourceX = std::int64_t{rect.x} + x;
+        const std::int64_t sourceY = std::int64_t{rect.y} + y;
+        const bool inside = sourceX >= 0 && sourceY >= 0 && sourceX < 20 && sourceY < 10;
+        expected.at<cv::Vec3b>(y, x) =
+            inside ? picture.at<cv::Vec3b>(static_cast<int>(sourceY), static_cast<int>(sourceX))
+                   : cv::Vec3b(1, 2, 3);
+      }
+    }
+    EXPECT_TRUE(samePixels(expected, TNVContour::cropWithBorder(picture, rect, {1, 2, 3}))) << rect;
+  }
+}
+
+TEST(TNVContour, CropIsADeepCopy) {
+  const cv::Mat picture = patternedPicture(20, 10);
+  cv::Mat crop = TNVContour::cropWithBorder(picture, {0, 0, 20, 10}, {});
+  crop = cv::Scalar();
+  EXPECT_TRUE(samePixels(patternedPicture(20, 10), picture));
+}
+
+TEST(TNVContour, CropThatEndsBeforeThePictureIsRefused) {
+  const cv::Mat picture = patternedPicture(20, 10);
+  for (const cv::Rect& rect :
+       {cv::Rect(-6, 0, 5, 5), cv::Rect(0, -6, 5, 5), cv::Rect(INT_MIN, 0, 5, 5),
+        cv::Rect(0, INT_MIN, 5, 5), cv::Rect(0, 0, -1, 5), cv::Rect(0, 0, 5, INT_MIN)}) {
+    EXPECT_THROW(TNVContour::cropWithBorder(picture, rect, {}), cv::Exception) << rect;
+  }
+}
+
+TEST(TNVContour, CropOutOfAllProportionIsRefusedBeforeItIsAllocated) {
+  const cv::Mat picture = patternedPicture(20, 10);
+  for (const cv::Rect& rect : {cv::Rect(0, 0, INT_MAX, INT_MAX), cv::Rect(0, 0, 100000, 100000),
+                               cv::Rect(INT_MIN, INT_MIN, INT_MIN, INT_MIN)}) {
+    EXPECT_THROW(TNVContour::cropWithBorder(picture, rect, {}), cv::Exception) << rect;
+  }
+}
+
+TEST(TNVContour, ResizedCropShowsTheSurroundingsOfTheCentre) {
+  const cv::Mat picture = patternedPicture(40, 30);
+  struct Row {
+    cv::Point centre;
+    cv::Size target;
+    double zoom;
+    cv::Rect window;
+  };
+  // 9 / 2 and 7 / 2 are 4.5 and 3.5, which both round to the even 4.
+  const std::vector<Row> rows{{{20, 15}, {10, 8}, 1.0, {15, 11, 10, 8}},
+                              {{20, 15}, {10, 8}, 2.0, {18, 13, 5, 4}},
+                              {{20, 15}, {9, 7}, 2.0, {18, 13, 4, 4}},
+                              {{2, 28}, {10, 8}, 0.5, {-8, 20, 20, 16}}};
+  for (const Row& row : rows) {
+    cv::Mat expected;
+    cv::resize(TNVContour::cropWithBorder(picture, row.window, {}), expected, row.target, 0, 0,
+               cv::INTER_LINEAR);
+    EXPECT_TRUE(
+        samePixels(expected, TNVContour::resizedCrop(picture, row.centre, row.target, row.zoom)))
+        << row.window;
+  }
+}
+
+TEST(TNVContour, ResizedCropWithoutAZoomIsRefused) {
+  const cv::Mat picture = patternedPicture(40, 30);
+  for (const double zoom : {0.0, kNaN, 1e-300, -1.0}) {
+    EXPECT_THROW(TNVContour::resizedCrop(picture, {INT_MIN, INT_MAX}, {10, 8}, zoom),
+                 cv::Exception);
+  }
+}
+
+namespace {
+
+/// The picture after that many pyramid steps, down for a negative number, and a last linear step.
+cv::Mat stepped(const cv::Mat& picture, int steps, cv::Size size) {
+  cv::Mat result = picture;
+  for (int i = 0; i < std::abs(steps); ++i) {
+    cv::Mat next;
+    if (steps < 0) {
+      cv::pyrDown(result, next);
+    } else {
+      cv::pyrUp(result, next);
+    }
+    result = next;
+  }
+  cv::Mat last;
+  cv::resize(result, last, size, 0, 0, cv::INTER_LINEAR);
+  return last;
+}
+
+}  // namespace
+
+TEST(TNVContour, LengthIsReachedByPyramidSteps) {
+  struct Row {
+    cv::Size source;
+    int length;
+    bool byWidth;
+    int steps;
+    cv::Size target;
+    double factor;
+  };
+  const std::vector<Row> rows{
+      {{640, 480}, 512, true, -1, {512, 384}, 0.8},
+      {{640, 480}, 1024, true, 1, {1024, 768}, 1.6},
+      // 1000, 500, 250, 125: half of 125 is no more than 100.
+      {{1000, 800}, 100, true, -3, {100, 80}, 0.1},
+      {{800, 1000}, 100, false, -3, {80, 100}, 0.1},
+      // 125 / 2 is 62 in integers, which is not above 62.
+      {{250, 10}, 62, true, -1, {62, 2}, 0.248},
+      // Going up, both sides have to get beyond half of the length, the narrow one last.
+      {{10, 100}, 300, false, 4, {30, 300}, 3.0},
+      {{30, 20}, 61, true, 1, {61, 41}, 61.0 / 30.0}};
+  for (const Row& row : rows) {
+    const cv::Mat picture = patternedPicture(row.source.width, row.source.height);
+    cv::Mat resized;
+    EXPECT_DOUBLE_EQ(TNVContour::resizeToLength(picture, resized, row.length, row.byWidth),
+                     row.factor);
+    EXPECT_TRUE(samePixels(stepped(picture, row.steps, row.target), resized)) << row.source;
+  }
+}
+
+TEST(TNVContour, LengthThatIsThereGivesADeepCopy) {
+  const cv::Mat picture = patternedPicture(16, 12);
+  struct Row {
+    int length;
+    bool byWidth;
+  };
+  for (const Row& row : {Row{16, true}, Row{12, false}, Row{0, true}, Row{0, false}}) {
+    cv::Mat copy;
+    EXPECT_EQ(TNVContour::resizeToLength(picture, copy, row.length, row.byWidth), 1.0);
+    EXPECT_TRUE(samePixels(picture, copy));
+    EXPECT_NE(copy.data, picture.data);
+  }
+}
+
+TEST(TNVContour, LengthMayBeSetInPlace) {
+  const cv::Mat picture = patternedPicture(64, 48);
+  cv::Mat inPlace = picture;
+  TNVContour::resizeToLength(inPlace, inPlace, 20, true);
+  EXPECT_EQ(inPlace.size(), cv::Size(20, 15));
+  EXPECT_TRUE(samePixels(patternedPicture(64, 48), picture));
+}
+
+TEST(TNVContour, ResizingLeavesTheFormerPixelsOfTheDestination) {
+  const cv::Mat former(15, 20, CV_8UC3, cv::Scalar(7, 7, 7));
+  cv::Mat destination = former;
+  TNVContour::resizeToLength(patternedPicture(64, 48), destination, 20, true);
+  EXPECT_TRUE(samePixels(cv::Mat(15, 20, CV_8UC3, cv::Scalar(7, 7, 7)), former));
+}
+
+TEST(TNVContour, ImpossibleLengthIsRefused) {
+  cv::Mat resized;
+  EXPECT_THROW(TNVContour::resizeToLength(patternedPicture(64, 48), resized, -1, true),
+               cv::Exception);
+  EXPECT_THROW(TNVContour::resizeToLength(patternedPicture(64, 48), resized, INT_MIN, false),
+               cv::Exception);
+  EXPECT_THROW(TNVContour::resizeToLength(cv::Mat(), resized, 5, true), cv::Exception);
+}
+
+TEST(TNVContour, DashesFollowThePixels) {
+  // The pixel that ends a gap starts the dash and is not counted.
+  EXPECT_EQ(TNVContour::dashSegments(blackPicture(40, 3), {{0, 1}, {29, 1}}, 7, 3, false),
+            (Segments{{0, 1, 7, 1}, {11, 1, 19, 1}, {23, 1, 29, 1}}));
+}
+
+TEST(TNVContour, DashThatHasOnlyBegunRepeatsTheOneBefore) {
+  EXPECT_EQ(TNVContour::dashSegments(blackPicture(40, 3), {{0, 1}, {23, 1}}, 7, 3, false),
+            (Segments{{0, 1, 7, 1}, {11, 1, 19, 1}, {11, 1, 19, 1}}));
+}
+
+TEST(TNVContour, LineThatEndsInAGapAddsNoDash) {
+  EXPECT_EQ(TNVContour::dashSegments(blackPicture(40, 3), {{0, 1}, {9, 1}}, 7, 3, false),
+            (Segments{{0, 1, 7, 1}}));
+}
+
+TEST(TNVContour, DashesDoNotRestartAtCorners) {
+  EXPECT_EQ(
+      TNVContour::dashSegments(blackPicture(20, 20), {{0, 0}, {10, 0}, {10, 10}}, 7, 3, false),
+      (Segments{{0, 0, 7, 0}, {10, 0, 10, 8}}));
+}
+
+TEST(TNVContour, ClosedDashesRunBackToTheStart) {
+  // Back from (10, 0): its own pixel ends the gap.
+  EXPECT_EQ(TNVContour::dashSegments(blackPicture(20, 20), {{0, 0}, {10, 0}}, 7, 3, true),
+            (Segments{{0, 0, 7, 0}, {10, 0, 2, 0}}));
+}
+
+TEST(TNVContour, DashesKeepToTheImage) {
+  const cv::Mat image = blackPicture(10, 10);
+  EXPECT_EQ(TNVContour::dashSegments(image, {{-20, 4}, {30, 4}}, 7, 3, false),
+            (Segments{{0, 4, 7, 4}}));
+  EXPECT_TRUE(TNVContour::dashSegments(image, {{-20, -4}, {30, -4}}, 7, 3, true).empty());
+  EXPECT_TRUE(TNVContour::dashSegments(cv::Mat(), {{0, 0}, {5, 5}}, 7, 3, true).empty());
+}
+
+TEST(TNVContour, DashesRoundTheirPoints) {
+  EXPECT_EQ(TNVContour::dashSegments(blackPicture(10, 10), {{0.5, 1.5}, {4.5, 1.6}}, 7, 3, false),
+            (Segments{{0, 2, 4, 2}}));
+}
+
+TEST(TNVContour, OnePointHasNoDashes) {
+  EXPECT_TRUE(TNVContour::dashSegments(blackPicture(9, 9), {{4, 4}}, 7, 3, true).empty());
+  EXPECT_TRUE(TNVContour::dashSegments(blackPicture(9, 9), {}, 7, 3, true).empty());
+}
+
+TEST(TNVContour, LineBelowThicknessOneIsDrawnWithOne) {
+  for (const auto& [given, drawn] :
+       std::vector<std::pair<int, int>>{{0, 1}, {-1, 1}, {INT_MIN, 1}, {1, 1}, {2, 2}, {5, 5}}) {
+    cv::Mat seen = blackPicture(30, 30);
+    TNVContour::drawLine(seen, {3, 4}, {25, 17}, {10, 20, 30}, given);
+    cv::Mat expected = blackPicture(30, 30);
+    cv::line(expected, {3, 4}, {25, 17}, {10, 20, 30}, drawn, cv::LINE_AA, 0);
+    EXPECT_TRUE(samePixels(expected, seen)) << given;
+  }
+}
+
+TEST(TNVContour, DashedLineIsDrawnDashByDash) {
+  for (const int thickness : {0, 1, 3}) {
+    cv::Mat seen = blackPicture(40, 9);
+    TNVContour::drawDashedPolyline(seen, {{0, 4}, {29, 4}}, {10, 20, 30}, 7, 3, thickness, false);
+    cv::Mat expected = blackPicture(40, 9);
+    for (const auto& [from, to] : {std::pair{0, 7}, std::pair{11, 19}, std::pair{23, 29}}) {
+      cv::line(expected, {from, 4}, {to, 4}, {10, 20, 30}, std::max(thickness, 1), cv::LINE_AA);
+    }
+    EXPECT_TRUE(samePixels(expected, seen)) << thickness;
+  }
+}
+
+TEST(TNVContour, DashedCircleIsAPolygonOfOnePointForSixteenPixels) {
+  const float radius = 35.5F;
+  const cv::Point2d centre(50.25, 47.5);
+  // 35.5 * 2 pi / 16 is 13.94.
+  Points polygon;
+  for (int i = 0; i < 13; ++i) {
+    const double angle = i * 2 * CV_PI / 13;
+    polygon.emplace_back(50.25 + 35.5 * std::cos(angle), 47.5 + 35.5 * std::sin(angle));
+  }
+  cv::Mat expected = blackPicture(100, 100);
+  TNVContour::drawDashedPolyline(expected, polygon, {10, 20, 30}, 7, 3, 2, true);
+  cv::Mat seen = blackPicture(100, 100);
+  TNVContour::drawDashedCircle(seen, centre, radius, {10, 20, 30}, 2);
+  EXPECT_TRUE(samePixels(expected, seen));
+  EXPECT_GT(cv::countNonZero(seen.reshape(1)), 0);
+}
+
+TEST(TNVContour, SmallDashedCircleDrawsNothing) {
+  // Two points are the least that dashes can run between: from a radius of about 5.1 on.
+  for (const float radius : {-20.0F, 0.0F, 2.5F, 2.54F, 2.6F, 5.0F}) {
+    cv::Mat seen = blackPicture(30, 30);
+    TNVContour::drawDashedCircle(seen, {15, 15}, radius, {10, 20, 30}, 1);
+    EXPECT_TRUE(samePixels(blackPicture(30, 30), seen)) << radius;
+  }
+}
+
+TEST(TNVContour, DashedEllipseIsAPolygonOfOnePointForFourPixels) {
+  const cv::RotatedRect ellipse({60.5F, 50.25F}, {80.0F, 40.0F}, 30.7F);
+  Points outline;
+  cv::Point2f corners[4];
+  ellipse.points(corners);
+  const double a = cv::norm(corners[3] - corners[0]) / 2;
+  const double b = cv::norm(corners[0] - corners[1]) / 2;
+  EXPECT_NEAR(a, 40, 1e-4);
+  EXPECT_NEAR(b, 20, 1e-4);
+  cv::ellipse2Poly(cv::Point2d(60.5, 50.25), cv::Size2d(a, b), 30, 0, 360, 1, outline);
+  // Half axes 40 and 20 have a perimeter of 193.77, a quarter of which is 48.44.
+  const Points polygon = TNVContour::consistentDevidePointLine(outline, 48);
+  cv::Mat expected = blackPicture(120, 100);
+  TNVContour::drawDashedPolyline(expected, polygon, {10, 20, 30}, 7, 3, 1, true);
+  cv::Mat seen = blackPicture(120, 100);
+  TNVContour::drawDashedEllipse(seen, ellipse, {10, 20, 30}, 1);
+  EXPECT_TRUE(samePixels(expected, seen));
+  EXPECT_GT(cv::countNonZero(seen.reshape(1)), 0);
+}
+
+TEST(TNVContour, HostileDashedFiguresAreDrawnInNoTime) {
+  const LogCapture log;
+  const auto start = std::chrono::steady_clock::now();
+  cv::Mat image = blackPicture(60, 40);
+  for (const double a : kHostile) {
+    for (const double b : kHostile) {
+      const auto small = static_cast<float>(std::clamp(a, -1e30, 1e30));
+      TNVContour::drawDashedPolyline(image, {{a, b}, {b, a}, {3, 4}}, {1, 2, 3}, 7, 3, 1, true);
+      TNVContour::drawDashedCircle(image, {a, b}, small, {1, 2, 3}, 1);
+      TNVContour::drawDashedCircle(image, {5, 5}, small, {1, 2, 3}, 1);
+      TNVContour::drawDashedEllipse(image, {{small, 5}, {small, small}, small}, {1, 2, 3}, 1);
+      TNVContour::drawDashedEllipse(image, {{5, 5}, {1e9F, 3}, small}, {1, 2, 3}, 1);
+    }
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
