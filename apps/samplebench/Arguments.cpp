@@ -234,6 +234,16 @@ void addDemo(CLI::App& app, Request& request) {
   });
 }
 
+// The library joins directories and names as they stand.
+std::string withSlash(const std::string& directory) {
+  return (std::filesystem::path(directory) / "").generic_string();
+}
+
+Locations withSlashes(const Locations& locations) {
+  return {withSlash(locations.projects), withSlash(locations.platforms),
+          withSlash(locations.augments)};
+}
+
 void addGlobals(CLI::App& app, Request& request) {
   request.locations = {"projects/", defaultPlatforms(), defaultAugments()};
   app.add_option("--projects", request.locations.projects, "where projects lie")
@@ -288,6 +298,7 @@ int runProgram(int argc, const char* const* argv, Output& output) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error, output.data(), std::cerr) == 0 ? exitOk : exitUsage;
   }
+  request.locations = withSlashes(request.locations);
   if (request.quiet) output.setQuiet();
   return runCommand(request, output);
 }

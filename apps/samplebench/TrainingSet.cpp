@@ -124,7 +124,9 @@ TrainingSetPaths trainingSetPaths(const std::string& output, const std::string& 
           directory + backupName + "/"};
 }
 
-void requireReplaceable(const std::string& directory) {
+void requireReplaceable(const std::string& path) {
+  // A file with a slash behind its name would count as absent.
+  const auto directory = path.ends_with('/') ? path.substr(0, path.size() - 1) : path;
   if (!fs::exists(directory)) return;
   if (!fs::is_directory(directory))
     throw CommandError("'" + directory + "' is no directory; give another output directory");

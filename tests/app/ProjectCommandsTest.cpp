@@ -23,7 +23,8 @@ TEST_F(ProgramProjects, HelpTeachesEachCommandWithAnExample) {
 
 TEST_F(ProgramProjects, WrongUsageEndsWithTwo) {
   fail({}, "subcommand is required", 2);
-  fail({"nonsense"}, "not expected", 2);
+  fail({"nonsense"}, "subcommand is required", 2);
+  fail({"list", "parts", "more"}, "not expected", 2);
   fail({"create"}, "PROJECT is required", 2);
   fail({"class"}, "subcommand is required", 2);
 }
