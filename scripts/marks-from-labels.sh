@@ -1,7 +1,8 @@
 #!/bin/sh
 # Prints a list of marks for `samplebench mark PROJECT --list FILE` from pictures that have label
 # texts beside them, one box a line: <class number> <centre x> <centre y> <width> <height>, relative
-# to the picture. The names file has the class names, one a line, in the order of the numbers.
+# to the picture. Right and bottom edges come a millionth, the last digit of a label, further in: an
+# edge on the border of two pixels would otherwise touch the next one. The names file has the class names, one a line, in the order of the numbers.
 #
 # Usage: marks-from-labels.sh DIRECTORY NAMES_FILE > marks.txt
 set -eu
@@ -30,7 +31,7 @@ for picture in "$directory"/*.jpg; do
     !($1 in name) { fail("no name for class " $1) }
     {
       printf "%s\tRect\t%s\t%.9f,%.9f %.9f,%.9f\n", ENVIRON["PICTURE"], name[$1],
-        clamped($2 - $4 / 2), clamped($3 - $5 / 2), clamped($2 + $4 / 2), clamped($3 + $5 / 2)
+        clamped($2 - $4 / 2), clamped($3 - $5 / 2), clamped($2 + $4 / 2 - 1e-6), clamped($3 + $5 / 2 - 1e-6)
     }
   ' "$names" "$labels"
 done
