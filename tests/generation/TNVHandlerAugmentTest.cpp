@@ -272,7 +272,11 @@ TEST_F(TNVHandlerAugmentFixture, WrongTypesAreAnswered) {
   EXPECT_EQ(outline(handler.rootTask.get()), "none");
   select(oneRoot("<Task_0>5</Task_0>"));
   EXPECT_EQ(outline(handler.rootTask.get()), "none");
-  select(oneRoot(task(0, "Resize", 1, "<TargetSize>a b</TargetSize><MaxLength>z</MaxLength>")));
+  select(oneRoot(task(0, "Resize", 1, "<MaxLength>z</MaxLength>")));
+  EXPECT_EQ(outline(handler.rootTask.get()), "Resize+");
+  EXPECT_THROW(select(oneRoot(task(0, "Filter", 1, "",
+                                   {task(0, "Resize", 1, "<TargetSize>a b</TargetSize>")}))),
+               cv::Exception);
   EXPECT_EQ(outline(handler.rootTask.get()), "Resize+");
 }
 

@@ -1,0 +1,304 @@
+#include "Arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+#include "DemoCommand.h"
+#include "GenerateCommand.h"
+#include "ImportCommand.h"
+#include "MarkCommand.h"
+#include "Numbers.h"
+#include "ProjectCommands.h"
+#include "RenderCommand.h"
+
+namespace {
+
+constexpr auto description =
+    "Prepares training data for object detectors: projects of marked pictures, and training sets "
+    "made of them.";
+
+constexpr auto footer =
+    "A first walk:\n"
+    "  samplebench create parts\n"
+    "  samplebench class add parts screw nut\n"
+    "  samplebench import parts day1 photos/\n"
+    "  samplebench mark parts photo.jpg Rect 0.1,0.2 0.4,0.5 --class screw\n"
+    "  samplebench render parts photo.jpg -o seen.png\n"
+    "  samplebench generate parts --output set/\n"
+    "or all of it at once: samplebench demo /tmp/demo\n\n"
+    "Data goes to standard output, everything else to standard error.\n"
+    "Exit codes: 0 done, 1 the command failed (the message says what to do), 2 wrong usage, "
+    "130 interrupted.";
+
+// All that can be given on the command line, and the command that was chosen.
+struct Request {
+  Locations locations;
+  bool quiet = false;
+  std::string project;
+  std::vector<std::string> classNames;
+  std::string classColor;
+  ImportOptions import;
+  MarkOptions mark;
+  RenderOptions render;
+  GenerateOptions generate;
+  DemoOptions demo;
+  std::function<void(Output&)> run;
+};
+
+CLI::Validator numberBetween(double least, double most) {
+  const auto range = numberText(least) + " to " + numberText(most);
+  return {[=](const std::string& text) {
+            const auto number = parseNumber(text);
+            const bool fits = number && *number >= least && *number <= most;
+            return fits ? std::string() : "'" + text + "' is no number from " + range;
+          },
+          range};
+}
+
+CLI::App* addCommand(CLI::App& parent, const std::string& name, const std::string& purpose,
+                     const std::string& example) {
+  auto* command = parent.add_subcommand(name, purpose);
+  command->footer("Example:\n  samplebench " + example);
+  return command;
+}
+
+void addProjectArgument(CLI::App& command, std::string& project) {
+  command.add_option("PROJECT", project, "name of the project")->required();
+}
+
+void addCreate(CLI::App& app, Request& request) {
+  auto* command = addCommand(app, "create", "Makes an empty project.", "create parts");
+  addProjectArgument(*command, request.project);
+  command->callback([&request] {
+    request.run = [&](Output& output) { runCreate(request.locations, request.project, output); };
+  });
+}
+
+void addClassAdd(CLI::App& classes, Request& request) {
+  auto* command = addCommand(classes, "add", "Adds classes; each takes the next number, from 0 on.",
+                             "class add parts screw nut --color ff8000");
+  addProjectArgument(*command, request.project);
+  command->add_option("NAME", request.classNames, "names of the classes")->required();
+  command->add_option("--color", request.classColor, "colour for drawing, RRGGBB");
+  command->callback([&request] {
+    request.run = [&](Output& output) {
+      runClassAdd(request.locations, request.project, request.classNames, request.classColor,
+                  output);
+    };
+  });
+}
+
+void addClassList(CLI::App& classes, Request& request) {
+  auto* command = addCommand(classes, "list", "Lists the classes with numbers and colours.",
+                             "class list parts");
+  addProjectArgument(*command, request.project);
+  command->callback([&request] {
+    request.run = [&](Output& output) { runClassList(request.locations, request.project, output); };
+  });
+}
+
+void addClass(CLI::App& app, Request& request) {
+  auto* command =
+      addCommand(app, "class", "The classes that marks carry and a network is to learn.",
+                 "class add parts screw nut");
+  command->require_subcommand(1);
+  addClassAdd(*command, request);
+  addClassList(*command, request);
+}
+
+void addImport(CLI::App& app, Request& request) {
+  auto& options = request.import;
+  auto* command = addCommand(app, "import",
+                             "Adds the pictures of a directory to an image set. They stay where "
+                             "they are; those already there are passed over.",
+                             "import parts day1 photos/ --recursive");
+  addProjectArgument(*command, options.project);
+  command->add_option("SET", options.set, "name of the image set")->required();
+  command->add_option("DIRECTORY", options.directory, "where the pictures lie")->required();
+  command->add_flag("--recursive", options.recursive, "look into directories below, too");
+  command->callback([&request] {
+    request.run = [&](Output& output) { runImport(request.locations, request.import, output); };
+  });
+}
+
+void requireOneKindOfMark(const MarkOptions& options) {
+  const bool hasAny = !options.picture.empty() || !options.className.empty();
+  const bool hasAll = !options.picture.empty() && !options.form.empty() &&
+                      !options.points.empty() && !options.className.empty();
+  if (!options.list.empty() && hasAny)
+    throw CLI::ValidationError("mark", "--list has pictures and classes of its own");
+  if (options.list.empty() && !hasAll)
+    throw CLI::ValidationError("mark", "give PICTURE FORM POINT... --class NAME, or --list FILE");
+}
+
+void addMark(CLI::App& app, Request& request) {
+  auto& options = request.mark;
+  auto* command = addCommand(
+      app, "mark",
+      "Marks an object on a picture, or many from a list: one mark a line, picture, form, class "
+      "and points with tabs between them, the points \"x,y\" with blanks.",
+      "mark parts photo.jpg Rect 0.1,0.2 0.4,0.5 --class screw\n  samplebench mark parts --list "
+      "marks.txt");
+  addProjectArgument(*command, options.project);
+  command->add_option("PICTURE", options.picture, "path, or file name if there is only one");
+  command->add_option("FORM", options.form, "form of the mark: Rect, Rect Center or Image");
+  command->add_option("POINT", options.points, "points x,y, 0 to 1 from the top left");
+  command->add_option("--class", options.className, "class of the mark");
+  command->add_option("--list", options.list, "file with many marks");
+  command->add_flag("--pixels", options.pixels, "points are in pixels of the picture");
+  command->callback([&request] {
+    requireOneKindOfMark(request.mark);
+    request.run = [&](Output& output) { runMark(request.locations, request.mark, output); };
+  });
+}
+
+void addList(CLI::App& app, Request& request) {
+  auto* command =
+      addCommand(app, "list", "Shows classes, pictures with the number of their marks, and totals.",
+                 "list parts");
+  addProjectArgument(*command, request.project);
+  command->callback([&request] {
+    request.run = [&](Output& output) { runList(request.locations, request.project, output); };
+  });
+}
+
+void addRenderLook(CLI::App& command, RenderOptions& options) {
+  command.add_option("--style", options.style, "colours of the marks")->capture_default_str();
+  command.add_option("--info", options.info, "text beside the marks")->capture_default_str();
+  auto* cross = command.add_option("--cross", options.cross, "place of a cross, x,y from 0 to 1");
+  command.add_option("--cross-style", options.crossStyle, "look of the cross")
+      ->needs(cross)
+      ->capture_default_str();
+  command.add_flag("!--no-fill", options.filled, "do not fill marks that have an area");
+}
+
+void addRender(CLI::App& app, Request& request) {
+  auto& options = request.render;
+  auto* command = addCommand(app, "render", "Writes a picture with its marks to a file.",
+                             "render parts photo.jpg -o seen.png --fit 800x600 --style Colored");
+  addProjectArgument(*command, options.project);
+  command->add_option("PICTURE", options.picture, "path, or file name if there is only one")
+      ->required();
+  command->add_option("-o,--output", options.file, "file to write, like seen.png")->required();
+  auto* zoom = command->add_option("--zoom", options.zoom, "pixels per pixel of the picture")
+                   ->check(numberBetween(smallestZoom, largestZoom));
+  command->add_option("--fit", options.fit, "largest size, WIDTHxHEIGHT")->excludes(zoom);
+  addRenderLook(*command, options);
+  command->callback([&request] {
+    request.run = [&](Output& output) { runRender(request.locations, request.render, output); };
+  });
+}
+
+void addGenerateTemplates(CLI::App& command, GenerateOptions& options) {
+  command.add_option("--weights", options.weights, "starting weights to lay beside the set");
+  command.add_option("--config", options.config, "template of the data description")
+      ->capture_default_str();
+  command.add_option("--net", options.net,
+                     "template of the network (default: yolov4-tiny.tmp, or else the first)");
+  command.add_option("--set", options.settings, "KEY=VALUE for the templates; may be repeated")
+      ->allow_extra_args(false);
+}
+
+void addGenerate(CLI::App& app, Request& request) {
+  auto& options = request.generate;
+  auto* command = addCommand(app, "generate",
+                             "Writes a training set for Darknet. An earlier set there is replaced.",
+                             "generate parts --output set/ --test-ratio 0.1 --set WIDTH=608");
+  addProjectArgument(*command, options.project);
+  command->add_option("--output", options.output, "directory of the set")->required();
+  command->add_option("--augmentation", options.augmentation, "tree of tasks for each picture")
+      ->capture_default_str();
+  command->add_option("--test-ratio", options.testRatio, "share of the test list")
+      ->check(numberBetween(0, 1))
+      ->capture_default_str();
+  addGenerateTemplates(*command, options);
+  command->add_flag("--relative-paths", options.relativePaths,
+                    "write paths relative to the working directory");
+  command->callback([&request] {
+    request.run = [&](Output& output) { runGenerate(request.locations, request.generate, output); };
+  });
+}
+
+void addDemo(CLI::App& app, Request& request) {
+  auto& options = request.demo;
+  auto* command = addCommand(app, "demo",
+                             "Walks the whole road in a new directory: draws pictures, marks them, "
+                             "renders one, writes a training set and reads it back.",
+                             "demo /tmp/demo");
+  command->add_option("DIRECTORY", options.directory, "new or empty, or an earlier demo")
+      ->required();
+  command->add_option("--pictures", options.pictures,
+                      "take the pictures of this directory, each marked as a whole");
+  command->callback([&request] {
+    request.run = [&](Output& output) { runDemo(request.locations, request.demo, output); };
+  });
+}
+
+// The library joins directories and names as they stand.
+std::string withSlash(const std::string& directory) {
+  return (std::filesystem::path(directory) / "").generic_string();
+}
+
+Locations withSlashes(const Locations& locations) {
+  return {withSlash(locations.projects), withSlash(locations.platforms),
+          withSlash(locations.augments)};
+}
+
+void addGlobals(CLI::App& app, Request& request) {
+  request.locations = {"projects/", defaultPlatforms(), defaultAugments()};
+  app.add_option("--projects", request.locations.projects, "where projects lie")
+      ->capture_default_str();
+  app.add_option("--platforms", request.locations.platforms,
+                 "templates (default: those that came with the program)");
+  app.add_option("--augments", request.locations.augments,
+                 "trees of tasks (default: those that came with the program)");
+  app.add_flag("--quiet", request.quiet, "only errors on standard error");
+}
+
+void addCommands(CLI::App& app, Request& request) {
+  // Global options may stand behind the command.
+  app.fallthrough();
+  app.require_subcommand(1);
+  addGlobals(app, request);
+  addCreate(app, request);
+  addClass(app, request);
+  addImport(app, request);
+  addMark(app, request);
+  addList(app, request);
+  addRender(app, request);
+  addGenerate(app, request);
+  addDemo(app, request);
+}
+
+int runCommand(const Request& request, Output& output) {
+  try {
+    request.run(output);
+  } catch (const CommandError& error) {
+    output.error(error.what());
+    return error.exitCode();
+  } catch (const std::exception& error) {
+    output.error(error.what());
+    return exitFailed;
+  }
+  output.data().flush();
+  if (output.data()) return exitOk;
+  output.error("standard output cannot be written to");
+  return exitFailed;
+}
+
+}  // namespace
+
+int runProgram(int argc, const char* const* argv, Output& output) {
+  CLI::App app(description, "samplebench");
+  app.footer(footer);
+  Request request;
+  addCommands(app, request);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error, output.data(), std::cerr) == 0 ? exitOk : exitUsage;
+  }
+  request.locations = withSlashes(request.locations);
+  if (request.quiet) output.setQuiet();
+  return runCommand(request, output);
+}

@@ -1,0 +1,208 @@
+#include "DemoCommand.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "CommandError.h"
+#include "DemoPictures.h"
+#include "GenerateCommand.h"
+#include "ImportCommand.h"
+#include "MarkCommand.h"
+#include "ProjectCommands.h"
+#include "RenderCommand.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr auto projectName = "demo";
+constexpr auto setName = "pictures";
+constexpr unsigned int drawnPictures = 24;
+constexpr unsigned int contactColumns = 6;
+constexpr std::array<const char*, 5> entries{"contact.png", "pictures", "projects", "rendered.png",
+                                             "set"};
+
+struct DemoClass {
+  std::string name;
+  std::string color;
+};
+
+// What the demo works on, whether it was drawn or is the user's.
+struct Material {
+  std::string directory;
+  std::vector<DemoClass> classes;
+  std::vector<MarkRequest> marks;
+};
+
+bool isEarlierDemo(const fs::path& directory) {
+  const auto isOurs = [](const fs::directory_entry& entry) {
+    const auto name = entry.path().filename().string();
+    return std::find(entries.begin(), entries.end(), name) != entries.end();
+  };
+  return fs::is_regular_file(directory / "projects" / projectName / "demo.cfg") &&
+         std::all_of(fs::directory_iterator(directory), fs::directory_iterator(), isOurs);
+}
+
+void clearDirectory(const fs::path& directory) {
+  if (fs::exists(directory) && !fs::is_directory(directory))
+    throw CommandError("'" + directory.string() + "' is no directory");
+  fs::create_directories(directory);
+  if (!fs::is_empty(directory) && !isEarlierDemo(directory))
+    throw CommandError("'" + directory.string() +
+                       "' holds files that are no earlier demo; give a new or empty directory");
+  for (const auto* entry : entries)
+    fs::remove_all(directory / entry);
+}
+
+// Clearing the directory would take the user's pictures along.
+void requireApart(const std::string& pictures, const fs::path& directory) {
+  const auto inside =
+      fs::weakly_canonical(pictures).lexically_relative(fs::weakly_canonical(directory));
+  if (!inside.empty() && *inside.begin() != "..")
+    throw CommandError("'" + pictures + "' lies in '" + directory.string() +
+                       "', which is cleared; give another directory");
+}
+
+std::string drawnName(unsigned int number) {
+  char name[32];
+  std::snprintf(name, sizeof name, "parts_%02u.jpg", number + 1);
+  return name;
+}
+
+std::vector<Point> relativeCorners(const cv::Rect& box) {
+  return {{1.0 * box.x / demoWidth, 1.0 * box.y / demoHeight},
+          {1.0 * box.br().x / demoWidth, 1.0 * box.br().y / demoHeight}};
+}
+
+void writeImage(const fs::path& file, const cv::Mat& image) {
+  if (!cv::imwrite(file.string(), image))
+    throw CommandError("'" + file.string() + "' cannot be written");
+}
+
+void addToContact(cv::Mat& contact, const cv::Mat& image, unsigned int number) {
+  const cv::Size size(demoWidth / 2, demoHeight / 2);
+  const cv::Point place(static_cast<int>(number % contactColumns) * size.width,
+                        static_cast<int>(number / contactColumns) * size.height);
+  cv::Mat target = contact(cv::Rect(place, size));
+  cv::resize(image, target, size, 0, 0, cv::INTER_AREA);
+}
+
+Material drawMaterial(const fs::path& directory) {
+  const auto pictures = directory / "pictures";
+  fs::create_directories(pictures);
+  const auto& names = demoPartNames();
+  Material material{
+      pictures.string(), {{names[0], "ff5040"}, {names[1], "40c0ff"}, {names[2], "80ff40"}}, {}};
+  constexpr int contactRows = drawnPictures / contactColumns;
+  cv::Mat contact(contactRows * demoHeight / 2, static_cast<int>(contactColumns) * demoWidth / 2,
+                  CV_8UC3);
+  for (unsigned int number = 0; number < drawnPictures; ++number) {
+    const auto picture = drawDemoPicture(number);
+    const auto file = pictures / drawnName(number);
+    writeImage(file, picture.image);
+    addToContact(contact, picture.image, number);
+    for (const auto& object : picture.objects)
+      material.marks.push_back({"", absolutePath(file.string()), "Rect",
+                                names[static_cast<std::size_t>(object.part)],
+                                relativeCorners(object.box)});
+  }
+  writeImage(directory / "contact.png", contact);
+  return material;
+}
+
+void markAsWhole(WTNVProject& project, Material& material, Output& output) {
+  for (const auto& picture : readPictures(project, output))
+    material.marks.push_back({"", picture.path, "Image", "picture", {{0.5, 0.5}}});
+}
+
+// The one with the most marks has the most to show.
+std::string fullestPicture(const std::vector<PictureRecord>& pictures) {
+  const auto fullest = std::max_element(
+      pictures.begin(), pictures.end(), [](const PictureRecord& a, const PictureRecord& b) {
+        return a.trainSet.getMarkCount() < b.trainSet.getMarkCount();
+      });
+  return fullest->path;
+}
+
+void renderOne(WTNVProject& project, const std::string& picture, const fs::path& file,
+               Output& output) {
+  RenderOptions options;
+  options.picture = picture;
+  options.file = file.string();
+  options.style = "Colored";
+  options.info = "DNN Class Name";
+  renderPicture(project, options, output);
+}
+
+void requireSameMarks(const std::vector<PictureRecord>& pictures, const Material& material) {
+  std::size_t marks = 0;
+  for (const auto& picture : pictures)
+    marks += static_cast<std::size_t>(picture.trainSet.getMarkCount());
+  if (marks != material.marks.size())
+    throw CommandError("of " + counted(material.marks.size(), "mark") + " " +
+                       std::to_string(marks) + " came back from disk");
+}
+
+void writeSummary(const Material& material, std::size_t pictures, const TrainingSetContent& content,
+                  Output& output) {
+  std::vector<TableRow> rows{{"class", "marks", "boxes in set"}};
+  for (std::size_t i = 0; i < material.classes.size(); ++i) {
+    const auto& name = material.classes[i].name;
+    const auto marks = std::count_if(material.marks.begin(), material.marks.end(),
+                                     [&](const auto& mark) { return mark.className == name; });
+    rows.push_back({name, std::to_string(marks), std::to_string(content.boxes[i])});
+  }
+  rows.push_back(
+      {"total", std::to_string(material.marks.size()), std::to_string(content.boxCount())});
+  output.data() << '\n';
+  writeTable(output.data(), rows);
+  output.data() << '\n'
+                << counted(pictures, "picture") << " gave " << counted(content.samples(), "sample")
+                << ": " << content.training << " training, " << content.test
+                << " test; read back and consistent\n\n";
+}
+
+void buildProject(const Locations& locations, const DemoOptions& options, const fs::path& directory,
+                  Material& material, Output& output) {
+  const auto project = createProject(locations, projectName);
+  material = options.pictures.empty() ? drawMaterial(directory)
+                                      : Material{options.pictures, {{"picture", "40c0ff"}}, {}};
+  for (const auto& [name, color] : material.classes)
+    addClass(*project, name, color);
+  importPictures(*project, setName, material.directory, false);
+  if (!options.pictures.empty()) markAsWhole(*project, material, output);
+  saveProject(*project, true);
+  output.note("marking " + counted(material.marks.size(), "object"));
+  addMarks(*project, material.marks, PointUnit::relative, output);
+  saveProject(*project, true);
+}
+
+}  // namespace
+
+void runDemo(const Locations& locations, const DemoOptions& options, Output& output) {
+  const fs::path directory = absolutePath(options.directory);
+  auto places = locations;
+  places.projects = (directory / "projects" / "").string();
+  GenerateOptions generate;
+  generate.project = projectName;
+  generate.output = (directory / "set").string();
+  generate.augmentation = "resize-quarter-turns.xml";
+  requireOutputPath(generate.output);
+  if (!options.pictures.empty()) requireApart(options.pictures, directory);
+  clearDirectory(directory);
+
+  Material material;
+  buildProject(places, options, directory, material, output);
+  const auto project = openProject(places, projectName);
+  const auto pictures = readPictures(*project, output);
+  requireSameMarks(pictures, material);
+  renderOne(*project, fullestPicture(pictures), directory / "rendered.png", output);
+  const auto [paths, content] = generateSet(*project, places, generate, output);
+  writeSummary(material, pictures.size(), content, output);
+  writePlaces(paths, output);
+  output.data() << "\nLook around with: samplebench --projects " << places.projects << " list "
+                << projectName << '\n';
+}

@@ -1,0 +1,213 @@
+#include "GenerateCommand.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include "CommandError.h"
+#include "Platform.h"
+#include "Progress.h"
+#include "TNV_SampleBenchNative/WTNVGenerationDarknet.h"
+#include "TaskTree.h"
+#include "TemplateValues.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr auto usualNet = "yolov4-tiny.tmp";
+
+// Callbacks of the library are plain functions; what they work on during a run stands here.
+struct Run {
+  WTNVHandlerAugment* handler = nullptr;
+  Progress* progress = nullptr;
+  bool stopped = false;
+};
+Run run;
+
+void onUpdate() {
+  run.progress->step();
+  if (!platform::InterruptCatcher::interrupted()) return;
+  run.stopped = true;
+  run.handler->wProcessStop();
+}
+
+std::vector<WTNVDNNClass> classesByNumber(const WTNVProject& project) {
+  auto classes = project.wGetDNNClasses();
+  std::stable_sort(classes.begin(), classes.end(),
+                   [](const auto& a, const auto& b) { return a.wGetDNNId() < b.wGetDNNId(); });
+  return classes;
+}
+
+std::string numberedNames(const std::vector<WTNVDNNClass>& classes) {
+  std::vector<std::string> texts;
+  for (const auto& dnnClass : classes)
+    texts.push_back(std::to_string(dnnClass.wGetDNNId()) + " " + dnnClass.wGetName());
+  return joined(texts);
+}
+
+void requireUsableClasses(const WTNVProject& project) {
+  const auto classes = classesByNumber(project);
+  if (classes.empty())
+    throw CommandError("the project has no classes; add them with: samplebench class add " +
+                       project.wGetProjectName() + " NAME...");
+  for (std::size_t i = 0; i < classes.size(); ++i) {
+    if (classes[i].wGetDNNId() != static_cast<int>(i))
+      throw CommandError("the numbers of the classes must run from 0 to " +
+                         std::to_string(classes.size() - 1) + " without gap or repeat; they are " +
+                         numberedNames(classes) +
+                         ". Give the classes new numbers in the project's settings (DNN.Ids)");
+  }
+}
+
+void requirePictures(const std::vector<PictureRecord>& pictures, Output& output) {
+  std::vector<std::string> gone;
+  for (const auto& picture : pictures)
+    if (!fs::is_regular_file(picture.path)) gone.push_back(picture.path);
+  if (gone.size() == pictures.size())
+    throw CommandError(
+        "the project has no pictures that can be found; add some with: samplebench "
+        "import PROJECT SET DIRECTORY");
+  if (!gone.empty())
+    output.note(counted(gone.size(), "picture") + " cannot be found and will be left out, first " +
+                gone.front());
+}
+
+void chooseAugmentation(WTNVHandlerAugment& handler, const Locations& locations,
+                        const std::string& name) {
+  requireChoice("augmentation", name, handler.wGetAvailableAugmentations());
+  requireTaskTree((fs::path(locations.augments) / name).string());
+  handler.wSetAugmentation(name);
+}
+
+std::string chosenNet(const std::string& asked, const std::vector<std::string>& available) {
+  if (!asked.empty()) return asked;
+  if (available.empty() ||
+      std::find(available.begin(), available.end(), usualNet) != available.end())
+    return usualNet;
+  return *std::min_element(available.begin(), available.end());
+}
+
+void setTemplates(const WTNVGenerationDarknet& darknet, const WTNVGeneration& generation,
+                  const GenerateOptions& options, const TrainingSetPaths& paths) {
+  const auto configs = generation.wGetAvailableTemplateNames(darknet.wGetConfigDescriptor());
+  const auto nets = generation.wGetAvailableTemplateNames(darknet.wGetNetDescriptor());
+  const TemplateChoice config{darknet.wGetConfigDescriptor(), options.config};
+  const TemplateChoice net{darknet.wGetNetDescriptor(), chosenNet(options.net, nets)};
+  requireChoice("data template", config.name, configs);
+  requireChoice("network template", net.name, nets);
+  const TemplateValues own{{"CLASSES", "$DNN_COUNT"},
+                           {"FILTERS", "$DARKNET_YOLO_FILTER_CNT"},
+                           {"DATA_PATH", "$DARKNET_DATA_PATH"},
+                           {"TRAIN_FILE", "$DARKNET_TRAINFILE"},
+                           {"TEST_FILE", "$DARKNET_TESTFILE"},
+                           {"NAMES", paths.names},
+                           {"BACKUP", paths.backup}};
+  const auto values = valuesFor(generation, {config, net}, parseSettings(options.settings), own);
+  generation.wSetTemplateData(config.descriptor, config.name, values[0], paths.data);
+  generation.wSetTemplateData(net.descriptor, net.name, values[1], paths.net);
+}
+
+void setWeights(const WTNVGenerationDarknet& darknet, const std::string& weights) {
+  if (!weights.empty()) requireChoice("weights file", weights, darknet.wGetAvailableWeights());
+  darknet.wSetWeights(weights);
+  darknet.wSetWeightsCopy(!weights.empty());
+}
+
+void setDarknet(const WTNVGenerationDarknet& darknet, const GenerateOptions& options,
+                const TrainingSetPaths& paths) {
+  darknet.wSetSampleDirectory(paths.images);
+  darknet.wSetDarknetDataDirectory(paths.directory);
+  darknet.wSetTrainFileName(fs::path(paths.trainList).filename().string());
+  darknet.wSetTestFileName(fs::path(paths.testList).filename().string());
+  darknet.wSetTestRatio(options.testRatio);
+  darknet.wSetAbsolutePathInFiles(!options.relativePaths);
+}
+
+// Without its lists a set would not be known as ours by the next run.
+void removePartialSet(const TrainingSetPaths& paths) {
+  fs::remove_all(paths.images);
+}
+
+void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSetPaths& paths,
+             Output& output) {
+  const auto trainSets = project.wGetTrainSets();
+  Progress progress(trainSets.size(), output);
+  run = {&handler, &progress, false};
+  const platform::InterruptCatcher catcher;
+  handler.setCBGenerationUpdate(onUpdate);
+  const auto complete = handler.wProcess(trainSets, project.wGetGeneration());
+  handler.setCBGenerationUpdate(nullptr);
+  progress.finish();
+  if (complete) return;
+  if (progress.done() > 0) removePartialSet(paths);
+  if (run.stopped)
+    throw CommandError("interrupted after " + counted(progress.done(), "picture") +
+                           "; the partial training set was removed",
+                       exitInterrupted);
+  throw CommandError("the training set could not be written; see the lines above");
+}
+
+void writeNames(const WTNVProject& project, const std::string& file) {
+  std::ofstream stream(file);
+  for (const auto& dnnClass : classesByNumber(project))
+    stream << dnnClass.wGetName() << '\n';
+  stream.close();
+  if (!stream) throw CommandError("'" + file + "' cannot be written");
+}
+
+void requireFilled(const std::string& file) {
+  if (!fs::is_regular_file(file) || fs::is_empty(file))
+    throw CommandError("'" + file + "' was not written; see the lines above");
+}
+
+}  // namespace
+
+void requireOutputPath(const std::string& path) {
+  if (std::any_of(path.begin(), path.end(), [](unsigned char c) { return c <= ' '; }))
+    throw CommandError("the output path '" + path +
+                       "' has white space, which Darknet cannot read; choose one without");
+}
+
+GenerateResult generateSet(WTNVProject& project, const Locations& locations,
+                           const GenerateOptions& options, Output& output) {
+  requireUsableClasses(project);
+  requirePictures(readPictures(project, output), output);
+  const auto paths = trainingSetPaths(
+      options.relativePaths ? options.output : absolutePath(options.output), options.project);
+  requireOutputPath(paths.directory);
+  requireReplaceable(paths.directory);
+  auto handler = project.getHndAugment();
+  chooseAugmentation(handler, locations, options.augmentation);
+  const WTNVGenerationDarknet darknet(project.wGetGeneration());
+  setWeights(darknet, options.weights);
+  setDarknet(darknet, options, paths);
+  setTemplates(darknet, project.wGetGeneration(), options, paths);
+
+  process(project, handler, paths, output);
+  fs::create_directories(paths.backup);
+  writeNames(project, paths.names);
+  requireFilled(paths.data);
+  requireFilled(paths.net);
+  return {paths, readTrainingSet(paths, project.wGetDNNClasses().size())};
+}
+
+void writePlaces(const TrainingSetPaths& paths, Output& output) {
+  writeTable(output.data(), {{"samples", paths.images},
+                             {"training list", paths.trainList},
+                             {"test list", paths.testList},
+                             {"data description", paths.data},
+                             {"network", paths.net},
+                             {"class names", paths.names},
+                             {"trained weights go to", paths.backup}});
+}
+
+void runGenerate(const Locations& locations, const GenerateOptions& options, Output& output) {
+  const auto project = openProject(locations, options.project);
+  const auto [paths, content] = generateSet(*project, locations, options, output);
+  writeTable(output.data(), {{"pictures", "samples", "training", "test", "boxes"},
+                             {std::to_string(project->wGetTrainSets().size()),
+                              std::to_string(content.samples()), std::to_string(content.training),
+                              std::to_string(content.test), std::to_string(content.boxCount())}});
+  output.data() << '\n';
+  writePlaces(paths, output);
+}

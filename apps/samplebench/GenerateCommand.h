@@ -1,0 +1,42 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "ProjectAccess.h"
+#include "TrainingSet.h"
+
+struct GenerateOptions {
+  std::string project;
+  std::string output;
+  std::string augmentation = "default.xml";
+  double testRatio = 0.05;
+  /// Empty for none.
+  std::string weights;
+  std::string config = "data.tmp";
+  /// Empty for the usual one.
+  std::string net;
+  /// Texts KEY=VALUE.
+  std::vector<std::string> settings;
+  bool relativePaths = false;
+};
+
+/// Writes a training set. All is checked before anything is deleted. Throws CommandError, with the
+/// exit code of an interrupt if the user stops the run.
+void runGenerate(const Locations& locations, const GenerateOptions& options, Output& output);
+
+/// Throws CommandError if Darknet could not read the path.
+void requireOutputPath(const std::string& path);
+
+struct GenerateResult {
+  TrainingSetPaths paths;
+  TrainingSetContent content;
+};
+
+/// The same for a project that is open, without the report.
+GenerateResult generateSet(WTNVProject& project, const Locations& locations,
+                           const GenerateOptions& options, Output& output);
+
+/// Says where the parts of a training set lie.
+void writePlaces(const TrainingSetPaths& paths, Output& output);

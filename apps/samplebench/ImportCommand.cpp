@@ -1,0 +1,54 @@
+#include "ImportCommand.h"
+
+#include <algorithm>
+
+#include "CommandError.h"
+
+namespace {
+
+std::vector<std::string> sortedPictures(const WTNVProject& project, const std::string& directory,
+                                        bool recursive) {
+  if (!std::filesystem::is_directory(directory))
+    throw CommandError("there is no directory '" + directory + "'");
+  // Absolute paths, so that the project works from any directory.
+  auto pictures = project.wReadImagesFromDirectory(absolutePath(directory), recursive);
+  if (pictures.empty())
+    throw CommandError("there are no pictures (jpg, jpeg, png) in '" + directory + "'" +
+                       (recursive ? "" : "; --recursive looks into its directories too"));
+  std::sort(pictures.begin(), pictures.end());
+  return pictures;
+}
+
+bool hasSet(const WTNVProject& project, const std::string& set) {
+  const auto sets = project.wGetImageSets();
+  return std::find(sets.begin(), sets.end(), set) != sets.end();
+}
+
+// A picture is recognised by its path, which an unread record does not know.
+void readSet(const WTNVProject& project, const std::string& set) {
+  if (!hasSet(project, set)) return;
+  for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set))
+    trainSet.wLoadData();
+}
+
+}  // namespace
+
+ImportResult importPictures(WTNVProject& project, const std::string& set,
+                            const std::string& directory, bool recursive) {
+  const auto pictures = sortedPictures(project, directory, recursive);
+  readSet(project, set);
+  const std::vector<bool> use(pictures.size(), true);
+  const auto added =
+      static_cast<std::size_t>(project.wAddImagesToImageSet(pictures, use, set, false));
+  if (!hasSet(project, set))
+    throw CommandError("'" + set + "' cannot name an image set; use a name without slashes");
+  return {added, pictures.size() - added};
+}
+
+void runImport(const Locations& locations, const ImportOptions& options, Output& output) {
+  const auto project = openProject(locations, options.project);
+  const auto result = importPictures(*project, options.set, options.directory, options.recursive);
+  saveProject(*project, true);
+  output.data() << "set " << options.set << ": " << counted(result.added, "picture") << " added, "
+                << result.alreadyThere << " already there\n";
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <mutex>
+#include <streambuf>
+#include <string>
+
+#include "ErrorLines.h"
+
+/// Takes the library's log, which comes as text for a stream, and passes it on line by line. Of
+/// equal lines in a row the first is passed on, and then how often it came again. Safe on any
+/// thread.
+class LogFilter : public std::streambuf {
+ public:
+  explicit LogFilter(ErrorLines& target) : errors(target) {}
+
+  /// Swallows everything from now on.
+  void silence();
+
+  /// Passes on what is held back: an unfinished line, a count of repeats.
+  void finish();
+
+ protected:
+  int_type overflow(int_type character) override;
+  std::streamsize xsputn(const char* text, std::streamsize count) override;
+
+ private:
+  void take(char character);
+  void endLine();
+  void reportRepeats();
+
+  ErrorLines& errors;
+  std::mutex mutex;
+  std::string current;
+  std::string last;
+  unsigned int repeats = 0;
+  bool lastIsThere = false;
+  bool silent = false;
+};

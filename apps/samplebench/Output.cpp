@@ -1,0 +1,85 @@
+#include "Output.h"
+
+#include <algorithm>
+
+namespace {
+
+bool isContinuationByte(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+std::size_t displayWidth(const std::string& text) {
+  const auto continuations = std::count_if(text.begin(), text.end(), isContinuationByte);
+  return text.size() - static_cast<std::size_t>(continuations);
+}
+
+bool isNumber(const std::string& text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+std::vector<std::size_t> columnWidths(const std::vector<TableRow>& rows) {
+  std::vector<std::size_t> widths;
+  for (const auto& row : rows) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (std::size_t i = 0; i < row.size(); ++i)
+      widths[i] = std::max(widths[i], displayWidth(row[i]));
+  }
+  return widths;
+}
+
+std::string aligned(const std::string& cell, std::size_t width) {
+  const std::string padding(width - displayWidth(cell), ' ');
+  return isNumber(cell) ? padding + cell : cell + padding;
+}
+
+std::string rowText(const TableRow& row, const std::vector<std::size_t>& widths) {
+  std::string line;
+  for (std::size_t i = 0; i < row.size(); ++i)
+    line += (i == 0 ? "" : "  ") + aligned(row[i], widths[i]);
+  line.erase(line.find_last_not_of(' ') + 1);
+  return line;
+}
+
+}  // namespace
+
+Output::Output() : dataStream(std::cout.rdbuf()), errors(std::cerr), log(errors) {
+  std::cout.rdbuf(&log);
+}
+
+Output::~Output() {
+  log.finish();
+  std::cout.rdbuf(dataStream.rdbuf());
+}
+
+void Output::setQuiet() {
+  quiet = true;
+  log.silence();
+}
+
+void Output::note(std::string_view text) {
+  if (quiet) return;
+  log.finish();
+  errors.line(text);
+}
+
+void Output::error(std::string_view text) {
+  log.finish();
+  errors.line("samplebench: " + std::string(text));
+}
+
+void writeTable(std::ostream& stream, const std::vector<TableRow>& rows) {
+  const auto widths = columnWidths(rows);
+  for (const auto& row : rows)
+    stream << rowText(row, widths) << '\n';
+}
+
+std::string joined(const std::vector<std::string>& texts) {
+  std::string result;
+  for (const auto& text : texts)
+    result += (result.empty() ? "" : ", ") + text;
+  return result;
+}
+
+std::string counted(std::size_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}

@@ -1,0 +1,146 @@
+#include "ProjectAccess.h"
+
+#include <algorithm>
+
+#include "CommandError.h"
+#include "Platform.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string shareDirectory(const std::string& name) {
+  const auto share = platform::executableDirectory() / ".." / "share" / "TNV_SampleBenchNative";
+  return (share / name / "").lexically_normal().generic_string();
+}
+
+std::unique_ptr<WTNVProject> projectAt(const Locations& locations, const std::string& name) {
+  return std::make_unique<WTNVProject>(name, locations.projects, locations.platforms,
+                                       locations.augments);
+}
+
+std::vector<std::string> sortedProjects(const Locations& locations) {
+  if (!fs::exists(locations.projects)) return {};
+  auto names = WTNVProject::wReadAvailableProjects(locations.projects);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool contains(const std::vector<std::string>& texts, const std::string& text) {
+  return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+std::string listed(const std::vector<std::string>& names) {
+  return names.empty() ? "none" : joined(names);
+}
+
+}  // namespace
+
+std::string defaultPlatforms() {
+  return shareDirectory("platforms");
+}
+
+std::string defaultAugments() {
+  return shareDirectory("augments");
+}
+
+std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
+  if (contains(sortedProjects(locations), name))
+    throw CommandError("project '" + name + "' is there already in " + locations.projects +
+                       "; choose another name");
+  auto project = projectAt(locations, name);
+  if (!project->wCreate())
+    throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
+                       "; use a name without slashes, and a directory that can be written to");
+  return project;
+}
+
+std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name) {
+  const auto names = sortedProjects(locations);
+  if (!contains(names, name))
+    throw CommandError("there is no project '" + name + "' in " + locations.projects +
+                       "; projects there: " + listed(names) +
+                       ". Make it with: samplebench create " + name);
+  auto project = projectAt(locations, name);
+  if (!project->wLoad())
+    throw CommandError("project '" + name + "' in " + locations.projects + " cannot be read");
+  return project;
+}
+
+void saveProject(WTNVProject& project, bool full) {
+  if (!project.wUpdate(full))
+    throw CommandError("project '" + project.wGetProjectName() +
+                       "' cannot be saved; see that its directory can be written to");
+}
+
+std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& output) {
+  std::vector<PictureRecord> pictures;
+  std::size_t unreadable = 0;
+  for (const auto& set : project.wGetImageSets()) {
+    for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set)) {
+      if (!trainSet.wLoadData()) ++unreadable;
+      pictures.push_back({set, trainSet.getImagePath(), trainSet});
+    }
+  }
+  if (unreadable > 0)
+    output.note("the records of " + counted(unreadable, "picture") + " cannot be read");
+  return pictures;
+}
+
+std::string absolutePath(const std::string& path) {
+  return fs::absolute(path).lexically_normal().generic_string();
+}
+
+PictureIndex::PictureIndex(const std::vector<PictureRecord>& pictures) : records(pictures) {
+  for (std::size_t place = 0; place < records.size(); ++place) {
+    const auto& path = records[place].path;
+    if (path.empty()) continue;
+    byPath[absolutePath(path)].push_back(place);
+    byFileName[fs::path(path).filename().string()].push_back(place);
+  }
+}
+
+std::size_t PictureIndex::find(const std::string& name) const {
+  const auto places = placesOf(name);
+  if (places.empty())
+    throw CommandError("the project has no picture '" + name +
+                       "'; samplebench list shows its pictures");
+  if (places.size() > 1)
+    throw CommandError("'" + name + "' may be one of " + candidates(places) +
+                       "; give the path of one that is in a single set");
+  return places.front();
+}
+
+std::vector<std::size_t> PictureIndex::placesOf(const std::string& name) const {
+  if (name.empty()) return {};
+  const auto path = byPath.find(absolutePath(name));
+  if (path != byPath.end()) return path->second;
+  const auto fileName = byFileName.find(name);
+  return fileName == byFileName.end() ? std::vector<std::size_t>() : fileName->second;
+}
+
+std::string PictureIndex::candidates(const std::vector<std::size_t>& places) const {
+  std::vector<std::string> texts;
+  for (const auto place : places)
+    texts.push_back(records[place].path + " (set " + records[place].set + ")");
+  return joined(texts);
+}
+
+void requireChoice(const std::string& what, const std::string& value,
+                   const std::vector<std::string>& choices) {
+  if (contains(choices, value)) return;
+  auto sorted = choices;
+  std::sort(sorted.begin(), sorted.end());
+  throw CommandError("there is no " + what + " '" + value + "'; choose from: " + listed(sorted));
+}
+
+WTNVDNNClass findClass(const WTNVProject& project, const std::string& name) {
+  std::vector<std::string> names;
+  for (const auto& dnnClass : project.wGetDNNClasses()) {
+    if (dnnClass.wGetName() == name) return dnnClass;
+    names.push_back(dnnClass.wGetName());
+  }
+  throw CommandError("there is no class '" + name + "'; choose from: " + listed(names) +
+                     ", or add it with: samplebench class add " + project.wGetProjectName() + " " +
+                     name);
+}

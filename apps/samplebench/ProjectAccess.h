@@ -1,0 +1,71 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "Output.h"
+#include "TNV_SampleBenchNative/WTNVProject.h"
+
+/// Where projects, templates and task trees lie.
+struct Locations {
+  std::string projects;
+  std::string platforms;
+  std::string augments;
+};
+
+/// The directories that lie beside the program, in the build tree as in an installation.
+std::string defaultPlatforms();
+std::string defaultAugments();
+
+/// Makes and saves a new project; throws CommandError if there is one of that name or the name
+/// will not do.
+std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name);
+
+/// Loads a project; throws CommandError, which lists the projects, if there is none of that name.
+std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name);
+
+/// Saves all (`full`), or only pictures with changed marks; throws CommandError if that fails.
+void saveProject(WTNVProject& project, bool full);
+
+/// One picture of a project, with its data in memory.
+struct PictureRecord {
+  std::string set;
+  std::string path;
+  WTNVTrainSet trainSet;
+};
+
+/// All pictures of the project, in the order in which the library counts them. Those whose record
+/// cannot be read keep an empty path and are noted.
+std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& output);
+
+/// The path from the root, without detours.
+std::string absolutePath(const std::string& path);
+
+/// Finds pictures of a project by path or by file name.
+class PictureIndex {
+ public:
+  explicit PictureIndex(const std::vector<PictureRecord>& pictures);
+
+  /// Place of the picture in the list. A file name will do if it is the only one; throws
+  /// CommandError, with the candidates, if it is not, and if there is no such picture.
+  std::size_t find(const std::string& name) const;
+
+ private:
+  std::vector<std::size_t> placesOf(const std::string& name) const;
+  std::string candidates(const std::vector<std::size_t>& places) const;
+
+  std::vector<PictureRecord> records;
+  std::unordered_map<std::string, std::vector<std::size_t>> byPath;
+  std::unordered_map<std::string, std::vector<std::size_t>> byFileName;
+};
+
+/// Throws CommandError, which lists the choices, if the value is none of them. `what` says what is
+/// chosen.
+void requireChoice(const std::string& what, const std::string& value,
+                   const std::vector<std::string>& choices);
+
+/// The class of that name; throws CommandError, which lists the classes, if there is none.
+WTNVDNNClass findClass(const WTNVProject& project, const std::string& name);

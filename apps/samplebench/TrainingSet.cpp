@@ -1,0 +1,150 @@
+#include "TrainingSet.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <numeric>
+#include <optional>
+#include <regex>
+#include <sstream>
+
+#include "CommandError.h"
+#include "Numbers.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr auto trainName = "train.txt";
+constexpr auto testName = "test.txt";
+constexpr auto imagesName = "images";
+constexpr auto backupName = "backup";
+
+// A box may pass the edge by what six written digits leave out.
+constexpr double labelTolerance = 1e-5;
+
+std::string withoutBlanks(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](unsigned char c) { return c <= ' '; }, '_');
+  return text;
+}
+
+bool isOurs(const fs::path& entry) {
+  static const std::regex ours(
+      R"(train\.txt|test\.txt|images|backup|.+\.(data|cfg|names|weights))");
+  return std::regex_match(entry.filename().string(), ours);
+}
+
+bool isSample(const fs::path& entry) {
+  static const std::regex sample(R"(img_[0-9]+\.(jpg|txt))");
+  return std::regex_match(entry.filename().string(), sample);
+}
+
+template <typename Predicate>
+bool holdsOnly(const fs::path& directory, Predicate predicate) {
+  return std::all_of(fs::directory_iterator(directory), fs::directory_iterator(),
+                     [&](const fs::directory_entry& entry) { return predicate(entry.path()); });
+}
+
+bool isEarlierSet(const fs::path& directory) {
+  return fs::is_regular_file(directory / trainName) && fs::is_regular_file(directory / testName) &&
+         fs::is_directory(directory / imagesName) && holdsOnly(directory, isOurs) &&
+         holdsOnly(directory / imagesName, isSample);
+}
+
+bool hasTrainedWeights(const fs::path& directory) {
+  const auto backup = directory / backupName;
+  return fs::is_directory(backup) && !fs::is_empty(backup);
+}
+
+std::vector<double> numbersOf(const std::string& line) {
+  std::istringstream stream(line);
+  std::vector<double> numbers;
+  for (std::string field; stream >> field;)
+    numbers.push_back(parseNumber(field).value_or(std::numeric_limits<double>::quiet_NaN()));
+  return numbers;
+}
+
+bool liesWithin(double center, double size) {
+  return size > 0 && center - size / 2 >= -labelTolerance &&
+         center + size / 2 <= 1 + labelTolerance;
+}
+
+// The class number of the label; nothing if the line is no proper label.
+std::optional<std::size_t> parseLabel(const std::string& line, std::size_t classCount) {
+  const auto fields = numbersOf(line);
+  if (fields.size() != 5) return std::nullopt;
+  const bool classIsKnown = fields[0] >= 0 && fields[0] < static_cast<double>(classCount);
+  if (!classIsKnown || !liesWithin(fields[1], fields[3]) || !liesWithin(fields[2], fields[4]))
+    return std::nullopt;
+  return static_cast<std::size_t>(fields[0]);
+}
+
+void readLabels(const fs::path& file, TrainingSetContent& content) {
+  std::ifstream stream(file);
+  if (!stream) throw CommandError("the label text '" + file.string() + "' is missing");
+  for (std::string line; std::getline(stream, line);) {
+    const auto label = parseLabel(line, content.boxes.size());
+    if (!label)
+      throw CommandError("'" + file.string() + "' has a label that cannot be right: " + line);
+    ++content.boxes[*label];
+  }
+}
+
+std::size_t readList(const std::string& list, TrainingSetContent& content) {
+  std::ifstream stream(list);
+  if (!stream) throw CommandError("the list '" + list + "' is missing");
+  std::size_t count = 0;
+  for (std::string line; std::getline(stream, line); ++count) {
+    fs::path picture(line);
+    if (!fs::is_regular_file(picture) || fs::is_empty(picture))
+      throw CommandError("'" + list + "' names a picture that is not there: " + line);
+    readLabels(picture.replace_extension(".txt"), content);
+  }
+  return count;
+}
+
+}  // namespace
+
+std::size_t TrainingSetContent::boxCount() const {
+  return std::accumulate(boxes.begin(), boxes.end(), std::size_t{0});
+}
+
+TrainingSetPaths trainingSetPaths(const std::string& output, const std::string& project) {
+  const auto directory = (fs::path(output) / "").lexically_normal().generic_string();
+  const auto stem = directory + withoutBlanks(project);
+  return {directory,
+          directory + imagesName + "/",
+          directory + trainName,
+          directory + testName,
+          stem + ".data",
+          stem + ".cfg",
+          stem + ".names",
+          directory + backupName + "/"};
+}
+
+void requireReplaceable(const std::string& path) {
+  // A file with a slash behind its name would count as absent.
+  const auto directory = path.ends_with('/') ? path.substr(0, path.size() - 1) : path;
+  if (!fs::exists(directory)) return;
+  if (!fs::is_directory(directory))
+    throw CommandError("'" + directory + "' is no directory; give another output directory");
+  if (fs::is_empty(directory)) return;
+  if (!isEarlierSet(directory))
+    throw CommandError("'" + directory +
+                       "' holds files that are no training set of ours, and a run would delete "
+                       "them; give a new or empty output directory");
+  if (hasTrainedWeights(directory))
+    throw CommandError("'" + directory +
+                       "' has trained weights in backup/, and a run would delete them; move them "
+                       "away, or give another output directory");
+}
+
+TrainingSetContent readTrainingSet(const TrainingSetPaths& paths, std::size_t classCount) {
+  TrainingSetContent content;
+  content.boxes.resize(classCount);
+  content.training = readList(paths.trainList, content);
+  content.test = readList(paths.testList, content);
+  return content;
+}

@@ -1,0 +1,254 @@
+#include <filesystem>
+#include <opencv2/imgcodecs.hpp>
+#include <sstream>
+
+#include "ProgramRunner.h"
+#include "support/Pictures.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class ProgramGenerate : public ProgramTest {
+ protected:
+  void SetUp() override { makeProject(); }
+
+  void markBoth() const {
+    succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
+    succeed({"mark", "parts", "b.png", "Rect Center", "0.5,0.5", "0.75,0.75", "--class", "screw"});
+  }
+
+  std::string label(int number) const {
+    return readFile(place / "set/images/img_" + std::to_string(number) + ".txt");
+  }
+};
+
+// A label line for a box on a picture of 128 by 64 pixels.
+std::string labelLine(int classNumber, double x, double y, double width, double height) {
+  std::ostringstream line;
+  line << classNumber << ' ' << (x + width / 2) / 128 << ' ' << (y + height / 2) / 64 << ' '
+       << width / 128 << ' ' << height / 64 << '\n';
+  return line.str();
+}
+
+std::string allFiles(const fs::path& directory) {
+  std::string content;
+  std::vector<fs::path> files;
+  for (const auto& entry : fs::recursive_directory_iterator(directory))
+    if (entry.is_regular_file()) files.push_back(entry.path());
+  std::sort(files.begin(), files.end());
+  for (const auto& file : files)
+    content += file.string() + "\n" + readFile(file.string());
+  return content;
+}
+
+TEST_F(ProgramGenerate, ARoundTripGivesTheLabelsOfTheMarks) {
+  markBoth();
+  const auto out = succeed({"generate", "parts", "--output", "set"});
+  EXPECT_EQ(out.substr(0, out.find("\n\n")),
+            "pictures  samples  training  test  boxes\n"
+            "       2        2         2     0      2");
+  // The box of whole pixels around 32 to 64, 16 to 48 takes in both ends.
+  EXPECT_EQ(label(0), labelLine(1, 32, 16, 33, 33));
+  // The centre 64, 32 and the corner 96, 48 span 32 to 96, 16 to 48.
+  EXPECT_EQ(label(1), labelLine(0, 32, 16, 65, 33));
+  EXPECT_EQ(cv::imread(place / "set/images/img_0.jpg").size(), cv::Size(128, 64));
+}
+
+TEST_F(ProgramGenerate, WritesListsNamesAndFilledTemplates) {
+  markBoth();
+  succeed({"generate", "parts", "--output", "set", "--set", "WIDTH=608"});
+  const auto set = place / "set/";
+  EXPECT_EQ(readFile(set + "parts.names"), "screw\nnut\n");
+  EXPECT_EQ(readFile(set + "test.txt"), "");
+  EXPECT_EQ(occurrences(readFile(set + "train.txt"), set + "images/img_"), 2U);
+  const auto data = readFile(set + "parts.data");
+  EXPECT_NE(data.find("classes = 2\n"), std::string::npos) << data;
+  EXPECT_NE(data.find(" " + set + "train.txt\n"), std::string::npos) << data;
+  EXPECT_NE(data.find(" " + set + "test.txt\n"), std::string::npos) << data;
+  EXPECT_NE(data.find(" " + set + "parts.names\n"), std::string::npos) << data;
+  EXPECT_NE(data.find(" " + set + "backup/\n"), std::string::npos) << data;
+  const auto net = readFile(set + "parts.cfg");
+  EXPECT_NE(net.find("width=608\n"), std::string::npos);
+  EXPECT_NE(net.find("filters=21\n"), std::string::npos);
+  EXPECT_EQ(net.find("###"), std::string::npos);
+  EXPECT_TRUE(fs::is_directory(set + "backup"));
+}
+
+TEST_F(ProgramGenerate, ListsHoldRelativePathsWhenTold) {
+  markBoth();
+  succeed({"generate", "parts", "--output", "set", "--relative-paths"});
+  EXPECT_EQ(readFile(place / "set/train.txt").find(place.path()), std::string::npos);
+  EXPECT_EQ(occurrences(readFile(place / "set/train.txt"), "set/images/img_"), 2U);
+  EXPECT_NE(readFile(place / "set/parts.data").find(" set/train.txt\n"), std::string::npos);
+}
+
+TEST_F(ProgramGenerate, TheTestListGetsItsShare) {
+  markBoth();
+  const auto out = succeed({"generate", "parts", "--output", "set", "--test-ratio", "0.4",
+                            "--augmentation", "resize-quarter-turns.xml"});
+  // Five samples of each picture; 0.4 of ten are four.
+  EXPECT_NE(out.find("       2       10         6     4     10\n"), std::string::npos) << out;
+}
+
+TEST_F(ProgramGenerate, TwoRunsGiveTheSameFiles) {
+  markBoth();
+  succeed({"generate", "parts", "--output", "set", "--test-ratio", "0.5"});
+  const auto first = allFiles(place / "set");
+  succeed({"generate", "parts", "--output", "set", "--test-ratio", "0.5"});
+  EXPECT_EQ(allFiles(place / "set"), first);
+}
+
+TEST_F(ProgramGenerate, RefusesWhatWillNotDoAndDeletesNothing) {
+  markBoth();
+  succeed({"generate", "parts", "--output", "set"});
+  const auto before = allFiles(place / "set");
+  struct Row {
+    std::vector<std::string> arguments;
+    std::string message;
+    int exitCode = 1;
+  };
+  const std::vector<Row> rows{
+      {{"--augmentation", "absent.xml"}, "choose from: default.xml, random-lengths.xml"},
+      {{"--config", "absent.tmp"}, "choose from: data.tmp"},
+      {{"--net", "absent.tmp"}, "choose from: yolo-tiny-cpu.tmp, yolov4-tiny.tmp"},
+      {{"--weights", "absent.weights"}, "there is no weights file 'absent.weights'"},
+      {{"--set", "WIDHT=8"}, "there is no key 'WIDHT'; choose from: BACKUP, BATCH, CLASSES"},
+      {{"--set", "WIDTH"}, "write it as KEY=VALUE"},
+      {{"--set", "WIDTH=###WIDTH=416###"}, "must not hold ###"},
+      {{"--test-ratio", "1.5"}, "no number from 0 to 1", 2},
+      {{"--test-ratio", "nan"}, "no number from 0 to 1", 2}};
+  for (auto [arguments, message, exitCode] : rows) {
+    arguments.insert(arguments.begin(), {"generate", "parts", "--output", "set"});
+    fail(arguments, message, exitCode);
+    EXPECT_EQ(allFiles(place / "set"), before);
+  }
+}
+
+TEST_F(ProgramGenerate, RefusesAnOutputThatIsNoEarlierSet) {
+  markBoth();
+  fail({"generate", "parts", "--output", "photos"}, "no training set of ours");
+  fail({"generate", "parts", "--output", "my set"}, "has white space");
+  place.write("file", "");
+  fail({"generate", "parts", "--output", "file"}, "is no directory");
+  succeed({"generate", "parts", "--output", "set"});
+  place.write("set/notes.md", "mine");
+  fail({"generate", "parts", "--output", "set"}, "no training set of ours");
+  fs::remove(place / "set/notes.md");
+  place.write("set/images/holiday.jpg", "mine");
+  fail({"generate", "parts", "--output", "set"}, "no training set of ours");
+  fs::remove(place / "set/images/holiday.jpg");
+  place.write("set/backup/parts_final.weights", "trained");
+  fail({"generate", "parts", "--output", "set"}, "trained weights");
+  EXPECT_EQ(readFile(place / "set/backup/parts_final.weights"), "trained");
+}
+
+TEST_F(ProgramGenerate, WantsClassesAndPictures) {
+  succeed({"create", "empty"});
+  fail({"generate", "empty", "--output", "set"}, "has no classes");
+  succeed({"class", "add", "empty", "nut"});
+  fail({"generate", "empty", "--output", "set"}, "no pictures");
+}
+
+TEST_F(ProgramGenerate, ClassNumbersMustRunFromNoughtWithoutGap) {
+  const auto settings = place / "projects/parts/parts.cfg";
+  auto text = readFile(settings);
+  const auto at = text.find("0,1", text.find("DNN.Ids"));
+  ASSERT_NE(at, std::string::npos) << text;
+  for (const auto* numbers : {"0,2", "0,0"}) {
+    text.replace(at, 3, numbers);
+    place.write("projects/parts/parts.cfg", text);
+    fail({"generate", "parts", "--output", "set"}, "must run from 0 to 1 without gap or repeat");
+  }
+}
+
+TEST_F(ProgramGenerate, NamesStandInTheOrderOfTheNumbers) {
+  markBoth();
+  const auto settings = place / "projects/parts/parts.cfg";
+  auto text = readFile(settings);
+  text.replace(text.find("0,1", text.find("DNN.Ids")), 3, "1,0");
+  place.write("projects/parts/parts.cfg", text);
+  succeed({"generate", "parts", "--output", "set"});
+  EXPECT_EQ(readFile(place / "set/parts.names"), "nut\nscrew\n");
+  EXPECT_EQ(label(0).substr(0, 2), "0 ");
+}
+
+TEST_F(ProgramGenerate, TreesThatARunCannotUseAreRefused) {
+  const std::string head = "<?xml version=\"1.0\"?>\n<opencv_storage>\n<TaskTree>\n";
+  const std::string tail = "</TaskTree>\n</opencv_storage>\n";
+  const std::string task = "<Name>Default</Name><Save>1</Save><SubTasks>0</SubTasks>";
+  struct Row {
+    std::string tree;
+    std::string message;
+  };
+  const std::vector<Row> rows{
+      {"<SubTasks>0</SubTasks>\n", "exactly one tree"},
+      {"<SubTasks>2</SubTasks><Task_0>" + task + "</Task_0><Task_1>" + task + "</Task_1>\n",
+       "exactly one tree"},
+      {"<SubTasks>1</SubTasks><Task_0><Name>Blur</Name><Save>1</Save></Task_0>\n",
+       "unknown kind 'Blur'"},
+      {"<SubTasks>1</SubTasks><Task_0><Name>Default</Name><Save>0</Save></Task_0>\n",
+       "no task that saves"}};
+  for (const auto& [tree, message] : rows) {
+    place.write("trees/tree.xml", head + tree + tail);
+    fail({"generate", "parts", "--output", "set", "--augments", "trees", "--augmentation",
+          "tree.xml"},
+         message);
+  }
+  place.write("trees/tree.xml", "<?xml version=\"1.0\"?>\n<opencv_storage>\n<Task");
+  EXPECT_EQ(run({"generate", "parts", "--output", "set", "--augments", "trees", "--augmentation",
+                 "tree.xml"})
+                .exitCode,
+            1);
+  EXPECT_FALSE(fs::exists(place / "set"));
+}
+
+TEST_F(ProgramGenerate, AKeyWithoutAValueIsNamed) {
+  place.write("platforms/darknet/configs/data.tmp", "x=###MISSING###\n");
+  place.write("platforms/darknet/nets/tiny.tmp", "c=###CLASSES###\n");
+  const std::vector<std::string> arguments{"generate", "parts",       "--output",
+                                           "set",      "--platforms", "platforms"};
+  fail(arguments, "want values for MISSING");
+  auto given = arguments;
+  given.insert(given.end(), {"--set", "MISSING=$DNN_COUNT"});
+  succeed(given);
+  EXPECT_EQ(readFile(place / "set/parts.data"), "x=2\n");
+  EXPECT_EQ(readFile(place / "set/parts.cfg"), "c=2\n");
+}
+
+TEST_F(ProgramGenerate, WeightsAreLaidBesideTheSet) {
+  place.write("platforms/darknet/configs/data.tmp", "data\n");
+  place.write("platforms/darknet/nets/tiny.tmp", "net\n");
+  place.write("platforms/darknet/weights/start.weights", "numbers");
+  succeed({"generate", "parts", "--output", "set", "--platforms", "platforms", "--weights",
+           "start.weights"});
+  EXPECT_EQ(readFile(place / "set/start.weights"), "numbers");
+}
+
+TEST_F(ProgramGenerate, APictureThatIsGoneIsNoted) {
+  fs::remove(place / "photos/a.png");
+  const auto result = run({"generate", "parts", "--output", "set"});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_NE(result.err.find("1 picture cannot be found"), std::string::npos) << result.err;
+  fs::remove(place / "photos/b.png");
+  fail({"generate", "parts", "--output", "set"}, "no pictures that can be found");
+}
+
+TEST_F(ProgramGenerate, AnInterruptStopsTheRunAndTheNextOneWorks) {
+  place.makeDirectory("many");
+  for (int i = 0; i < 100; ++i)
+    writePicture(place / "many/" + std::to_string(i) + ".jpg", 800, 600);
+  succeed({"import", "parts", "day2", "many"});
+  auto program =
+      start({"generate", "parts", "--output", "set", "--augmentation", "resize-quarter-turns.xml"});
+  ASSERT_TRUE(program.waitForError("(10 %)"));
+  program.interrupt();
+  const auto result = program.wait();
+  EXPECT_EQ(result.exitCode, 130);
+  EXPECT_NE(result.err.find("samplebench: interrupted after"), std::string::npos) << result.err;
+  EXPECT_EQ(result.out, "");
+  EXPECT_FALSE(fs::exists(place / "set/images"));
+  succeed({"generate", "parts", "--output", "set"});
+}
+
+}  // namespace

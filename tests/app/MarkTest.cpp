@@ -1,0 +1,131 @@
+#include <filesystem>
+
+#include "ProgramRunner.h"
+#include "support/Pictures.h"
+
+namespace {
+
+class ProgramMark : public ProgramTest {
+ protected:
+  void SetUp() override { makeProject(); }
+
+  bool hasMarks(const std::string& count) const {
+    return succeed({"list", "parts"}).find("total: 2 pictures, " + count) != std::string::npos;
+  }
+};
+
+TEST_F(ProgramMark, PicturesAreFoundByPathAndByFileName) {
+  succeed({"mark", "parts", "a.png", "Image", "0.5,0.5", "--class", "nut"});
+  succeed({"mark", "parts", "photos/a.png", "Image", "0.5,0.5", "--class", "nut"});
+  succeed({"mark", "parts", place / "photos/a.png", "Image", "0.5,0.5", "--class", "nut"});
+  EXPECT_TRUE(hasMarks("3 marks"));
+}
+
+TEST_F(ProgramMark, RefusesWhatWillNotDoAndSavesNothing) {
+  struct Row {
+    std::vector<std::string> arguments;
+    std::string message;
+  };
+  const std::vector<Row> rows{
+      {{"c.png", "Rect", "0,0", "1,1", "--class", "nut"}, "no picture 'c.png'"},
+      {{"a.png", "rect", "0,0", "1,1", "--class", "nut"}, "choose from: Image, Rect, Rect Center"},
+      {{"a.png", "Rect", "0,0", "1,1", "--class", "bolt"}, "choose from: screw, nut"},
+      {{"a.png", "Rect", "0,0", "--class", "nut"}, "takes 2 points, not 1"},
+      {{"a.png", "Rect", "0,0", "1,1", "0,1", "--class", "nut"}, "takes 2 points, not 3"},
+      {{"a.png", "Rect", "0,0", "1.1,1", "--class", "nut"}, "point 1.1,1 lies outside"},
+      {{"a.png", "Rect", "0,0", "1,nan", "--class", "nut"}, "'1,nan' is no point"},
+      {{"a.png", "Rect", "0,0", "inf,1", "--class", "nut"}, "'inf,1' is no point"},
+      {{"a.png", "Rect", "0,0", "1;1", "--class", "nut"}, "'1;1' is no point"},
+      {{"a.png", "Rect", "0,0", "129,64", "--class", "nut", "--pixels"}, "128x64 pixels"}};
+  for (auto [arguments, message] : rows) {
+    arguments.insert(arguments.begin(), {"mark", "parts"});
+    fail(arguments, message);
+  }
+  EXPECT_TRUE(hasMarks("0 marks"));
+}
+
+TEST_F(ProgramMark, WantsEitherOneMarkOrAList) {
+  fail({"mark", "parts"}, "or --list FILE", 2);
+  fail({"mark", "parts", "a.png", "Rect", "0,0", "1,1"}, "--class NAME", 2);
+  fail({"mark", "parts", "a.png", "--list", "x"}, "of its own", 2);
+}
+
+TEST_F(ProgramMark, AFileNameInTwoSetsIsAnErrorWithTheCandidates) {
+  place.makeDirectory("more");
+  writePicture(place / "more/a.png", 8, 8);
+  succeed({"import", "parts", "day2", "more"});
+  fail({"mark", "parts", "a.png", "Image", "0.5,0.5", "--class", "nut"},
+       place / "photos/a.png" + " (set day1), " + place / "more/a.png" + " (set day2)");
+  succeed({"mark", "parts", "more/a.png", "Image", "0.5,0.5", "--class", "nut"});
+}
+
+TEST_F(ProgramMark, AnUnreadablePictureIsAnError) {
+  place.write("photos/a.png", "no picture");
+  fail({"mark", "parts", "a.png", "Image", "0.5,0.5", "--class", "nut"}, "a.png' cannot be read");
+  std::filesystem::remove(place / "photos/b.png");
+  fail({"mark", "parts", "b.png", "Image", "0.5,0.5", "--class", "nut"}, "b.png' cannot be read");
+}
+
+TEST_F(ProgramMark, AListMarksManyPictures) {
+  place.write("marks.txt",
+              "# picture\tform\tclass\tpoints\r\n"
+              "b.png\tRect\tnut\t0,0 0.5,0.5\r\n"
+              "\n"
+              "a.png\tImage\tscrew\t0.5,0.5\n"
+              "b.png\tRect Center\tnut\t0.5,0.5  0.75,0.75");
+  EXPECT_EQ(succeed({"mark", "parts", "--list", "marks.txt"}), "3 marks added on 2 pictures\n");
+  const auto list = succeed({"list", "parts"});
+  EXPECT_NE(list.find("    1  " + place / "photos/a.png"), std::string::npos) << list;
+  EXPECT_NE(list.find("    2  " + place / "photos/b.png"), std::string::npos) << list;
+}
+
+TEST_F(ProgramMark, ABadLineIsNamedAndNothingIsSaved) {
+  const std::string good = "a.png\tRect\tnut\t0,0 0.5,0.5\n";
+  struct Row {
+    std::string line;
+    std::string message;
+  };
+  const std::vector<Row> rows{
+      {"a.png\tRect\tnut", "marks.txt:3: expected 4 fields"},
+      {"a.png\tRect\tnut\t0,0 x,1", "marks.txt:3: 'x,1' is no point"},
+      {"a.png\tRect\tnut\t0,0", "marks.txt:3: form 'Rect' takes 2 points, not 1"},
+      {"a.png\tRect\tnut\t0,0 1,2", "marks.txt:3: point 1,2 lies outside"},
+      {"z.png\tRect\tnut\t0,0 1,1", "marks.txt:3: the project has no picture 'z.png'"},
+      {"a.png\tBlob\tnut\t0,0 1,1", "marks.txt:3: there is no form 'Blob'"},
+      {"a.png\tRect\tbolt\t0,0 1,1", "marks.txt:3: there is no class 'bolt'"}};
+  for (const auto& [line, message] : rows) {
+    place.write("marks.txt", good + "# a comment counts as a line\n" + line + "\n" + good);
+    fail({"mark", "parts", "--list", "marks.txt"}, message);
+  }
+  EXPECT_TRUE(hasMarks("0 marks"));
+  fail({"mark", "parts", "--list", "absent.txt"}, "the list 'absent.txt' cannot be read");
+}
+
+TEST_F(ProgramMark, LabelTextsBecomeAListOfMarks) {
+  place.makeDirectory("labelled");
+  place.write("labelled/a.txt", "1 0.5 0.25 0.5 0.125\n0 0.1 0.9 0.4 0.4\n");
+  writePicture(place / "labelled/a.jpg", 16, 16);
+  place.write("labelled/alone.jpg", "");
+  const auto names = place.write("names.txt", "screw\nnut\n");
+  const auto script = std::string(SAMPLEBENCH_SCRIPTS) + "/marks-from-labels.sh";
+  const auto result = RunningProgram({"/bin/sh", script, "labelled", names}, place.path()).wait();
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  // The second box passes the left and the lower edge.
+  const auto picture = place / "labelled/a.jpg";
+  EXPECT_EQ(result.out, picture + "\tRect\tnut\t0.250000000,0.187500000 0.750000000,0.312500000\n" +
+                            picture +
+                            "\tRect\tscrew\t0.000000000,0.700000000 0.300000000,1.000000000\n");
+}
+
+TEST_F(ProgramMark, ALabelWithoutANameStopsTheScript) {
+  place.makeDirectory("labelled");
+  place.write("labelled/a.jpg", "");
+  place.write("labelled/a.txt", "7 0.5 0.5 0.5 0.5\n");
+  const auto names = place.write("names.txt", "screw\n");
+  const auto script = std::string(SAMPLEBENCH_SCRIPTS) + "/marks-from-labels.sh";
+  const auto result = RunningProgram({"/bin/sh", script, "labelled", names}, place.path()).wait();
+  EXPECT_NE(result.exitCode, 0);
+  EXPECT_NE(result.err.find("a.txt:1: no name for class 7"), std::string::npos) << result.err;
+}
+
+}  // namespace

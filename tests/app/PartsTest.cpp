@@ -1,0 +1,118 @@
+#include <gmock/gmock.h>
+
+#include <sstream>
+
+#include "CommandError.h"
+#include "DemoPictures.h"
+#include "LogFilter.h"
+#include "MarkCommand.h"
+#include "MarkList.h"
+#include "Numbers.h"
+#include "Output.h"
+#include "Progress.h"
+#include "support/Pictures.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+
+TEST(ProgramNumbers, OnlyWholeFiniteNumbersAreRead) {
+  EXPECT_EQ(parseNumber("0.25"), 0.25);
+  EXPECT_EQ(parseNumber("-1e2"), -100.0);
+  for (const auto* text : {"", " 1", "1 ", "1,5", "0x1", "nan", "inf", "1e999", "+1", "abc"})
+    EXPECT_FALSE(parseNumber(text)) << text;
+}
+
+TEST(ProgramNumbers, PointsArePairs) {
+  EXPECT_EQ(parsePoint("0.25,3"), (Point{0.25, 3}));
+  for (const auto* text : {"", ",", "1", "1,", ",1", "1,2,3", "1, 2"})
+    EXPECT_THROW(parsePoint(text), CommandError) << text;
+  EXPECT_THAT(parsePoints("  1,2   3,4 "), ElementsAre(Point{1, 2}, Point{3, 4}));
+  EXPECT_TRUE(parsePoints("  ").empty());
+}
+
+TEST(ProgramNumbers, TheEdgesBelongToThePicture) {
+  EXPECT_TRUE(isWithinPicture({0, 1}));
+  EXPECT_FALSE(isWithinPicture({-0.001, 0.5}));
+  EXPECT_FALSE(isWithinPicture({0.5, 1.001}));
+}
+
+TEST(ProgramNumbers, ColoursAreSixHexadecimalDigits) {
+  const auto color = parseColor("ff8001");
+  EXPECT_EQ(color.red, 255);
+  EXPECT_EQ(color.green, 128);
+  EXPECT_EQ(color.blue, 1);
+  for (const auto* text : {"", "fff", "ff80011", "gg0000", "-f8001", "#ff800"})
+    EXPECT_THROW(parseColor(text), CommandError) << text;
+}
+
+TEST(ProgramMarkList, GivesPlaceAndFields) {
+  std::istringstream list("#x\n\nmy pic.jpg\tRect\tnut\t0,0.5 1,1\n");
+  const auto requests = parseMarkList(list, "l.txt");
+  ASSERT_EQ(requests.size(), 1U);
+  EXPECT_EQ(requests[0].where, "l.txt:3: ");
+  EXPECT_EQ(requests[0].picture, "my pic.jpg");
+  EXPECT_EQ(requests[0].form, "Rect");
+  EXPECT_EQ(requests[0].className, "nut");
+  EXPECT_THAT(requests[0].points, ElementsAre(Point{0, 0.5}, Point{1, 1}));
+}
+
+TEST(ProgramMarkDesign, ARectangleByItsCentreBecomesOneByItsCorners) {
+  const auto design = designFor("Rect Center", {{0.5, 0.5}, {0.75, 0.625}});
+  EXPECT_EQ(design.form, "Rect");
+  EXPECT_THAT(design.points, ElementsAre(Point{0.25, 0.375}, Point{0.75, 0.625}));
+}
+
+TEST(ProgramLog, EqualLinesInARowCollapse) {
+  std::ostringstream target;
+  ErrorLines errors(target);
+  LogFilter filter(errors);
+  std::ostream log(&filter);
+  log << "a\n";
+  for (int i = 0; i < 143; ++i)
+    log << "b" << std::endl;
+  log << "a\na\nunfinished";
+  filter.finish();
+  EXPECT_EQ(target.str(), "a\nb\n... (repeated 142 times)\na\na\nunfinished\n");
+}
+
+TEST(ProgramLog, ALineTakesThePlaceOfAProgressBar) {
+  std::ostringstream target;
+  ErrorLines errors(target);
+  errors.redraw("[##..]");
+  errors.line("log");
+  EXPECT_EQ(target.str(), "\r\x1b[K[##..]\r\x1b[Klog\n");
+}
+
+TEST(ProgramProgress, TheBarHasCountShareRateAndTimeLeft) {
+  EXPECT_EQ(progressBar({12, 24, 4}),
+            "[" + std::string(15, '#') + std::string(15, '.') + "] 12/24  50 %  3.0/s  4 s left");
+  EXPECT_EQ(progressBar({0, 24, 0}), "[" + std::string(30, '.') + "] 0/24  0 %");
+}
+
+TEST(ProgramOutput, TablesAlignColumnsAndCountLettersNotBytes) {
+  std::ostringstream stream;
+  writeTable(stream, {{"n", "name", "x"}, {"10", "\xC3\xBC", "y"}});
+  EXPECT_EQ(stream.str(), "n   name  x\n10  \xC3\xBC     y\n");
+}
+
+TEST(ProgramDemoPictures, TheSameNumberGivesTheSamePicture) {
+  const auto picture = drawDemoPicture(5);
+  EXPECT_TRUE(samePixels(picture.image, drawDemoPicture(5).image));
+  EXPECT_EQ(picture.image.size(), cv::Size(demoWidth, demoHeight));
+}
+
+TEST(ProgramDemoPictures, BoxesLieWithinThePicture) {
+  const cv::Rect whole(0, 0, demoWidth, demoHeight);
+  for (unsigned int number = 0; number < 8; ++number) {
+    const auto objects = drawDemoPicture(number).objects;
+    EXPECT_GE(objects.size(), 5U);
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+      EXPECT_EQ(objects[i].box & whole, objects[i].box);
+      EXPECT_GE(objects[i].box.width, 10);
+      EXPECT_GE(objects[i].box.height, 10);
+    }
+  }
+}
+
+}  // namespace

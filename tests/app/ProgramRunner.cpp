@@ -1,0 +1,108 @@
+#include "ProgramRunner.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include "support/Pictures.h"
+
+namespace {
+
+void redirect(int descriptor, const std::string& file) {
+  const int opened = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  dup2(opened, descriptor);
+  close(opened);
+}
+
+[[noreturn]] void become(const std::vector<std::string>& command) {
+  std::vector<char*> arguments;
+  for (const auto& text : command)
+    arguments.push_back(const_cast<char*>(text.c_str()));
+  arguments.push_back(nullptr);
+  execv(arguments[0], arguments.data());
+  _exit(127);
+}
+
+std::vector<std::string> programWith(const std::vector<std::string>& arguments) {
+  std::vector<std::string> command{SAMPLEBENCH_PROGRAM};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return command;
+}
+
+}  // namespace
+
+RunningProgram::RunningProgram(const std::vector<std::string>& command,
+                               const std::string& directory)
+    : child(-1) {
+  // Made before the fork: the child only calls what is safe there.
+  const std::string out = outputs.write("out", "");
+  const std::string err = outputs.write("err", "");
+  child = fork();
+  if (child != 0) return;
+  if (chdir(directory.c_str()) != 0) _exit(126);
+  redirect(STDOUT_FILENO, out);
+  redirect(STDERR_FILENO, err);
+  become(command);
+}
+
+bool RunningProgram::waitForError(const std::string& text) const {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (readFile(outputs / "err").find(text) != std::string::npos) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  return false;
+}
+
+void RunningProgram::interrupt() const {
+  kill(child, SIGINT);
+}
+
+ProgramResult RunningProgram::wait() {
+  int status = 0;
+  waitpid(child, &status, 0);
+  const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  return {code, readFile(outputs / "out"), readFile(outputs / "err")};
+}
+
+RunningProgram ProgramTest::start(const std::vector<std::string>& arguments) const {
+  return {programWith(arguments), place.path()};
+}
+
+ProgramResult ProgramTest::run(const std::vector<std::string>& arguments) const {
+  return start(arguments).wait();
+}
+
+std::string ProgramTest::succeed(const std::vector<std::string>& arguments) const {
+  const auto result = run(arguments);
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  return result.out;
+}
+
+void ProgramTest::fail(const std::vector<std::string>& arguments, const std::string& text,
+                       int exitCode) const {
+  const auto result = run(arguments);
+  EXPECT_EQ(result.exitCode, exitCode) << result.err;
+  EXPECT_NE(result.err.find(text), std::string::npos) << result.err;
+  EXPECT_EQ(result.out, "");
+}
+
+void ProgramTest::makeProject() const {
+  place.makeDirectory("photos");
+  writePicture(place / "photos/a.png", 128, 64);
+  writePicture(place / "photos/b.png", 128, 64);
+  succeed({"create", "parts"});
+  succeed({"class", "add", "parts", "screw", "nut"});
+  succeed({"import", "parts", "day1", "photos"});
+}
+
+std::size_t occurrences(const std::string& text, const std::string& wanted) {
+  std::size_t count = 0;
+  for (auto at = text.find(wanted); at != std::string::npos; at = text.find(wanted, at + 1))
+    ++count;
+  return count;
+}

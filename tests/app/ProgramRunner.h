@@ -1,0 +1,56 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+#include "support/TempDirectory.h"
+
+/// What a finished program left behind.
+struct ProgramResult {
+  int exitCode = -1;
+  std::string out;
+  std::string err;
+};
+
+/// A child process in a directory, with its outputs in files.
+class RunningProgram {
+ public:
+  RunningProgram(const std::vector<std::string>& command, const std::string& directory);
+
+  /// Waits, half a minute at most, until standard error holds the text.
+  bool waitForError(const std::string& text) const;
+
+  void interrupt() const;
+  ProgramResult wait();
+
+ private:
+  TempDirectory outputs;
+  pid_t child;
+};
+
+/// A workshop: a fresh directory in which the program runs, with pictures to work on.
+class ProgramTest : public ::testing::Test {
+ protected:
+  ProgramResult run(const std::vector<std::string>& arguments) const;
+
+  /// Runs the program, which must succeed, and returns its standard output.
+  std::string succeed(const std::vector<std::string>& arguments) const;
+
+  /// Runs the program, which must fail with that code and a message that holds the text.
+  void fail(const std::vector<std::string>& arguments, const std::string& text,
+            int exitCode = 1) const;
+
+  /// A project "parts" with the classes "screw" and "nut" and, in the set "day1", the pictures
+  /// a.png and b.png of 128 by 64 pixels.
+  void makeProject() const;
+
+  RunningProgram start(const std::vector<std::string>& arguments) const;
+
+  TempDirectory place;
+};
+
+/// How often the text holds the other one.
+std::size_t occurrences(const std::string& text, const std::string& wanted);

@@ -1,0 +1,144 @@
+#include <filesystem>
+
+#include "ProgramRunner.h"
+#include "support/Pictures.h"
+
+namespace {
+
+class ProgramProjects : public ProgramTest {};
+
+TEST_F(ProgramProjects, HelpTeachesEachCommandWithAnExample) {
+  EXPECT_NE(succeed({"--help"}).find("Exit codes: 0 done, 1"), std::string::npos);
+  const std::vector<std::vector<std::string>> commands{
+      {"create"}, {"class", "add"}, {"class", "list"}, {"import"}, {"mark"},
+      {"list"},   {"render"},       {"generate"},      {"demo"}};
+  for (auto command : commands) {
+    std::string example = "samplebench";
+    for (const auto& word : command)
+      example += " " + word;
+    command.push_back("--help");
+    EXPECT_NE(succeed(command).find(example + " "), std::string::npos) << example;
+  }
+}
+
+TEST_F(ProgramProjects, WrongUsageEndsWithTwo) {
+  fail({}, "subcommand is required", 2);
+  fail({"nonsense"}, "subcommand is required", 2);
+  fail({"list", "parts", "more"}, "not expected", 2);
+  fail({"create"}, "PROJECT is required", 2);
+  fail({"class"}, "subcommand is required", 2);
+}
+
+TEST_F(ProgramProjects, CreateMakesAProjectOnce) {
+  succeed({"create", "parts"});
+  EXPECT_TRUE(std::filesystem::exists(place / "projects/parts/parts.cfg"));
+  fail({"create", "parts"}, "there already");
+}
+
+TEST_F(ProgramProjects, CreateRefusesANameThatIsAPath) {
+  fail({"create", "../parts"}, "without slashes");
+  EXPECT_FALSE(std::filesystem::exists(place / "parts"));
+}
+
+TEST_F(ProgramProjects, GlobalOptionsMayStandBehindTheCommand) {
+  succeed({"create", "parts", "--projects", "elsewhere"});
+  EXPECT_TRUE(std::filesystem::exists(place / "elsewhere/parts/parts.cfg"));
+}
+
+TEST_F(ProgramProjects, AnUnknownProjectIsAnErrorThatListsTheOthers) {
+  succeed({"create", "bolts"});
+  succeed({"create", "clips"});
+  fail({"list", "parts"}, "projects there: bolts, clips");
+}
+
+TEST_F(ProgramProjects, ClassesGetConsecutiveNumbersAndTheirColour) {
+  succeed({"create", "parts"});
+  succeed({"class", "add", "parts", "screw"});
+  succeed({"class", "add", "parts", "nut", "--color", "ff8000"});
+  EXPECT_EQ(succeed({"class", "list", "parts"}),
+            "number  class  colour\n"
+            "     0  screw  9dc423\n"
+            "     1  nut    ff8000\n");
+}
+
+TEST_F(ProgramProjects, AClassMayBeNamedLikeACommand) {
+  succeed({"create", "parts"});
+  succeed({"class", "add", "parts", "list", "mark"});
+  const auto classes = succeed({"class", "list", "parts"});
+  EXPECT_NE(classes.find("0  list"), std::string::npos);
+  EXPECT_NE(classes.find("1  mark"), std::string::npos);
+}
+
+TEST_F(ProgramProjects, ClassesThatWillNotDoAreRefusedAndNothingIsSaved) {
+  succeed({"create", "parts"});
+  fail({"class", "add", "parts", "nut", "nut"}, "class 'nut' cannot be added");
+  fail({"class", "add", "parts", "nut", "a,b"}, "without comma");
+  fail({"class", "add", "parts", "nut", "--color", "red"}, "write it as RRGGBB");
+  fail({"class", "add", "parts", "nut", "--color", "-fffff"}, "write it as RRGGBB");
+  EXPECT_EQ(succeed({"class", "list", "parts"}), "number  class  colour\n");
+}
+
+TEST_F(ProgramProjects, ASecondImportAddsNothing) {
+  makeProject();
+  EXPECT_EQ(succeed({"import", "parts", "day1", "photos"}),
+            "set day1: 0 pictures added, 2 already there\n");
+  writePicture(place / "photos/c.png", 8, 8);
+  EXPECT_EQ(succeed({"import", "parts", "day1", "photos"}),
+            "set day1: 1 picture added, 2 already there\n");
+}
+
+TEST_F(ProgramProjects, ImportLooksBelowOnlyWhenTold) {
+  place.makeDirectory("photos/below");
+  writePicture(place / "photos/below/a.png", 8, 8);
+  succeed({"create", "parts"});
+  fail({"import", "parts", "day1", "photos"}, "--recursive");
+  EXPECT_EQ(succeed({"import", "parts", "day1", "photos", "--recursive"}),
+            "set day1: 1 picture added, 0 already there\n");
+}
+
+TEST_F(ProgramProjects, ImportRefusesBadNames) {
+  makeProject();
+  fail({"import", "parts", "day1", "nowhere"}, "there is no directory 'nowhere'");
+  fail({"import", "parts", "a/b", "photos"}, "cannot name an image set");
+}
+
+TEST_F(ProgramProjects, ListShowsPicturesInOrderWithMarksAndTotals) {
+  makeProject();
+  succeed({"mark", "parts", "b.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
+  const auto photos = place / "photos/";
+  EXPECT_EQ(succeed({"list", "parts"}),
+            "number  class  colour\n"
+            "     0  screw  9dc423\n"
+            "     1  nut    9dc423\n"
+            "\n"
+            "set day1: 2 pictures, 1 mark\n"
+            "marks  picture\n"
+            "    0  " +
+                photos +
+                "a.png\n"
+                "    1  " +
+                photos +
+                "b.png\n"
+                "\n"
+                "total: 2 pictures, 1 mark\n");
+}
+
+TEST_F(ProgramProjects, TheLogGoesToStandardErrorAndQuietSilencesIt) {
+  makeProject();
+  const std::vector<std::string> mark{"mark", "parts",   "a.png",   "Rect",
+                                      "0,0",  "0.5,0.5", "--class", "nut"};
+  EXPECT_NE(run(mark).err.find("Worker destroyed"), std::string::npos);
+  auto quietly = mark;
+  quietly.insert(quietly.begin(), "--quiet");
+  const auto result = run(quietly);
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.out, "1 mark added on 1 picture\n");
+}
+
+TEST_F(ProgramProjects, ABrokenSettingsListIsAMessageNotACrash) {
+  makeProject();
+  place.write("projects/parts/day1.xml", "<?xml version=\"1.0\"?>\n<opencv_storage>\n<Cou");
+  EXPECT_EQ(run({"list", "parts"}).exitCode, 1);
+}
+
+}  // namespace

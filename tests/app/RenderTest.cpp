@@ -1,0 +1,81 @@
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "ProgramRunner.h"
+#include "support/Pictures.h"
+
+namespace {
+
+class ProgramRender : public ProgramTest {
+ protected:
+  void SetUp() override { makeProject(); }
+
+  cv::Mat render(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), {"render", "parts", "a.png", "-o", "seen.png"});
+    succeed(arguments);
+    return cv::imread(place / "seen.png");
+  }
+};
+
+TEST_F(ProgramRender, WithoutMarksAndCrossThePictureIsAsItIs) {
+  EXPECT_TRUE(samePixels(patternedPicture(128, 64), render({})));
+}
+
+TEST_F(ProgramRender, ZoomAndFitGiveTheSize) {
+  EXPECT_EQ(render({"--zoom", "2"}).size(), cv::Size(256, 128));
+  EXPECT_EQ(render({"--fit", "64x64"}).size(), cv::Size(64, 32));
+  EXPECT_EQ(render({"--fit", "512x128"}).size(), cv::Size(256, 128));
+}
+
+TEST_F(ProgramRender, ACrossIsDrawnWhereItIsWanted) {
+  const auto picture = render({"--cross", "0.5,0.25", "--cross-style", "Black Cross"});
+  auto expected = patternedPicture(128, 64);
+  cv::line(expected, {64, 64}, {64, 0}, {}, 1, cv::LINE_AA);
+  cv::line(expected, {128, 16}, {0, 16}, {}, 1, cv::LINE_AA);
+  EXPECT_TRUE(samePixels(expected, picture));
+}
+
+TEST_F(ProgramRender, MarksAreDrawnInTheStyleAndFilledUnlessTold) {
+  succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.75,0.75", "--class", "nut"});
+  const std::vector<std::string> plain{"--style", "Red", "--info", "None", "--no-fill"};
+  const auto outlined = render(plain);
+  // Smoothed lines let a little of the picture through.
+  EXPECT_LT(cv::norm(outlined.at<cv::Vec3b>(16, 50), cv::Vec3b(64, 64, 255)), 40);
+  const cv::Point inside(40, 20);
+  EXPECT_EQ(outlined.at<cv::Vec3b>(inside), patternedPicture(128, 64).at<cv::Vec3b>(inside));
+  const auto filled = render({"--style", "Red", "--info", "None"});
+  EXPECT_NE(filled.at<cv::Vec3b>(inside), outlined.at<cv::Vec3b>(inside));
+}
+
+TEST_F(ProgramRender, RefusesWhatWillNotDo) {
+  struct Row {
+    std::vector<std::string> arguments;
+    std::string message;
+    int exitCode;
+  };
+  const std::vector<Row> rows{
+      {{"a.png", "-o", "x.png", "--style", "Pink"}, "choose from: Black, Blue, Colored, Red", 1},
+      {{"a.png", "-o", "x.png", "--info", "All"}, "there is no info 'All'; choose from: DNN", 1},
+      {{"a.png", "-o", "x.png", "--cross", "0,0", "--cross-style", "Star"}, "Black Circle", 1},
+      {{"a.png", "-o", "x.png", "--cross", "2,0"}, "lies outside the picture", 1},
+      {{"a.png", "-o", "x.png", "--fit", "80"}, "is no size", 1},
+      {{"a.png", "-o", "x.png", "--fit", "0x80"}, "is no size", 1},
+      {{"a.png", "-o", "x.png", "--fit", "5x5"}, "give a larger size", 1},
+      {{"a.png", "-o", "absent/x.png"}, "cannot be written", 1},
+      {{"z.png", "-o", "x.png"}, "no picture 'z.png'", 1},
+      {{"a.png", "-o", "x.png", "--zoom", "0.01"}, "no number from 0.1 to 20", 2},
+      {{"a.png", "-o", "x.png", "--zoom", "nan"}, "no number from 0.1 to 20", 2},
+      {{"a.png", "-o", "x.png", "--zoom", "1", "--fit", "8x8"}, "excludes", 2},
+      {{"a.png", "-o", "x.png", "--cross-style", "White Cross"}, "requires --cross", 2},
+      {{"a.png"}, "--output is required", 2}};
+  for (auto [arguments, message, exitCode] : rows) {
+    arguments.insert(arguments.begin(), {"render", "parts"});
+    fail(arguments, message, exitCode);
+  }
+}
+
+TEST_F(ProgramRender, AFormatThatNobodyWritesIsAMessage) {
+  EXPECT_EQ(run({"render", "parts", "a.png", "-o", "x.nothing"}).exitCode, 1);
+}
+
+}  // namespace
