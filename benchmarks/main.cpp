@@ -1,6 +1,7 @@
 // Each workload of the library beside its twin, see Compare.h. With --smoke each runs just once.
 
 #include <algorithm>
+#include <exception>
 #include <iostream>
 #include <streambuf>
 #include <string_view>
@@ -37,6 +38,13 @@ int main(int count, char** arguments) {
   NoBuffer nowhere;
   std::streambuf* const before = std::cout.rdbuf(&nowhere);
   Table table(output);
-  benchmark::RunSpecifiedBenchmarks(&table);
+  int result = 0;
+  try {
+    benchmark::RunSpecifiedBenchmarks(&table);
+  } catch (const std::exception& failure) {
+    std::cerr << "benchmarks: " << failure.what() << '\n';
+    result = 1;
+  }
   std::cout.rdbuf(before);
+  return result;
 }
