@@ -167,10 +167,11 @@ bool TNVHandlerImageView::marksChanged(const std::vector<TNVMark*>& marks) {
   if (cacheDirty || imgCached.size() != imgAR.size() || cacheTags.size() != marks.size()) {
     return true;
   }
-  return std::any_of(marks.begin(), marks.end(), [&](const TNVMark* mark) {
-    const auto tag = cacheTags.find(mark->uniqueId);
-    return tag == cacheTags.end() || tag->second != mark->changeTag;
-  });
+  // Marks stand in the order of their ids, as the tags do.
+  return !std::equal(marks.begin(), marks.end(), cacheTags.begin(),
+                     [](const TNVMark* mark, const auto& tag) {
+                       return mark->uniqueId == tag.first && mark->changeTag == tag.second;
+                     });
 }
 
 void TNVHandlerImageView::rememberTags(const std::vector<TNVMark*>& marks) {

@@ -1,9 +1,9 @@
 #include "foundation/Files.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 namespace tnv {
 
@@ -28,7 +28,11 @@ std::optional<std::string> readFile(const std::string& path) {
   std::string content;
   const auto size = fs::file_size(path, error);
   if (!error) content.reserve(size);
-  content.assign(std::istreambuf_iterator<char>(file), {});
+  std::array<char, std::size_t{1} << 14> piece;
+  while (file) {
+    file.read(piece.data(), piece.size());
+    content.append(piece.data(), static_cast<std::size_t>(file.gcount()));
+  }
   if (file.bad()) return std::nullopt;
   return content;
 }

@@ -169,7 +169,8 @@ cv::Mat TNVMark::getROIImage(const cv::Mat& image) const {
 }
 
 int TNVMark::renewChangeTag() {
-  std::mt19937 generator(std::random_device{}());
+  // Seeding takes longer than writing a mark does.
+  thread_local std::mt19937 generator(std::random_device{}());
   const int before = changeTag;
   do {
     const auto value = static_cast<std::uint32_t>(generator());

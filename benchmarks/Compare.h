@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+/// One side of a comparison. What `prepare` does is not timed.
+struct Side {
+  std::function<void()> run;
+  std::function<void()> prepare = [] {};
+};
+
+/// The library and its twin: bare calls that reach the same result.
+struct Pair {
+  Side product;
+  Side twin;
+};
+
+/// How much is measured.
+struct Plan {
+  /// Each workload once, at its smallest size, to see that it still works.
+  bool smoke = false;
+
+  std::vector<int> sizes(const std::vector<int>& all) const {
+    return smoke ? std::vector<int>{all.front()} : all;
+  }
+};
+
+/// Registers the workload `<name>/<size>`. `make` builds it when its turn has come, and what it
+/// captured lives until all pairs of runs are done.
+void addComparison(const Plan& plan, const std::string& name, int size, int repeats,
+                   std::function<Pair()> make);
+
+/// A failed comparison of results ends the program: times of different work say nothing.
+void requireSame(bool same, const std::string& what);
+
+/// Prints one line for each workload, and how time grew since the last size of the same one.
+class Table : public benchmark::BenchmarkReporter {
+ public:
+  explicit Table(std::ostream& stream) { SetOutputStream(&stream); }
+  bool ReportContext(const Context& context) override;
+  void ReportRuns(const std::vector<Run>& runs) override;
+
+ private:
+  Run last;
+};
+
+void addRenders(const Plan& plan);
+void addGenerations(const Plan& plan);
+void addImageSets(const Plan& plan);
+void addSaves(const Plan& plan);

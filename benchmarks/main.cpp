@@ -1,0 +1,42 @@
+// Each workload of the library beside its twin, see Compare.h. With --smoke each runs just once.
+
+#include <algorithm>
+#include <iostream>
+#include <streambuf>
+#include <string_view>
+
+#include "Compare.h"
+
+namespace {
+
+/// Swallows the library's log, which would be timed too.
+class NoBuffer : public std::streambuf {
+ protected:
+  int overflow(int character) override { return traits_type::not_eof(character); }
+};
+
+bool takeSmokeFlag(int& count, char** arguments) {
+  const auto isFlag = [](std::string_view argument) { return argument == "--smoke"; };
+  char** const end = std::remove_if(arguments, arguments + count, isFlag);
+  const bool found = end != arguments + count;
+  count = static_cast<int>(end - arguments);
+  return found;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  const Plan plan{takeSmokeFlag(count, arguments)};
+  benchmark::Initialize(&count, arguments);
+  if (benchmark::ReportUnrecognizedArguments(count, arguments)) return 1;
+  addRenders(plan);
+  addGenerations(plan);
+  addImageSets(plan);
+  addSaves(plan);
+  std::ostream output(std::cout.rdbuf());
+  NoBuffer nowhere;
+  std::streambuf* const before = std::cout.rdbuf(&nowhere);
+  Table table(output);
+  benchmark::RunSpecifiedBenchmarks(&table);
+  std::cout.rdbuf(before);
+}
