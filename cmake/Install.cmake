@@ -6,7 +6,8 @@ set(data_dir ${CMAKE_INSTALL_DATADIR}/TNV_SampleBenchNative)
 
 install(TARGETS TNV_SampleBenchNative EXPORT TNV_SampleBenchNativeTargets)
 install(DIRECTORY include/TNV_SampleBenchNative DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(DIRECTORY platforms augments DESTINATION ${data_dir})
+install(DIRECTORY platforms augments DESTINATION ${data_dir} PATTERN .gitkeep EXCLUDE)
+install(FILES docs/samplebench.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 install(EXPORT TNV_SampleBenchNativeTargets NAMESPACE TNV:: DESTINATION ${package_dir})

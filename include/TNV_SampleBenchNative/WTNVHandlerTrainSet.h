@@ -14,7 +14,9 @@ class TNVHandlerTrainSet;
 /// Navigation through all train sets of a project, and the fields of the current one. The main
 /// process owns the handler. The wrapper is an observer registered by its address: keep it in one
 /// place, and destroy it before the main process. All calls belong to the front end's thread;
-/// callbacks arrive on it too, but for that of ImageLoaded, which arrives on the worker thread.
+/// callbacks arrive on it too, but for that of ImageLoaded, which arrives on the worker thread. The
+/// destructor waits for a callback that is running there, so that callback must not wait for the
+/// front end's thread.
 class TNV_SAMPLEBENCH_API WTNVHandlerTrainSet : public TNVHandlerTrainSetObserver {
  public:
   explicit WTNVHandlerTrainSet(TNVHandlerTrainSet* handler);

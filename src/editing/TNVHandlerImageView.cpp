@@ -36,8 +36,9 @@ TNVTypeMarkStyleSet TNVHandlerImageView::filledStyle() {
 }
 
 void TNVHandlerImageView::bind(TNVTrainSet* newTrainSet) {
+  // Fetched first: if that throws, picture and marks stay those of one train set.
+  showPicture(newTrainSet->getImage());
   trainSet = newTrainSet;
-  fetchSource();
 }
 
 void TNVHandlerImageView::unbind() {
@@ -45,8 +46,8 @@ void TNVHandlerImageView::unbind() {
   trainSet = nullptr;
 }
 
-void TNVHandlerImageView::fetchSource() {
-  imgSource = trainSet->getImage();
+void TNVHandlerImageView::showPicture(const cv::Mat& picture) {
+  imgSource = picture;
   imgScaled = cv::Mat();
   imgAR = cv::Mat();
   invalidate();
@@ -122,7 +123,8 @@ void TNVHandlerImageView::setDrawOnlyDNNs(const Classes& classes) {
 
 cv::Mat TNVHandlerImageView::getARImage() {
   if (!canRender()) return {};
-  reloadSource();
+  // The file may have become unreadable since the reduced copy was made.
+  if (reloadSource() && !canRender()) return {};
   scaleSource();
   const std::vector<TNVMark*> marks = trainSet->markPointers();
   const Classes classes = project->classPointers();
@@ -146,13 +148,17 @@ bool TNVHandlerImageView::canRender() const {
   return false;
 }
 
-void TNVHandlerImageView::reloadSource() {
-  if (reloadImage.exchange(false)) fetchSource();
+bool TNVHandlerImageView::reloadSource() {
+  if (!reloadImage.exchange(false)) return false;
+  showPicture(trainSet->getImage());
+  return true;
 }
 
 void TNVHandlerImageView::scaleSource() {
   if (!(zoomLevel > kSmallestZoom)) zoomLevel = kSmallestZoom;
-  const cv::Size size = getARImageSize();
+  const cv::Size exact = getARImageSize();
+  // A thin picture far away is still a picture.
+  const cv::Size size(std::max(exact.width, 1), std::max(exact.height, 1));
   if (!imgScaled.empty() && imgScaled.size() == size) return;
   cv::resize(imgSource, imgScaled, size, 0, 0, cv::INTER_LINEAR);
 }

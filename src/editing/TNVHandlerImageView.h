@@ -69,8 +69,8 @@ class TNVHandlerImageView : public TNVNotificator {
 
   void invalidate();
   bool canRender() const;
-  void reloadSource();
-  void fetchSource();
+  bool reloadSource();
+  void showPicture(const cv::Mat& picture);
   void scaleSource();
   bool marksChanged(const std::vector<TNVMark*>& marks);
   void rememberTags(const std::vector<TNVMark*>& marks);

@@ -47,7 +47,10 @@ bool TNVHandlerMark::hasTrainSet(const std::string& operation) const {
 }
 
 TNVHandlerMark::Marks TNVHandlerMark::marksOrAll(const Marks& marks) const {
-  return marks.empty() ? trainSet->markPointers() : marks;
+  if (marks.empty()) return trainSet->markPointers();
+  Marks given = marks;
+  std::erase(given, nullptr);
+  return given;
 }
 
 TNVHandlerMark::Marks TNVHandlerMark::marksWith(const std::string& operation,
@@ -213,6 +216,7 @@ void TNVHandlerMark::setPOISize(TNVMark* mark, double size) {
   }
   if (!mark) return;
   const cv::Size imageSize = trainSet->getImageSize();
+  if (imageSize.empty()) return;
   setPOISize(mark, cv::Point2d(size, size * imageSize.width / imageSize.height));
 }
 
@@ -301,6 +305,7 @@ void TNVHandlerMark::takePOISizeFromProject(TNVMark& mark) {
     mark.poiSize = project->poiRelSize;
   } else if (project->poiSizeUse == absolute) {
     const cv::Size imageSize = trainSet->getImageSize();
+    if (imageSize.empty()) return;
     mark.poiSize = {project->poiAbsSize.x / imageSize.width,
                     project->poiAbsSize.y / imageSize.height};
   } else {

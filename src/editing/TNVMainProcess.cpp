@@ -17,9 +17,15 @@ TNVMainProcess::TNVMainProcess(TNVProject* openProject) : project(openProject) {
     return;
   }
   project->observer = this;
-  createHandlers();
-  refreshTrainSets();
-  onTrainSetSwitched();
+  try {
+    createHandlers();
+    refreshTrainSets();
+    onTrainSetSwitched();
+  } catch (...) {
+    // A damaged train set, say: the project must not report to what never came to be.
+    project->detachObserver();
+    throw;
+  }
   hndTrainSet->notify(&TNVHandlerTrainSetObserver::onEventProjectOpened);
 }
 

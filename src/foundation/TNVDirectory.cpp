@@ -66,8 +66,10 @@ bool TNVDirectory::exists(const std::string& path) {
 }
 
 void TNVDirectory::remove(const std::string& path) {
+  // Without the slash behind it, a link to a directory goes and not what it leads to.
+  const fs::path given(path);
   std::error_code error;
-  fs::remove_all(path, error);
+  fs::remove_all(given.has_filename() ? given : given.parent_path(), error);
   if (error) throw fs::filesystem_error("remove_all", path, error);
 }
 
@@ -98,7 +100,9 @@ std::vector<std::string> TNVDirectory::readDirectories(const std::string& path) 
     return result;
   }
   for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
-    if (!entry.is_directory()) continue;
+    // An entry that cannot be examined, a link in a circle say, is no directory.
+    std::error_code error;
+    if (!entry.is_directory(error)) continue;
     std::string directory = tnv::withForwardSlashes(entry.path().string());
     if (!directory.ends_with('/')) directory += '/';
     result.push_back(std::move(directory));

@@ -127,6 +127,15 @@ void TNVSettings::setBare(const std::string& key, const std::string& text) {
   setValue(key, text, 0);
 }
 
+bool TNVSettings::survivesInList(std::string_view text) {
+  return text.find_first_of(",={}\"\\\n") == text.npos;
+}
+
+bool TNVSettings::contains(const std::string& key) const {
+  const std::lock_guard lock(mutex);
+  return find(key) != nullptr;
+}
+
 std::string TNVSettings::getString(const std::string& key, const std::string& defaultValue) const {
   const std::lock_guard lock(mutex);
   const std::string* value = find(key);

@@ -22,6 +22,11 @@ class TNVSettings {
   /// file is whole then.
   bool saveFile();
 
+  /// Whether a text comes back from a list as it went in: nothing escapes in the file.
+  static bool survivesInList(std::string_view text);
+
+  bool contains(const std::string& key) const;
+
   std::string getString(const std::string& key, const std::string& defaultValue) const;
   void setString(const std::string& key, const std::string& text);
   bool getBool(const std::string& key, bool defaultValue) const;

@@ -127,7 +127,8 @@ void writeText(cv::FileStorage& storage, const std::string& name, const std::str
   // The storage takes a text between double quotes for one that is quoted already and writes it as
   // it stands, quotes within and all.
   const bool looksQuoted = text.starts_with('"') && text.ends_with('"');
-  storage << name << (looksQuoted ? '"' + escaped(text) + '"' : text);
+  // Not the stream operator, which takes braces and brackets for the ends of structures.
+  storage.write(name, looksQuoted ? '"' + escaped(text) + '"' : text);
 }
 
 void writePoint(cv::FileStorage& storage, const std::string& name, cv::Point2d point) {

@@ -25,6 +25,9 @@ constexpr int kLabelDistance = 5;
 constexpr int kDashOn = 7;
 constexpr int kDashOff = 3;
 
+/// No picture has room for more POIs.
+constexpr int kMostPOIs = 1 << 24;
+
 /// The box in pixels of a picture of that size, laid around its centre.
 cv::Rect2d boxAroundCentre(const TNVMarkRect& mark, cv::Size imageSize) {
   const double width = imageSize.width * mark.size.x;
@@ -74,7 +77,7 @@ void appendCentersAndCorners(const TNVMark::Points& outline, bool withCorners,
 }
 
 TNVMark::Points divided(TNVMark::Points outline, int count) {
-  if (count < 2) return {};
+  if (count < 2 || count > kMostPOIs) return {};
   outline.push_back(outline.front());
   TNVMark::Points points =
       TNVContour::consistentDevidePointLine(outline, tnv::addSaturated(count, 1));

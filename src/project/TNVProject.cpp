@@ -25,6 +25,13 @@ Entry* findByName(const std::vector<std::unique_ptr<Entry>>& entries, const std:
   return place == entries.end() ? nullptr : place->get();
 }
 
+/// The next free index. Only a damaged file comes near the end of the range.
+int takeIndex(int& counter) {
+  const int index = counter;
+  counter = tnv::addSaturated(counter, 1);
+  return index;
+}
+
 }  // namespace
 
 TNVProject::TNVProject(const std::string& projectName, const std::string& projectsPath,
@@ -50,7 +57,7 @@ TNVProject::~TNVProject() {
 
 bool TNVProject::_refusePlace(const std::string& operation) const {
   if (isPlaceOfItsOwn) return false;
-  tnv::logLine("TNVProject::" + operation + ": Project name must not be a path!");
+  tnv::logLine("TNVProject::" + operation + ": Project name must not be empty or a path!");
   return true;
 }
 
@@ -69,6 +76,10 @@ bool TNVProject::create() {
     tnv::logLine("TNVProject::create: Can not create project directory!");
     return false;
   }
+  // What lies in the directory is all that there is of the project, and a set of an earlier one of
+  // that name is not this one's to delete.
+  halfLoaded = false;
+  setListKnown = !_hasImageSetDirectories();
   const bool settingsWritten = _writeSettings();
   return _updateImageFiles(true) && settingsWritten;
 }
@@ -165,7 +176,7 @@ TNVDNNClass* TNVProject::addDNNClass(const std::string& className, int uniqueIdx
     tnv::logLine("TNVProject::addDNNClass: DNN Class with this name already exists!");
     return nullptr;
   }
-  auto added = std::make_unique<TNVDNNClass>(uniqueIdx == -1 ? dnnIdxUnique++ : uniqueIdx);
+  auto added = std::make_unique<TNVDNNClass>(uniqueIdx == -1 ? takeIndex(dnnIdxUnique) : uniqueIdx);
   added->dnnId = dnnId < 0 ? tnv::addSaturated(maxDNNClassId(), 1) : dnnId;
   added->name = className;
   dnnClasses.push_back(std::move(added));
@@ -232,6 +243,7 @@ std::vector<TNVDNNClass*> TNVProject::classPointers() const {
 }
 
 void TNVProject::_handOverDNNClasses() {
+  // Also an empty list: nobody is to be left with classes that are gone.
   if (generation) generation->dnnClasses = classPointers();
   hndAugment->dnnClasses = classPointers();
 }
@@ -245,7 +257,8 @@ TNVWorkflow* TNVProject::addWorkflow(const std::string& workflowName, int unique
     tnv::logLine("TNVProject::addWorkflow: Workflow with this name already exists!");
     return nullptr;
   }
-  auto added = std::make_unique<TNVWorkflow>(uniqueIdx == -1 ? workflowIdxUnique++ : uniqueIdx);
+  auto added =
+      std::make_unique<TNVWorkflow>(uniqueIdx == -1 ? takeIndex(workflowIdxUnique) : uniqueIdx);
   added->name = workflowName;
   workflows.push_back(std::move(added));
   return workflows.back().get();

@@ -111,7 +111,9 @@ class TNVProject {
   bool _updateImageFiles(bool full);
   bool _saveChangedTrainSets();
   bool _saveImageSet(const std::string& set, ImageSet& trainSets);
-  void _removeStaleImageSets();
+  std::vector<std::string> _staleImageSets() const;
+  bool _hasImageSetDirectories() const;
+  void _removeImageSet(const std::string& set) const;
   void _updateImageCache(TNVTrainSet& trainSet);
   bool _readImageFiles();
   void _readImageSet(const std::string& set);
@@ -128,6 +130,9 @@ class TNVProject {
 
   /// What is in memory is not all that is on disk, so that saving would delete the rest.
   bool halfLoaded = false;
+
+  /// The names of all sets on disk are known, so that a set of another name is one that is gone.
+  bool setListKnown = false;
 
   /// Taken out while a main process may still look at them.
   ImageSet droppedTrainSets;

@@ -11,6 +11,7 @@
 #include "foundation/FirstError.h"
 #include "foundation/Log.h"
 #include "foundation/TNVDirectory.h"
+#include "foundation/TNVSettings.h"
 #include "foundation/XmlStorage.h"
 #include "generation/TNVGenerationDarknet.h"
 #include "project/TNVProject.h"
@@ -31,14 +32,26 @@ std::string commonDirectory(const std::string& firstImage) {
 constexpr std::uintmax_t kShortestEntry =
     std::string_view("<id0><DataPath></DataPath></id0>").size();
 
+/// A list that was edited by hand may count a few more.
+constexpr std::uintmax_t kEntriesWithoutRoom = 16;
+
 int plausibleCount(const std::string& list, int count) {
   std::error_code error;
   const auto size = std::filesystem::file_size(list, error);
-  const auto most = error ? 0 : size / kShortestEntry;
+  const auto most = error ? 0 : size / kShortestEntry + kEntriesWithoutRoom;
   if (count <= 0 || static_cast<std::uintmax_t>(count) <= most) return count;
   tnv::logLine("TNVProject::_readImageFiles: Image set list '" + list +
                "' holds less than it counts!");
   return static_cast<int>(most);
+}
+
+std::vector<std::string> imageSetsOnDisk(const std::string& projectDirectory) {
+  std::vector<std::string> sets;
+  for (const std::string& directory : TNVDirectory::readDirectories(projectDirectory)) {
+    const std::string name = TNVDirectory::getLastDirectoryName(directory);
+    if (name.starts_with(kSetPrefix)) sets.push_back(name.substr(kSetPrefix.size()));
+  }
+  return sets;
 }
 
 }  // namespace
@@ -115,6 +128,10 @@ int TNVProject::addImages(const std::vector<std::string>& images, const std::vec
     tnv::logLine("TNVProject::addImages: Image set name must not be empty or a path!");
     return 0;
   }
+  if (!TNVSettings::survivesInList(set)) {
+    tnv::logLine("TNVProject::addImages: Image set name must not hold one of , = { } \"!");
+    return 0;
+  }
   const std::string basePath = sameDirectory ? commonDirectory(images.front()) : "";
   ImageSet& trainSets = imageSets[set];
   std::unordered_set<std::string> present;
@@ -164,6 +181,7 @@ int TNVProject::removeImagesFromImageSet(const std::vector<std::string>& images,
 }
 
 int TNVProject::clearImagesCache() {
+  if (_refusePlace("clearImagesCache")) return 0;
   const auto trainSets = trainSetPointers();
   for (TNVTrainSet* trainSet : trainSets)
     trainSet->dropImageCache();
@@ -173,9 +191,11 @@ int TNVProject::clearImagesCache() {
 
 bool TNVProject::_updateImageFiles(bool full) {
   if (!full) return _saveChangedTrainSets();
-  _removeStaleImageSets();
   bool written = true;
   tnv::FirstError errors;
+  for (const std::string& set : _staleImageSets()) {
+    errors.attempt([&] { _removeImageSet(set); });
+  }
   for (auto& [set, trainSets] : imageSets) {
     errors.attempt([&, &setName = set, &records = trainSets] {
       written = _saveImageSet(setName, records) && written;
@@ -202,15 +222,23 @@ bool TNVProject::_saveChangedTrainSets() {
   return written;
 }
 
-void TNVProject::_removeStaleImageSets() {
-  for (const std::string& directory : TNVDirectory::readDirectories(projectDirectory)) {
-    const std::string directoryName = TNVDirectory::getLastDirectoryName(directory);
-    if (!directoryName.starts_with(kSetPrefix)) continue;
-    const std::string set = directoryName.substr(kSetPrefix.size());
-    if (imageSets.contains(set)) continue;
-    TNVDirectory::remove(directory);
-    TNVDirectory::remove(_imageSetList(set));
-  }
+bool TNVProject::_hasImageSetDirectories() const {
+  return !imageSetsOnDisk(projectDirectory).empty();
+}
+
+std::vector<std::string> TNVProject::_staleImageSets() const {
+  std::vector<std::string> sets = imageSetsOnDisk(projectDirectory);
+  std::erase_if(sets, [&](const std::string& set) { return imageSets.contains(set); });
+  if (setListKnown || sets.empty()) return sets;
+  tnv::logLine(
+      "TNVProject::_updateImageFiles(): Image sets on disk that the project does not know are "
+      "kept!");
+  return {};
+}
+
+void TNVProject::_removeImageSet(const std::string& set) const {
+  TNVDirectory::remove(_imageSetDirectory(set));
+  TNVDirectory::remove(_imageSetList(set));
 }
 
 bool TNVProject::_saveImageSet(const std::string& set, ImageSet& trainSets) {
@@ -270,6 +298,10 @@ bool TNVProject::_readImageFiles() {
 void TNVProject::_readImageSet(const std::string& set) {
   imageSets.try_emplace(set);
   const cv::FileStorage storage = tnv::openXml(_imageSetList(set));
+  if (!storage.isOpened() && TNVDirectory::exists(_imageSetList(set))) {
+    // Taken for an empty set, the next save would make it one.
+    CV_Error(cv::Error::StsParseError, "Empty image set list: " + _imageSetList(set));
+  }
   if (!storage.isOpened()) return;
   const cv::FileNode root = storage.root();
   const int counted = tnv::readInt(tnv::child(root, "Count"), 0);

@@ -1,8 +1,8 @@
 // The settings file of a project. Its keys are persisted and stand here alone, but for those of the
 // generator and the augmentation, which keep their own.
 
+#include <algorithm>
 #include <charconv>
-#include <cstdint>
 
 #include "foundation/Files.h"
 #include "foundation/Log.h"
@@ -22,10 +22,10 @@ std::vector<float> asFloats(cv::Point2d size) {
 }
 
 std::string colorText(const cv::Scalar& color) {
-  const auto channel = [&](int i) { return std::int64_t{tnv::truncateToInt(color[i])}; };
-  const auto value = static_cast<int>(channel(2) * 65536 + channel(1) * 256 + channel(0));
+  const auto channel = [&](int i) { return std::clamp(tnv::truncateToInt(color[i]), 0, 255); };
+  const int value = channel(2) * 65536 + channel(1) * 256 + channel(0);
   char text[16];
-  const auto end = std::to_chars(text, text + sizeof text, static_cast<unsigned>(value), 16).ptr;
+  const auto end = std::to_chars(text, text + sizeof text, value, 16).ptr;
   return {text, end};
 }
 
@@ -114,6 +114,7 @@ bool TNVProject::_readSettings() {
   samplesDirectory = settings.getString("Project.SamplesDirectory", "samples/");
   imageTypes = settings.getStringList("Source.Images.Types", {"jpg", "bmp", "jpeg", "png"});
   imageLists = settings.getStringList("Source.Images.Filelists", {});
+  setListKnown = settings.contains("Source.Images.Filelists");
   cacheImages = settings.getBool("Cache.Images", false);
   cacheImagesCount = settings.getInt("Cache.Images.Cnt", 10);
   cacheImagesMaxSize = settings.getInt("Cache.Images.Size", 1024);

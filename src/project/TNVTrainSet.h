@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,7 +49,8 @@ class TNVTrainSet {
   /// Sets the comment unless it is too long to be stored: then false and a log line.
   bool setComment(const std::string& newComment);
 
-  void loadImage();
+  /// Reads the picture if it is not in memory yet, and gives it out.
+  cv::Mat loadImage();
 
   /// The picture at its full size. Waits up to five seconds for another thread to load it.
   cv::Mat getImage();
@@ -93,6 +95,8 @@ class TNVTrainSet {
  private:
   void addMarkFrom(const cv::FileNode& node);
   void writeNodes(cv::FileStorage& storage);
+
+  std::optional<cv::Mat> loadedImage();
 
   std::vector<std::unique_ptr<TNVMark>> removedMarks;
 };

@@ -51,12 +51,19 @@ void TNVTrainSet::setUnreadable() {
   imageLoaded = true;
 }
 
-void TNVTrainSet::loadImage() {
-  if (isImageLoaded()) return;
+std::optional<cv::Mat> TNVTrainSet::loadedImage() {
+  const std::lock_guard lock(mutex);
+  if (!imageLoaded) return std::nullopt;
+  return image;
+}
+
+cv::Mat TNVTrainSet::loadImage() {
+  if (const auto loaded = loadedImage()) return *loaded;
   cv::Mat picture = cv::imread(imagePath, cv::IMREAD_COLOR);
   const std::lock_guard lock(mutex);
   image = std::move(picture);
   imageLoaded = true;
+  return image;
 }
 
 bool TNVTrainSet::hasImageCache() const {
@@ -64,20 +71,16 @@ bool TNVTrainSet::hasImageCache() const {
 }
 
 cv::Mat TNVTrainSet::getImage() {
-  if (hasImageCache()) {
-    if (!isImageLoaded()) {
-      const cv::Mat cached = getImageCached();
-      if (!cached.empty()) return cached;
-      tnv::logLine("TNVTrainSet::getImage: Could not load cache? Using normal image!");
-      loadImage();
-    }
-  } else {
+  if (!hasImageCache()) {
     for (int i = 0; i < kWaits && !isImageLoaded(); ++i)
       std::this_thread::sleep_for(kWait);
-    loadImage();
+    return loadImage();
   }
-  const std::lock_guard lock(mutex);
-  return image;
+  if (const auto loaded = loadedImage()) return *loaded;
+  const cv::Mat cached = getImageCached();
+  if (!cached.empty()) return cached;
+  tnv::logLine("TNVTrainSet::getImage: Could not load cache? Using normal image!");
+  return loadImage();
 }
 
 cv::Mat TNVTrainSet::getImageCached() {
@@ -127,7 +130,8 @@ bool TNVTrainSet::addImageCache(const std::string& cacheDirectory, int maxSize, 
 }
 
 void TNVTrainSet::dropImageCache() {
-  deleteFile(imageCachePath);
+  // A damaged record must not lead to the picture itself.
+  if (imageCachePath != imagePath && imageCachePath != imagePathAbs) deleteFile(imageCachePath);
   imageCachePath.clear();
   imageCacheSize = cv::Size();
 }

@@ -194,6 +194,42 @@ TEST_F(BoundaryFrame, WrappersComeAndGoWhileAnotherThreadReports) {
   EXPECT_GT(heard, 0);
 }
 
+TEST_F(BoundaryFrame, UnregisteringKeepsTheOrderOfTheOthers) {
+  auto first = std::make_unique<WTNVHandlerMark>(&handler);
+  WTNVHandlerMark second(&handler);
+  WTNVHandlerMark third(&handler);
+  second.setCBAddInstantlyChanged(callA);
+  third.setCBAddInstantlyChanged(callB);
+  first.reset();
+  fire();
+  EXPECT_THAT(takeCalls(), ElementsAre('a', 'b'));
+}
+
+TEST_F(BoundaryFrame, MainProcessHandsOutObserversOfItsHandlers) {
+  ProjectBuilder builder;
+  builder.withClasses({"a"}).withPictures({"a.png"});
+  const std::size_t before = observerCount();
+  {
+    WTNVMainProcess process(&builder.project(), nullptr);
+    auto trainSets = process.getHndTrainSet();
+    auto view = process.getHndImageView();
+    auto first = process.getHndMark();
+    auto second = process.getHndMark();
+    EXPECT_EQ(before + 4, observerCount());
+    first.setCBMarkDesigned(callA);
+    second.setCBMarkDesigned(callB);
+    EXPECT_TRUE(first.designMark({{0.1, 0.1}, {0.2, 0.2}}, "Rect", {}));
+    EXPECT_THAT(takeCalls(), ElementsAre('a', 'b'));
+    EXPECT_TRUE(second.addDesignedMark());
+    EXPECT_EQ(1, trainSets.wGetTrainSetCur().getMarkCount());
+    int width = 0;
+    int height = 0;
+    view.wGetARImageSize(width, height);
+    EXPECT_EQ(64, width);
+  }
+  EXPECT_EQ(before, observerCount());
+}
+
 TEST_F(BoundaryFrame, OwningWrappersAreNotCopied) {
   EXPECT_FALSE(std::is_copy_constructible_v<WTNVProject>);
   EXPECT_TRUE(std::is_copy_assignable_v<WTNVProject>);

@@ -457,3 +457,44 @@ TEST_F(TNVHandlerImageViewTest, ChoicesByName) {
   EXPECT_TRUE(wrapper.wGetZoomToSize());
   EXPECT_TRUE(wrapper.wGetDrawMarkFilled());
 }
+
+TEST_F(TNVHandlerImageViewTest, ReloadedPictureThatIsEmptyIsNoFailure) {
+  view.getARImage();
+  trainSet.image = cv::Mat();
+  view.reloadImage = true;
+  const LogCapture log;
+  EXPECT_TRUE(view.getARImage().empty());
+  EXPECT_THAT(log.lines(),
+              ElementsAre("TNVHandlerImageView::getARImage(): Current image is empty!"));
+}
+
+TEST_F(TNVHandlerImageViewTest, ChangedZoomScalesAnew) {
+  TNVMark* mark = box(0.1, 0.1);
+  view.setMarkDrawInfo("Pixel");
+  for (const double zoom : {1.0, 0.5, 2.0}) {
+    view.setZoomLevel(zoom);
+    const cv::Size size(static_cast<int>(kWidth * zoom), static_cast<int>(kHeight * zoom));
+    cv::Mat expected = drawn(size, {mark});
+    cross(expected, size.width / 2, size.height / 2);
+    EXPECT_TRUE(samePixels(expected, view.getARImage())) << zoom;
+  }
+}
+
+TEST_F(TNVHandlerImageViewTest, DesignSeesTheSizeOfThePictureAtAnyZoom) {
+  TNVMarkRect designed({0.1, 0.1}, {0.4, 0.4}, false);
+  trainSet.designedMark = &designed;
+  view.setMarkDrawInfo("Pixel");
+  view.setZoomLevel(0.5);
+  cv::Mat expected = drawn({kWidth / 2, kHeight / 2}, {});
+  designed.draw(expected, picture.size(), view.markStyle, view.markDrawInfo,
+                view.project->classPointers(), true);
+  cross(expected, kWidth / 4, kHeight / 4);
+  EXPECT_TRUE(samePixels(expected, view.getARImage()));
+}
+
+TEST_F(TNVHandlerImageViewTest, TinyPictureKeepsAPixelAtTheSmallestZoom) {
+  trainSet.image = cv::Mat(4, 4, CV_8UC3, kWhite);
+  view.bind(&trainSet);
+  view.setZoomLevel(0.1);
+  EXPECT_EQ(cv::Size(1, 1), view.getARImage().size());
+}

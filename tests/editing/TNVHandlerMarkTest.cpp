@@ -392,3 +392,22 @@ TEST_F(TNVHandlerMarkTest, AvailableChoicesAreTheTables) {
   EXPECT_THAT(wrapper.wGetAvailableMarkModes(), ElementsAre("Create", "Edit", "POI"));
   EXPECT_THAT(wrapper.wGetAvailableAssists(), ElementsAre("None", "GrabCut"));
 }
+
+TEST_F(TNVHandlerMarkTest, EmptyHandlesInAListAreIgnored) {
+  const WTNVMark mark = box(0.5, 0.5);
+  wrapper.wSetAllMarksHovered(true, {WTNVMark()});
+  wrapper.setAllMarksSelected(true, {WTNVMark()});
+  wrapper.setAllMarksPOIVisible(true, {WTNVMark()});
+  EXPECT_FALSE(mark.wGetIsHovered() || mark.wGetIsSelected() || mark.getNativeMark()->poiVisible);
+  wrapper.setAllMarksSelected(true, {WTNVMark(), mark});
+  EXPECT_TRUE(mark.wGetIsSelected());
+}
+
+TEST_F(TNVHandlerMarkTest, POISizeStaysWithoutAnImage) {
+  TNVTrainSet unreadable("missing.png", "");
+  unreadable.loadImage();
+  handler.trainSet = &unreadable;
+  const WTNVMark mark = box(0.5, 0.5);
+  wrapper.wSetPOISize(mark, 0.1);
+  EXPECT_EQ(cv::Point2d(0, 0), mark.getNativeMark()->poiSize);
+}

@@ -1,5 +1,6 @@
 #include "editing/TNVHandlerTrainSet.h"
 
+#include <chrono>
 #include <memory>
 
 #include <gmock/gmock.h>
@@ -288,4 +289,27 @@ TEST_F(TNVHandlerTrainSetTest, PictureInMemoryIsNotLoadedAgain) {
   wrapper.reset();
   opened->trainSets().workerDestroy();
   EXPECT_THAT(opened->trainSets().loadedList, testing::Not(Contains(&at(1))));
+}
+
+TEST_F(TNVHandlerTrainSetTest, OnlyTheNewestPictureIsAnnounced) {
+  open(3, true, 3);
+  ASSERT_TRUE(eventually([&] { return at(0).isImageLoaded(); }));
+  opened->trainSets().workerDestroy();
+  CallCounter<kImageLoaded>::count = 0;
+  // Both are queued before the worker runs again; the second is the newest.
+  for (const int index : {1, 2}) {
+    opened->trainSets().idxCur = index;
+    opened->trainSets().trainSetCurrent();
+  }
+  opened->trainSets().workerInit();
+  ASSERT_TRUE(eventually([&] { return at(1).isImageLoaded() && at(2).isImageLoaded(); }));
+  opened->trainSets().workerDestroy();
+  EXPECT_EQ(1, CallCounter<kImageLoaded>::count);
+}
+
+TEST_F(TNVHandlerTrainSetTest, WorkerEndsWithinItsPeriod) {
+  open(1);
+  const auto start = std::chrono::steady_clock::now();
+  opened->trainSets().workerDestroy();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }

@@ -176,3 +176,72 @@ TEST(TNVMainProcess, EditedMarksReachTheDiskAndComeBack) {
   EXPECT_EQ(cv::Point2d(0.375, 0.5), open.marks().getAllMarks()[0]->center);
   EXPECT_THAT(open.marks().getAllMarks()[0]->classIdx, ElementsAre(0));
 }
+
+TEST(TNVMainProcess, DamagedTrainSetThrowsAndLeavesTheProjectAlone) {
+  ProjectBuilder builder;
+  builder.withPictures({"a.png"});
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  const std::string file = builder.project().getNativeProject()->imageSets.at("set")[0]->dataPath;
+  std::filesystem::resize_file(file, 100);
+  builder.reopened();
+  EXPECT_THROW(OpenProject open(builder), cv::Exception);
+  EXPECT_EQ(nullptr, builder.project().getNativeProject()->observer);
+  EXPECT_TRUE(builder.project().wLoad());
+}
+
+TEST(TNVMainProcess, LoadingIsNotAnnouncedAsSaving) {
+  ProjectBuilder builder;
+  builder.withPictures({"a.png"});
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  OpenProject open(builder);
+  WTNVHandlerTrainSet listener(&open.trainSets());
+  CallCounter<kSaved>::count = 0;
+  listener.setCBProjectSaved(CallCounter<kSaved>::call);
+  ASSERT_TRUE(builder.project().wLoad());
+  EXPECT_EQ(0, CallCounter<kSaved>::count);
+}
+
+TEST(TNVMainProcess, OlderOfTwoDoesNotDetachTheNewer) {
+  ProjectBuilder builder;
+  builder.withPictures({"a.png"});
+  auto older = std::make_unique<OpenProject>(builder);
+  OpenProject newer(builder);
+  older.reset();
+  EXPECT_EQ(&newer.process, builder.project().getNativeProject()->observer);
+}
+
+TEST(TNVMainProcess, WorkerLooksAtNothingAfterTheProjectIsGone) {
+  auto builder = std::make_unique<ProjectBuilder>();
+  builder->withPictures({"a.png"});
+  OpenProject open(*builder);
+  builder.reset();
+  EXPECT_THAT(open.trainSets().taskQueue, IsEmpty());
+  EXPECT_THAT(open.trainSets().loadedList, IsEmpty());
+  EXPECT_EQ(nullptr, open.trainSets().taskTarget.load());
+}
+
+TEST(TNVMainProcess, PictureThatCannotBeDecodedCountsAsUnreadable) {
+  ProjectBuilder builder;
+  builder.withPictures({"a.png"});
+  // The header of a portable pixmap of 3.6 thousand million pixels.
+  builder.temp.write("pictures/a.png", "P6\n60000 60000\n255\n");
+  OpenProject open(builder);
+  EXPECT_TRUE(eventually([&] { return open.current().isImageLoaded(); }));
+  EXPECT_TRUE(open.view().getARImage().empty());
+}
+
+TEST(TNVMainProcess, AnyCommentComesBack) {
+  for (const std::string comment : {"{", "[1]", "}x", "]", "\\{a", "\"", "a\nb"}) {
+    ProjectBuilder builder;
+    builder.withPictures({"a.png"});
+    ASSERT_TRUE(builder.project().wUpdate(true));
+    {
+      OpenProject open(builder);
+      WTNVHandlerTrainSet(&open.trainSets()).wSetComment(comment);
+      ASSERT_TRUE(builder.project().wUpdate(true));
+    }
+    builder.reopened();
+    OpenProject open(builder);
+    EXPECT_EQ(comment, WTNVHandlerTrainSet(&open.trainSets()).wGetComment());
+  }
+}

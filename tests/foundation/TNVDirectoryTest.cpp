@@ -208,6 +208,22 @@ TEST(TNVDirectory, MD5OfKnownContents) {
             TNVDirectory::fileMD5(temp.write("message", "message digest")));
 }
 
+TEST(TNVDirectory, MD5OfAFileOfManyPieces) {
+  // More than is read at once; the digest is that of the command md5sum.
+  const TempDirectory temp;
+  EXPECT_EQ("2a915e52d86d42e58e580f4073120a6b",
+            TNVDirectory::fileMD5(temp.write("long", std::string(2000000, 'a'))));
+}
+
+TEST(TNVDirectory, RemoveOfALinkLeavesWhatItLeadsTo) {
+  const TempDirectory temp;
+  temp.write("target/file", "kept");
+  std::filesystem::create_directory_symlink(temp / "target", temp / "link");
+  TNVDirectory::remove(temp / "link/");
+  EXPECT_FALSE(std::filesystem::is_symlink(temp / "link"));
+  EXPECT_EQ("kept", readFile(temp / "target/file"));
+}
+
 TEST(TNVDirectory, MD5OfAnUnreadableFileIsEmpty) {
   const TempDirectory temp;
   EXPECT_EQ("", TNVDirectory::fileMD5(temp / "missing"));

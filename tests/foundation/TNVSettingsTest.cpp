@@ -236,3 +236,28 @@ TEST_F(TNVSettingsTest, RandomBytesNeverFail) {
     saved();
   }
 }
+
+TEST_F(TNVSettingsTest, QuotesOfASecondLineCount) {
+  loaded("K = 1\nK = \"2\"\n");
+  EXPECT_EQ("K = \"1\"\n", saved());
+}
+
+TEST_F(TNVSettingsTest, TextsThatSurviveInAListComeBack) {
+  for (const char* text : {"a", " a b ", "a>b", "a//b", "it's", ""}) {
+    EXPECT_TRUE(TNVSettings::survivesInList(text)) << text;
+    settings.setStringList("Key", {text, "end"});
+    saved();
+    settings.loadFile();
+    EXPECT_THAT(settings.getStringList("Key", {}), ElementsAre(text, "end"));
+  }
+  for (const char* text : {"a,b", "a=b", "{", "}", "\"", "a\\b", "a\nb"}) {
+    EXPECT_FALSE(TNVSettings::survivesInList(text)) << text;
+  }
+}
+
+TEST_F(TNVSettingsTest, ContainsAnswersForKeysWithAndWithoutAValue) {
+  loaded("A = 1\nB =\n");
+  EXPECT_TRUE(settings.contains("A"));
+  EXPECT_TRUE(settings.contains("B"));
+  EXPECT_FALSE(settings.contains("C"));
+}

@@ -32,14 +32,21 @@ class PlainMark : public TNVMark {
     imageSizeSeen = imageSize;
     size = newSize;
   }
-  cv::Point2d getRelSize(cv::Size /*imageSize*/) const override { return size; }
+  cv::Point2d getRelSize(cv::Size imageSize) const override {
+    sizesAsked.push_back(imageSize);
+    return size;
+  }
   int getMinConstructionPoints(bool /*variant*/) const override { return 0; }
   int getMaxConstructionPoints(bool /*variant*/) const override { return 0; }
   bool isMouseOver(cv::Point2d /*point*/, cv::Size /*size*/, double* /*distance*/) const override {
     return false;
   }
   std::string getTypeName(bool /*variant*/) const override { return "Plain"; }
-  cv::Rect getPixelRect(cv::Size /*imageSize*/) const override { return {}; }
+  cv::Rect getPixelRect(cv::Size /*imageSize*/) const override {
+    return {
+      mutable std::vector<cv::Size> sizesAsked;
+    };
+  }
   Points getContour(cv::Size imageSize) const override {
     Points pixels;
     for (const cv::Point2d& point : outline)
@@ -586,4 +593,24 @@ TEST_F(TNVMarkOnView, EmptyViewIsLeftAlone) {
   cv::Mat view(0, 0, CV_8UC3);
   mark.draw(view, {1000, 600}, styleNamed("White", true), infoOf(0), {}, false);
   EXPECT_TRUE(view.empty());
+}
+
+TEST_F(TNVMarkOnView, SelectionFrameAsksForTheSizeOnThePicture) {
+  PlainMark mark;
+  mark.center = {0.5, 0.5};
+  mark.size = {0.4, 0.4};
+  mark.selected = true;
+  cv::Mat canvas(50, 80, CV_8UC3, cv::Scalar());
+  mark.draw(canvas, {800, 700}, TNVTypeMarkStyleSet(), TNVTypeDrawInfo(), {}, false);
+  ASSERT_EQ(1u, mark.sizesAsked.size());
+  EXPECT_EQ(cv::Size(800, 700), mark.sizesAsked[0]);
+}
+
+TEST_F(TNVMarkOnView, CropAsksForTheSizeOnItsPicture) {
+  PlainMark mark;
+  mark.center = {0.5, 0.5};
+  mark.size = {0.5, 0.5};
+  EXPECT_EQ(cv::Size(40, 25), mark.getROIImage(cv::Mat(50, 80, CV_8UC3, cv::Scalar())).size());
+  ASSERT_EQ(1u, mark.sizesAsked.size());
+  EXPECT_EQ(cv::Size(80, 50), mark.sizesAsked[0]);
 }

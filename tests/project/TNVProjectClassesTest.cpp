@@ -312,3 +312,32 @@ TEST_F(WorkflowsTest, NamesWithoutAnIndexAreSkipped) {
   EXPECT_EQ(3, project().wGetWorkflows()[0].getNativeWorkflow()->uniqueIdx);
   EXPECT_EQ(4, project().getNativeProject()->workflowIdxUnique);
 }
+
+TEST_F(DNNClassesTest, ColoursAreHeldInAByteOnSaving) {
+  const WTNVDNNClass dnnClass = project().wAddDNNClass("a", -1, -1);
+  project().wUpdateDNNClass(dnnClass, "a", 0, "", "", -1, 40000, 7);
+  ASSERT_TRUE(project().wUpdate(true));
+  const WTNVDNNClass back = builder.reopened().wGetDNNClasses().at(0);
+  EXPECT_EQ(cv::Scalar(7, 255, 0, 0), back.getNativeDNNClass()->color);
+}
+
+TEST_F(DNNClassesTest, IndexAtTheEndOfTheRangeStaysThere) {
+  loaded("DNN.Idx.Unique = 2147483647\nWorkflow.Idx.Unique = 2147483647\n");
+  project().wAddDNNClass("a", -1, 2147483647);
+  EXPECT_EQ(2147483647, uniqueIdx(project().wAddDNNClass("b", -1, -1)));
+  project().wAddWorkflow("a", -1);
+  EXPECT_EQ(2147483647, project().wAddWorkflow("b", -1).getNativeWorkflow()->uniqueIdx);
+}
+
+TEST_F(DNNClassesTest, LoadingAgainDropsClassesAndWorkflowsThatAreGone) {
+  loaded(
+      "DNN.Names = \"a\"\nDNN.Idx = 0\nDNN.Ids = 0\n"
+      "Workflow.Names = \"a\"\nWorkflow.Idx = 0\n");
+  builder.temp.write("projects/demo/demo.cfg",
+                     "DNN.Names = \"b\"\nDNN.Idx = 0\nDNN.Ids = 0\n"
+                     "Workflow.Names = \"b\"\nWorkflow.Idx = 0\n");
+  ASSERT_TRUE(project().wLoad());
+  EXPECT_THAT(names(), ElementsAre("b"));
+  ASSERT_EQ(1u, project().wGetWorkflows().size());
+  EXPECT_EQ("b", project().wGetWorkflows()[0].wGetName());
+}

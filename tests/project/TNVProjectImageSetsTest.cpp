@@ -197,6 +197,7 @@ TEST_F(ImageSetsTest, SetWithoutImagesIsGoneWithTheNextFullUpdate) {
   EXPECT_FALSE(isInProject("is_set/"));
   EXPECT_FALSE(isInProject("set.xml"));
   EXPECT_TRUE(isInProject("is_kept/") && isInProject("kept.xml"));
+  EXPECT_THAT(native().imageLists, ElementsAre("kept"));
 }
 
 TEST_F(ImageSetsTest, FullUpdateKeepsOtherDirectories) {
@@ -328,7 +329,7 @@ TEST_F(ImageSetsTest, HugeCountDoesNotMakeMoreRecordsThanTheFileHasRoomFor) {
   for (const char* count : {"2147483647", "\"text\""}) {
     const LogCapture log;
     withList(std::string("<Count>") + count + "</Count><id0><DataPath>\"a\"</DataPath></id0>");
-    EXPECT_LT(project().wGetTrainSetCountFromImageSet("set"), 10);
+    EXPECT_LT(project().wGetTrainSetCountFromImageSet("set"), 30);
     EXPECT_THAT(log.lines(), Contains("TNVProject::_readImageFiles: Image set list '" +
                                       inProject("set.xml") + "' holds less than it counts!"));
   }
@@ -421,4 +422,81 @@ TEST_F(ImageSetsTest, ManyImagesAreAddedAndRemovedWithoutComparingEachWithEach) 
     images.push_back("p/" + std::to_string(i) + ".jpg");
   EXPECT_EQ(20000, add(images, "set", true));
   EXPECT_EQ(20000, project().wRemoveImagesFromImageSet(images, "set"));
+}
+
+TEST_F(ImageSetsTest, EntriesThatAreMissingAreRecordsWithoutAPath) {
+  withList("<Count>3</Count>");
+  EXPECT_EQ(3, project().wGetTrainSetCountFromImageSet("set"));
+}
+
+TEST_F(ImageSetsTest, EmptyListIsNotTakenForAnEmptySet) {
+  builder.withPictures({"a.png"});
+  ASSERT_TRUE(project().wUpdate(true));
+  builder.temp.write("projects/demo/set.xml", "");
+  EXPECT_THROW(builder.another().wLoad(), cv::Exception);
+  EXPECT_FALSE(project().wUpdate(true));
+  EXPECT_EQ("", readFile(inProject("set.xml")));
+}
+
+TEST_F(ImageSetsTest, SetNameThatTheSettingsWouldLoseIsRefused) {
+  for (const char* name : {"a,b", "a=b", "a{b", "a}b", "a\"b"}) {
+    const LogCapture log;
+    EXPECT_EQ(0, add({"a.jpg"}, name)) << name;
+    EXPECT_THAT(
+        log.lines(),
+        ElementsAre("TNVProject::addImages: Image set name must not hold one of , = { } \"!"));
+  }
+}
+
+TEST_F(ImageSetsTest, SetNamesOfAnyOtherTextComeBack) {
+  const std::vector<std::string> names{" lead", "a > b", "a b", "\xc3\xa4", "it's", "x.y"};
+  for (const std::string& name : names)
+    add({"a.jpg"}, name);
+  ASSERT_TRUE(project().wUpdate(true));
+  builder.reopened();
+  EXPECT_THAT(project().wGetImageSets(), testing::UnorderedElementsAreArray(names));
+}
+
+TEST_F(ImageSetsTest, FullUpdateWritesLoadedRecordsAnew) {
+  builder.withPictures({"a.png"});
+  ASSERT_TRUE(project().wUpdate(true));
+  fs::remove(record(0).dataPath);
+  ASSERT_TRUE(project().wUpdate(true));
+  EXPECT_TRUE(fs::exists(record(0).dataPath));
+}
+
+TEST_F(ImageSetsTest, CachingGivesTheFullPictureUpAndKeepsToTheQuality) {
+  builder.withPictures({"a.png"});
+  record(0).loadImage();
+  project().wSetCacheImages(true);
+  project().wSetCacheImagesMaxSize(64);
+  project().wSetCacheImagesQuality(10);
+  ASSERT_TRUE(project().wUpdate(true));
+  EXPECT_FALSE(record(0).isImageLoaded());
+  std::vector<uchar> expected;
+  cv::imencode(".jpg", patternedPicture(64, 48), expected, {cv::IMWRITE_JPEG_QUALITY, 10});
+  EXPECT_EQ(std::string(expected.begin(), expected.end()), readFile(record(0).imageCachePath));
+}
+
+TEST_F(ImageSetsTest, LoadedProjectReadsTheTypesOfItsSettings) {
+  builder.temp.write("in/a.bmp", "");
+  builder.temp.write("projects/demo/demo.cfg", "");
+  EXPECT_THAT(builder.reopened().wReadImagesFromDirectory(builder.temp / "in", false), SizeIs(1));
+  builder.temp.write("projects/demo/demo.cfg", "Source.Images.Types = \"tif\"\n");
+  EXPECT_THAT(builder.reopened().wReadImagesFromDirectory(builder.temp / "in", false), IsEmpty());
+}
+
+TEST_F(ImageSetsTest, LinkInACircleDoesNotKeepTheProjectFromBeingSaved) {
+  fs::create_symlink("circle", inProject("circle"));
+  builder.withPictures({"a.png"});
+  EXPECT_TRUE(project().wUpdate(true));
+  EXPECT_TRUE(isInProject("set.xml"));
+}
+
+TEST_F(ImageSetsTest, LinkToADirectoryGoesAloneWhenItsSetIsGone) {
+  builder.temp.write("elsewhere/file", "kept");
+  fs::create_directory_symlink(builder.temp / "elsewhere", inProject("is_link"));
+  ASSERT_TRUE(builder.reopened().wUpdate(true));
+  EXPECT_FALSE(fs::is_symlink(inProject("is_link")));
+  EXPECT_EQ("kept", readFile(builder.temp / "elsewhere/file"));
 }

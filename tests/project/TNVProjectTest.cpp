@@ -1,6 +1,7 @@
 #include "project/TNVProject.h"
 
 #include <filesystem>
+#include <memory>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -113,21 +114,27 @@ TEST(TNVProject, CreateTellsWhenTheDirectoryCannotBeMade) {
 TEST(TNVProject, NameThatIsAPathIsRefusedByEveryOperation) {
   const TempDirectory temp;
   temp.write("outside/outside.cfg", "Project.Name = \"outside\"");
-  temp.makeDirectory("projects");
-  for (const char* name : {"../outside", "a/b", "a\\b", "..", "."}) {
+  temp.write("cache/kept", "");
+  temp.write("projects/cache/kept", "");
+  for (const std::string name : {"../outside", "a/b", "a\\b", "..", ".", ""}) {
     WTNVProject project(name, temp / "projects/", "", "");
     const LogCapture log;
     EXPECT_FALSE(project.wCreate()) << name;
     EXPECT_FALSE(project.wLoad()) << name;
     EXPECT_FALSE(project.wUpdate(true)) << name;
     EXPECT_FALSE(project.wRemove()) << name;
-    EXPECT_THAT(log.lines(), ElementsAre("TNVProject::create: Project name must not be a path!",
-                                         "TNVProject::load: Project name must not be a path!",
-                                         "TNVProject::update: Project name must not be a path!",
-                                         "TNVProject::remove: Project name must not be a path!"));
+    EXPECT_EQ(0, project.wClearImagesCache()) << name;
+    const std::string refused = ": Project name must not be empty or a path!";
+    EXPECT_THAT(
+        log.lines(),
+        ElementsAre(name.empty() ? "TNVProject::create: Project name is empty!"
+                                 : "TNVProject::create" + refused,
+                    "TNVProject::load" + refused, "TNVProject::update" + refused,
+                    "TNVProject::remove" + refused, "TNVProject::clearImagesCache" + refused));
   }
   EXPECT_TRUE(exists(temp / "outside/outside.cfg"));
-  EXPECT_TRUE(std::filesystem::is_empty(temp / "projects"));
+  EXPECT_TRUE(exists(temp / "cache/kept"));
+  EXPECT_TRUE(exists(temp / "projects/cache/kept"));
 }
 
 TEST(TNVProject, LoadWithoutAFileFailsWithBothLines) {
@@ -159,8 +166,8 @@ TEST(TNVProject, QuickUpdateLeavesTheSettingsAlone) {
 }
 
 TEST(TNVProject, UpdateThatCannotWriteTheSettingsFails) {
-  ProjectBuilder builder;
   RecordingObserver observer;
+  ProjectBuilder builder;
   builder.project().getNativeProject()->observer = &observer;
   // A directory where the new file is to be written beside the old one.
   builder.temp.write("projects/demo/demo.cfg.new/in the way", "");
@@ -384,8 +391,8 @@ TEST(TNVProject, HandlersGetTheClassesOnLoading) {
 }
 
 TEST(TNVProject, ObserverHearsOfLoadingUpdatingAndClosing) {
-  ProjectBuilder builder;
   RecordingObserver observer;
+  ProjectBuilder builder;
   builder.project().getNativeProject()->observer = &observer;
   ASSERT_TRUE(builder.project().wLoad());
   ASSERT_TRUE(builder.project().wUpdate(false));
@@ -446,4 +453,101 @@ TEST(TNVProject, ListThatCannotBeParsedThrowsAndNothingIsSavedOverIt) {
 TEST(TNVProject, ColourThatIsNoNumberThrowsByName) {
   WrittenProject builder("DNN.Idx = 0\nDNN.Names = \"a\"\nDNN.Ids = 0\nDNN.Colors = \"xyz\"\n");
   EXPECT_THROW(builder.project().wLoad(), std::invalid_argument);
+}
+
+TEST(TNVProject, CreatingAfterAFailedLoadMakesAProjectThatCanBeSaved) {
+  const TempDirectory temp;
+  temp.makeDirectory("projects");
+  WTNVProject project("demo", temp / "projects/", "", "");
+  EXPECT_FALSE(project.wLoad());
+  EXPECT_TRUE(project.wCreate());
+  EXPECT_TRUE(project.wUpdate(true));
+}
+
+TEST(TNVProject, CreatingWritesTheImageSetsToo) {
+  const TempDirectory temp;
+  WTNVProject project("demo", temp.path(), "", "");
+  project.wAddImagesToImageSet({"a.jpg"}, {true}, "set", false);
+  ASSERT_TRUE(project.wCreate());
+  EXPECT_TRUE(exists(temp / "demo/set.xml"));
+}
+
+TEST(TNVProject, FailedLoadDropsWhatWasInMemoryAndTellsNobody) {
+  RecordingObserver observer;
+  ProjectBuilder builder;
+  builder.withPictures({"a.png"});
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  const std::string settings = readFile(builder.settingsPath());
+  std::filesystem::remove(builder.settingsPath());
+  TNVProject& project = *builder.project().getNativeProject();
+  project.observer = &observer;
+  EXPECT_FALSE(project.load());
+  EXPECT_THAT(project.imageSets, IsEmpty());
+  EXPECT_THAT(project.imageLists, IsEmpty());
+  EXPECT_THAT(observer.events, IsEmpty());
+  builder.temp.write("projects/demo/demo.cfg", settings);
+  EXPECT_FALSE(project.update(true));
+  EXPECT_TRUE(exists(builder.projectDirectory() + "is_set/"));
+}
+
+TEST(TNVProject, SettingsThatLostTheirSetsDoNotDeleteThem) {
+  for (const char* damaged : {"", "Project.Name = \"demo\"\n"}) {
+    ProjectBuilder builder;
+    builder.withPictures({"a.png"});
+    ASSERT_TRUE(builder.project().wUpdate(true));
+    builder.temp.write("projects/demo/demo.cfg", damaged);
+    builder.reopened();
+    const LogCapture log;
+    EXPECT_TRUE(builder.project().wUpdate(true));
+    EXPECT_THAT(log.lines(), Contains("TNVProject::_updateImageFiles(): Image sets on disk that "
+                                      "the project does not know are kept!"));
+    EXPECT_TRUE(exists(builder.projectDirectory() + "is_set/"));
+    EXPECT_TRUE(exists(builder.projectDirectory() + "set.xml"));
+  }
+}
+
+TEST(TNVProject, SavingWithoutLoadingDeletesNoSet) {
+  ProjectBuilder builder;
+  builder.withPictures({"a.png"});
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  EXPECT_TRUE(builder.another().wUpdate(true));
+  EXPECT_TRUE(exists(builder.projectDirectory() + "is_set/"));
+}
+
+TEST(TNVProject, CreatingWhereSetsLieDeletesNoSet) {
+  ProjectBuilder builder;
+  builder.withPictures({"a.png"});
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  std::filesystem::remove(builder.settingsPath());
+  EXPECT_TRUE(builder.another().wCreate());
+  EXPECT_TRUE(exists(builder.projectDirectory() + "is_set/"));
+}
+
+TEST(TNVProject, BothPOISizesAreWritten) {
+  ProjectBuilder builder;
+  builder.project().wSetPOIRelSize(0.25, 0.5);
+  builder.project().wSetPOIAbsSize(3.0, 4.0);
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  EXPECT_THAT(readFile(builder.settingsPath()),
+              testing::HasSubstr("POI.Size.Abs = 3.000000,4.000000\n"
+                                 "POI.Size.Rel = 0.250000,0.500000\n"));
+}
+
+TEST(TNVProject, ClosingIsToldWhileEverythingIsThere) {
+  class ClosingObserver final : public TNVProjectMPObserver {
+   public:
+    explicit ClosingObserver(const TNVProject& observed) : project(observed) {}
+    void onProjectUpdated() override {}
+    void onProjectLoaded() override {}
+    void onProjectClosed() override { classes = project.dnnClasses.size(); }
+
+    const TNVProject& project;
+    std::size_t classes = 0;
+  };
+  auto project = std::make_unique<TNVProject>("demo", "", "", "");
+  project->addDNNClass("a", -1, -1);
+  ClosingObserver observer(*project);
+  project->observer = &observer;
+  project.reset();
+  EXPECT_EQ(1u, observer.classes);
 }

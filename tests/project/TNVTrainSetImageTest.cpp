@@ -208,3 +208,18 @@ TEST_F(TrainSetImageTest, CacheFileThatCannotBeWrittenIsLogged) {
               testing::Contains("TNVTrainSet::addImageCache: Can not create cache image!"));
   EXPECT_EQ(cv::Size(), trainSet.imageCacheSize);
 }
+
+TEST_F(TrainSetImageTest, PictureIsReadFromThePathAsGiven) {
+  TNVTrainSet elsewhere(writePicture(temp / "a.png", 20, 10), temp / "other/");
+  elsewhere.loadImage();
+  EXPECT_EQ(cv::Size(20, 10), elsewhere.image.size());
+  EXPECT_TRUE(elsewhere.addImageCache(temp / "cache/", 10, 75));
+}
+
+TEST_F(TrainSetImageTest, CachePathThatIsThePictureIsForgottenAndNotDeleted) {
+  TNVTrainSet& trainSet = record(8, 8);
+  trainSet.imageCachePath = trainSet.imagePath;
+  trainSet.dropImageCache();
+  EXPECT_EQ("", trainSet.imageCachePath);
+  EXPECT_TRUE(std::filesystem::exists(trainSet.imagePath));
+}

@@ -429,3 +429,20 @@ TEST_F(TNVTrainSetTest, DestroyingAHandleLeavesTheRecord) {
   }
   EXPECT_EQ("a.jpg", record.imagePath);
 }
+
+TEST_F(TNVTrainSetTest, LoadingAgainStartsTheIdsAnew) {
+  TNVTrainSet record("a.jpg", "/base/");
+  record.addMark(rectangle());
+  ASSERT_TRUE(record.save(temp.path()));
+  const auto back = loadedFrom(record.dataPath);
+  back->load();
+  EXPECT_EQ(0, back->marks.at(1)->uniqueId);
+}
+
+TEST_F(TNVTrainSetTest, SavingNamesARecordThatHasOnlyAPath) {
+  TNVTrainSet record("a.jpg", "/base/");
+  record.dataPath = temp / "given.xml";
+  ASSERT_TRUE(record.save(temp.path()));
+  EXPECT_NE("", record.uniqueName);
+  EXPECT_TRUE(std::filesystem::exists(temp / "given.xml"));
+}
