@@ -42,11 +42,7 @@ class PlainMark : public TNVMark {
     return false;
   }
   std::string getTypeName(bool /*variant*/) const override { return "Plain"; }
-  cv::Rect getPixelRect(cv::Size /*imageSize*/) const override {
-    return {
-      mutable std::vector<cv::Size> sizesAsked;
-    };
-  }
+  cv::Rect getPixelRect(cv::Size /*imageSize*/) const override { return {}; }
   Points getContour(cv::Size imageSize) const override {
     Points pixels;
     for (const cv::Point2d& point : outline)
@@ -66,6 +62,7 @@ class PlainMark : public TNVMark {
   cv::Point2d centreSeen;
   cv::Point2d newCentreSeen;
   cv::Size imageSizeSeen;
+  mutable std::vector<cv::Size> sizesAsked;
 };
 
 struct TNVMarkOnView : ::testing::Test {
@@ -595,22 +592,21 @@ TEST_F(TNVMarkOnView, EmptyViewIsLeftAlone) {
   EXPECT_TRUE(view.empty());
 }
 
-TEST_F(TNVMarkOnView, SelectionFrameAsksForTheSizeOnThePicture) {
-  PlainMark mark;
-  mark.center = {0.5, 0.5};
-  mark.size = {0.4, 0.4};
-  mark.selected = true;
+TEST(TNVMark, SelectionFrameAsksForTheSizeOnThePicture) {
+  PlainMark plain;
+  plain.center = {0.5, 0.5};
+  plain.selected = true;
   cv::Mat canvas(50, 80, CV_8UC3, cv::Scalar());
-  mark.draw(canvas, {800, 700}, TNVTypeMarkStyleSet(), TNVTypeDrawInfo(), {}, false);
-  ASSERT_EQ(1u, mark.sizesAsked.size());
-  EXPECT_EQ(cv::Size(800, 700), mark.sizesAsked[0]);
+  plain.draw(canvas, {800, 700}, TNVTypeMarkStyleSet(), TNVTypeDrawInfo(), {}, false);
+  ASSERT_EQ(1u, plain.sizesAsked.size());
+  EXPECT_EQ(cv::Size(800, 700), plain.sizesAsked[0]);
 }
 
-TEST_F(TNVMarkOnView, CropAsksForTheSizeOnItsPicture) {
-  PlainMark mark;
-  mark.center = {0.5, 0.5};
-  mark.size = {0.5, 0.5};
-  EXPECT_EQ(cv::Size(40, 25), mark.getROIImage(cv::Mat(50, 80, CV_8UC3, cv::Scalar())).size());
-  ASSERT_EQ(1u, mark.sizesAsked.size());
-  EXPECT_EQ(cv::Size(80, 50), mark.sizesAsked[0]);
+TEST(TNVMark, CropAsksForTheSizeOnItsPicture) {
+  PlainMark plain;
+  plain.center = {0.5, 0.5};
+  plain.size = {0.5, 0.5};
+  EXPECT_EQ(cv::Size(40, 25), plain.getROIImage(cv::Mat(50, 80, CV_8UC3, cv::Scalar())).size());
+  ASSERT_EQ(1u, plain.sizesAsked.size());
+  EXPECT_EQ(cv::Size(80, 50), plain.sizesAsked[0]);
 }
