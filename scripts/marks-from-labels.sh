@@ -15,6 +15,10 @@ fi
 directory=$(cd "$1" && pwd)
 names=$2
 
+# Written at the end alone: half a list would look like a whole one.
+list=$(mktemp)
+trap 'rm -f "$list"' EXIT
+
 for picture in "$directory"/*.jpg; do
   labels=${picture%.jpg}.txt
   [ -f "$labels" ] || continue
@@ -33,5 +37,6 @@ for picture in "$directory"/*.jpg; do
       printf "%s\tRect\t%s\t%.9f,%.9f %.9f,%.9f\n", ENVIRON["PICTURE"], name[$1],
         clamped($2 - $4 / 2), clamped($3 - $5 / 2), clamped($2 + $4 / 2 - 1e-6), clamped($3 + $5 / 2 - 1e-6)
     }
-  ' "$names" "$labels"
+  ' "$names" "$labels" >> "$list"
 done
+cat "$list"

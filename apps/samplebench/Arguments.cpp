@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
+#include <opencv2/core.hpp>
+
 #include "DemoCommand.h"
 #include "GenerateCommand.h"
 #include "ImportCommand.h"
@@ -276,6 +278,10 @@ int runCommand(const Request& request, Output& output) {
   } catch (const CommandError& error) {
     output.error(error.what());
     return error.exitCode();
+  } catch (const cv::Exception& error) {
+    // Without the place in the source that the whole text starts with.
+    output.error(error.err + "; if it is about a file of the project, restore or remove that file");
+    return exitFailed;
   } catch (const std::exception& error) {
     output.error(error.what());
     return exitFailed;
@@ -299,6 +305,8 @@ int runProgram(int argc, const char* const* argv, Output& output) {
     return app.exit(error, output.data(), std::cerr) == 0 ? exitOk : exitUsage;
   }
   request.locations = withSlashes(request.locations);
+  // Records are found by their paths, from whatever directory the program is run in.
+  request.locations.projects = absolutePath(request.locations.projects);
   if (request.quiet) output.setQuiet();
   return runCommand(request, output);
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <fstream>
 
+#include <opencv2/imgcodecs.hpp>
+
 #include "CommandError.h"
 #include "Platform.h"
 #include "Progress.h"
@@ -60,16 +62,20 @@ void requireUsableClasses(const WTNVProject& project) {
 }
 
 void requirePictures(const std::vector<PictureRecord>& pictures, Output& output) {
-  std::vector<std::string> gone;
-  for (const auto& picture : pictures)
-    if (!fs::is_regular_file(picture.path)) gone.push_back(picture.path);
-  if (gone.size() == pictures.size())
+  std::size_t readable = 0;
+  for (const auto& picture : pictures) {
+    // A record that cannot be read has no path, and was told of already.
+    if (picture.path.empty()) continue;
+    if (cv::haveImageReader(picture.path)) {
+      ++readable;
+    } else {
+      output.note("left out, for it is no picture that can be read: " + picture.path);
+    }
+  }
+  if (readable == 0)
     throw CommandError(
-        "the project has no pictures that can be found; add some with: samplebench "
+        "the project has no pictures that can be read; add some with: samplebench "
         "import PROJECT SET DIRECTORY");
-  if (!gone.empty())
-    output.note(counted(gone.size(), "picture") + " cannot be found and will be left out, first " +
-                gone.front());
 }
 
 void chooseAugmentation(WTNVHandlerAugment& handler, const Locations& locations,
@@ -144,7 +150,9 @@ void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSe
     throw CommandError("interrupted after " + counted(progress.done(), "picture") +
                            "; the partial training set was removed",
                        exitInterrupted);
-  throw CommandError("the training set could not be written; see the lines above");
+  throw CommandError(output.isQuiet()
+                         ? "the training set could not be written; --quiet hides the reason"
+                         : "the training set could not be written; see the lines above");
 }
 
 void writeNames(const WTNVProject& project, const std::string& file) {
@@ -208,6 +216,8 @@ void runGenerate(const Locations& locations, const GenerateOptions& options, Out
                              {std::to_string(project->wGetTrainSets().size()),
                               std::to_string(content.samples()), std::to_string(content.training),
                               std::to_string(content.test), std::to_string(content.boxCount())}});
+  if (content.test == 0)
+    output.note("the test list is empty; a larger --test-ratio puts some samples there");
   output.data() << '\n';
   writePlaces(paths, output);
 }

@@ -1,6 +1,7 @@
 #include "MarkCommand.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <set>
 
@@ -25,6 +26,12 @@ void checkPointCount(const WTNVHandlerMark& marks, const MarkRequest& request) {
                                      : std::to_string(fewest) + " to " + std::to_string(most);
   throw CommandError("form '" + request.form + "' takes " + wanted + " points, not " +
                      std::to_string(count));
+}
+
+void checkArea(const std::vector<Point>& points) {
+  if (points.size() != 2) return;
+  if (points[0].x == points[1].x || points[0].y == points[1].y)
+    throw CommandError("the points enclose no area; give two that differ in both directions");
 }
 
 void checkWithinPicture(const std::vector<Point>& points) {
@@ -83,6 +90,7 @@ std::vector<Job> checkedJobs(const WTNVProject& project, const std::vector<Pictu
     jobs.push_back(named(request, [&] {
       requireChoice("form", request.form, forms);
       checkPointCount(marks, request);
+      checkArea(request.points);
       if (unit == PointUnit::relative) checkWithinPicture(request.points);
       return Job{&request, index.find(request.picture), findClass(project, request.className)};
     }));
@@ -102,7 +110,8 @@ void addMark(Editor& editor, const Job& job, PointUnit unit) {
 
 std::vector<MarkRequest> requestsFromFile(const std::string& fileName) {
   std::ifstream file(fileName);
-  if (!file) throw CommandError("the list '" + fileName + "' cannot be read");
+  if (!file || std::filesystem::is_directory(fileName))
+    throw CommandError("the list '" + fileName + "' cannot be read");
   return parseMarkList(file, fileName);
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <opencv2/core.hpp>
+
 #include "CommandError.h"
 #include "Platform.h"
 
@@ -48,6 +50,8 @@ std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std
   if (contains(sortedProjects(locations), name))
     throw CommandError("project '" + name + "' is there already in " + locations.projects +
                        "; choose another name");
+  if (name.find_first_of("=\"") != std::string::npos)
+    throw CommandError("the name of a project must not hold = or a double quote");
   auto project = projectAt(locations, name);
   if (!project->wCreate())
     throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
@@ -64,6 +68,11 @@ std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::
   auto project = projectAt(locations, name);
   if (!project->wLoad())
     throw CommandError("project '" + name + "' in " + locations.projects + " cannot be read");
+  // A settings file that lost its content reads as an empty project, which the next save would make
+  // it.
+  if (project->wGetProjectName() != name)
+    throw CommandError("the settings of project '" + name + "' are damaged: " + locations.projects +
+                       name + "/" + name + ".cfg; restore that file");
   return project;
 }
 
@@ -73,12 +82,25 @@ void saveProject(WTNVProject& project, bool full) {
                        "' cannot be saved; see that its directory can be written to");
 }
 
+namespace {
+
+bool isLoaded(const WTNVTrainSet& trainSet, Output& output) {
+  try {
+    return trainSet.wLoadData();
+  } catch (const cv::Exception& error) {
+    output.note(error.err + "; restore or remove that file");
+    return false;
+  }
+}
+
+}  // namespace
+
 std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& output) {
   std::vector<PictureRecord> pictures;
   std::size_t unreadable = 0;
   for (const auto& set : project.wGetImageSets()) {
     for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set)) {
-      if (!trainSet.wLoadData()) ++unreadable;
+      if (!isLoaded(trainSet, output)) ++unreadable;
       pictures.push_back({set, trainSet.getImagePath(), trainSet});
     }
   }

@@ -1,5 +1,7 @@
 #include "RenderCommand.h"
 
+#include <filesystem>
+
 #include <opencv2/imgcodecs.hpp>
 
 #include "CommandError.h"
@@ -49,6 +51,16 @@ cv::Mat rendered(WTNVHandlerImageView& view) {
   return {height, width, CV_8UC(channels), data};
 }
 
+void requireWritable(const std::string& file, const std::vector<PictureRecord>& pictures) {
+  if (!cv::haveImageWriter(file))
+    throw CommandError("'" + file + "' is of no format that can be written; use .png or .jpg");
+  for (const auto& picture : pictures) {
+    std::error_code error;
+    if (std::filesystem::equivalent(file, picture.path, error))
+      throw CommandError("'" + file + "' is a picture of the project; choose another file");
+  }
+}
+
 void writePicture(const std::string& file, const cv::Mat& picture) {
   if (!cv::imwrite(file, picture))
     throw CommandError("'" + file + "' cannot be written; see that its directory exists");
@@ -60,6 +72,7 @@ void renderPicture(WTNVProject& project, const RenderOptions& options, Output& o
   const auto cross = crossPosition(options.cross);
   const auto pictures = readPictures(project, output);
   const auto place = PictureIndex(pictures).find(options.picture);
+  requireWritable(options.file, pictures);
   Editor editor(project);
   choose(editor.view, options);
   editor.goTo(place);

@@ -38,6 +38,7 @@ std::optional<std::string> readFile(const std::string& path) {
 }
 
 bool replaceFile(const std::string& path, std::string_view content) {
+  if (path.empty()) return false;
   const std::string written = path + ".new";
   std::error_code error;
   if (writeFile(written, content)) {

@@ -38,6 +38,7 @@ RunGuard::RunGuard(const TNVGeneration& generation) {
   protect(fs::current_path(error).string(), "the working directory");
   protect(generation.platformPath, "the platforms path");
   protect(generation.projectDirectory, "the project's directory");
+  protectExisting(generation.augmentsPath, "the task trees");
   for (const auto& [descriptor, record] : generation.templates) {
     protectExisting(generation.platformPath + record.path, "the templates");
   }

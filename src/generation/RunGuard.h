@@ -17,6 +17,9 @@ class RunGuard {
   /// Loads the records that are not loaded yet: only then their pictures are known.
   explicit RunGuard(const TNVGeneration& generation);
 
+  /// Adds a directory that a run reads, if it is there.
+  void protectExisting(const std::string& path, const std::string& what);
+
   /// Why the directory must not be deleted; an empty text if it may be.
   std::string whyToKeep(const std::string& directory) const;
 
@@ -27,7 +30,6 @@ class RunGuard {
   };
 
   void protect(const std::string& path, const std::string& what);
-  void protectExisting(const std::string& path, const std::string& what);
   void protectTrainSet(TNVTrainSet& trainSet);
 
   std::vector<Source> sources;

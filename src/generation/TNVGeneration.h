@@ -62,6 +62,7 @@ class TNVGeneration {
 
   /// What a run reads besides `trainSets` and the platform's data and so must never delete.
   std::string projectDirectory;
+  std::string augmentsPath;
   std::vector<TNVTrainSet*> runTrainSets;
 
  protected:

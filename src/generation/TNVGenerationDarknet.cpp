@@ -180,7 +180,8 @@ void TNVGenerationDarknet::loadSettings(TNVSettings* settings) {
 }
 
 bool TNVGenerationDarknet::processBefore() {
-  const tnv::RunGuard guard(*this);
+  tnv::RunGuard guard(*this);
+  guard.protectExisting(platformPath + kWeightsPath, "the weights");
   if (!mayBeDeleted(guard, sampleDirectory) || !mayBeDeleted(guard, dataDirectory)) return false;
   removeDirectory(sampleDirectory);
   removeDirectory(dataDirectory);

@@ -157,6 +157,7 @@ void TNVProject::setGeneration(const std::string& generationName) {
   generation = std::make_unique<TNVGenerationDarknet>();
   generation->platformPath = platformsPath;
   generation->projectDirectory = projectDirectory;
+  generation->augmentsPath = augmentsPath;
   generation->dnnClasses = classPointers();
   _handOverTrainSets();
 }

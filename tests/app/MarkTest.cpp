@@ -90,6 +90,7 @@ TEST_F(ProgramMark, ABadLineIsNamedAndNothingIsSaved) {
       {"a.png\tRect\tnut\t0,0 x,1", "marks.txt:3: 'x,1' is no point"},
       {"a.png\tRect\tnut\t0,0", "marks.txt:3: form 'Rect' takes 2 points, not 1"},
       {"a.png\tRect\tnut\t0,0 1,2", "marks.txt:3: point 1,2 lies outside"},
+      {"a.png\tRect\tnut\t0.1,0.2 0.1,0.4", "marks.txt:3: the points enclose no area"},
       {"z.png\tRect\tnut\t0,0 1,1", "marks.txt:3: the project has no picture 'z.png'"},
       {"a.png\tBlob\tnut\t0,0 1,1", "marks.txt:3: there is no form 'Blob'"},
       {"a.png\tRect\tbolt\t0,0 1,1", "marks.txt:3: there is no class 'bolt'"}};
@@ -99,6 +100,7 @@ TEST_F(ProgramMark, ABadLineIsNamedAndNothingIsSaved) {
   }
   EXPECT_TRUE(hasMarks("0 marks"));
   fail({"mark", "parts", "--list", "absent.txt"}, "the list 'absent.txt' cannot be read");
+  fail({"mark", "parts", "--list", "photos"}, "the list 'photos' cannot be read");
 }
 
 TEST_F(ProgramMark, LabelTextsBecomeAListOfMarks) {
@@ -110,22 +112,24 @@ TEST_F(ProgramMark, LabelTextsBecomeAListOfMarks) {
   const auto script = std::string(SAMPLEBENCH_SCRIPTS) + "/marks-from-labels.sh";
   const auto result = RunningProgram({"/bin/sh", script, "labelled", names}, place.path()).wait();
   EXPECT_EQ(result.exitCode, 0) << result.err;
-  // The second box passes the left and the lower edge.
+  // Right and lower edges are a millionth further in; the second box passes the left and the lower
+  // edge of the picture.
   const auto picture = place / "labelled/a.jpg";
-  EXPECT_EQ(result.out, picture + "\tRect\tnut\t0.250000000,0.187500000 0.750000000,0.312500000\n" +
+  EXPECT_EQ(result.out, picture + "\tRect\tnut\t0.250000000,0.187500000 0.749999000,0.312499000\n" +
                             picture +
-                            "\tRect\tscrew\t0.000000000,0.700000000 0.300000000,1.000000000\n");
+                            "\tRect\tscrew\t0.000000000,0.700000000 0.299999000,1.000000000\n");
 }
 
 TEST_F(ProgramMark, ALabelWithoutANameStopsTheScript) {
   place.makeDirectory("labelled");
   place.write("labelled/a.jpg", "");
-  place.write("labelled/a.txt", "7 0.5 0.5 0.5 0.5\n");
+  place.write("labelled/a.txt", "0 0.5 0.5 0.5 0.5\n7 0.5 0.5 0.5 0.5\n");
   const auto names = place.write("names.txt", "screw\n");
   const auto script = std::string(SAMPLEBENCH_SCRIPTS) + "/marks-from-labels.sh";
   const auto result = RunningProgram({"/bin/sh", script, "labelled", names}, place.path()).wait();
   EXPECT_NE(result.exitCode, 0);
-  EXPECT_NE(result.err.find("a.txt:1: no name for class 7"), std::string::npos) << result.err;
+  EXPECT_EQ(result.out, "");
+  EXPECT_NE(result.err.find("a.txt:2: no name for class 7"), std::string::npos) << result.err;
 }
 
 }  // namespace

@@ -141,4 +141,37 @@ TEST_F(ProgramProjects, ABrokenSettingsListIsAMessageNotACrash) {
   EXPECT_EQ(run({"list", "parts"}).exitCode, 1);
 }
 
+TEST_F(ProgramProjects, DamagedSettingsAreNotTakenForAnEmptyProject) {
+  makeProject();
+  for (const char* damaged : {"", "Cache.Images = NO\n"}) {
+    place.write("projects/parts/parts.cfg", damaged);
+    fail({"list", "parts"}, "the settings of project 'parts' are damaged");
+    fail({"class", "add", "parts", "bolt"}, "restore that file");
+    EXPECT_EQ(readFile(place / "projects/parts/parts.cfg"), damaged);
+  }
+  fail({"create", "a=b"}, "must not hold =");
+}
+
+TEST_F(ProgramProjects, DamagedRecordIsNamedAndTheOthersAreShown) {
+  makeProject();
+  const auto records = std::filesystem::directory_iterator(place / "projects/parts/is_day1");
+  const auto record = records->path();
+  std::filesystem::resize_file(record, 50);
+  const auto result = run({"list", "parts"});
+  EXPECT_EQ(result.exitCode, 0);
+  const auto note = "No whole XML file: " + record.string() + "; restore or remove that file";
+  EXPECT_NE(result.err.find(note), std::string::npos) << result.err;
+  EXPECT_NE(result.out.find("total: 2 pictures"), std::string::npos) << result.out;
+}
+
+TEST_F(ProgramProjects, AnyWorkingDirectoryWillDo) {
+  makeProject();
+  const auto inside = place.makeDirectory("elsewhere");
+  const auto list =
+      RunningProgram({SAMPLEBENCH_PROGRAM, "--projects", "../projects", "list", "parts"}, inside)
+          .wait();
+  EXPECT_EQ(list.exitCode, 0);
+  EXPECT_EQ(list.out.find("(unreadable)"), std::string::npos) << list.out;
+}
+
 }  // namespace

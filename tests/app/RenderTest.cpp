@@ -75,7 +75,13 @@ TEST_F(ProgramRender, RefusesWhatWillNotDo) {
 }
 
 TEST_F(ProgramRender, AFormatThatNobodyWritesIsAMessage) {
-  EXPECT_EQ(run({"render", "parts", "a.png", "-o", "x.nothing"}).exitCode, 1);
+  fail({"render", "parts", "a.png", "-o", "x.nothing"}, "use .png or .jpg");
+}
+
+TEST_F(ProgramRender, PicturesOfTheProjectAreNotWrittenOver) {
+  const auto before = readFile(place / "photos/b.png");
+  fail({"render", "parts", "a.png", "-o", "photos/b.png"}, "is a picture of the project");
+  EXPECT_EQ(readFile(place / "photos/b.png"), before);
 }
 
 }  // namespace

@@ -40,6 +40,10 @@ TEST(Files, FailedReplacementTellsAndLeavesWhatWasThere) {
   EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(temp.path()), {}));
 }
 
+TEST(Files, NoPathIsNoFile) {
+  EXPECT_FALSE(tnv::replaceFile("", "text"));
+}
+
 TEST(Files, LinesEndAtLineFeeds) {
   EXPECT_THAT(tnv::splitLines("a\nb\n"), ElementsAre("a", "b"));
   EXPECT_THAT(tnv::splitLines("a\n\nb"), ElementsAre("a", "", "b"));

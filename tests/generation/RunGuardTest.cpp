@@ -79,6 +79,13 @@ TEST_F(RunGuardFixture, TemplatesStay) {
   EXPECT_EQ(reasonBelow("platforms/darknet/out"), "");
 }
 
+TEST_F(RunGuardFixture, TaskTreesStay) {
+  generation.augmentsPath = directory / "augments/";
+  EXPECT_EQ(reasonBelow("augments"), "");
+  directory.makeDirectory("augments");
+  EXPECT_EQ(reasonBelow("augments"), "it is or contains the task trees");
+}
+
 TEST_F(RunGuardFixture, TheProjectsDirectoryStays) {
   generation.projectDirectory = directory.makeDirectory("projects/mine");
   EXPECT_EQ(reasonBelow("projects/mine/"), "it is or contains the project's directory");

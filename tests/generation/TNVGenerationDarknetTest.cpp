@@ -13,6 +13,7 @@
 #include "TNV_SampleBenchNative/WTNVGenerationDarknet.h"
 #include "foundation/TNVSettings.h"
 #include "generation/TNVAugmentSample.h"
+#include "project/TNVTrainSet.h"
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
 #include "support/TempDirectory.h"
@@ -517,6 +518,55 @@ TEST_F(TNVGenerationDarknetFixture, ValidationNamesAllThatIsMissing) {
                                "Weights file is not set!"));
   generation.templates.clear();
   EXPECT_EQ(generation.validateConfig(), all);
+}
+
+TEST_F(TNVGenerationDarknetFixture, ValidationNamesEachThatIsMissingAlone) {
+  using Setter = void (*)(TNVGenerationDarknet&);
+  const std::pair<Setter, const char*> rows[] = {
+      {[](auto& g) { g.sampleDirectory = ""; }, "Sample directory is not set!"},
+      {[](auto& g) { g.dataDirectory = ""; }, "Darknet data directory is not set!"},
+      {[](auto& g) { g.templates["configs"].savePath = ""; }, "Config save path is not set!"},
+      {[](auto& g) { g.templates["configs"].name = ""; }, "Config template name not set!"},
+      {[](auto& g) { g.templates["nets"].savePath = ""; }, "DNN net save path is not set!"},
+      {[](auto& g) { g.templates["nets"].name = ""; }, "DNN net template name not set!"},
+      {[](auto& g) { g.weights = ""; }, "Weights file is not set!"},
+  };
+  for (const auto& [clear, message] : rows) {
+    TNVGenerationDarknet complete;
+    complete.setTemplateData("configs", "c.tmp", {}, "c.data");
+    complete.setTemplateData("nets", "n.tmp", {}, "n.cfg");
+    complete.weights = "w";
+    clear(complete);
+    EXPECT_THAT(complete.validateConfig(), ElementsAre(message));
+  }
+}
+
+TEST_F(TNVGenerationDarknetFixture, NeitherDirectoryMayHoldPictures) {
+  const std::string pictures = directory.makeDirectory("pictures");
+  TNVTrainSet trainSet(directory.write("pictures/a.png", ""), "");
+  generation.trainSets = {&trainSet};
+  generation.sampleDirectory = pictures;
+  EXPECT_FALSE(generation.processBefore());
+  generation.sampleDirectory = directory / "out/images/";
+  generation.dataDirectory = pictures;
+  EXPECT_FALSE(generation.processBefore());
+  EXPECT_TRUE(fs::exists(trainSet.imagePath));
+  EXPECT_FALSE(fs::exists(directory / "out"));
+}
+
+TEST_F(TNVGenerationDarknetFixture, WeightsStay) {
+  const std::string weights = directory.write("platforms/darknet/weights/a.weights", "kept");
+  generation.dataDirectory = directory / "platforms/darknet/weights/";
+  EXPECT_FALSE(generation.processBefore());
+  EXPECT_TRUE(fs::exists(weights));
+}
+
+TEST_F(TNVGenerationDarknetFixture, SampleThatCannotBeWrittenIsNotReported) {
+  generation.sampleDirectory = directory / "absent/";
+  EXPECT_TRUE(generation.process(sampleOf({{1, 1}, {5, 5}})));
+  ASSERT_EQ(generation.samples.size(), 1u);
+  EXPECT_EQ(generation.samples[0].imagePath, directory / "absent/img_0.jpg");
+  EXPECT_EQ(log.text(), "");
 }
 
 TEST_F(TNVGenerationDarknetFixture, ACompleteConfigurationHasNoProblem) {
