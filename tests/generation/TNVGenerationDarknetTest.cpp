@@ -541,6 +541,15 @@ TEST_F(TNVGenerationDarknetFixture, ValidationNamesEachThatIsMissingAlone) {
   }
 }
 
+TEST_F(TNVGenerationDarknetFixture, TheNetworkIsWrittenAfterTheDataDescription) {
+  directory.write("platforms/darknet/configs/c.tmp", "config");
+  directory.write("platforms/darknet/nets/n.tmp", "net");
+  generation.setTemplateData("configs", "c.tmp", {}, directory / "same");
+  generation.setTemplateData("nets", "n.tmp", {}, directory / "same");
+  run(0);
+  EXPECT_EQ(readFile(directory / "same"), "net\n");
+}
+
 TEST_F(TNVGenerationDarknetFixture, NeitherDirectoryMayHoldPictures) {
   const std::string pictures = directory.makeDirectory("pictures");
   TNVTrainSet trainSet(directory.write("pictures/a.png", ""), "");

@@ -1,6 +1,7 @@
 #include "generation/TNVHandlerAugment.h"
 
 #include <filesystem>
+#include <functional>
 #include <random>
 #include <stdexcept>
 #include <thread>
@@ -65,11 +66,13 @@ class Journal final : public TNVHandlerAugmentObserver {
   void onEventGenerationFinished() override { note("finished"); }
   void note(const std::string& what) {
     notes.push_back(what);
+    if (watch) watch(what);
     if (what == stopAt) handler->stopRequested = true;
   }
 
   std::vector<std::string> notes;
   std::string stopAt;
+  std::function<void(const std::string& what)> watch;
   TNVHandlerAugment* handler = nullptr;
 };
 
@@ -364,6 +367,34 @@ TEST_F(TNVHandlerAugmentFixture, PicturesAreGivenUpOneByOne) {
   EXPECT_FALSE(first->isImageLoaded());
   EXPECT_TRUE(first->image.empty());
   EXPECT_FALSE(second->isImageLoaded());
+}
+
+TEST_F(TNVHandlerAugmentFixture, APictureIsGivenUpAfterItsUpdateAndBeforeTheNext) {
+  handler.setAugmentation("tree.xml");
+  TNVTrainSet* first = addPicture();
+  TNVTrainSet* second = addPicture();
+  std::vector<std::string> seen;
+  journal.watch = [&](const std::string& what) {
+    if (what != "sample" && what != "update") return;
+    seen.push_back(what + (first->isImageLoaded() ? " first" : "") +
+                   (second->isImageLoaded() ? " second" : ""));
+  };
+  EXPECT_TRUE(run());
+  EXPECT_THAT(seen, ElementsAre("sample first", "update first", "sample second", "update second"));
+}
+
+TEST_F(TNVHandlerAugmentFixture, FlagsAreSetBeforeTheirEvents) {
+  handler.setAugmentation("tree.xml");
+  addPicture();
+  handler.stopRequested = true;
+  std::vector<std::string> seen;
+  journal.watch = [&](const std::string& what) {
+    if (what != "started" && what != "finished") return;
+    seen.push_back(what + (handler.stopped ? " stopped" : "") +
+                   (handler.stopRequested ? " requested" : ""));
+  };
+  EXPECT_TRUE(run());
+  EXPECT_THAT(seen, ElementsAre("started", "finished stopped"));
 }
 
 TEST_F(TNVHandlerAugmentFixture, ALoadedPictureIsTakenAsItIs) {
