@@ -81,8 +81,14 @@ void requirePictures(const std::vector<PictureRecord>& pictures, Output& output)
 void chooseAugmentation(WTNVHandlerAugment& handler, const Locations& locations,
                         const std::string& name) {
   requireChoice("augmentation", name, handler.wGetAvailableAugmentations());
-  requireTaskTree((fs::path(locations.augments) / name).string());
-  handler.wSetAugmentation(name);
+  const auto file = (fs::path(locations.augments) / name).string();
+  // The library goes first: it refuses a damaged file, which the XML reader may not survive.
+  try {
+    handler.wSetAugmentation(name);
+  } catch (const cv::Exception&) {
+    throw CommandError("the task tree '" + file + "' is damaged; restore it or choose another");
+  }
+  requireTaskTree(file);
 }
 
 std::string chosenNet(const std::string& asked, const std::vector<std::string>& available) {

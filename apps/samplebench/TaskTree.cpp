@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+
 #include <opencv2/core.hpp>
 
 #include "CommandError.h"
@@ -48,6 +50,7 @@ int savingTasks(const cv::FileNode& node, const std::string& file) {
 }  // namespace
 
 void requireTaskTree(const std::string& file) {
+  if (std::filesystem::is_empty(file)) throw CommandError("the task tree '" + file + "' is empty");
   const cv::FileStorage storage(file, cv::FileStorage::READ);
   const auto root = storage.isOpened() ? storage["TaskTree"] : cv::FileNode();
   if (subTaskCount(root) != 1)

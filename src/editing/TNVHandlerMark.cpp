@@ -19,6 +19,19 @@ std::vector<int> uniqueIndices(const std::vector<TNVDNNClass*>& classes) {
   return indices;
 }
 
+/// Every change of what a mark shows goes with a new tag.
+void setFlag(TNVMark& mark, bool TNVMark::*flag, bool value) {
+  mark.*flag = value;
+  mark.renewChangeTag();
+}
+
+/// Whether the mark was hovered otherwise before; only then it gets a new tag.
+bool changeHover(TNVMark& mark, bool hovered) {
+  if (mark.hovered == hovered) return false;
+  setFlag(mark, &TNVMark::hovered, hovered);
+  return true;
+}
+
 }  // namespace
 
 TNVHandlerMark::TNVHandlerMark() = default;
@@ -93,9 +106,7 @@ TNVMark* TNVHandlerMark::getMarkMouseOver(cv::Point2d point) {
 }
 
 void TNVHandlerMark::setMarkHovered(TNVMark* mark, bool hovered) {
-  if (!mark || mark->hovered == hovered) return;
-  mark->hovered = hovered;
-  mark->renewChangeTag();
+  if (!mark || !changeHover(*mark, hovered)) return;
   notify(&TNVHandlerMarkObserver::onEventMarkStateHovered);
 }
 
@@ -103,11 +114,7 @@ void TNVHandlerMark::setMarkHoveredOnly(TNVMark* mark) {
   if (!hasTrainSet("setMarkHoveredOnly")) return;
   bool anyChanged = false;
   for (const auto& own : trainSet->marks) {
-    const bool wanted = own.get() == mark;
-    if (own->hovered == wanted) continue;
-    own->hovered = wanted;
-    own->renewChangeTag();
-    anyChanged = true;
+    anyChanged = changeHover(*own, own.get() == mark) || anyChanged;
   }
   if (anyChanged) notify(&TNVHandlerMarkObserver::onEventMarkStateHovered);
 }
@@ -116,10 +123,7 @@ void TNVHandlerMark::setAllMarksHovered(bool hovered, const Marks& marks) {
   if (!hasTrainSet("setAllMarksHovered")) return;
   bool anyChanged = false;
   for (TNVMark* mark : marksOrAll(marks)) {
-    if (mark->hovered == hovered) continue;
-    mark->hovered = hovered;
-    mark->renewChangeTag();
-    anyChanged = true;
+    anyChanged = changeHover(*mark, hovered) || anyChanged;
   }
   if (anyChanged) notify(&TNVHandlerMarkObserver::onEventMarkStateHovered);
 }
@@ -135,16 +139,14 @@ TNVHandlerMark::Marks TNVHandlerMark::getMarksHovered() const {
 
 void TNVHandlerMark::setMarkSelected(TNVMark* mark, bool selected) {
   if (!mark) return;
-  mark->selected = selected;
-  mark->renewChangeTag();
+  setFlag(*mark, &TNVMark::selected, selected);
   notify(&TNVHandlerMarkObserver::onEventMarkStateSelected);
 }
 
 void TNVHandlerMark::setAllMarksSelected(bool selected, const Marks& marks) {
   if (!hasTrainSet("setAllMarksSelected")) return;
   for (TNVMark* mark : marksOrAll(marks)) {
-    mark->selected = selected;
-    mark->renewChangeTag();
+    setFlag(*mark, &TNVMark::selected, selected);
   }
   notify(&TNVHandlerMarkObserver::onEventMarkStateSelected);
 }
@@ -161,8 +163,7 @@ TNVHandlerMark::Marks TNVHandlerMark::getMarksSelected() const {
 void TNVHandlerMark::setAllMarksPOIVisible(bool visible, const Marks& marks) {
   if (!hasTrainSet("setAllMarksPOIVisible")) return;
   for (TNVMark* mark : marksOrAll(marks)) {
-    mark->poiVisible = visible;
-    mark->renewChangeTag();
+    setFlag(*mark, &TNVMark::poiVisible, visible);
   }
   notify(&TNVHandlerMarkObserver::onEventMarkStatePOIVisible);
 }

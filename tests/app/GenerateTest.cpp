@@ -216,6 +216,23 @@ TEST_F(ProgramGenerate, AKeyWithoutAValueIsNamed) {
   EXPECT_EQ(readFile(place / "set/parts.cfg"), "c=2\n");
 }
 
+TEST_F(ProgramGenerate, ADamagedTaskTreeIsAMessageWhereverItIsCut) {
+  const std::string whole =
+      "<?xml "
+      "version=\"1.0\"?>\n<opencv_storage><TaskTree><SubTasks>1</SubTasks><Task_0><Name>Default"
+      "</Name><Save>1</Save><SubTasks>0</SubTasks></Task_0></TaskTree></opencv_storage>";
+  const auto generate = [&](const std::string& content, const std::string& message) {
+    place.write("augments/tree.xml", content);
+    fail({"generate", "parts", "--output", "set", "--augments", "augments", "--augmentation",
+          "tree.xml"},
+         message);
+  };
+  for (const std::size_t length : {5u, 13u, 14u, 40u, 100u})
+    generate(whole.substr(0, length), "is damaged");
+  generate("", "is empty");
+  EXPECT_FALSE(fs::exists(place / "set"));
+}
+
 TEST_F(ProgramGenerate, WeightsAreLaidBesideTheSet) {
   place.write("platforms/darknet/configs/data.tmp", "data\n");
   place.write("platforms/darknet/nets/tiny.tmp", "net\n");
