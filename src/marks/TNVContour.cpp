@@ -26,23 +26,12 @@ constexpr int kDashOff = 3;
 /// of any picture.
 constexpr int kMostCurvePoints = 1 << 16;
 
-/// Pixels from the origin beyond which outlines are not followed.
-constexpr int kFarthestContourPixel = 1 << 20;
+/// Pixels from the origin beyond which nothing is followed or drawn.
+constexpr int kFarthestPixel = 1 << 20;
 
 /// A crop may have this many pixels whatever the picture, or this many times those of the picture.
 constexpr std::int64_t kLargestFreeCrop = std::int64_t{1} << 26;
 constexpr std::int64_t kLargestCropFactor = 16;
-
-double distance(cv::Point2d a, cv::Point2d b) {
-  return std::hypot(b.x - a.x, b.y - a.y);
-}
-
-double lineLength(const Points& points) {
-  double length = 0.0;
-  for (std::size_t i = 1; i < points.size(); ++i)
-    length += distance(points[i - 1], points[i]);
-  return length;
-}
 
 void checkCropSize(const cv::Mat& source, cv::Size size) {
   const std::int64_t pixels = std::int64_t{size.width} * size.height;
@@ -130,7 +119,31 @@ double ellipsePerimeter(double a, double b) {
   return kPi * sum * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)));
 }
 
+/// Half the lengths of the sides, from the corners, which are in single precision.
+cv::Size2d halfAxes(const cv::RotatedRect& ellipse) {
+  std::array<cv::Point2f, 4> corners;
+  ellipse.points(corners.data());
+  return {0.5 * distance(corners[3], corners[0]), 0.5 * distance(corners[0], corners[1])};
+}
+
+/// Whether a round shape keeps within the pixels that are drawn. False for what is no number.
+bool isDrawable(cv::Point2d centre, double radius) {
+  return std::abs(centre.x) + radius <= kFarthestPixel &&
+         std::abs(centre.y) + radius <= kFarthestPixel;
+}
+
 }  // namespace
+
+double distance(cv::Point2d a, cv::Point2d b) {
+  return std::hypot(b.x - a.x, b.y - a.y);
+}
+
+double pathLength(const Points& points) {
+  double length = 0.0;
+  for (std::size_t i = 1; i < points.size(); ++i)
+    length += distance(points[i - 1], points[i]);
+  return length;
+}
 
 Points consistentDevidePointLine(const Points& points, int count) {
   if (points.size() < 2) {
@@ -144,7 +157,7 @@ Points consistentDevidePointLine(const Points& points, int count) {
         "TNVContour::consistentDevidePointLine: Can not devide points, target points < 2!");
     return {};
   }
-  const double step = lineLength(points) / (count - 1);
+  const double step = pathLength(points) / (count - 1);
   Points result{points.front()};
   double carry = 0.0;
   for (std::size_t i = 1; i < points.size(); ++i) {
@@ -179,9 +192,19 @@ cv::Rect2d boundingRectOfPoints(const Points& points) {
   return {low, high};
 }
 
+Points ellipseOutline(const cv::RotatedRect& ellipse, int delta) {
+  const cv::Size2d axes = halfAxes(ellipse);
+  if (!std::isfinite(axes.width) || !std::isfinite(axes.height) || !std::isfinite(ellipse.angle))
+    return {};
+  Points outline;
+  cv::ellipse2Poly(cv::Point2d(ellipse.center), axes, tnv::truncateToInt(ellipse.angle), 0, 360,
+                   delta, outline);
+  return outline;
+}
+
 std::vector<cv::Point> roundedContour(const Points& points) {
   const auto held = [](double value) {
-    return std::clamp(tnv::roundToInt(value), -kFarthestContourPixel, kFarthestContourPixel);
+    return std::clamp(tnv::roundToInt(value), -kFarthestPixel, kFarthestPixel);
   };
   std::vector<cv::Point> contour;
   for (const cv::Point2d& point : points)
@@ -283,15 +306,12 @@ void drawDashedCircle(cv::Mat& image, cv::Point2d centre, float radius, const cv
 
 void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv::Scalar& colour,
                        int thickness) {
-  std::array<cv::Point2f, 4> corners;
-  ellipse.points(corners.data());
-  const double a = 0.5 * distance(corners[3], corners[0]);
-  const double b = 0.5 * distance(corners[0], corners[1]);
-  Points outline;
-  cv::ellipse2Poly(cv::Point2d(ellipse.center), cv::Size2d(a, b), tnv::truncateToInt(ellipse.angle),
-                   0, 360, 1, outline);
+  const Points outline = ellipseOutline(ellipse, 1);
+  if (outline.empty()) return;
+  const cv::Size2d axes = halfAxes(ellipse);
   // One point for four pixels of the rim.
-  const int count = std::min(tnv::truncateToInt(ellipsePerimeter(a, b) * 0.25), kMostCurvePoints);
+  const int count = std::min(tnv::truncateToInt(ellipsePerimeter(axes.width, axes.height) * 0.25),
+                             kMostCurvePoints);
   drawDashedPolyline(image, consistentDevidePointLine(outline, count), colour, kDashOn, kDashOff,
                      thickness, true);
 }
@@ -299,6 +319,20 @@ void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv:
 void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour,
               int thickness) {
   cv::line(image, from, to, colour, std::max(thickness, 1), cv::LINE_AA);
+}
+
+void drawCircle(cv::Mat& image, cv::Point centre, int radius, const cv::Scalar& colour,
+                int thickness) {
+  if (radius < 0 || !isDrawable(centre, radius)) return;
+  cv::circle(image, centre, radius, colour, thickness, cv::LINE_AA, 0);
+}
+
+void drawEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv::Scalar& colour,
+                 int thickness) {
+  const auto [width, height] = ellipse.size;
+  if (!(width >= 0 && height >= 0)) return;
+  if (!isDrawable(ellipse.center, std::max(width, height) / 2)) return;
+  cv::ellipse(image, ellipse, colour, thickness, cv::LINE_AA);
 }
 
 cv::Point rounded(cv::Point2d point) {

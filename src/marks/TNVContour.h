@@ -13,6 +13,11 @@ using Points = std::vector<cv::Point2d>;
 /// Start x, start y, end x, end y.
 using Segment = std::array<double, 4>;
 
+double distance(cv::Point2d a, cv::Point2d b);
+
+/// Sum of the edges from each point to the next; without the one from the last to the first.
+double pathLength(const Points& points);
+
 /// `count` points spaced evenly along the line, both ends included. Empty, with a log line, for
 /// less than two points or a count below 2.
 Points consistentDevidePointLine(const Points& points, int count);
@@ -22,6 +27,10 @@ Points rectCorners(double x, double y, double width, double height);
 
 /// The box around the points. Not to be called with an empty list.
 cv::Rect2d boundingRectOfPoints(const Points& points);
+
+/// Points along the rim of the ellipse, one for `delta` degrees of the arc, the first again at the
+/// end. The rectangle's angle counts in whole degrees. Empty where its geometry is no number.
+Points ellipseOutline(const cv::RotatedRect& ellipse, int delta);
 
 /// The outline's points rounded and held within a million pixels of the origin. The library fills
 /// row by row from an outline's topmost point, so that points further out would keep it busy for
@@ -58,6 +67,16 @@ void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv:
 /// `cv::line`, which throws for a thickness below 1; such a line is drawn with thickness 1.
 void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour,
               int thickness);
+
+/// `cv::circle`, which throws for a negative radius. Such a circle is not drawn, nor is one that
+/// reaches out further than a million pixels.
+void drawCircle(cv::Mat& image, cv::Point centre, int radius, const cv::Scalar& colour,
+                int thickness);
+
+/// `cv::ellipse`, which throws where a side is negative or no number. Such an ellipse is not drawn,
+/// nor is one that reaches out further than a million pixels.
+void drawEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv::Scalar& colour,
+                 int thickness);
 
 /// Rounds each coordinate to the nearest integer.
 cv::Point rounded(cv::Point2d point);

@@ -1,5 +1,6 @@
 #include "marks/TNVMark.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <random>
@@ -9,6 +10,7 @@
 #include "editing/TNVType.h"
 #include "foundation/Numbers.h"
 #include "foundation/XmlStorage.h"
+#include "marks/MarkGeometry.h"
 #include "marks/TNVContour.h"
 #include "project/TNVDNNClass.h"
 
@@ -23,6 +25,17 @@ constexpr std::uint32_t kLargestTag = 10000;
 /// Pixels that are drawn, and pixels that are left out, along the selection frame.
 constexpr int kFrameOn = 8;
 constexpr int kFrameOff = 7;
+
+/// Pixels of a dash and of the gap behind it, along the edges of a mark under design.
+constexpr int kDashOn = 7;
+constexpr int kDashOff = 3;
+
+/// The same along the line to the cursor.
+constexpr int kDotOn = 2;
+constexpr int kDotOff = 7;
+
+/// Radius of the ring at the centre and of the dots, in pixels of the view.
+constexpr int kDotRadius = 3;
 
 /// Names of the nodes in a train set's file; persisted.
 constexpr auto kType = "Type";
@@ -225,6 +238,50 @@ std::string TNVMark::classLabel(const TNVTypeDrawInfo& info, const Classes& clas
   if (info.value == TNVTypeDrawInfo::kClassId) return classIdText(classes, classIdx);
   if (info.value == TNVTypeDrawInfo::kClassName) return classNameText(classes, classIdx);
   return {};
+}
+
+std::string TNVMark::lengthLabel(const TNVTypeDrawInfo& info, const MarkLength& length) {
+  switch (info.value) {
+    case TNVTypeDrawInfo::kPixel:
+      return std::to_string(length.imagePixels);
+    case TNVTypeDrawInfo::kPixelRelative:
+      return std::to_string(length.viewPixels);
+    case TNVTypeDrawInfo::kRelative:
+      return tnv::formatGeneral(length.relative, 2);
+    default:
+      return {};
+  }
+}
+
+void TNVMark::drawDashedEdges(cv::Mat& view, const Points& points, const MarkDrawStyle& pen,
+                              bool closed) {
+  TNVContour::drawDashedPolyline(view, points, pen.colour, kDashOn, kDashOff, pen.thickness,
+                                 closed);
+}
+
+void TNVMark::drawLineToCursor(cv::Mat& view, cv::Point2d from, const MarkDrawStyle& pen) const {
+  if (!(designPoint.x > 0)) return;
+  TNVContour::drawDashedPolyline(view, {from, tnv::toPixels(designPoint, view.size())}, pen.colour,
+                                 kDotOn, kDotOff, pen.thickness, false);
+}
+
+void TNVMark::drawRing(cv::Mat& view, cv::Point2d position, const MarkDrawStyle& pen) {
+  TNVContour::drawCircle(view, TNVContour::rounded(position), kDotRadius, pen.colour,
+                         pen.thickness);
+}
+
+void TNVMark::drawDot(cv::Mat& view, cv::Point2d position, const cv::Scalar& colour) {
+  TNVContour::drawCircle(view, TNVContour::rounded(position), kDotRadius, colour, cv::FILLED);
+}
+
+int TNVMark::poiCountAlong(double pathLength, cv::Size imageSize) const {
+  if (poiSize.x == 0.0 || poiSize.y == 0.0) return 0;
+  const double pitch = std::min(imageSize.height * poiSize.y, imageSize.width * poiSize.x);
+  return tnv::roundHalfAwayToInt(pathLength / pitch);
+}
+
+double TNVMark::pixelsFromCentre(cv::Point2d point, cv::Size imageSize) const {
+  return TNVContour::distance(tnv::toPixels(center, imageSize), tnv::toPixels(point, imageSize));
 }
 
 void TNVMark::drawLabel(cv::Mat& view, const std::string& label, cv::Point bottomLeft,

@@ -16,6 +16,13 @@ struct MarkDrawStyle {
   int thickness;
 };
 
+/// A length that belongs to a mark: in pixels of the picture, in pixels of the view, and relative.
+struct MarkLength {
+  int imagePixels;
+  int viewPixels;
+  double relative;
+};
+
 /// One annotated object on one picture. All geometry is relative to the picture: x a fraction of
 /// its width, y of its height, origin top left. Pixels are computed from a size handed in.
 class TNVMark {
@@ -104,6 +111,26 @@ class TNVMark {
 
   /// The label for those draw infos that name the mark's classes; empty for all others.
   std::string classLabel(const TNVTypeDrawInfo& info, const Classes& classes) const;
+
+  /// The label for those draw infos that tell a length; empty for all others.
+  static std::string lengthLabel(const TNVTypeDrawInfo& info, const MarkLength& length);
+
+  /// Draws the edges of a mark under design.
+  static void drawDashedEdges(cv::Mat& view, const Points& points, const MarkDrawStyle& pen,
+                              bool closed);
+
+  /// Draws the dotted line that leads from the mark to the cursor while the mark is designed.
+  void drawLineToCursor(cv::Mat& view, cv::Point2d from, const MarkDrawStyle& pen) const;
+
+  /// The small ring at a mark's centre, and the dot on its ends. Positions are pixels of the view.
+  static void drawRing(cv::Mat& view, cv::Point2d position, const MarkDrawStyle& pen);
+  static void drawDot(cv::Mat& view, cv::Point2d position, const cv::Scalar& colour);
+
+  /// How many POI boxes of the present size stand along a path of that length, in pixels.
+  int poiCountAlong(double pathLength, cv::Size imageSize) const;
+
+  /// Distance of a relative point from the centre in pixels.
+  double pixelsFromCentre(cv::Point2d point, cv::Size imageSize) const;
 
   /// One label in the common font.
   static void drawLabel(cv::Mat& view, const std::string& label, cv::Point bottomLeft,

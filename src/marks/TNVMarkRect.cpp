@@ -8,6 +8,7 @@
 #include "editing/TNVType.h"
 #include "foundation/Numbers.h"
 #include "foundation/XmlStorage.h"
+#include "marks/MarkGeometry.h"
 #include "marks/TNVContour.h"
 
 namespace {
@@ -15,18 +16,8 @@ namespace {
 /// Name of the node in a train set's file; persisted.
 constexpr auto kSize = "Size";
 
-/// Radius of the ring in the middle of the box, in pixels of the view.
-constexpr int kCentreRadius = 3;
-
 /// Pixels of the view between the box and its labels.
 constexpr int kLabelDistance = 5;
-
-/// Pixels of a dash and of the gap behind it, while the box is designed.
-constexpr int kDashOn = 7;
-constexpr int kDashOff = 3;
-
-/// No picture has room for more POIs.
-constexpr int kMostPOIs = 1 << 24;
 
 /// The box in pixels of a picture of that size, laid around its centre.
 cv::Rect2d boxAroundCentre(const TNVMarkRect& mark, cv::Size imageSize) {
@@ -52,21 +43,6 @@ cv::Rect roundedRect(const cv::Rect2d& box) {
           cv::Size(tnv::roundToInt(box.width), tnv::roundToInt(box.height))};
 }
 
-/// One number of the size as the draw info wants it: of the picture, of the view or relative.
-std::string sizeLabel(const TNVTypeDrawInfo& info, double imagePixels, double viewPixels,
-                      double relative) {
-  switch (info.value) {
-    case TNVTypeDrawInfo::kPixel:
-      return std::to_string(tnv::roundToInt(imagePixels));
-    case TNVTypeDrawInfo::kPixelRelative:
-      return std::to_string(tnv::truncateToInt(viewPixels));
-    case TNVTypeDrawInfo::kRelative:
-      return tnv::formatGeneral(relative, 2);
-    default:
-      return {};
-  }
-}
-
 void appendCentersAndCorners(const TNVMark::Points& outline, bool withCorners,
                              TNVMark::Points& points) {
   for (std::size_t i = 0; i < outline.size(); ++i) {
@@ -76,18 +52,9 @@ void appendCentersAndCorners(const TNVMark::Points& outline, bool withCorners,
   }
 }
 
-TNVMark::Points divided(TNVMark::Points outline, int count) {
-  if (count < 2 || count > kMostPOIs) return {};
-  outline.push_back(outline.front());
-  TNVMark::Points points =
-      TNVContour::consistentDevidePointLine(outline, tnv::addSaturated(count, 1));
-  points.pop_back();  // the first one again
-  return points;
-}
-
 TNVMark::Points pixelPOIs(const std::string& mode, const TNVMark::Points& outline, int count) {
   if (mode == "Corners") return outline;
-  if (mode == "Divided") return divided(outline, count);
+  if (mode == "Divided") return count < 2 ? TNVMark::Points() : tnv::dividedOutline(outline, count);
   TNVMark::Points points;
   if (mode == "Centers") appendCentersAndCorners(outline, false, points);
   if (mode == "Corners & Centers") appendCentersAndCorners(outline, true, points);
@@ -141,40 +108,36 @@ int TNVMarkRect::getMaxConstructionPoints(bool /*variant*/) const {
 void TNVMarkRect::draw(cv::Mat& view, cv::Size imageSize, const TNVTypeMarkStyleSet& style,
                        const TNVTypeDrawInfo& info, const Classes& classes, bool designing) {
   TNVMark::draw(view, imageSize, style, info, classes, false);
-  const auto [colour, thickness] = resolveDrawStyle(style, classes);
+  const MarkDrawStyle pen = resolveDrawStyle(style, classes);
   const cv::Rect2d box = boxAroundCentre(*this, view.size());
   const cv::Rect pixels = roundedRect(box);
   if (designing) {
-    TNVContour::drawDashedPolyline(view, corners(pixels), colour, kDashOn, kDashOff, thickness,
-                                   true);
+    drawDashedEdges(view, corners(pixels), pen, true);
   } else {
-    cv::rectangle(view, pixels, colour, thickness, cv::LINE_AA, 0);
+    cv::rectangle(view, pixels, pen.colour, pen.thickness, cv::LINE_AA, 0);
   }
-  cv::circle(view, TNVContour::rounded({view.cols * center.x, view.rows * center.y}), kCentreRadius,
-             colour, thickness, cv::LINE_AA, 0);
-  drawLabels(view, imageSize, info, classes, box, colour);
+  drawRing(view, tnv::toPixels(center, view.size()), pen);
+  drawLabels(view, imageSize, info, classes, box, pen.colour);
 }
 
 void TNVMarkRect::drawLabels(cv::Mat& view, cv::Size imageSize, const TNVTypeDrawInfo& info,
                              const Classes& classes, const cv::Rect2d& box,
                              const cv::Scalar& colour) const {
-  const std::string above = sizeLabel(info, imageSize.width * size.x, box.width, size.x);
-  const std::string beside =
-      classLabel(info, classes) + sizeLabel(info, imageSize.height * size.y, box.height, size.y);
-  drawLabel(view, above,
+  const MarkLength width{tnv::roundToInt(imageSize.width * size.x), tnv::truncateToInt(box.width),
+                         size.x};
+  const MarkLength height{tnv::roundToInt(imageSize.height * size.y),
+                          tnv::truncateToInt(box.height), size.y};
+  drawLabel(view, lengthLabel(info, width),
             {tnv::truncateToInt(box.x + box.width / 2), tnv::truncateToInt(box.y - kLabelDistance)},
             colour);
-  drawLabel(view, beside,
+  drawLabel(view, classLabel(info, classes) + lengthLabel(info, height),
             {tnv::truncateToInt(box.x + box.width + kLabelDistance),
              tnv::truncateToInt(box.y + box.height / 2)},
             colour);
 }
 
 bool TNVMarkRect::isMouseOver(cv::Point2d point, cv::Size imageSize, double* distance) const {
-  if (distance != nullptr) {
-    *distance = std::hypot(imageSize.width * point.x - imageSize.width * center.x,
-                           imageSize.height * point.y - imageSize.height * center.y);
-  }
+  if (distance != nullptr) *distance = pixelsFromCentre(point, imageSize);
   return cv::Rect2d(center.x - size.x / 2, center.y - size.y / 2, size.x, size.y).contains(point);
 }
 
@@ -200,15 +163,10 @@ bool TNVMarkRect::getPOIModeSupportsValue(const std::string& mode) const {
 
 TNVMark::Points TNVMarkRect::getPOIsGenerated(const std::string& mode, cv::Size imageSize,
                                               int count) const {
-  Points points = pixelPOIs(mode, corners(boxAroundCentre(*this, imageSize)), count);
-  for (cv::Point2d& point : points)
-    point = {point.x / imageSize.width, point.y / imageSize.height};
-  return points;
+  return tnv::toRelative(pixelPOIs(mode, corners(boxAroundCentre(*this, imageSize)), count),
+                         imageSize);
 }
 
 int TNVMarkRect::getPOICountForSize(cv::Size imageSize) const {
-  if (poiSize.x == 0.0 || poiSize.y == 0.0) return 0;
-  const double perimeter = 2 * imageSize.height * size.y + 2 * imageSize.width * size.x;
-  return tnv::roundHalfAwayToInt(
-      perimeter / std::min(imageSize.height * poiSize.y, imageSize.width * poiSize.x));
+  return poiCountAlong(2 * imageSize.height * size.y + 2 * imageSize.width * size.x, imageSize);
 }

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+/// What the kinds of marks calculate alike. Relative points are fractions of the picture's size,
+/// pixels belong to a picture or view of the size handed in.
+namespace tnv {
+
+using Points = std::vector<cv::Point2d>;
+
+cv::Point2d toPixels(cv::Point2d relative, cv::Size size);
+Points toPixels(const Points& relative, cv::Size size);
+cv::Point2d toRelative(cv::Point2d pixel, cv::Size size);
+Points toRelative(Points pixels, cv::Size size);
+
+std::vector<cv::Point2f> toSinglePrecision(const Points& points);
+
+/// The relative size of the box of whole pixels that the points touch once they are rounded. It is
+/// one pixel larger than the difference of the outermost points. (0, 0) without points.
+cv::Point2d relSizeOfPixels(const Points& pixels, cv::Size size);
+
+/// The point after a resize about `centre` by `scale` and a move of the centre to `newCentre`.
+cv::Point2d resizedAbout(cv::Point2d centre, cv::Point2d point, cv::Point2d scale,
+                         cv::Point2d newCentre);
+
+/// `count` points at equal distances along an open path, both ends included. Empty for a count
+/// below 2.
+Points dividedPath(const Points& path, int count);
+
+/// `count` points at equal distances around a closed outline, starting with its first point, which
+/// is not repeated at its end.
+Points dividedOutline(Points outline, int count);
+
+}  // namespace tnv
