@@ -1,5 +1,8 @@
 #include "marks/MarkGeometry.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <opencv2/imgproc.hpp>
 
 #include "foundation/Numbers.h"
@@ -11,6 +14,9 @@ namespace {
 
 /// No picture has room for more points along a mark.
 constexpr int kMostDivisions = 1 << 24;
+
+/// Pixels from the origin up to which an outline is measured, so that its size fits an integer.
+constexpr float kFarthest = 1 << 20;
 
 }  // namespace
 
@@ -45,6 +51,15 @@ cv::Point2d relSizeOfPixels(const Points& pixels, cv::Size size) {
   return toRelative(cv::Point2d(box.width, box.height), size);
 }
 
+cv::Point2d relSizeOfOutline(const Points& outline, cv::Size size) {
+  std::vector<cv::Point2f> touched = toSinglePrecision(outline);
+  for (cv::Point2f& point : touched)
+    point = {std::clamp(point.x, -kFarthest, kFarthest),
+             std::clamp(point.y, -kFarthest, kFarthest)};
+  const cv::Rect box = cv::boundingRect(touched);
+  return toRelative(cv::Point2d(box.width, box.height), size);
+}
+
 cv::Point2d resizedAbout(cv::Point2d centre, cv::Point2d point, cv::Point2d scale,
                          cv::Point2d newCentre) {
   const cv::Point2d fromCentre = point - centre;
@@ -58,10 +73,21 @@ Points dividedPath(const Points& path, int count) {
 }
 
 Points dividedOutline(Points outline, int count) {
-  if (outline.empty()) return {};
+  if (outline.empty() || count > kMostDivisions) return {};
   outline.push_back(outline.front());
-  Points points = dividedPath(outline, addSaturated(count, 1));
+  Points points = TNVContour::consistentDevidePointLine(outline, addSaturated(count, 1));
   if (!points.empty()) points.pop_back();
+  return points;
+}
+
+Points dividedCircle(cv::Point2d centre, double radius, int count) {
+  if (count < 1 || count > kMostDivisions) return {};
+  const double step = 2 * CV_PI / count;
+  Points points;
+  points.reserve(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i)
+    points.emplace_back(std::cos(i * step) * radius + centre.x,
+                        std::sin(i * step) * radius + centre.y);
   return points;
 }
 

@@ -21,6 +21,9 @@ std::vector<cv::Point2f> toSinglePrecision(const Points& points);
 /// one pixel larger than the difference of the outermost points. (0, 0) without points.
 cv::Point2d relSizeOfPixels(const Points& pixels, cv::Size size);
 
+/// The same for an outline, whose points touch the pixels that they lie in.
+cv::Point2d relSizeOfOutline(const Points& outline, cv::Size size);
+
 /// The point after a resize about `centre` by `scale` and a move of the centre to `newCentre`.
 cv::Point2d resizedAbout(cv::Point2d centre, cv::Point2d point, cv::Point2d scale,
                          cv::Point2d newCentre);
@@ -30,7 +33,11 @@ cv::Point2d resizedAbout(cv::Point2d centre, cv::Point2d point, cv::Point2d scal
 Points dividedPath(const Points& path, int count);
 
 /// `count` points at equal distances around a closed outline, starting with its first point, which
-/// is not repeated at its end.
+/// is not repeated at its end. Empty, with a log line, for a count below 1.
 Points dividedOutline(Points outline, int count);
+
+/// `count` points at equal distances around a circle: right, then below the centre. Empty for a
+/// count below 1.
+Points dividedCircle(cv::Point2d centre, double radius, int count);
 
 }  // namespace tnv
