@@ -132,6 +132,18 @@ bool isDrawable(cv::Point2d centre, double radius) {
          std::abs(centre.y) + radius <= kFarthestPixel;
 }
 
+/// Cuts the ends of the line off that lie further out than what is drawn. False if nothing is left.
+bool cutToDrawable(cv::Point& from, cv::Point& to) {
+  const cv::Point2l origin(kFarthestPixel, kFarthestPixel);
+  cv::Point2l start = cv::Point2l(from) + origin;
+  cv::Point2l end = cv::Point2l(to) + origin;
+  if (!cv::clipLine(cv::Size2l(2 * kFarthestPixel + 1, 2 * kFarthestPixel + 1), start, end))
+    return false;
+  from = start - origin;
+  to = end - origin;
+  return true;
+}
+
 }  // namespace
 
 double distance(cv::Point2d a, cv::Point2d b) {
@@ -318,6 +330,7 @@ void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv:
 
 void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour,
               int thickness) {
+  if (!cutToDrawable(from, to)) return;
   cv::line(image, from, to, colour, std::max(thickness, 1), cv::LINE_AA);
 }
 

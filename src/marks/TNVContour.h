@@ -64,7 +64,8 @@ void drawDashedCircle(cv::Mat& image, cv::Point2d centre, float radius, const cv
 void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv::Scalar& colour,
                        int thickness);
 
-/// `cv::line`, which throws for a thickness below 1; such a line is drawn with thickness 1.
+/// `cv::line`, which throws for a thickness below 1; such a line is drawn with thickness 1. What
+/// lies further out than a million pixels is cut off: a thick line would be followed row by row.
 void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour,
               int thickness);
 

@@ -82,7 +82,7 @@ Ellipses fitSamples(const Points& points, std::mt19937& generator) {
 
 /// The votes have half the resolution of the picture.
 cv::Mat_<float> emptyVotes(cv::Size imageSize) {
-  return {imageSize.height / 2, imageSize.width / 2, 0.0F};
+  return cv::Mat_<float>(imageSize.height / 2, imageSize.width / 2, 0.0F);
 }
 
 /// The cell at half a position or a size in pixels.

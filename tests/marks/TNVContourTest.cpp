@@ -399,6 +399,25 @@ TEST(TNVContour, LineBelowThicknessOneIsDrawnWithOne) {
   }
 }
 
+TEST(TNVContour, LineFromFarOutsideIsDrawnInNoTime) {
+  const auto start = std::chrono::steady_clock::now();
+  for (const int thickness : {1, 2, 7}) {
+    for (const int far : {INT_MAX, INT_MIN, 1500000, -1500000}) {
+      cv::Mat expected = patternedPicture(60, 40);
+      cv::Mat seen = expected.clone();
+      cv::line(expected, {30, 20}, {far > 0 ? 300 : -300, 20}, {10, 20, 30}, thickness,
+               cv::LINE_AA);
+      TNVContour::drawLine(seen, {30, 20}, {far, 20}, {10, 20, 30}, thickness);
+      EXPECT_TRUE(samePixels(expected, seen)) << far;
+    }
+    cv::Mat seen = patternedPicture(60, 40);
+    TNVContour::drawLine(seen, {INT_MIN, INT_MAX}, {INT_MIN, INT_MIN}, {10, 20, 30}, thickness);
+    EXPECT_TRUE(samePixels(patternedPicture(60, 40), seen));
+    TNVContour::drawLine(seen, {INT_MIN, 50}, {INT_MAX, -2000000000}, {10, 20, 30}, thickness);
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
 TEST(TNVContour, DashedLineIsDrawnDashByDash) {
   for (const int thickness : {0, 1, 3}) {
     cv::Mat seen = blackPicture(40, 9);

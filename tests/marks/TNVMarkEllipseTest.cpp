@@ -1,0 +1,516 @@
+#include "marks/TNVMarkEllipse.h"
+
+#include <array>
+#include <chrono>
+#include <cmath>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "marks/MarkTools.h"
+#include "marks/TNVContour.h"
+#include "support/LogCapture.h"
+#include "support/Pictures.h"
+
+namespace {
+
+using Points = TNVMark::Points;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+void expectPoint(cv::Point2d expected, cv::Point2d actual, double tolerance = 1e-12) {
+  EXPECT_NEAR(expected.x, actual.x, tolerance);
+  EXPECT_NEAR(expected.y, actual.y, tolerance);
+}
+
+/// On 1000 by 500 pixels upright, with the half axes 100 and 50 around (500.25, 250.25).
+TNVMarkEllipse upright() {
+  return {{0.50025, 0.5005}, {0.60025, 0.5005}, {0.50025, 0.6005}};
+}
+
+Points scaled(Points points, double x, double y) {
+  for (cv::Point2d& point : points)
+    point = {point.x * x, point.y * y};
+  return points;
+}
+
+/// Points of an ellipse in pixels.
+Points rimPoints(cv::Point2d centre, cv::Size2d axes, double degrees, int count) {
+  const double tilt = degrees * CV_PI / 180;
+  Points points;
+  for (int i = 0; i < count; ++i) {
+    const double x = axes.width * std::cos(2 * CV_PI * i / count);
+    const double y = axes.height * std::sin(2 * CV_PI * i / count);
+    points.push_back(centre + cv::Point2d(x * std::cos(tilt) - y * std::sin(tilt),
+                                          x * std::sin(tilt) + y * std::cos(tilt)));
+  }
+  return points;
+}
+
+/// The rim as a polygon, by a direct call.
+Points polygon(cv::Point2d centre, cv::Point2d a, cv::Point2d b, int delta) {
+  const double degrees = std::atan2(a.y, a.x) / CV_PI * 180;
+  const cv::RotatedRect rect(centre, cv::Size2d(2 * cv::norm(a), 2 * cv::norm(b)),
+                             static_cast<float>(degrees));
+  std::array<cv::Point2f, 4> corners;
+  rect.points(corners.data());
+  const auto half = [&](std::size_t from, std::size_t to) {
+    return cv::norm(corners[to] - corners[from]) / 2;
+  };
+  Points points;
+  cv::ellipse2Poly(cv::Point2d(rect.center), cv::Size2d(half(3, 0), half(0, 1)),
+                   static_cast<int>(rect.angle), 0, 360, delta, points);
+  return points;
+}
+
+}  // namespace
+
+TEST(TNVMarkEllipse, DefaultMadeEllipseHasNoAxes) {
+  const TNVMarkEllipse mark;
+  EXPECT_EQ(mark.type, "Ellipse");
+  EXPECT_EQ(mark.center, cv::Point2d(-1, -1));
+  EXPECT_EQ(mark.pointA, cv::Point2d(0, 0));
+  EXPECT_EQ(mark.pointB, cv::Point2d(0, 0));
+}
+
+TEST(TNVMarkEllipse, DesignedFromCentreAndAxes) {
+  const TNVMarkEllipse mark({0.5, 0.25}, {0.75, 0.5}, {0.125, 0.375});
+  EXPECT_EQ(mark.type, "Ellipse");
+  EXPECT_EQ(mark.center, cv::Point2d(0.5, 0.25));
+  EXPECT_EQ(mark.pointA, cv::Point2d(0.75, 0.5));
+  EXPECT_EQ(mark.pointB, cv::Point2d(0.125, 0.375));
+  EXPECT_EQ(mark.designPoint, cv::Point2d(-1, -1));
+}
+
+TEST(TNVMarkEllipse, AnswersOfTheKind) {
+  const TNVMarkEllipse mark = upright();
+  EXPECT_EQ(mark.getMinConstructionPoints(false), 3);
+  EXPECT_EQ(mark.getMaxConstructionPoints(false), 3);
+  EXPECT_EQ(mark.getMinConstructionPoints(true), 5);
+  EXPECT_EQ(mark.getMaxConstructionPoints(true), 99);
+  EXPECT_EQ(mark.getTypeName(false), "Ellipse");
+  EXPECT_EQ(mark.getTypeName(true), "Ellipse Multiple");
+  EXPECT_EQ(mark.getPixelRect({640, 480}), cv::Rect());
+  EXPECT_THAT(mark.getPOIModes(), ElementsAre("Divided"));
+  EXPECT_TRUE(mark.getPOIModeSupportsValue("Divided"));
+  for (const char* mode : {"Corners", "divided", "Divided ", ""}) {
+    EXPECT_FALSE(mark.getPOIModeSupportsValue(mode)) << mode;
+    EXPECT_THAT(mark.getPOIsGenerated(mode, {640, 480}, 4), IsEmpty()) << mode;
+  }
+}
+
+TEST(TNVMarkEllipse, CopyTakesThePoints) {
+  TNVMarkEllipse mark = upright();
+  mark.classIdx = {4};
+  const TNVMarkEllipse copy(mark);
+  EXPECT_EQ(copy.type, "Ellipse");
+  EXPECT_EQ(copy.center, mark.center);
+  EXPECT_EQ(copy.pointA, mark.pointA);
+  EXPECT_EQ(copy.pointB, mark.pointB);
+  EXPECT_THAT(copy.classIdx, ElementsAre(4));
+}
+
+TEST(TNVMarkEllipse, FitPutsThePointsOnTheAxes) {
+  // The library's rectangle has the longer side as its height.
+  for (const double degrees : {20.0, 63.0, 130.0}) {
+    const Points pixels = rimPoints({300, 220}, {70, 120}, degrees, 24);
+    const TNVMarkEllipse mark(scaled(pixels, 1 / 640.0, 1 / 480.0), {640, 480});
+    EXPECT_EQ(mark.type, "Ellipse");
+    expectPoint({300, 220}, {mark.center.x * 640, mark.center.y * 480}, 2);
+    const cv::Point2d a((mark.pointA.x - mark.center.x) * 640,
+                        (mark.pointA.y - mark.center.y) * 480);
+    const cv::Point2d b((mark.pointB.x - mark.center.x) * 640,
+                        (mark.pointB.y - mark.center.y) * 480);
+    EXPECT_NEAR(cv::norm(a), 70, 3);
+    EXPECT_NEAR(cv::norm(b), 120, 3);
+    // Half a turn is the same axis; B lies a quarter turn before A.
+    const double tilt = std::atan2(a.y, a.x) * 180 / CV_PI;
+    EXPECT_NEAR(std::remainder(tilt - degrees, 180), 0, 2);
+    EXPECT_NEAR(a.dot(b), 0, 1e-3 * cv::norm(a) * cv::norm(b));
+    EXPECT_LT(a.cross(b), 0);
+  }
+}
+
+TEST(TNVMarkEllipse, FitOfTooFewPointsIsSilent) {
+  const LogCapture log;
+  for (std::size_t count = 0; count < 5; ++count) {
+    const TNVMarkEllipse mark(Points(count, {0.5, 0.5}), {640, 480});
+    EXPECT_EQ(mark.type, "Ellipse");
+    EXPECT_EQ(mark.center, cv::Point2d(-1, -1));
+    EXPECT_EQ(mark.pointA, cv::Point2d(0, 0));
+  }
+  EXPECT_EQ(log.text(), "");
+}
+
+TEST(TNVMarkEllipse, FailedFitLeavesTheDefaults) {
+  const Points rim = scaled(rimPoints({300, 220}, {70, 120}, 20, 24), 1 / 640.0, 1 / 480.0);
+  for (const TNVMarkEllipse& mark :
+       {TNVMarkEllipse(Points(8, {0.5, 0.5}), {640, 480}), TNVMarkEllipse(rim, {1, 1}),
+        TNVMarkEllipse(rim, {0, 0}), TNVMarkEllipse(rim, {1 << 30, 1 << 30})}) {
+    EXPECT_EQ(mark.center, cv::Point2d(-1, -1));
+    EXPECT_EQ(mark.pointA, cv::Point2d(0, 0));
+    EXPECT_EQ(mark.pointB, cv::Point2d(0, 0));
+  }
+}
+
+TEST(TNVMarkEllipse, SizeIsTheUprightBoxInWholePixels) {
+  // Columns 400 to 600. Of rows, corners each 4 degrees miss the end of the axis by 2 degrees:
+  // 250.25 -+ 50 cos 2 are 200.28 and 300.22, rows 200 to 300.
+  expectPoint({201 / 1000.0, 101 / 500.0}, upright().getRelSize({1000, 500}));
+  // A quarter turn: the first half axis stands upright.
+  const TNVMarkEllipse turned({0.50025, 0.5005}, {0.50025, 0.7005}, {0.55025, 0.5005});
+  expectPoint({101 / 1000.0, 201 / 500.0}, turned.getRelSize({1000, 500}));
+}
+
+TEST(TNVMarkEllipse, DirectionOfTheSecondPointDoesNotCount) {
+  for (const cv::Point2d b : {cv::Point2d(0.50025, 0.4005), {0.55025, 0.5005}, {0.53025, 0.5805}}) {
+    const TNVMarkEllipse mark({0.50025, 0.5005}, {0.60025, 0.5005}, b);
+    expectPoint({201 / 1000.0, 101 / 500.0}, mark.getRelSize({1000, 500}));
+  }
+}
+
+TEST(TNVMarkEllipse, NewSizeOnlyMoves) {
+  TNVMarkEllipse mark({0.5, 0.5}, {0.625, 0.5}, {0.5, 0.75});
+  const int tag = mark.changeTag;
+  mark.setRelSize({0.25, 0.625}, {0.9, 0.9}, {640, 480});
+  EXPECT_EQ(mark.center, cv::Point2d(0.5, 0.5));
+  expectPoint({0.375, 0.625}, mark.pointA);
+  expectPoint({0.25, 0.875}, mark.pointB);
+  EXPECT_NE(mark.changeTag, tag);
+}
+
+TEST(TNVMarkEllipse, UpdateKeepsTheSizeAndMovesPois) {
+  TNVMarkEllipse mark = upright();
+  mark.pois = {{0.45, 0.55}};
+  // By 100 and -50 whole pixels, so that the box keeps its size.
+  mark.update({0.60025, 0.4005}, {0.5, 0.5}, {}, {1000, 500});
+  expectPoint({0.60025, 0.4005}, mark.center);
+  expectPoint({0.70025, 0.4005}, mark.pointA);
+  expectPoint({0.60025, 0.5005}, mark.pointB);
+  expectPoint({201 / 1000.0, 101 / 500.0}, mark.getRelSize({1000, 500}));
+  expectPoint({0.55, 0.45}, mark.pois.front());
+}
+
+TEST(TNVMarkEllipse, FitsToTheBoxOfPointsByMoving) {
+  TNVMarkEllipse mark({0.25, 0.25}, {0.375, 0.25}, {0.25, 0.5});
+  mark.fitToPoints({{0.25, 0.5}, {0.75, 0.625}}, {640, 480});
+  expectPoint({0.5, 0.5625}, mark.center);
+  expectPoint({0.625, 0.5625}, mark.pointA);
+}
+
+TEST(TNVMarkEllipse, ContourHas64EvenPoints) {
+  // A tilt of 26.57 degrees, which counts as 26.
+  const TNVMarkEllipse mark({0.5, 0.5}, {0.7, 0.7}, {0.55, 0.4});
+  Points outline = polygon({500, 250}, {200, 100}, {50, -50}, 1);
+  outline.push_back(outline.front());
+  Points expected = TNVContour::consistentDevidePointLine(outline, 65);
+  expected.pop_back();
+  const Points contour = mark.getContour({1000, 500});
+  ASSERT_EQ(contour.size(), 64U);
+  ASSERT_EQ(expected.size(), 64U);
+  for (std::size_t i = 0; i < 64; ++i)
+    expectPoint(expected[i], contour[i], 1e-3);
+  const double tilt = 26 * CV_PI / 180;
+  const double a = std::hypot(200, 100);
+  expectPoint({500 + a * std::cos(tilt), 250 + a * std::sin(tilt)}, contour.front(), 1e-3);
+}
+
+TEST(TNVMarkEllipse, CursorHitsUpToFivePixelsOutside) {
+  struct Row {
+    cv::Point2d pixel;
+    bool over;
+    double distance;
+  };
+  const double untouched = -7;
+  for (const Row& row :
+       {Row{{500.25, 250.25}, true, 0}, Row{{604.25, 250.25}, true, 104},
+        Row{{606.25, 250.25}, false, untouched}, Row{{605.15, 250.25}, true, 104.9},
+        Row{{605.35, 250.25}, false, untouched}, Row{{500.25, 304.25}, true, 54},
+        Row{{500.25, 306.25}, false, untouched}, Row{{396.25, 250.25}, true, 104},
+        Row{{394.25, 250.25}, false, untouched}, Row{{590.25, 290.25}, false, untouched}}) {
+    const cv::Point2d point(row.pixel.x / 1000, row.pixel.y / 500);
+    double distance = untouched;
+    EXPECT_EQ(upright().isMouseOver(point, {1000, 500}), row.over) << row.pixel;
+    EXPECT_EQ(upright().isMouseOver(point, {1000, 500}, &distance), row.over) << row.pixel;
+    EXPECT_NEAR(distance, row.distance, 1e-6) << row.pixel;
+  }
+}
+
+TEST(TNVMarkEllipse, DividedWalksFromTheFirstAxis) {
+  // A round one of 50 pixels on 1000 by 500, from its first point clockwise.
+  const TNVMarkEllipse mark({0.5, 0.5}, {0.5, 0.6}, {0.55, 0.5});
+  const Points four = mark.getPOIsGenerated("Divided", {1000, 500}, 4);
+  const Points expected{{0.5, 0.6}, {0.45, 0.5}, {0.5, 0.4}, {0.55, 0.5}};
+  ASSERT_EQ(four.size(), 4U);
+  for (std::size_t i = 0; i < 4; ++i)
+    expectPoint(expected[i], four[i], 1e-4);
+  ASSERT_EQ(mark.getPOIsGenerated("Divided", {1000, 500}, 1).size(), 1U);
+  expectPoint({0.5, 0.6}, mark.getPOIsGenerated("Divided", {1000, 500}, 1).front(), 1e-6);
+  // Even along the rim of a flat one.
+  const Points even = upright().getPOIsGenerated("Divided", {1000, 500}, 20);
+  ASSERT_EQ(even.size(), 20U);
+  const auto gap = [&](std::size_t from, std::size_t to) {
+    return std::hypot((even[to].x - even[from].x) * 1000, (even[to].y - even[from].y) * 500);
+  };
+  EXPECT_NEAR(gap(0, 1), gap(5, 6), 0.6);
+  EXPECT_NEAR(gap(0, 1), gap(19, 0), 0.6);
+}
+
+TEST(TNVMarkEllipse, DividedIntoNothingIsToldInTheLog) {
+  for (const int count : {0, -1, INT_MIN}) {
+    const LogCapture log;
+    EXPECT_THAT(upright().getPOIsGenerated("Divided", {1000, 500}, count), IsEmpty());
+    EXPECT_EQ(log.text(),
+              "TNVContour::consistentDevidePointLine: Can not devide points, target points < 2!\n");
+  }
+  EXPECT_THAT(upright().getPOIsGenerated("Divided", {1000, 500}, INT_MAX), IsEmpty());
+}
+
+TEST(TNVMarkEllipse, PoiCountIsTheRimByTheSmallerSide) {
+  struct Row {
+    cv::Point2d poiSize;
+    int count;
+  };
+  // A round one of 50 pixels: 180 edges of 2 * 50 sin 1, together 314.14.
+  for (const Row& row : {Row{{0.5, 0.02}, 31},    // by 10, the height: 31.4
+                         Row{{0.02, 0.5}, 16},    // by 20, the width: 15.7
+                         Row{{0.5, 0.4188}, 2},   // by 209.4: 1.5002, just over the half
+                         Row{{0.5, 0.41892}, 1},  // by 209.46: 1.49976
+                         Row{{0, 0.1}, 0}, Row{{0.1, 0}, 0}}) {
+    TNVMarkEllipse mark({0.5, 0.5}, {0.5, 0.6}, {0.55, 0.5});
+    mark.poiSize = row.poiSize;
+    EXPECT_EQ(mark.getPOICountForSize({1000, 500}), row.count) << row.poiSize;
+  }
+}
+
+TEST(TNVMarkEllipse, PointsAreWrittenBehindTheBase) {
+  TNVMarkEllipse mark({0.5, 0.25}, {0.125, 0.75}, {0.25, 0.625});
+  EXPECT_THAT(writtenXml(mark), HasSubstr("</ClassIdx>\n"
+                                          "  <PointA>\n"
+                                          "    1.2500000000000000e-01 "
+                                          "7.5000000000000000e-01</PointA>\n"
+                                          "  <PointB>\n"
+                                          "    2.5000000000000000e-01 "
+                                          "6.2500000000000000e-01</PointB></Mark0>\n"));
+}
+
+TEST(TNVMarkEllipse, ReadsBackBitForBit) {
+  TNVMarkEllipse mark({1.0 / 3, 0.5}, {0.6, 0.7}, {0.1, 0.2});
+  const auto read = markFromXml<TNVMarkEllipse>(writtenXml(mark));
+  EXPECT_EQ(read.type, "Ellipse");
+  EXPECT_EQ(read.center, mark.center);
+  EXPECT_EQ(read.pointA, mark.pointA);
+  EXPECT_EQ(read.pointB, mark.pointB);
+}
+
+TEST(TNVMarkEllipse, PointOfAnotherLengthReadsAsZero) {
+  for (const char* content : {"", "<PointA>1.</PointA><PointB></PointB>",
+                              "<PointA>1. 2. 3.</PointA><PointB>1. 2. 3.</PointB>"}) {
+    const auto mark = markFromXml<TNVMarkEllipse>(xmlWithMark(content));
+    EXPECT_EQ(mark.pointA, cv::Point2d(0, 0)) << content;
+    EXPECT_EQ(mark.pointB, cv::Point2d(0, 0)) << content;
+  }
+}
+
+namespace {
+
+/// A mark on a view of 200 by 120 pixels that shows a picture of 1000 by 660.
+struct TNVMarkEllipseOnView : ::testing::Test {
+  TNVMarkEllipseOnView() { mark.classIdx = {12, 11}; }
+
+  void drawAndCompare(const TNVTypeMarkStyleSet& style, int info, bool designing,
+                      const cv::Mat& expected) {
+    cv::Mat seen = patternedPicture(200, 120);
+    mark.draw(seen, imageSize, style, infoOf(info), classes.list(), designing);
+    EXPECT_TRUE(samePixels(expected, seen));
+  }
+
+  /// The ellipse, its half axes and the ring in the middle.
+  cv::Mat withEllipse(const cv::Scalar& colour, int thickness,
+                      cv::Mat view = patternedPicture(200, 120)) const {
+    const int line = std::max(thickness, 1);
+    cv::ellipse(view, rect, colour, thickness, cv::LINE_AA);
+    cv::line(view, {91, 61}, {121, 73}, colour, line, cv::LINE_AA, 0);
+    cv::line(view, {91, 61}, {98, 42}, colour, line, cv::LINE_AA, 0);
+    cv::circle(view, {91, 61}, 3, colour, thickness, cv::LINE_AA, 0);
+    return view;
+  }
+
+  /// The same dashed, with a line to the cursor at (180, 30) if wanted.
+  cv::Mat withDashes(const cv::Scalar& colour, int thickness, bool cursor) const {
+    cv::Mat view = patternedPicture(200, 120);
+    TNVContour::drawDashedEllipse(view, rect, colour, thickness);
+    for (const cv::Point2d end : {cv::Point2d(120.7, 72.78), endOfB})
+      TNVContour::drawDashedPolyline(view, {{90.7, 60.78}, end}, colour, 7, 3, thickness, false);
+    if (cursor) {
+      TNVContour::drawDashedPolyline(view, {{90.7, 60.78}, {180, 30}}, colour, 2, 7, thickness,
+                                     false);
+    }
+    cv::circle(view, {91, 61}, 3, colour, thickness, cv::LINE_AA, 0);
+    return view;
+  }
+
+  /// On the view (90.7, 60.78), (120.7, 72.78), (80.7, 42.78): the ways (30, 12) and (-10, -18),
+  /// of which the second goes to (12, -30) with the length 20.59.
+  TNVMarkEllipse mark{{0.4535, 0.5065}, {0.6035, 0.6065}, {0.4035, 0.3565}};
+  cv::RotatedRect rect{cv::Point2f(90.7F, 60.78F),
+                       cv::Size2f(2 * std::hypot(30.0F, 12.0F), 2 * std::hypot(10.0F, 18.0F)),
+                       static_cast<float>(std::atan2(12.0, 30.0) / CV_PI * 180)};
+  cv::Point2d endOfB{90.7 + 12 * std::sqrt(424.0 / 1044), 60.78 - 30 * std::sqrt(424.0 / 1044)};
+  cv::Size imageSize{1000, 660};
+  ThreeClasses classes;
+};
+
+}  // namespace
+
+TEST_F(TNVMarkEllipseOnView, EachStateHasItsPen) {
+  drawAndCompare(styleNamed("White"), 0, false, withEllipse({255, 255, 255}, 1));
+  drawAndCompare(styleNamed("Black"), 0, false, withEllipse({0, 0, 0}, 1));
+  mark.hovered = true;
+  drawAndCompare(styleNamed("White"), 0, false, withEllipse({0, 255, 0}, 2));
+}
+
+TEST_F(TNVMarkEllipseOnView, SecondAxisIsDrawnAtARightAngle) {
+  // The stored point elsewhere at the same distance changes nothing.
+  mark.pointB = {0.4535 + 18 / 200.0, 0.5065 + 10 / 120.0};
+  drawAndCompare(styleNamed("White"), 0, false, withEllipse({255, 255, 255}, 1));
+}
+
+TEST_F(TNVMarkEllipseOnView, SelectedMarkHasItsFrameUnderTheEllipse) {
+  // The box counts in whole pixels of the picture.
+  float left = 1e9F, top = 1e9F, right = 0, bottom = 0;
+  for (const cv::Point2f point : polygon({453.5, 334.29}, {150, 66}, {-50, -99}, 4)) {
+    left = std::min(left, point.x);
+    right = std::max(right, point.x);
+    top = std::min(top, point.y);
+    bottom = std::max(bottom, point.y);
+  }
+  const double width = (std::floor(right) - std::floor(left) + 1) / 1000 * 200;
+  const double height = (std::floor(bottom) - std::floor(top) + 1) / 660 * 120;
+  const int x1 = static_cast<int>(90.7 - width / 2);
+  const int y1 = static_cast<int>(60.78 - height / 2);
+  const int x2 = static_cast<int>(90.7 - width / 2 + width);
+  const int y2 = static_cast<int>(60.78 - height / 2 + height);
+  cv::Mat view = patternedPicture(200, 120);
+  frameReference(view, {{x1, y1}, {x2, y1}, {x2, y2}, {x1, y2}}, {0, 0, 255});
+  mark.selected = true;
+  drawAndCompare(styleNamed("White"), 0, false, withEllipse({0, 0, 255}, 1, view));
+}
+
+TEST_F(TNVMarkEllipseOnView, FillingLiesUnderTheEllipse) {
+  Points outline = polygon({90.7, 60.78}, {30, 12}, {-10, -18}, 1);
+  outline.push_back(outline.front());
+  std::vector<cv::Point> pixels;
+  for (const cv::Point2d& point : TNVContour::consistentDevidePointLine(outline, 65))
+    pixels.emplace_back(cvRound(point.x), cvRound(point.y));
+  cv::Mat view = patternedPicture(200, 120);
+  fillReference(view, pixels, {64, 64, 255});
+  drawAndCompare(styleNamed("Red", true), 0, false, withEllipse({64, 64, 255}, 1, view));
+}
+
+TEST_F(TNVMarkEllipseOnView, PoisLieUnderTheEllipse) {
+  mark.poiVisible = true;
+  mark.pois = {{0.25, 0.5}, {0.45, 0.58}};
+  mark.poiSize = {0.05, 0.1};
+  cv::Mat view = patternedPicture(200, 120);
+  // Boxes of 10 by 12: 50 - 5, 60 - 6; 90 - 5, 69.6 - 6.
+  cv::rectangle(view, cv::Rect(45, 54, 10, 12), {64, 64, 255}, 1, cv::LINE_AA, 0);
+  cv::rectangle(view, cv::Rect(85, 64, 10, 12), {64, 64, 255}, 1, cv::LINE_AA, 0);
+  drawAndCompare(styleNamed("Red"), 0, false, withEllipse({64, 64, 255}, 1, view));
+}
+
+TEST_F(TNVMarkEllipseOnView, ColoredThicknessFollowsTheClasses) {
+  struct Row {
+    std::vector<int> classIdx;
+    cv::Scalar colour;
+    int thickness;
+  };
+  // Without a known class the thickness is negative, which fills; a line needs a thickness of 1.
+  for (const Row& row : {Row{{}, {0, 0, 0}, cv::FILLED}, Row{{12}, {100, 101, 102}, 1},
+                         Row{{12, 11}, {55, 60, 66}, 0}}) {
+    mark.classIdx = row.classIdx;
+    drawAndCompare(styleNamed("Colored"), 0, false, withEllipse(row.colour, row.thickness));
+  }
+}
+
+TEST_F(TNVMarkEllipseOnView, NoInfoShowsALabel) {
+  for (int info = 0; info < 6; ++info) {
+    drawAndCompare(styleNamed("Blue"), info, false, withEllipse({255, 64, 64}, 1));
+    drawAndCompare(styleNamed("Blue"), info, true, withDashes({255, 64, 64}, 1, false));
+  }
+}
+
+TEST_F(TNVMarkEllipseOnView, DesignedEllipseIsDashed) {
+  drawAndCompare(styleNamed("White"), 0, true, withDashes({255, 255, 255}, 1, false));
+  drawAndCompare(styleNamed("Colored"), 0, true, withDashes({55, 60, 66}, 0, false));
+  mark.hovered = true;
+  drawAndCompare(styleNamed("White"), 0, true, withDashes({0, 255, 0}, 2, false));
+}
+
+TEST_F(TNVMarkEllipseOnView, DottedLineLeadsToTheCursor) {
+  for (const double x : {0.9, 0.0, -1.0}) {
+    mark.designPoint = {x, 0.25};
+    drawAndCompare(styleNamed("White"), 0, true, withDashes({255, 255, 255}, 1, x > 0));
+    drawAndCompare(styleNamed("White"), 0, false, withEllipse({255, 255, 255}, 1));
+  }
+}
+
+TEST_F(TNVMarkEllipseOnView, FirstPointAtTheCentreIsDrawnSomehow) {
+  mark.pointA = mark.center;
+  for (const bool designing : {false, true}) {
+    cv::Mat view = patternedPicture(200, 120);
+    EXPECT_NO_THROW(mark.draw(view, imageSize, styleNamed("White", true), infoOf(0), classes.list(),
+                              designing));
+    EXPECT_FALSE(samePixels(patternedPicture(200, 120), view));
+  }
+}
+
+TEST_F(TNVMarkEllipseOnView, HostileGeometryIsDrawnInNoTime) {
+  const LogCapture log;
+  const auto start = std::chrono::steady_clock::now();
+  for (const double a : hostileNumbers()) {
+    for (const double b : hostileNumbers()) {
+      for (int state = 0; state < 12; ++state) {
+        mark.center = state % 3 == 0 ? cv::Point2d(0.5, 0.5) : cv::Point2d(a, b);
+        mark.pointA = state % 3 == 1 ? cv::Point2d(0.5, 0.7) : cv::Point2d(b, a);
+        mark.pointB = state % 3 == 2 ? cv::Point2d(0.3, 0.5) : cv::Point2d(a, a);
+        mark.designPoint = {a, b};
+        mark.pois = {{a, b}, {0.5, a}};
+        mark.poiSize = {b, a};
+        mark.hovered = (state & 1) != 0;
+        mark.selected = (state & 2) != 0;
+        mark.poiVisible = (state & 2) != 0;
+        mark.classIdx.resize(static_cast<std::size_t>(state % 3), 11);
+        cv::Mat view = patternedPicture(100, 60);
+        mark.draw(view, imageSize, styleNamed(state < 6 ? "Colored" : "White", state % 2 == 0),
+                  infoOf(state % 6), classes.list(), (state & 4) != 0);
+      }
+    }
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+}
+
+TEST(TNVMarkEllipse, HostileGeometryIsAnsweredSomehow) {
+  const LogCapture log;
+  for (const double a : hostileNumbers()) {
+    for (const double b : hostileNumbers()) {
+      for (TNVMarkEllipse mark : {TNVMarkEllipse({a, b}, {b, a}, {a, 0.5}),
+                                  TNVMarkEllipse({0.5, 0.5}, {b, a}, {0.25, b})}) {
+        mark.poiSize = {b, a};
+        mark.pois = {{a, b}};
+        double distance = 0;
+        mark.isMouseOver({0.5, a}, {640, 480}, &distance);
+        const cv::Point2d size = mark.getRelSize({640, 480});
+        EXPECT_TRUE(size.x >= 0 && size.y >= 0 && size.x < 1e4 && size.y < 1e4) << a << ' ' << b;
+        mark.getPOICountForSize({640, 480});
+        EXPECT_LE(mark.getContour({640, 480}).size(), 65U);
+        EXPECT_LE(mark.getPOIsGenerated("Divided", {640, 480}, 9).size(), 10U);
+        mark.update({b, a}, {a, b}, {}, {640, 480});
+        mark.fitToPoints({{a, b}, {b, 0.5}}, {640, 480});
+      }
+      EXPECT_NO_THROW(
+          TNVMarkEllipse({{a, b}, {b, a}, {a, a}, {0.5, 0.5}, {0.1, 0.7}, {0.9, b}}, {64, 48}));
+    }
+  }
+}
