@@ -57,12 +57,21 @@ Points dividedPath(const Points& path, int count) {
   return TNVContour::consistentDevidePointLine(path, count);
 }
 
+Points dividedRelativePath(const Points& path, cv::Size size, int count) {
+  return toRelative(dividedPath(toPixels(path, size), count), size);
+}
+
 Points dividedOutline(Points outline, int count) {
   if (outline.empty()) return {};
   outline.push_back(outline.front());
   Points points = dividedPath(outline, addSaturated(count, 1));
   if (!points.empty()) points.pop_back();
   return points;
+}
+
+bool isOverOutline(const Points& outline, cv::Point2d pixel) {
+  if (outline.size() < 2) return false;
+  return cv::pointPolygonTest(toSinglePrecision(outline), pixel, true) > -kHitDistance;
 }
 
 }  // namespace tnv
