@@ -28,7 +28,6 @@ cv::Rect ringRegion(cv::Point pixel, cv::Size viewSize) {
   const int top = std::max(tnv::subtractSaturated(pixel.y, kRingReach), 0);
   const int right = std::min(tnv::addSaturated(pixel.x, kRingReach + 1), viewSize.width);
   const int bottom = std::min(tnv::addSaturated(pixel.y, kRingReach + 1), viewSize.height);
-  if (left >= right || top >= bottom) return {};
   return {left, top, right - left, bottom - top};
 }
 
