@@ -72,6 +72,10 @@ Points dividedPath(const Points& path, int count) {
   return TNVContour::consistentDevidePointLine(path, count);
 }
 
+Points dividedRelativePath(const Points& path, cv::Size size, int count) {
+  return toRelative(dividedPath(toPixels(path, size), count), size);
+}
+
 Points dividedOutline(Points outline, int count) {
   if (outline.empty() || count > kMostDivisions) return {};
   outline.push_back(outline.front());
@@ -89,6 +93,11 @@ Points dividedCircle(cv::Point2d centre, double radius, int count) {
     points.emplace_back(std::cos(i * step) * radius + centre.x,
                         std::sin(i * step) * radius + centre.y);
   return points;
+}
+
+bool isOverOutline(const Points& outline, cv::Point2d pixel) {
+  if (outline.size() < 2) return false;
+  return cv::pointPolygonTest(toSinglePrecision(outline), pixel, true) > -kHitDistance;
 }
 
 }  // namespace tnv

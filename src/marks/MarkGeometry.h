@@ -10,6 +10,9 @@ namespace tnv {
 
 using Points = std::vector<cv::Point2d>;
 
+/// A mark without area is hit by a cursor that is less than so many pixels away.
+constexpr double kHitDistance = 19.0;
+
 cv::Point2d toPixels(cv::Point2d relative, cv::Size size);
 Points toPixels(const Points& relative, cv::Size size);
 cv::Point2d toRelative(cv::Point2d pixel, cv::Size size);
@@ -32,6 +35,9 @@ cv::Point2d resizedAbout(cv::Point2d centre, cv::Point2d point, cv::Point2d scal
 /// below 2.
 Points dividedPath(const Points& path, int count);
 
+/// The same for a path of relative points. The distances are equal in pixels.
+Points dividedRelativePath(const Points& path, cv::Size size, int count);
+
 /// `count` points at equal distances around a closed outline, starting with its first point, which
 /// is not repeated at its end. Empty, with a log line, for a count below 1.
 Points dividedOutline(Points outline, int count);
@@ -39,5 +45,9 @@ Points dividedOutline(Points outline, int count);
 /// `count` points at equal distances around a circle: right, then below the centre. Empty for a
 /// count below 1.
 Points dividedCircle(cv::Point2d centre, double radius, int count);
+
+/// Whether the pixel hits the outline, which counts as closed: lies within it or less than the hit
+/// distance away from it. Never hits less than two points.
+bool isOverOutline(const Points& outline, cv::Point2d pixel);
 
 }  // namespace tnv

@@ -29,6 +29,13 @@ constexpr int kMostCurvePoints = 1 << 16;
 /// Pixels from the origin beyond which nothing is followed or drawn.
 constexpr int kFarthestPixel = 1 << 20;
 
+/// Pixels around a picture within which the ends of lines are left alone, if the picture itself is
+/// not larger.
+constexpr int kLeastMargin = 1 << 10;
+
+/// An outline is filled if that takes so many steps at most, which is half a second.
+constexpr double kMostFillSteps = 1 << 30;
+
 /// A crop may have this many pixels whatever the picture, or this many times those of the picture.
 constexpr std::int64_t kLargestFreeCrop = std::int64_t{1} << 26;
 constexpr std::int64_t kLargestCropFactor = 16;
@@ -39,6 +46,37 @@ void checkCropSize(const cv::Mat& source, cv::Size size) {
   if (pixels > std::max(kLargestFreeCrop, kLargestCropFactor * sourcePixels)) {
     CV_Error(cv::Error::StsOutOfRange, "The crop is too large for its picture");
   }
+}
+
+int held(int pixel) {
+  return std::clamp(pixel, -kFarthestPixel, kFarthestPixel);
+}
+
+cv::Point held(cv::Point pixel) {
+  return {held(pixel.x), held(pixel.y)};
+}
+
+/// Whether the outline is filled in time. The library sorts the edges that cross a row by
+/// exchanging neighbours, so that a row takes up to the square of their number.
+bool isFillable(const std::vector<cv::Point>& contour) {
+  const auto [top, bottom] =
+      std::minmax_element(contour.begin(), contour.end(),
+                          [](const cv::Point& a, const cv::Point& b) { return a.y < b.y; });
+  const std::int64_t rows = std::int64_t{bottom->y} - top->y + 1;
+  if (rows > 2 * std::int64_t{kFarthestPixel} + 1) return false;
+  std::vector<int> change(static_cast<std::size_t>(rows));
+  for (std::size_t i = 0; i < contour.size(); ++i) {
+    const auto [low, high] = std::minmax(contour[i].y, contour[(i + 1) % contour.size()].y);
+    ++change[static_cast<std::size_t>(low - top->y)];
+    --change[static_cast<std::size_t>(high - top->y)];
+  }
+  double crossings = 0.0;
+  double steps = 0.0;
+  for (const int row : change) {
+    crossings += row;
+    steps += crossings * crossings;
+  }
+  return steps <= kMostFillSteps;
 }
 
 /// A thin picture or a huge length would fill the memory step by step.
@@ -132,13 +170,15 @@ bool isDrawable(cv::Point2d centre, double radius) {
          std::abs(centre.y) + radius <= kFarthestPixel;
 }
 
-/// Cuts the ends of the line off that lie further out than what is drawn. False if nothing is left.
-bool cutToDrawable(cv::Point& from, cv::Point& to) {
-  const cv::Point2l origin(kFarthestPixel, kFarthestPixel);
+/// Cuts the ends of the line off that lie far from the picture: a thick line would be followed
+/// along its whole length. False if nothing is left.
+bool cutToSurroundings(cv::Size picture, cv::Point& from, cv::Point& to) {
+  const std::int64_t margin = std::max({picture.width, picture.height, kLeastMargin});
+  const cv::Point2l origin(margin, margin);
   cv::Point2l start = cv::Point2l(from) + origin;
   cv::Point2l end = cv::Point2l(to) + origin;
-  if (!cv::clipLine(cv::Size2l(2 * kFarthestPixel + 1, 2 * kFarthestPixel + 1), start, end))
-    return false;
+  const cv::Size2l surroundings(picture.width + 2 * margin, picture.height + 2 * margin);
+  if (!cv::clipLine(surroundings, start, end)) return false;
   from = start - origin;
   to = end - origin;
   return true;
@@ -215,18 +255,16 @@ Points ellipseOutline(const cv::RotatedRect& ellipse, int delta) {
 }
 
 std::vector<cv::Point> roundedContour(const Points& points) {
-  const auto held = [](double value) {
-    return std::clamp(tnv::roundToInt(value), -kFarthestPixel, kFarthestPixel);
-  };
   std::vector<cv::Point> contour;
+  contour.reserve(points.size());
   for (const cv::Point2d& point : points)
-    contour.emplace_back(held(point.x), held(point.y));
+    contour.push_back(held(rounded(point)));
   return contour;
 }
 
 void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour,
                      const cv::Scalar& value) {
-  if (contour.empty()) return;
+  if (contour.empty() || !isFillable(contour)) return;
   cv::drawContours(mask, std::vector<std::vector<cv::Point>>{contour}, 0, value, cv::FILLED,
                    cv::LINE_8, cv::noArray(), std::numeric_limits<int>::max(), cv::Point());
 }
@@ -330,7 +368,7 @@ void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv:
 
 void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour,
               int thickness) {
-  if (!cutToDrawable(from, to)) return;
+  if (!cutToSurroundings(image.size(), from, to)) return;
   cv::line(image, from, to, colour, std::max(thickness, 1), cv::LINE_AA);
 }
 

@@ -37,7 +37,8 @@ Points ellipseOutline(const cv::RotatedRect& ellipse, int delta);
 /// seconds.
 std::vector<cv::Point> roundedContour(const Points& points);
 
-/// Fills the outline in the mask.
+/// Fills the outline in the mask. One whose edges cross the same rows thousands of times, which
+/// would keep the library busy for minutes, is left out.
 void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour, const cv::Scalar& value);
 
 /// The part of the picture under the rectangle at the rectangle's full size, `fill` where it leaves
@@ -64,8 +65,8 @@ void drawDashedCircle(cv::Mat& image, cv::Point2d centre, float radius, const cv
 void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv::Scalar& colour,
                        int thickness);
 
-/// `cv::line`, which throws for a thickness below 1; such a line is drawn with thickness 1. What
-/// lies further out than a million pixels is cut off: a thick line would be followed row by row.
+/// `cv::line`, which throws for a thickness below 1; such a line is drawn with thickness 1. Of a
+/// line that reaches far out of the picture only the near part is followed.
 void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour,
               int thickness);
 

@@ -284,6 +284,37 @@ double TNVMark::pixelsFromCentre(cv::Point2d point, cv::Size imageSize) const {
   return TNVContour::distance(tnv::toPixels(center, imageSize), tnv::toPixels(point, imageSize));
 }
 
+TNVMark::Points TNVMark::resizedPoints(const Points& points, cv::Point2d newCentre,
+                                       cv::Point2d newSize, cv::Size imageSize) const {
+  const cv::Point2d size = getRelSize(imageSize);
+  const cv::Point2d scale(newSize.x / size.x, newSize.y / size.y);
+  Points resized;
+  resized.reserve(points.size());
+  for (const cv::Point2d& point : points)
+    resized.push_back(tnv::resizedAbout(center, point, scale, newCentre));
+  return resized;
+}
+
+bool TNVMark::isOverPath(const Points& path, cv::Point2d point, cv::Size imageSize,
+                         double* distance) const {
+  const cv::Point2d cursor = tnv::toPixels(point, imageSize);
+  if (!tnv::isOverOutline(tnv::toPixels(path, imageSize), cursor)) return false;
+  if (distance != nullptr) *distance = pixelsFromCentre(point, imageSize);
+  return true;
+}
+
+void TNVMark::drawPathLabel(cv::Mat& view, cv::Size imageSize, const TNVTypeDrawInfo& info,
+                            const Classes& classes, const Points& path,
+                            const cv::Scalar& colour) const {
+  const auto pixelLength = [&](cv::Size size) {
+    return tnv::truncateToInt(TNVContour::pathLength(tnv::toPixels(path, size)));
+  };
+  const MarkLength length{pixelLength(imageSize), pixelLength(view.size()),
+                          TNVContour::pathLength(path)};
+  drawLabel(view, classLabel(info, classes) + lengthLabel(info, length),
+            TNVContour::rounded(tnv::toPixels(center, view.size())), colour);
+}
+
 void TNVMark::drawLabel(cv::Mat& view, const std::string& label, cv::Point bottomLeft,
                         const cv::Scalar& colour) {
   cv::putText(view, label, bottomLeft, cv::FONT_HERSHEY_COMPLEX, 0.4, colour, 1, cv::LINE_AA,

@@ -132,6 +132,19 @@ class TNVMark {
   /// Distance of a relative point from the centre in pixels.
   double pixelsFromCentre(cv::Point2d point, cv::Size imageSize) const;
 
+  /// What the mark's relative points become when it gets that centre and size.
+  Points resizedPoints(const Points& points, cv::Point2d newCentre, cv::Point2d newSize,
+                       cv::Size imageSize) const;
+
+  /// The hit test of a mark that is a path of relative points. The distance, which is that to the
+  /// centre, is given for a hit only.
+  bool isOverPath(const Points& path, cv::Point2d point, cv::Size imageSize,
+                  double* distance) const;
+
+  /// Writes the classes or the length of a path of relative points at the centre.
+  void drawPathLabel(cv::Mat& view, cv::Size imageSize, const TNVTypeDrawInfo& info,
+                     const Classes& classes, const Points& path, const cv::Scalar& colour) const;
+
   /// One label in the common font.
   static void drawLabel(cv::Mat& view, const std::string& label, cv::Point bottomLeft,
                         const cv::Scalar& colour);

@@ -492,3 +492,229 @@ TEST(TNVContour, HostileDashedFiguresAreDrawnInNoTime) {
   }
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
+
+TEST(TNVContour, DistanceIsTheStraightOne) {
+  EXPECT_EQ(TNVContour::distance({1, 2}, {4, 6}), 5);
+  EXPECT_EQ(TNVContour::distance({4, 6}, {1, 2}), 5);
+  EXPECT_EQ(TNVContour::distance({3, 3}, {3, 3}), 0);
+  EXPECT_DOUBLE_EQ(TNVContour::distance({3e200, 0}, {0, 4e200}), 5e200);
+  EXPECT_TRUE(std::isnan(TNVContour::distance({kNaN, 0}, {0, 0})));
+}
+
+TEST(TNVContour, PathLengthLeavesOutTheClosingEdge) {
+  EXPECT_EQ(TNVContour::pathLength({}), 0);
+  EXPECT_EQ(TNVContour::pathLength({{7, 9}}), 0);
+  EXPECT_EQ(TNVContour::pathLength({{0, 0}, {3, 4}}), 5);
+  EXPECT_EQ(TNVContour::pathLength({{0, 0}, {3, 4}, {3, 4}, {3, 6}}), 7);
+}
+
+TEST(TNVContour, EllipseOutlineStartsOnTheLongAxis) {
+  expectNear({{90, 40}, {50, 60}, {10, 40}, {50, 20}, {90, 40}},
+             TNVContour::ellipseOutline({{50, 40}, {80, 40}, 0}, 90));
+  // A quarter turn leads the first axis downwards.
+  const Points turned = TNVContour::ellipseOutline({{50, 40}, {80, 40}, 90}, 90);
+  ASSERT_EQ(turned.size(), 5U);
+  for (std::size_t i = 0; i < 5; ++i) {
+    const Points wanted{{50, 80}, {30, 40}, {50, 0}, {70, 40}, {50, 80}};
+    EXPECT_NEAR(turned[i].x, wanted[i].x, 1e-3);
+    EXPECT_NEAR(turned[i].y, wanted[i].y, 1e-3);
+  }
+}
+
+TEST(TNVContour, EllipseOutlineHasItsAngleInWholeDegrees) {
+  for (const auto& [given, used] : {std::pair{30.9F, 30}, std::pair{-30.9F, -30}}) {
+    Points expected;
+    cv::ellipse2Poly(cv::Point2d(60.5, 50.25), cv::Size2d(40, 20), used, 0, 360, 7, expected);
+    const Points seen = TNVContour::ellipseOutline({{60.5F, 50.25F}, {80, 40}, given}, 7);
+    ASSERT_EQ(seen.size(), expected.size());
+    for (std::size_t i = 0; i < seen.size(); ++i)
+      EXPECT_LT(TNVContour::distance(seen[i], expected[i]), 1e-4);
+  }
+}
+
+TEST(TNVContour, EllipseWithoutNumbersHasNoOutline) {
+  const auto nan = static_cast<float>(kNaN);
+  const auto infinity = static_cast<float>(kInfinity);
+  for (const cv::RotatedRect& ellipse :
+       {cv::RotatedRect({5, 5}, {nan, 3}, 0), cv::RotatedRect({5, 5}, {3, infinity}, 0),
+        cv::RotatedRect({5, 5}, {3, 3}, nan), cv::RotatedRect({nan, 5}, {3, 3}, 0),
+        cv::RotatedRect({5, infinity}, {3, 3}, 0), cv::RotatedRect({5, 5}, {3, 3}, infinity)}) {
+    EXPECT_TRUE(TNVContour::ellipseOutline(ellipse, 1).empty());
+  }
+}
+
+TEST(TNVContour, CircleIsDrawnSmooth) {
+  for (const int radius : {0, 1, 3, 20}) {
+    for (const int thickness : {-1, 0, 1, 3, INT_MIN}) {
+      cv::Mat seen = blackPicture(60, 50);
+      TNVContour::drawCircle(seen, {31, 22}, radius, {10, 20, 30}, thickness);
+      cv::Mat expected = blackPicture(60, 50);
+      cv::circle(expected, {31, 22}, radius, {10, 20, 30}, thickness, cv::LINE_AA, 0);
+      EXPECT_TRUE(samePixels(expected, seen)) << radius << " " << thickness;
+      EXPECT_TRUE(radius == 0 || cv::countNonZero(seen.reshape(1)) > 0);
+    }
+  }
+}
+
+TEST(TNVContour, CircleBelowNothingOrBeyondAMillionPixelsIsNotDrawn) {
+  struct Row {
+    cv::Point centre;
+    int radius;
+    bool drawn;
+  };
+  // The rim of the large ones runs through x = 30; they reach out to 1048576 and to 1048578.
+  for (const Row& row :
+       {Row{{30, 20}, -1, false}, Row{{30, 20}, INT_MIN, false}, Row{{-524243, 20}, 524273, true},
+        Row{{-524273, 20}, 524303, true}, Row{{-524274, 20}, 524304, false},
+        Row{{20, -524273}, 524303, true}, Row{{20, -524274}, 524304, false},
+        Row{{INT_MIN, INT_MIN}, 3, false}, Row{{INT_MAX, 0}, INT_MAX, false}}) {
+    cv::Mat seen = blackPicture(60, 50);
+    TNVContour::drawCircle(seen, row.centre, row.radius, {10, 20, 30}, 1);
+    EXPECT_EQ(cv::countNonZero(seen.reshape(1)) > 0, row.drawn) << row.centre;
+  }
+}
+
+TEST(TNVContour, EllipseIsDrawnSmooth) {
+  for (const cv::RotatedRect& ellipse :
+       {cv::RotatedRect({30.4F, 22.7F}, {40, 20.5F}, 33.3F), cv::RotatedRect({30, 22}, {0, 20}, 0),
+        cv::RotatedRect({55, 45}, {90, 120}, -200)}) {
+    for (const int thickness : {-1, 0, 1, 3, INT_MIN}) {
+      cv::Mat seen = blackPicture(60, 50);
+      TNVContour::drawEllipse(seen, ellipse, {10, 20, 30}, thickness);
+      cv::Mat expected = blackPicture(60, 50);
+      cv::ellipse(expected, ellipse, {10, 20, 30}, thickness, cv::LINE_AA);
+      EXPECT_TRUE(samePixels(expected, seen)) << thickness;
+      EXPECT_GT(cv::countNonZero(seen.reshape(1)), 0);
+    }
+  }
+}
+
+TEST(TNVContour, EllipseBelowNothingOrBeyondAMillionPixelsIsNotDrawn) {
+  struct Row {
+    cv::RotatedRect ellipse;
+    bool drawn;
+  };
+  const auto nan = static_cast<float>(kNaN);
+  // The rim of the large ones runs through x = 30; they reach out to 1048576 and to 1048578.
+  for (const Row& row :
+       {Row{{{30, 20}, {-1, 9}, 0}, false}, Row{{{30, 20}, {9, -1}, 0}, false},
+        Row{{{30, 20}, {nan, 9}, 0}, false}, Row{{{30, 20}, {9, nan}, 0}, false},
+        Row{{{nan, 20}, {9, 9}, 0}, false}, Row{{{30, nan}, {9, 9}, 0}, false},
+        Row{{{-524273, 20}, {1048606, 40}, 0}, true}, Row{{{-524274, 20}, {1048608, 40}, 0}, false},
+        Row{{{30, -524274}, {40, 1048608}, 0}, false}, Row{{{30, 20}, {1e30F, 1e30F}, 0}, false}}) {
+    cv::Mat seen = blackPicture(60, 50);
+    TNVContour::drawEllipse(seen, row.ellipse, {10, 20, 30}, 1);
+    EXPECT_EQ(cv::countNonZero(seen.reshape(1)) > 0, row.drawn) << row.ellipse.center;
+  }
+}
+
+TEST(TNVContour, HostileRoundFiguresAreDrawnInNoTime) {
+  const auto start = std::chrono::steady_clock::now();
+  cv::Mat image = blackPicture(60, 40);
+  for (const double a : kHostile) {
+    for (const double b : kHostile) {
+      const auto x = static_cast<float>(std::clamp(a, -1e30, 1e30));
+      const auto y = static_cast<float>(std::clamp(b, -1e30, 1e30));
+      TNVContour::drawEllipse(image, {{x, y}, {9, 9}, y}, {1, 2, 3}, 1);
+      TNVContour::drawEllipse(image, {{9, 9}, {x, y}, x}, {1, 2, 3}, -1);
+      TNVContour::drawCircle(image, TNVContour::rounded({a, b}), 9, {1, 2, 3}, -1);
+      TNVContour::drawLine(image, TNVContour::rounded({a, b}), {5, 5}, {1, 2, 3}, 3);
+    }
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+TEST(TNVContour, LineThatLeavesThePictureIsDrawnAsItIs) {
+  for (const auto& [from, to] : {std::pair{cv::Point(-900, -800), cv::Point(950, 1000)},
+                                 std::pair{cv::Point(3, 4), cv::Point(1010, -1000)},
+                                 std::pair{cv::Point(-3, 20), cv::Point(-4, 900)}}) {
+    for (const int thickness : {1, 2, 9}) {
+      cv::Mat seen = blackPicture(60, 40);
+      TNVContour::drawLine(seen, from, to, {10, 20, 30}, thickness);
+      cv::Mat expected = blackPicture(60, 40);
+      cv::line(expected, from, to, {10, 20, 30}, thickness, cv::LINE_AA);
+      EXPECT_TRUE(samePixels(expected, seen)) << from << thickness;
+    }
+  }
+}
+
+TEST(TNVContour, LineFromFarAwayKeepsItsCourse) {
+  // Upright, level and diagonal lines stay what they are wherever they are cut.
+  struct Row {
+    cv::Point from;
+    cv::Point to;
+    cv::Point nearFrom;
+    cv::Point nearTo;
+  };
+  for (const Row& row : {Row{{30, INT_MIN}, {30, INT_MAX}, {30, -500}, {30, 500}},
+                         Row{{INT_MAX, 7}, {20, 7}, {500, 7}, {20, 7}},
+                         Row{{-100000, -100000}, {90000, 90000}, {-500, -500}, {500, 500}}}) {
+    for (const int thickness : {1, 2, 5}) {
+      cv::Mat seen = blackPicture(60, 40);
+      TNVContour::drawLine(seen, row.from, row.to, {10, 20, 30}, thickness);
+      cv::Mat expected = blackPicture(60, 40);
+      cv::line(expected, row.nearFrom, row.nearTo, {10, 20, 30}, thickness, cv::LINE_AA);
+      EXPECT_TRUE(samePixels(expected, seen)) << row.from << thickness;
+    }
+  }
+  cv::Mat seen = blackPicture(60, 40);
+  TNVContour::drawLine(seen, {-5000, 3000}, {9000, 3001}, {10, 20, 30}, 2);
+  EXPECT_TRUE(samePixels(blackPicture(60, 40), seen));
+}
+
+TEST(TNVContour, ManyThickLinesFromFarAwayAreDrawnInNoTime) {
+  const auto start = std::chrono::steady_clock::now();
+  cv::Mat image = blackPicture(60, 40);
+  for (int i = 0; i < 10000; ++i)
+    TNVContour::drawLine(image, {i % 60, INT_MIN}, {5, INT_MAX}, {1, 2, 3}, 2);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+namespace {
+
+/// An outline that runs up and down between the two rows, at a new column each time.
+std::vector<cv::Point> zigzag(int corners, int top, int bottom) {
+  std::vector<cv::Point> outline;
+  for (int i = 0; i < corners; ++i)
+    outline.emplace_back(static_cast<int>(std::int64_t{i} * 7919 % 60), i % 2 == 0 ? top : bottom);
+  return outline;
+}
+
+}  // namespace
+
+TEST(TNVContour, OutlineThatCrossesItselfIsFilled) {
+  // 4096 edges over 41 rows, which is below the half second.
+  for (const int corners : {4, 100, 4096}) {
+    const std::vector<cv::Point> outline = zigzag(corners, 0, 40);
+    cv::Mat seen(40, 60, CV_8UC1, cv::Scalar(0));
+    TNVContour::fillContourMask(seen, outline, cv::Scalar(255));
+    cv::Mat expected(40, 60, CV_8UC1, cv::Scalar(0));
+    cv::drawContours(expected, std::vector<std::vector<cv::Point>>{outline}, 0, cv::Scalar(255), -1,
+                     8);
+    EXPECT_TRUE(samePixels(expected, seen)) << corners;
+  }
+}
+
+TEST(TNVContour, LongOutlineThatHardlyCrossesItselfIsFilled) {
+  // The rim of a strip that winds along the rows: 200000 pixels, four edges to a row.
+  std::vector<cv::Point> outline;
+  for (int y = 0; y < 100000; ++y)
+    outline.emplace_back(y % 2, y);
+  for (int y = 100000; y-- > 0;)
+    outline.emplace_back(3 + y % 2, y);
+  cv::Mat mask(100000, 6, CV_8UC1, cv::Scalar(0));
+  TNVContour::fillContourMask(mask, outline, cv::Scalar(255));
+  EXPECT_EQ(cv::countNonZero(mask), 400000);
+}
+
+TEST(TNVContour, OutlineThatWouldTakeMinutesToFillIsLeftOut) {
+  const auto start = std::chrono::steady_clock::now();
+  for (const std::vector<cv::Point>& outline :
+       {zigzag(1000000, 0, 40), zigzag(1000000, 20, 21), zigzag(3000, -1000000, 1000000),
+        zigzag(4, INT_MIN, INT_MAX)}) {
+    cv::Mat mask(40, 60, CV_8UC1, cv::Scalar(9));
+    TNVContour::fillContourMask(mask, outline, cv::Scalar(255));
+    EXPECT_TRUE(samePixels(cv::Mat(40, 60, CV_8UC1, cv::Scalar(9)), mask));
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "marks/TNVMark.h"
+
+/// A path through any number of points, or the outline that it becomes when it is closed.
+class TNVMarkPolyLine : public TNVMark {
+ public:
+  TNVMarkPolyLine();
+  TNVMarkPolyLine(const TNVMarkPolyLine&) = default;
+
+  /// The centre is that of the box around the vertices.
+  TNVMarkPolyLine(const Points& vertices, bool closed);
+  explicit TNVMarkPolyLine(const cv::FileNode& node);
+
+  void write(cv::FileStorage& storage) override;
+
+  /// Takes the points for the vertices. Centre and POIs stay.
+  void fitToPoints(const Points& points, cv::Size imageSize) override;
+
+  void setRelSize(cv::Point2d centre, cv::Point2d newSize, cv::Size imageSize) override;
+  cv::Point2d getRelSize(cv::Size imageSize) const override;
+  int getMinConstructionPoints(bool variant) const override;
+  int getMaxConstructionPoints(bool variant) const override;
+  void draw(cv::Mat& view, cv::Size imageSize, const TNVTypeMarkStyleSet& style,
+            const TNVTypeDrawInfo& info, const Classes& classes, bool designing) override;
+  bool isMouseOver(cv::Point2d point, cv::Size imageSize,
+                   double* distance = nullptr) const override;
+  std::string getTypeName(bool variant) const override;
+  cv::Rect getPixelRect(cv::Size imageSize) const override;
+  Points getContour(cv::Size imageSize) const override;
+  std::vector<std::string> getPOIModes() const override;
+  bool getPOIModeSupportsValue(const std::string& mode) const override;
+  Points getPOIsGenerated(const std::string& mode, cv::Size imageSize, int count) const override;
+  int getPOICountForSize(cv::Size imageSize) const override;
+
+  Points polyPoints;
+  bool closed = false;
+
+ private:
+  void drawEdges(cv::Mat& view, const Points& vertices, const MarkDrawStyle& pen) const;
+};
