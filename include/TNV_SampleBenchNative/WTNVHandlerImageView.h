@@ -7,6 +7,7 @@
 #include "TNV_SampleBenchNative/TNVObserver.h"
 #include "TNV_SampleBenchNative/WTNVCallback.h"
 #include "TNV_SampleBenchNative/WTNVDNNClass.h"
+#include "TNV_SampleBenchNative/WTNVMark.h"
 
 class TNVHandlerImageView;
 
@@ -78,6 +79,37 @@ class TNV_SAMPLEBENCH_API WTNVHandlerImageView : public TNVHandlerImageViewObser
   /// as long as they are set.
   void wSetDrawOnlyDNNs(const std::vector<WTNVDNNClass>& classes);
   std::vector<WTNVDNNClass> wGetDrawOnlyDNNs() const;
+
+  /// Renders the magnifier: a window on the picture with the cross position in its middle, black
+  /// outside the picture. Handed out as by `wGetARImage`, always at the size of the window; the
+  /// pixels stay valid until the next call. Null and zeros, with a log line, without a current
+  /// picture, and where zoom or window size are not positive, too small to show a pixel or out of
+  /// all proportion to the picture.
+  void wGetHelperImage(unsigned char** data, int* width, int* height, int* channels);
+
+  /// Pixels of the magnifier per pixel of the picture; 2 at the start. Stored unchecked.
+  void setHelperZoomLevel(double zoom);
+  double getHelperZoomLevel() const;
+
+  /// Filter of the magnifier by name; an unknown name gives the first one of the list, "Normal".
+  std::vector<std::string> getHelperModes() const;
+  void setHelperMode(const std::string& mode);
+  std::string getHelperMode() const;
+
+  /// Size of the magnifier in pixels; 256 by 256 at the start. Stored unchecked.
+  void setHelperWindowSize(int width, int height);
+  void getHelperWindowSize(int& width, int& height) const;
+
+  /// Whether a white cross marks the middle of the magnifier.
+  void setHelperShowCross(bool show);
+  bool getHelperShowCross() const;
+
+  /// Cuts the mark's box out of the current picture, black outside it, and writes it to
+  /// `directory`, which ends in a slash and is made if it is missing. The extension of `name` gives
+  /// the format; an empty `name` stands for a new, unique one with ".jpg". Returns the path.
+  /// Whether the disk took the file is not checked. Empty text, with a log line, for a null handle,
+  /// a directory that cannot be made, a box without a pixel and an extension that is no format.
+  std::string wSaveROIImage(WTNVMark mark, const std::string& directory, const std::string& name);
 
   /// Functions to call on events; null clears.
   void setCBCrossPositionChanged(void (*callback)());

@@ -106,6 +106,17 @@ class TNV_SAMPLEBENCH_API WTNVHandlerMark : public TNVHandlerMarkObserver {
   /// Adds the mark under design to the current train set and ends the design.
   bool addDesignedMark();
 
+  /// Fits the mark under design to the object that the chosen assist finds in the picture within
+  /// the mark and a quarter of its size around it; may take some ten milliseconds. When something
+  /// was found, the event of a designed mark comes. Otherwise the mark stays as it is, without an
+  /// event: with the assist "None", and, with a log line, without a mark under design, without a
+  /// readable picture, and for a mark that lies off the picture, is too small or covers all of it.
+  void wApplyAssistDesignMark();
+
+  /// Calls for a fresh preview by the event of a designed mark, and does nothing else: no assist
+  /// works on single points.
+  void wApplyAssistLastDesignPoint();
+
   /// The fewest and the most points that a form is constructed from; 0 for an unknown form.
   int getMarkMinConstructionPoints(const std::string& form) const;
   int getMarkMaxConstructionPoints(const std::string& form) const;

@@ -137,6 +137,53 @@ std::vector<WTNVDNNClass> WTNVHandlerImageView::wGetDrawOnlyDNNs() const {
   return tnv::asHandles<WTNVDNNClass>(native->drawOnlyDNNs);
 }
 
+void WTNVHandlerImageView::wGetHelperImage(unsigned char** data, int* width, int* height,
+                                           int* channels) {
+  tnv::handOutPicture(native->getHelperImage(), data, width, height, channels);
+}
+
+void WTNVHandlerImageView::setHelperZoomLevel(double zoom) {
+  native->setHelperZoomLevel(zoom);
+}
+
+double WTNVHandlerImageView::getHelperZoomLevel() const {
+  return native->helper.zoom;
+}
+
+std::vector<std::string> WTNVHandlerImageView::getHelperModes() const {
+  return TNVTypeHelperMode().getNames();
+}
+
+void WTNVHandlerImageView::setHelperMode(const std::string& mode) {
+  native->setHelperMode(mode);
+}
+
+std::string WTNVHandlerImageView::getHelperMode() const {
+  return native->helper.mode.name;
+}
+
+void WTNVHandlerImageView::setHelperWindowSize(int width, int height) {
+  native->setHelperWindowSize(width, height);
+}
+
+void WTNVHandlerImageView::getHelperWindowSize(int& width, int& height) const {
+  width = native->helper.windowWidth;
+  height = native->helper.windowHeight;
+}
+
+void WTNVHandlerImageView::setHelperShowCross(bool show) {
+  native->setHelperShowCross(show);
+}
+
+bool WTNVHandlerImageView::getHelperShowCross() const {
+  return native->helper.showCross;
+}
+
+std::string WTNVHandlerImageView::wSaveROIImage(WTNVMark mark, const std::string& directory,
+                                                const std::string& name) {
+  return native->saveROIImage(mark.getNativeMark(), directory, name);
+}
+
 void WTNVHandlerImageView::setCBCrossPositionChanged(void (*callback)()) {
   crossPositionChanged.set(callback);
 }

@@ -186,6 +186,14 @@ bool WTNVHandlerMark::addDesignedMark() {
   return native->addDesignedMark();
 }
 
+void WTNVHandlerMark::wApplyAssistDesignMark() {
+  native->applyAssistDesignMark();
+}
+
+void WTNVHandlerMark::wApplyAssistLastDesignPoint() {
+  native->applyAssistLastDesignPoint();
+}
+
 int WTNVHandlerMark::getMarkMinConstructionPoints(const std::string& form) const {
   return tnv::minConstructionPoints(form);
 }

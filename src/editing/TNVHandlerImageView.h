@@ -8,6 +8,7 @@
 #include <opencv2/core.hpp>
 
 #include "boundary/TNVNotificator.h"
+#include "editing/HelperView.h"
 #include "editing/TNVType.h"
 
 class TNVDNNClass;
@@ -42,6 +43,20 @@ class TNVHandlerImageView : public TNVNotificator {
   void setDrawMarkFilled(bool filled);
   void setDrawOnlyDNNs(const std::vector<TNVDNNClass*>& classes);
 
+  /// Renders the magnifier around the cross. The result shares the pixels of `helper.image`; it is
+  /// empty if there is nothing to show.
+  cv::Mat getHelperImage();
+  void setHelperZoomLevel(double zoom);
+  void setHelperMode(const std::string& mode);
+  void setHelperWindowSize(int width, int height);
+  void setHelperShowCross(bool show);
+
+  /// Writes the mark's region of the picture to `directory` + `name`, under a name of its own if
+  /// that is empty, and returns the path. Empty, with a log line, if there was nothing to write or
+  /// no way to; a file that the disk refuses goes unnoticed.
+  std::string saveROIImage(const TNVMark* mark, const std::string& directory,
+                           const std::string& name) const;
+
   TNVProject* project = nullptr;
   cv::Mat imgSource;
   cv::Mat imgScaled;
@@ -51,6 +66,7 @@ class TNVHandlerImageView : public TNVNotificator {
   double crossX = 0.5;
   double crossY = 0.5;
   TNVTrainSet* trainSet = nullptr;
+  tnv::HelperView helper;
   TNVTypeMarkStyleSet markStyle = filledStyle();
   TNVTypeDrawInfo markDrawInfo;
   TNVTypeCrossStyle crossStyle;

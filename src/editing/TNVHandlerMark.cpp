@@ -1,9 +1,11 @@
 #include "editing/TNVHandlerMark.h"
 
 #include <algorithm>
+#include <exception>
 #include <limits>
 
 #include "editing/MarkDesign.h"
+#include "editing/TNVAssistGrabCut.h"
 #include "foundation/Log.h"
 #include "marks/TNVMark.h"
 #include "project/TNVDNNClass.h"
@@ -297,6 +299,39 @@ bool TNVHandlerMark::addDesignedMark() {
   destroyDesign();
   notify(&TNVHandlerMarkObserver::onEventMarkAdded);
   return true;
+}
+
+void TNVHandlerMark::applyAssistDesignMark() {
+  if (!trainSet) {
+    tnv::logLine("TNVHandlerMark::applyAssistDesignMark: TrainSet is nullptr!");
+    return;
+  }
+  if (assist.name != "GrabCut") return;
+  if (!markDesigned) {
+    tnv::logLine("TNVHandlerMark::applyAssistDesignMark: No mark designed!");
+    return;
+  }
+  try {
+    const Points outline = assistedOutline();
+    if (outline.size() <= 1) return;
+    markDesigned->fitToPoints(outline, trainSet->getImageSize());
+  } catch (const std::exception&) {
+    tnv::logLine("TNVHandlerMark::applyAssistDesignMark: Can not apply assist on this mark!");
+    return;
+  }
+  notify(&TNVHandlerMarkObserver::onEventMarkDesigned);
+}
+
+TNVHandlerMark::Points TNVHandlerMark::assistedOutline() const {
+  const cv::Size imageSize = trainSet->getImageSize();
+  const cv::Point2d size = markDesigned->getRelSize(imageSize);
+  const cv::Point2d topLeft = markDesigned->center - size * 0.5;
+  return TNVAssistGrabCut().apply({topLeft, cv::Size2d(size)}, trainSet->getImage(),
+                                  markDesigned->getContour(imageSize));
+}
+
+void TNVHandlerMark::applyAssistLastDesignPoint() {
+  notify(&TNVHandlerMarkObserver::onEventMarkDesigned);
 }
 
 void TNVHandlerMark::takePOISizeFromProject(TNVMark& mark) {

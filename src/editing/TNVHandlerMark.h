@@ -66,6 +66,13 @@ class TNVHandlerMark : public TNVNotificator {
   bool designMark(const Points& points, const std::string& form, const Classes& classes);
   bool addDesignedMark();
 
+  /// Fits the designed mark to the object that the current assist finds. If it finds none, the mark
+  /// stays as it is, without an event.
+  void applyAssistDesignMark();
+
+  /// No assist works on single points yet; the preview is called for all the same.
+  void applyAssistLastDesignPoint();
+
   Classes dnnClassesSelected;
   TNVProject* project = nullptr;
   TNVTrainSet* trainSet = nullptr;
@@ -82,6 +89,7 @@ class TNVHandlerMark : public TNVNotificator {
   Marks marksWith(const std::string& operation, bool TNVMark::*flag) const;
   void destroyDesign();
   void takePOISizeFromProject(TNVMark& mark);
+  Points assistedOutline() const;
 
   /// The train set whose `designedMark` is `markDesigned`.
   TNVTrainSet* designedOn = nullptr;

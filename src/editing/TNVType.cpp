@@ -59,7 +59,8 @@ TNVTypeHelperMode::TNVTypeHelperMode(std::string rowName, int rowValue) : value(
 
 std::vector<TNVTypeHelperMode> TNVTypeHelperMode::getTypes() const {
   using Row = TNVTypeHelperMode;
-  return {Row("Normal", 1), Row("Gray", 2), Row("Improve", 3), Row("Edge", 4), Row("Edge x2", 5)};
+  return {Row("Normal", kNormal), Row("Gray", kGray), Row("Improve", kImprove), Row("Edge", kEdge),
+          Row("Edge x2", kEdgeDoubled)};
 }
 
 TNVTypeCrossStyle::TNVTypeCrossStyle()

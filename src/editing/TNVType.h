@@ -80,7 +80,9 @@ class TNVTypeDrawInfo final : public TNVType<TNVTypeDrawInfo> {
 /// Filters of the magnifier.
 class TNVTypeHelperMode final : public TNVType<TNVTypeHelperMode> {
  public:
-  explicit TNVTypeHelperMode(std::string rowName = "Normal", int rowValue = 1);
+  enum Value { kNormal = 1, kGray, kImprove, kEdge, kEdgeDoubled };
+
+  explicit TNVTypeHelperMode(std::string rowName = "Normal", int rowValue = kNormal);
   std::vector<TNVTypeHelperMode> getTypes() const override;
 
   int value;

@@ -287,6 +287,7 @@ cv::Mat resizedCrop(const cv::Mat& source, cv::Point centre, cv::Size target, do
   const int height = tnv::roundToInt(target.height / zoom);
   const cv::Rect window(tnv::subtractSaturated(centre.x, width / 2),
                         tnv::subtractSaturated(centre.y, height / 2), width, height);
+  checkCropSize(source, target);
   cv::Mat shown;
   cv::resize(cropWithBorder(source, window, cv::Scalar()), shown, target, 0, 0, cv::INTER_LINEAR);
   return shown;

@@ -47,7 +47,8 @@ void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour, const
 cv::Mat cropWithBorder(const cv::Mat& source, const cv::Rect& rect, const cv::Scalar& fill);
 
 /// What a window of the size `target` shows at that zoom around `centre`, black outside the
-/// picture.
+/// picture. A window or a zoom that leaves nothing to show, or is out of all proportion to the
+/// picture, throws a `cv::Exception`.
 cv::Mat resizedCrop(const cv::Mat& source, cv::Point centre, cv::Size target, double zoom);
 
 /// Scales so that the columns (`byWidth`) or the rows get exactly that length, by pyramid steps and

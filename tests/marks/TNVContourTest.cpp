@@ -254,6 +254,12 @@ TEST(TNVContour, ResizedCropWithoutAZoomIsRefused) {
   }
 }
 
+TEST(TNVContour, ResizedCropToAHugeWindowIsRefused) {
+  const cv::Mat picture = patternedPicture(40, 30);
+  EXPECT_THROW(TNVContour::resizedCrop(picture, {20, 15}, {100'000, 100'000}, 1e4), cv::Exception);
+  EXPECT_THROW(TNVContour::resizedCrop(picture, {20, 15}, {INT_MAX, INT_MAX}, 1e9), cv::Exception);
+}
+
 namespace {
 
 /// The picture after that many pyramid steps, down for a negative number, and a last linear step.
