@@ -5,9 +5,11 @@
 
 #include <opencv2/core.hpp>
 
+#include "CropCommand.h"
 #include "DemoCommand.h"
 #include "GenerateCommand.h"
 #include "ImportCommand.h"
+#include "MagnifyCommand.h"
 #include "MarkCommand.h"
 #include "Numbers.h"
 #include "ProjectCommands.h"
@@ -32,6 +34,20 @@ constexpr auto footer =
     "Exit codes: 0 done, 1 the command failed (the message says what to do), 2 wrong usage, "
     "130 interrupted.";
 
+constexpr auto formsHelp =
+    "Forms and their points:\n"
+    "  Rect              two opposite corners\n"
+    "  Rect Center       the centre and a corner\n"
+    "  Circle            the centre and a point on the rim\n"
+    "  Circle Multiple   3 to 99 points on the rim\n"
+    "  Ellipse           the centre, the end of one half axis, a point as far off as the other\n"
+    "  Ellipse Multiple  5 to 99 points on the rim\n"
+    "  Line              the two ends\n"
+    "  Point             the place\n"
+    "  PolyLine          3 to 999 points of a path\n"
+    "  PolyLine Closed   3 to 999 corners of an outline\n"
+    "  Image             any point: nearly the whole picture is marked";
+
 // All that can be given on the command line, and the command that was chosen.
 struct Request {
   Locations locations;
@@ -42,6 +58,8 @@ struct Request {
   ImportOptions import;
   MarkOptions mark;
   RenderOptions render;
+  MagnifyOptions magnify;
+  CropOptions crop;
   GenerateOptions generate;
   DemoOptions demo;
   std::function<void(Output&)> run;
@@ -140,14 +158,17 @@ void addMark(CLI::App& app, Request& request) {
       "Marks an object on a picture, or many from a list: one mark a line, picture, form, class "
       "and points with tabs between them, the points \"x,y\" with blanks.",
       "mark parts photo.jpg Rect 0.1,0.2 0.4,0.5 --class screw\n  samplebench mark parts --list "
-      "marks.txt");
+      "marks.txt\n\n" +
+          std::string(formsHelp));
   addProjectArgument(*command, options.project);
   command->add_option("PICTURE", options.picture, "path, or file name if there is only one");
-  command->add_option("FORM", options.form, "form of the mark: Rect, Rect Center or Image");
+  command->add_option("FORM", options.form, "form of the mark, see below");
   command->add_option("POINT", options.points, "points x,y, 0 to 1 from the top left");
   command->add_option("--class", options.className, "class of the mark");
   command->add_option("--list", options.list, "file with many marks");
   command->add_flag("--pixels", options.pixels, "points are in pixels of the picture");
+  command->add_flag("--assist", options.assist,
+                    "let each mark snap to the outline of the object under it");
   command->callback([&request] {
     requireOneKindOfMark(request.mark);
     request.run = [&](Output& output) { runMark(request.locations, request.mark, output); };
@@ -188,6 +209,44 @@ void addRender(CLI::App& app, Request& request) {
   addRenderLook(*command, options);
   command->callback([&request] {
     request.run = [&](Output& output) { runRender(request.locations, request.render, output); };
+  });
+}
+
+void addMagnify(CLI::App& app, Request& request) {
+  auto& options = request.magnify;
+  auto* command = addCommand(
+      app, "magnify", "Writes the neighbourhood of a spot of a picture, enlarged, to a file.",
+      "magnify parts photo.jpg --at 0.3,0.7 --zoom 8 -o spot.png");
+  addProjectArgument(*command, options.project);
+  command->add_option("PICTURE", options.picture, "path, or file name if there is only one")
+      ->required();
+  command->add_option("--at", options.at, "the spot, x,y from 0 to 1")->required();
+  command->add_option("-o,--output", options.file, "file to write, like spot.png")->required();
+  command->add_option("--zoom", options.zoom, "pixels per pixel of the picture")
+      ->check(numberBetween(smallestZoom, largestMagnification))
+      ->capture_default_str();
+  command->add_option("--mode", options.mode, "filter: Normal, Gray, Improve, Edge or Edge x2")
+      ->capture_default_str();
+  command->add_option("--size", options.size, "size of the file's picture, WIDTHxHEIGHT")
+      ->capture_default_str();
+  command->add_flag("!--no-cross", options.cross, "do not draw the cross at the spot");
+  command->callback([&request] {
+    request.run = [&](Output& output) { runMagnify(request.locations, request.magnify, output); };
+  });
+}
+
+void addCrop(CLI::App& app, Request& request) {
+  auto& options = request.crop;
+  auto* command = addCommand(app, "crop",
+                             "Writes what lies under each mark of a picture to a file of its own, "
+                             "and prints the files.",
+                             "crop parts photo.jpg -o cut/");
+  addProjectArgument(*command, options.project);
+  command->add_option("PICTURE", options.picture, "path, or file name if there is only one")
+      ->required();
+  command->add_option("-o,--output", options.directory, "directory to write to")->required();
+  command->callback([&request] {
+    request.run = [&](Output& output) { runCrop(request.locations, request.crop, output); };
   });
 }
 
@@ -268,6 +327,8 @@ void addCommands(CLI::App& app, Request& request) {
   addMark(app, request);
   addList(app, request);
   addRender(app, request);
+  addMagnify(app, request);
+  addCrop(app, request);
   addGenerate(app, request);
   addDemo(app, request);
 }

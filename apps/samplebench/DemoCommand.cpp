@@ -176,7 +176,7 @@ void buildProject(const Locations& locations, const DemoOptions& options, const 
   if (!options.pictures.empty()) markAsWhole(*project, material, output);
   saveProject(*project, true);
   output.note("marking " + counted(material.marks.size(), "object"));
-  addMarks(*project, material.marks, PointUnit::relative, output);
+  addMarks(*project, material.marks, {}, output);
   saveProject(*project, true);
 }
 

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "CommandError.h"
+#include "DesignedMark.h"
 #include "Editor.h"
 
 namespace {
@@ -26,12 +27,6 @@ void checkPointCount(const WTNVHandlerMark& marks, const MarkRequest& request) {
                                      : std::to_string(fewest) + " to " + std::to_string(most);
   throw CommandError("form '" + request.form + "' takes " + wanted + " points, not " +
                      std::to_string(count));
-}
-
-void checkArea(const std::vector<Point>& points) {
-  if (points.size() != 2) return;
-  if (points[0].x == points[1].x || points[0].y == points[1].y)
-    throw CommandError("the points enclose no area; give two that differ in both directions");
 }
 
 void checkWithinPicture(const std::vector<Point>& points) {
@@ -55,13 +50,6 @@ std::vector<Point> relativePoints(const std::vector<Point>& points, const Editor
   return relative;
 }
 
-std::vector<std::vector<double>> pairs(const std::vector<Point>& points) {
-  std::vector<std::vector<double>> result;
-  for (const auto& point : points)
-    result.push_back({point.x, point.y});
-  return result;
-}
-
 // Puts the place in the list before the reason.
 template <typename Function>
 auto named(const MarkRequest& request, Function function) {
@@ -72,25 +60,17 @@ auto named(const MarkRequest& request, Function function) {
   }
 }
 
-// The library has names of forms that no mark can be made in yet.
-std::vector<std::string> usableForms(const WTNVHandlerMark& marks) {
-  std::vector<std::string> forms;
-  for (const auto& form : marks.getAvailableMarkForms())
-    if (marks.getMarkMaxConstructionPoints(form) > 0) forms.push_back(form);
-  return forms;
-}
-
 std::vector<Job> checkedJobs(const WTNVProject& project, const std::vector<PictureRecord>& pictures,
                              const WTNVHandlerMark& marks, const std::vector<MarkRequest>& requests,
                              PointUnit unit) {
   const PictureIndex index(pictures);
-  const auto forms = usableForms(marks);
+  const auto forms = marks.getAvailableMarkForms();
   std::vector<Job> jobs;
   for (const auto& request : requests) {
     jobs.push_back(named(request, [&] {
       requireChoice("form", request.form, forms);
       checkPointCount(marks, request);
-      checkArea(request.points);
+      checkExtent(request.form, request.points);
       if (unit == PointUnit::relative) checkWithinPicture(request.points);
       return Job{&request, index.find(request.picture), findClass(project, request.className)};
     }));
@@ -98,14 +78,12 @@ std::vector<Job> checkedJobs(const WTNVProject& project, const std::vector<Pictu
   return jobs;
 }
 
-void addMark(Editor& editor, const Job& job, PointUnit unit) {
+// Returns false if the assist left the mark as it was given.
+bool addMark(Editor& editor, const Job& job, const MarkManner& manner) {
   const auto& request = *job.request;
   const auto points =
-      unit == PointUnit::pixels ? relativePoints(request.points, editor) : request.points;
-  const auto design = designFor(request.form, points);
-  const auto added = editor.marks.designMark(pairs(design.points), design.form, {job.dnnClass}) &&
-                     editor.marks.addDesignedMark();
-  if (!added) throw CommandError("the mark cannot be made from these points");
+      manner.unit == PointUnit::pixels ? relativePoints(request.points, editor) : request.points;
+  return addDesigned(editor, designFor(request.form, points), job.dnnClass, manner.assist);
 }
 
 std::vector<MarkRequest> requestsFromFile(const std::string& fileName) {
@@ -132,20 +110,11 @@ std::size_t pictureCount(const std::vector<Job>& jobs) {
 
 }  // namespace
 
-Design designFor(const std::string& form, const std::vector<Point>& points) {
-  // A rectangle designed by its centre is of a type that cannot be read back from disk.
-  if (form == "Rect Center") {
-    const auto [center, corner] = std::pair(points.at(0), points.at(1));
-    return {"Rect", {{2 * center.x - corner.x, 2 * center.y - corner.y}, corner}};
-  }
-  return {form, points};
-}
-
-std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& requests, PointUnit unit,
-                     Output& output) {
+std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& requests,
+                     const MarkManner& manner, Output& output) {
   const auto pictures = readPictures(project, output);
   Editor editor(project);
-  auto jobs = checkedJobs(project, pictures, editor.marks, requests, unit);
+  auto jobs = checkedJobs(project, pictures, editor.marks, requests, manner.unit);
   // Each picture is bound once: to bind one means to read it.
   std::stable_sort(jobs.begin(), jobs.end(),
                    [](const Job& a, const Job& b) { return a.picture < b.picture; });
@@ -154,7 +123,9 @@ std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& reque
     named(*job.request, [&] {
       if (job.picture != bound) editor.goTo(job.picture);
       bound = job.picture;
-      addMark(editor, job, unit);
+      if (!addMark(editor, job, manner))
+        output.note(job.request->where +
+                    "the assist found no outline; the mark is as it was given");
     });
   }
   return pictureCount(jobs);
@@ -163,8 +134,8 @@ std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& reque
 void runMark(const Locations& locations, const MarkOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   const auto requests = requestsFor(options);
-  const auto unit = options.pixels ? PointUnit::pixels : PointUnit::relative;
-  const auto pictures = addMarks(*project, requests, unit, output);
+  const MarkManner manner{options.pixels ? PointUnit::pixels : PointUnit::relative, options.assist};
+  const auto pictures = addMarks(*project, requests, manner, output);
   saveProject(*project, false);
   output.data() << counted(requests.size(), "mark") << " added on " << counted(pictures, "picture")
                 << '\n';

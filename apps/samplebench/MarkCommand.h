@@ -14,6 +14,7 @@ struct MarkOptions {
   std::vector<std::string> points;
   std::string list;
   bool pixels = false;
+  bool assist = false;
 };
 
 /// Marks one picture, or all that a list names, and saves. Nothing is saved if one mark will not
@@ -22,14 +23,12 @@ void runMark(const Locations& locations, const MarkOptions& options, Output& out
 
 enum class PointUnit { relative, pixels };
 
-/// Adds the marks in memory; all are checked first. Returns how many pictures they lie on.
-std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& requests, PointUnit unit,
-                     Output& output);
-
-/// The form and the points to design a mark with that has the form and the points that were asked
-/// for, for the two differ: see the definition.
-struct Design {
-  std::string form;
-  std::vector<Point> points;
+struct MarkManner {
+  PointUnit unit = PointUnit::relative;
+  /// Whether each mark snaps to the object under it before it is added.
+  bool assist = false;
 };
-Design designFor(const std::string& form, const std::vector<Point>& points);
+
+/// Adds the marks in memory; all are checked first. Returns how many pictures they lie on.
+std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& requests,
+                     const MarkManner& manner, Output& output);

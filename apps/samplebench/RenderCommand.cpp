@@ -1,12 +1,9 @@
 #include "RenderCommand.h"
 
-#include <filesystem>
-
-#include <opencv2/imgcodecs.hpp>
-
 #include "CommandError.h"
 #include "Editor.h"
 #include "Numbers.h"
+#include "PictureFile.h"
 
 namespace {
 
@@ -41,31 +38,6 @@ void zoom(WTNVHandlerImageView& view, const RenderOptions& options) {
                        "; give a larger size");
 }
 
-cv::Mat rendered(WTNVHandlerImageView& view) {
-  unsigned char* data = nullptr;
-  int width = 0;
-  int height = 0;
-  int channels = 0;
-  view.wGetARImage(&data, &width, &height, &channels);
-  if (data == nullptr) throw CommandError("the picture cannot be rendered");
-  return {height, width, CV_8UC(channels), data};
-}
-
-void requireWritable(const std::string& file, const std::vector<PictureRecord>& pictures) {
-  if (!cv::haveImageWriter(file))
-    throw CommandError("'" + file + "' is of no format that can be written; use .png or .jpg");
-  for (const auto& picture : pictures) {
-    std::error_code error;
-    if (std::filesystem::equivalent(file, picture.path, error))
-      throw CommandError("'" + file + "' is a picture of the project; choose another file");
-  }
-}
-
-void writePicture(const std::string& file, const cv::Mat& picture) {
-  if (!cv::imwrite(file, picture))
-    throw CommandError("'" + file + "' cannot be written; see that its directory exists");
-}
-
 }  // namespace
 
 void renderPicture(WTNVProject& project, const RenderOptions& options, Output& output) {
@@ -78,7 +50,7 @@ void renderPicture(WTNVProject& project, const RenderOptions& options, Output& o
   editor.goTo(place);
   zoom(editor.view, options);
   editor.view.wSetCrossPosition(cross.x, cross.y);
-  const auto picture = rendered(editor.view);
+  const auto picture = pictureFrom([&](auto... parts) { editor.view.wGetARImage(parts...); });
   writePicture(options.file, picture);
   output.data() << "wrote " << options.file << " (" << picture.cols << "x" << picture.rows
                 << " pixels, " << counted(editor.marks.getMarkCount(), "mark") << ")\n";

@@ -2,9 +2,15 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <string_view>
 
+#include "marks/TNVMarkCircle.h"
+#include "marks/TNVMarkEllipse.h"
 #include "marks/TNVMarkImage.h"
+#include "marks/TNVMarkLine.h"
+#include "marks/TNVMarkPoint.h"
+#include "marks/TNVMarkPolyLine.h"
 #include "marks/TNVMarkRect.h"
 
 namespace tnv {
@@ -29,7 +35,15 @@ MarkPointer makeKind() {
 constexpr Form kForms[] = {
     {"Rect", false, makeKind<TNVMarkRect>},
     {"Rect Center", true, makeKind<TNVMarkRect>},
+    {"Point", false, makeKind<TNVMarkPoint>},
     {"Image", false, makeKind<TNVMarkImage>},
+    {"Circle", false, makeKind<TNVMarkCircle>},
+    {"Circle Multiple", true, makeKind<TNVMarkCircle>},
+    {"Line", false, makeKind<TNVMarkLine>},
+    {"PolyLine", false, makeKind<TNVMarkPolyLine>},
+    {"PolyLine Closed", true, makeKind<TNVMarkPolyLine>},
+    {"Ellipse", false, makeKind<TNVMarkEllipse>},
+    {"Ellipse Multiple", true, makeKind<TNVMarkEllipse>},
 };
 
 /// How a form with a number of points becomes a mark; the first row that fits is taken.
@@ -53,10 +67,61 @@ MarkPointer designImage(const Points&, cv::Size) {
   return mark;
 }
 
+MarkPointer designPoint(const Points& points, cv::Size) {
+  return std::make_unique<TNVMarkPoint>(points[0]);
+}
+
+MarkPointer designCircle(const Points& points, cv::Size) {
+  return std::make_unique<TNVMarkCircle>(points[0], points[1]);
+}
+
+MarkPointer fitCircle(const Points& points, cv::Size imageSize) {
+  return std::make_unique<TNVMarkCircle>(points, imageSize);
+}
+
+MarkPointer designLine(const Points& points, cv::Size) {
+  return std::make_unique<TNVMarkLine>(points[0], points[1]);
+}
+
+template <bool Closed>
+MarkPointer designPolyLine(const Points& points, cv::Size) {
+  return std::make_unique<TNVMarkPolyLine>(points, Closed);
+}
+
+MarkPointer designEllipse(const Points& points, cv::Size) {
+  return std::make_unique<TNVMarkEllipse>(points[0], points[1], points[2]);
+}
+
+MarkPointer fitEllipse(const Points& points, cv::Size imageSize) {
+  return std::make_unique<TNVMarkEllipse>(points, imageSize);
+}
+
+/// The last point is where the cursor is: the mark is built from the others.
+template <MarkPointer (*Build)(const Points&, cv::Size)>
+MarkPointer withoutCursor(const Points& points, cv::Size imageSize) {
+  MarkPointer mark = Build(Points(points.begin(), points.end() - 1), imageSize);
+  mark->designPoint = points.back();
+  return mark;
+}
+
+constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
+
 constexpr Design kDesigns[] = {
     {"Rect", 2, 2, designRect<false>},
     {"Rect Center", 2, 2, designRect<true>},
+    {"Point", 1, 1, designPoint},
     {"Image", 1, 1, designImage},
+    {"Circle", 2, 2, designCircle},
+    {"Circle Multiple", 3, 3, fitCircle},
+    {"Circle Multiple", 4, kAnyNumber, withoutCursor<fitCircle>},
+    {"Line", 2, 2, designLine},
+    {"PolyLine", 2, 2, designPolyLine<false>},
+    {"PolyLine", 3, kAnyNumber, withoutCursor<designPolyLine<false>>},
+    {"PolyLine Closed", 2, 2, designPolyLine<true>},
+    {"PolyLine Closed", 3, kAnyNumber, withoutCursor<designPolyLine<true>>},
+    {"Ellipse", 3, kAnyNumber, designEllipse},
+    {"Ellipse Multiple", 5, 5, fitEllipse},
+    {"Ellipse Multiple", 6, kAnyNumber, withoutCursor<fitEllipse>},
 };
 
 const Form* findForm(const std::string& name) {

@@ -84,8 +84,8 @@ class Neighbourhood {
 int coreKernelSide(cv::Size2d box, cv::Size picture) {
   // From here on a kernel covers the picture from each of its pixels; none has to be larger.
   const int largest = 2 * std::max(picture.width, picture.height) + 1;
-  const double smaller = std::clamp(std::min(box.width, box.height), 0.0,
-                                    static_cast<double>(kCoreDivisor) * largest);
+  const double smaller =
+      std::clamp(std::min(box.width, box.height), 0.0, static_cast<double>(kCoreDivisor) * largest);
   return tnv::truncateToInt(smaller) / kCoreDivisor;
 }
 

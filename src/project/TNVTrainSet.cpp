@@ -8,7 +8,12 @@
 #include "foundation/Log.h"
 #include "foundation/TNVDirectory.h"
 #include "foundation/XmlStorage.h"
+#include "marks/TNVMarkCircle.h"
+#include "marks/TNVMarkEllipse.h"
 #include "marks/TNVMarkImage.h"
+#include "marks/TNVMarkLine.h"
+#include "marks/TNVMarkPoint.h"
+#include "marks/TNVMarkPolyLine.h"
 #include "marks/TNVMarkRect.h"
 
 namespace {
@@ -27,8 +32,10 @@ MarkPointer readKind(const cv::FileNode& node) {
 
 /// The kinds that come back from a file.
 constexpr ReadableKind kReadableKinds[] = {
-    {"Rect", readKind<TNVMarkRect>},
-    {"Image", readKind<TNVMarkImage>},
+    {"Rect", readKind<TNVMarkRect>},       {"Point", readKind<TNVMarkPoint>},
+    {"Circle", readKind<TNVMarkCircle>},   {"Image", readKind<TNVMarkImage>},
+    {"Line", readKind<TNVMarkLine>},       {"PolyLine", readKind<TNVMarkPolyLine>},
+    {"Ellipse", readKind<TNVMarkEllipse>},
 };
 
 using CopyKind = MarkPointer (*)(const TNVMark& source);
@@ -42,7 +49,8 @@ MarkPointer copyKind(const TNVMark& source) {
 /// The kinds that a record adopts, tried in this order. A whole-image mark is a rectangle too and
 /// is adopted as one.
 constexpr CopyKind kAdoptedKinds[] = {
-    copyKind<TNVMarkRect>,
+    copyKind<TNVMarkRect>, copyKind<TNVMarkPoint>,    copyKind<TNVMarkCircle>,
+    copyKind<TNVMarkLine>, copyKind<TNVMarkPolyLine>, copyKind<TNVMarkEllipse>,
 };
 
 MarkPointer readMark(const cv::FileNode& node) {

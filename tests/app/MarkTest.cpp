@@ -1,4 +1,8 @@
 #include <filesystem>
+#include <sstream>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include "ProgramRunner.h"
 #include "support/Pictures.h"
@@ -28,7 +32,7 @@ TEST_F(ProgramMark, RefusesWhatWillNotDoAndSavesNothing) {
   };
   const std::vector<Row> rows{
       {{"c.png", "Rect", "0,0", "1,1", "--class", "nut"}, "no picture 'c.png'"},
-      {{"a.png", "rect", "0,0", "1,1", "--class", "nut"}, "choose from: Image, Rect, Rect Center"},
+      {{"a.png", "rect", "0,0", "1,1", "--class", "nut"}, "choose from: Circle, Circle Multiple"},
       {{"a.png", "Rect", "0,0", "1,1", "--class", "bolt"}, "choose from: screw, nut"},
       {{"a.png", "Rect", "0,0", "--class", "nut"}, "takes 2 points, not 1"},
       {{"a.png", "Rect", "0,0", "1,1", "0,1", "--class", "nut"}, "takes 2 points, not 3"},
@@ -130,6 +134,104 @@ TEST_F(ProgramMark, ALabelWithoutANameStopsTheScript) {
   EXPECT_NE(result.exitCode, 0);
   EXPECT_EQ(result.out, "");
   EXPECT_NE(result.err.find("a.txt:2: no name for class 7"), std::string::npos) << result.err;
+}
+
+}  // namespace
+
+namespace {
+
+class ProgramForms : public ProgramMark {
+ protected:
+  /// The label of picture a.png in pixels of its 128 by 64: centre x, y, width, height.
+  cv::Vec4d labelOfGeneratedSet() const {
+    succeed({"generate", "parts", "--output", "set"});
+    std::istringstream label(readFile(place / "set/images/img_0.txt"));
+    int number = -1;
+    cv::Vec4d box;
+    label >> number >> box[0] >> box[1] >> box[2] >> box[3];
+    EXPECT_FALSE(label.fail());
+    return box.mul(cv::Vec4d(128, 64, 128, 64));
+  }
+};
+
+TEST_F(ProgramForms, AllElevenAreMadeAndComeBack) {
+  struct Row {
+    std::string form;
+    std::string points;
+    // Centre and size of the label in pixels, by hand.
+    cv::Vec4d box;
+    double tolerance;
+  };
+  // Points at 0, 72, 144, 216 and 288 degrees of a circle of 16 pixels around 64, 32.
+  const std::string five =
+      "80,32 68.944272,47.216904 51.055728,41.404564 51.055728,22.595436 "
+      "68.944272,16.783096";
+  const std::vector<Row> rows{
+      {"Rect", "32,16 96,48", {64, 32, 64, 32}, 1},
+      {"Rect Center", "64,32 96,48", {64, 32, 64, 32}, 1},
+      {"Point", "50,20", {50, 20, 0, 0}, 1},
+      {"Image", "1,1", {64, 32, 115.2, 57.6}, 1},
+      {"Circle", "64,32 64,48", {64, 32, 32, 32}, 1},
+      {"Circle Multiple", five, {64, 32, 32, 32}, 1},
+      {"Line", "32,16 96,48", {64, 32, 65, 33}, 1},
+      {"PolyLine", "32,16 96,48 40,40", {64, 32, 65, 33}, 1},
+      {"PolyLine Closed", "32,16 96,48 40,40", {64, 32, 65, 33}, 1},
+      {"Ellipse", "64,32 96,32 64,48", {64, 32, 65, 33}, 1},
+      // The vote for the size counts in steps of two pixels and lies one off.
+      {"Ellipse Multiple", five, {64, 32, 34, 34}, 3}};
+  for (const auto& [form, points, box, tolerance] : rows) {
+    place.write("marks.txt", "a.png\t" + form + "\tnut\t" + points + "\n");
+    succeed({"mark", "parts", "--list", "marks.txt", "--pixels"});
+    const auto label = labelOfGeneratedSet();
+    EXPECT_LE(cv::norm(label, box, cv::NORM_INF), tolerance) << form << " " << label;
+    std::filesystem::remove_all(place / "projects");
+    succeed({"create", "parts"});
+    succeed({"class", "add", "parts", "screw", "nut"});
+    succeed({"import", "parts", "day1", "photos"});
+  }
+}
+
+TEST_F(ProgramForms, RefusesPointsWithoutExtent) {
+  struct Row {
+    std::string form;
+    std::string points;
+    std::string message;
+  };
+  const std::vector<Row> rows{
+      {"Circle", "0.5,0.5 0.5,0.5", "all lie at one place"},
+      {"Line", "0.5,0.5 0.5,0.5", "all lie at one place"},
+      {"PolyLine", "0.5,0.5 0.5,0.5 0.5,0.5", "all lie at one place"},
+      {"Ellipse", "0.5,0.5 0.7,0.5 0.5,0.5", "an axis of the ellipse has no length"},
+      {"Ellipse Multiple", "0.5,0.5 0.5,0.5 0.5,0.5 0.5,0.5 0.6,0.5", "fits these points"},
+      {"Circle Multiple", "0.1,0.1 0.2,0.2 0.3,0.3", "fits these points"},
+      {"Circle Multiple", "0.1,0.1 0.2,0.2", "takes 3 to 99 points, not 2"}};
+  for (const auto& [form, points, message] : rows) {
+    place.write("marks.txt", "a.png\t" + form + "\tnut\t" + points + "\n");
+    fail({"mark", "parts", "--list", "marks.txt"}, message);
+  }
+  EXPECT_TRUE(hasMarks("0 marks"));
+}
+
+TEST_F(ProgramForms, TheAssistSnapsToTheObject) {
+  cv::Mat picture = cv::Mat::zeros(64, 128, CV_8UC3);
+  cv::randu(picture, cv::Scalar::all(20), cv::Scalar::all(70));
+  cv::circle(picture, {64, 32}, 16, {40, 90, 220}, cv::FILLED, cv::LINE_AA);
+  cv::imwrite(place / "photos/a.png", picture);
+  // Four pixels too far on all sides.
+  place.write("marks.txt", "a.png\tRect\tnut\t44,12 84,52\n");
+  EXPECT_EQ(succeed({"mark", "parts", "--list", "marks.txt", "--pixels", "--assist"}),
+            "1 mark added on 1 picture\n");
+  const auto label = labelOfGeneratedSet();
+  // The box was 8 pixels too large; what is sure to be object may be a little small.
+  EXPECT_LE(cv::norm(label, cv::Vec4d(64, 32, 33, 33), cv::NORM_INF), 5) << label;
+}
+
+TEST_F(ProgramForms, AnAssistThatFindsNothingLeavesTheMarkAndSaysSo) {
+  const auto result =
+      run({"mark", "parts", "a.png", "Point", "0.5,0.5", "--class", "nut", "--assist"});
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_NE(result.err.find("the mark is as it was given"), std::string::npos) << result.err;
+  EXPECT_TRUE(hasMarks("1 mark"));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "CommandError.h"
 #include "DemoPictures.h"
+#include "DesignedMark.h"
 #include "LogFilter.h"
 #include "MarkCommand.h"
 #include "MarkList.h"

@@ -67,9 +67,9 @@ TEST_F(Assist, FitsTheDesignedMarkToTheBoxOfTheOutline) {
   designRoughBox();
   const int tag = designed().changeTag;
   cv::setRNGSeed(1);
-  const auto outline = TNVAssistGrabCut().apply(
-      {0.3, 56.0 / kHeight, 0.4, 128.0 / kHeight}, scene.picture,
-      {{96, 56}, {224, 56}, {224, 184}, {96, 184}});
+  const auto outline =
+      TNVAssistGrabCut().apply({0.3, 56.0 / kHeight, 0.4, 128.0 / kHeight}, scene.picture,
+                               {{96, 56}, {224, 56}, {224, 184}, {96, 184}});
   const cv::Rect2d box = TNVContour::boundingRectOfPoints(outline);
   cv::setRNGSeed(1);
   wrapper.wApplyAssistDesignMark();

@@ -1,11 +1,18 @@
 #include "editing/MarkDesign.h"
 
+#include <cmath>
 #include <memory>
+#include <stdexcept>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "marks/TNVMarkCircle.h"
+#include "marks/TNVMarkEllipse.h"
 #include "marks/TNVMarkImage.h"
+#include "marks/TNVMarkLine.h"
+#include "marks/TNVMarkPoint.h"
+#include "marks/TNVMarkPolyLine.h"
 #include "marks/TNVMarkRect.h"
 #include "support/LogCapture.h"
 #include "support/OpenProject.h"
@@ -49,8 +56,20 @@ TEST_F(MarkDesignTest, FormsAskForTheirNumberOfPoints) {
     int fewest;
     int most;
   };
-  for (const Row& row : {Row{"Rect", 2, 2}, Row{"Rect Center", 2, 2}, Row{"Image", 1, 1},
-                         Row{"rect", 0, 0}, Row{"", 0, 0}, Row{"Spiral", 0, 0}}) {
+  for (const Row& row : {Row{"Rect", 2, 2},
+                         {"Rect Center", 2, 2},
+                         {"Point", 1, 1},
+                         {"Image", 1, 1},
+                         {"Circle", 2, 2},
+                         {"Circle Multiple", 3, 99},
+                         {"Line", 2, 2},
+                         {"PolyLine", 3, 999},
+                         {"PolyLine Closed", 3, 999},
+                         {"Ellipse", 3, 3},
+                         {"Ellipse Multiple", 5, 99},
+                         {"rect", 0, 0},
+                         {"", 0, 0},
+                         {"Spiral", 0, 0}}) {
     EXPECT_EQ(row.fewest, wrapper->getMarkMinConstructionPoints(row.form)) << row.form;
     EXPECT_EQ(row.most, wrapper->getMarkMaxConstructionPoints(row.form)) << row.form;
   }
@@ -197,4 +216,180 @@ TEST_F(MarkDesignTest, DesignDoesNotOutliveItsHandlerInTheTrainSet) {
   wrapper.reset();
   open.reset();
   EXPECT_EQ(nullptr, trainSet.designedMark);
+}
+
+namespace {
+
+/// Points of a circle of 16 pixels around (32, 24) on a picture of 64 by 48, relative.
+std::vector<double> rimPoint(double degrees) {
+  const double angle = degrees / 180 * 3.141592653589793;
+  return {(32 + 16 * std::cos(angle)) / 64, (24 + 16 * std::sin(angle)) / 48};
+}
+
+template <class Kind>
+const Kind& as(const TNVMark* mark) {
+  const auto* kind = dynamic_cast<const Kind*>(mark);
+  if (kind == nullptr) throw std::runtime_error("a mark of another kind");
+  return *kind;
+}
+
+const cv::Point2d kNoPoint{-1, -1};
+
+}  // namespace
+
+TEST_F(MarkDesignTest, PointAndLineAreBuiltFromTheirPoints) {
+  ASSERT_TRUE(design({{0.25, 0.75}}, "Point"));
+  EXPECT_EQ(as<TNVMarkPoint>(current().designedMark).center, cv::Point2d(0.25, 0.75));
+  ASSERT_TRUE(design({{0.25, 0.75}, {0.5, 0.25}}, "Line"));
+  const auto& line = as<TNVMarkLine>(current().designedMark);
+  EXPECT_EQ(line.pointA, cv::Point2d(0.25, 0.75));
+  EXPECT_EQ(line.pointB, cv::Point2d(0.5, 0.25));
+  EXPECT_EQ(line.center, cv::Point2d(0.375, 0.5));
+}
+
+TEST_F(MarkDesignTest, CircleFromCentreAndRim) {
+  ASSERT_TRUE(design({{0.25, 0.75}, {0.5, 0.25}}, "Circle"));
+  const auto& circle = as<TNVMarkCircle>(current().designedMark);
+  EXPECT_EQ(circle.center, cv::Point2d(0.25, 0.75));
+  EXPECT_THAT(circle.radius, ElementsAre(cv::Point2d(0.5, 0.25)));
+  EXPECT_EQ(circle.designPoint, kNoPoint);
+}
+
+TEST_F(MarkDesignTest, ACircleThroughThreePointsUsesAllOfThem) {
+  ASSERT_TRUE(design({rimPoint(0), rimPoint(90), rimPoint(200)}, "Circle Multiple"));
+  const auto& circle = as<TNVMarkCircle>(current().designedMark);
+  EXPECT_NEAR(circle.center.x, 0.5, 1e-4);
+  EXPECT_NEAR(circle.center.y, 0.5, 1e-4);
+  EXPECT_NEAR(circle.getRelSize({64, 48}).x, 0.5, 1e-4);
+  EXPECT_EQ(circle.designPoint, kNoPoint);
+}
+
+TEST_F(MarkDesignTest, OfFourPointsOfACircleTheLastIsTheCursor) {
+  ASSERT_TRUE(design({rimPoint(0), rimPoint(90), rimPoint(200), {0.9, 0.8}}, "Circle Multiple"));
+  const auto& circle = as<TNVMarkCircle>(current().designedMark);
+  EXPECT_NEAR(circle.center.x, 0.5, 1e-4);
+  EXPECT_NEAR(circle.getRelSize({64, 48}).x, 0.5, 1e-4);
+  EXPECT_EQ(circle.designPoint, cv::Point2d(0.9, 0.8));
+}
+
+TEST_F(MarkDesignTest, PolylinesKeepTheLastOfMoreThanTwoPointsForTheCursor) {
+  for (const bool closed : {false, true}) {
+    const std::string form = closed ? "PolyLine Closed" : "PolyLine";
+    EXPECT_FALSE(design({{0.1, 0.2}}, form));
+    ASSERT_TRUE(design({{0.1, 0.2}, {0.3, 0.4}}, form));
+    const auto& preview = as<TNVMarkPolyLine>(current().designedMark);
+    EXPECT_THAT(preview.polyPoints, ElementsAre(cv::Point2d(0.1, 0.2), cv::Point2d(0.3, 0.4)));
+    EXPECT_EQ(preview.closed, closed);
+    EXPECT_EQ(preview.designPoint, kNoPoint);
+    ASSERT_TRUE(design({{0.1, 0.2}, {0.3, 0.4}, {0.9, 0.8}}, form));
+    const auto& path = as<TNVMarkPolyLine>(current().designedMark);
+    EXPECT_THAT(path.polyPoints, ElementsAre(cv::Point2d(0.1, 0.2), cv::Point2d(0.3, 0.4)));
+    EXPECT_EQ(path.closed, closed);
+    EXPECT_EQ(path.designPoint, cv::Point2d(0.9, 0.8));
+  }
+}
+
+TEST_F(MarkDesignTest, AnEllipseIgnoresPointsBeyondTheThird) {
+  for (const std::size_t count : {3U, 4U, 5U}) {
+    const std::vector<std::vector<double>> points{
+        {0.5, 0.5}, {0.75, 0.5}, {0.5, 0.25}, {0.9, 0.9}, {0.1, 0.9}};
+    ASSERT_TRUE(design({points.begin(), points.begin() + static_cast<int>(count)}, "Ellipse"));
+    const auto& ellipse = as<TNVMarkEllipse>(current().designedMark);
+    EXPECT_EQ(ellipse.center, cv::Point2d(0.5, 0.5));
+    EXPECT_EQ(ellipse.pointA, cv::Point2d(0.75, 0.5));
+    EXPECT_EQ(ellipse.pointB, cv::Point2d(0.5, 0.25));
+    EXPECT_EQ(ellipse.designPoint, kNoPoint);
+  }
+}
+
+TEST_F(MarkDesignTest, AnEllipseThroughFivePointsUsesAllAndOfSixTheLastIsTheCursor) {
+  std::vector<std::vector<double>> points;
+  for (const double degrees : {0, 72, 144, 216, 288})
+    points.push_back(rimPoint(degrees));
+  ASSERT_TRUE(design(points, "Ellipse Multiple"));
+  const auto& five = as<TNVMarkEllipse>(current().designedMark);
+  EXPECT_EQ(five.designPoint, kNoPoint);
+  // The accumulators have half the resolution of the picture.
+  EXPECT_NEAR(five.center.x * 64, 32, 2);
+  EXPECT_NEAR(five.center.y * 48, 24, 2);
+  points.push_back({0.9, 0.8});
+  ASSERT_TRUE(design(points, "Ellipse Multiple"));
+  const auto& six = as<TNVMarkEllipse>(current().designedMark);
+  EXPECT_EQ(six.designPoint, cv::Point2d(0.9, 0.8));
+  EXPECT_NEAR(six.center.x * 64, 32, 2);
+  EXPECT_NEAR(six.center.y * 48, 24, 2);
+}
+
+TEST_F(MarkDesignTest, TooFewAndTooManyPointsForEachForm) {
+  struct Row {
+    const char* form;
+    std::vector<std::size_t> refused;
+  };
+  for (const auto& [form, refused] : {Row{"Point", {0, 2}},
+                                      {"Image", {0, 2}},
+                                      {"Circle", {0, 1, 3}},
+                                      {"Circle Multiple", {0, 1, 2}},
+                                      {"Line", {0, 1, 3}},
+                                      {"PolyLine", {0, 1}},
+                                      {"PolyLine Closed", {0, 1}},
+                                      {"Ellipse", {0, 1, 2}},
+                                      {"Ellipse Multiple", {0, 1, 2, 3, 4}}}) {
+    for (const std::size_t count : refused) {
+      EXPECT_FALSE(design(std::vector<std::vector<double>>(count, {0.5, 0.5}), form))
+          << form << " " << count;
+      EXPECT_THAT(current().designPoints, SizeIs(count));
+    }
+  }
+}
+
+TEST_F(MarkDesignTest, TheMostPointsOfAFormAreNotALimitOfTheDesign) {
+  std::vector<std::vector<double>> points;
+  for (int i = 0; i < 120; ++i)
+    points.push_back(rimPoint(3.0 * i));
+  EXPECT_TRUE(design(points, "Circle Multiple"));
+  EXPECT_TRUE(design(points, "Ellipse Multiple"));
+  EXPECT_TRUE(design(std::vector<std::vector<double>>(1200, {0.5, 0.5}), "PolyLine"));
+}
+
+TEST_F(MarkDesignTest, EachFormIsAddedAsItsKindAndComesBack) {
+  struct Row {
+    const char* form;
+    const char* type;
+    std::vector<std::vector<double>> points;
+  };
+  const std::vector<double> other{0.75, 0.625};
+  const std::vector<std::vector<double>> rim{rimPoint(0), rimPoint(72), rimPoint(144),
+                                             rimPoint(216), rimPoint(288)};
+  const std::vector<Row> rows{{"Rect", "Rect", {{0.5, 0.5}, other}},
+                              {"Point", "Point", {other}},
+                              {"Image", "Rect", {other}},
+                              {"Circle", "Circle", {{0.5, 0.5}, other}},
+                              {"Circle Multiple", "Circle", rim},
+                              {"Line", "Line", {{0.5, 0.5}, other}},
+                              {"PolyLine", "PolyLine", rim},
+                              {"PolyLine Closed", "PolyLine", rim},
+                              {"Ellipse", "Ellipse", {{0.5, 0.5}, other, {0.25, 0.5}}},
+                              {"Ellipse Multiple", "Ellipse", rim}};
+  for (const Row& row : rows) {
+    ASSERT_TRUE(design(row.points, row.form)) << row.form;
+    ASSERT_TRUE(wrapper->addDesignedMark()) << row.form;
+  }
+  ASSERT_THAT(current().marks, SizeIs(rows.size()));
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  TNVTrainSet back;
+  back.dataPath = current().dataPath;
+  back.load();
+  ASSERT_THAT(back.marks, SizeIs(rows.size()));
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const TNVMark& made = *current().marks[i];
+    const TNVMark& read = *back.marks[i];
+    EXPECT_EQ(made.getTypeName(false), rows[i].type);
+    EXPECT_EQ(read.getTypeName(false), rows[i].type);
+    EXPECT_EQ(read.type, rows[i].type);
+    EXPECT_NEAR(cv::norm(read.center - made.center), 0, 1e-9) << rows[i].form;
+    EXPECT_NEAR(cv::norm(read.getRelSize({64, 48}) - made.getRelSize({64, 48})), 0, 1e-9);
+    EXPECT_EQ(read.getContour({64, 48}).size(), made.getContour({64, 48}).size());
+  }
+  EXPECT_FALSE(as<TNVMarkPolyLine>(back.marks[6].get()).closed);
+  EXPECT_TRUE(as<TNVMarkPolyLine>(back.marks[7].get()).closed);
 }

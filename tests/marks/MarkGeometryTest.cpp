@@ -68,9 +68,12 @@ TEST(MarkGeometry, CountsBelowTwoAndBeyondAllPicturesDivideNothing) {
     EXPECT_THAT(tnv::dividedPath(kSquare, count), IsEmpty()) << count;
     EXPECT_THAT(tnv::dividedRelativePath(kSquare, {64, 64}, count), IsEmpty()) << count;
   }
-  for (const int count : {0, -1, INT_MIN, 1 << 24, INT_MAX})
+  for (const int count : {(1 << 24) + 1, INT_MAX})
     EXPECT_THAT(tnv::dividedOutline(kSquare, count), IsEmpty()) << count;
   EXPECT_EQ(log.text(), "");
+  for (const int count : {0, -1, INT_MIN})
+    EXPECT_THAT(tnv::dividedOutline(kSquare, count), IsEmpty()) << count;
+  EXPECT_EQ(log.lines().size(), 3U) << "a line each, from the division";
 }
 
 TEST(MarkGeometry, RelativePathIsDividedByPixels) {

@@ -8,7 +8,12 @@
 
 #include "TNV_SampleBenchNative/WTNVTrainSet.h"
 #include "foundation/XmlStorage.h"
+#include "marks/TNVMarkCircle.h"
+#include "marks/TNVMarkEllipse.h"
 #include "marks/TNVMarkImage.h"
+#include "marks/TNVMarkLine.h"
+#include "marks/TNVMarkPoint.h"
+#include "marks/TNVMarkPolyLine.h"
 #include "marks/TNVMarkRect.h"
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
@@ -445,4 +450,51 @@ TEST_F(TNVTrainSetTest, SavingNamesARecordThatHasOnlyAPath) {
   ASSERT_TRUE(record.save(temp.path()));
   EXPECT_NE("", record.uniqueName);
   EXPECT_TRUE(std::filesystem::exists(temp / "given.xml"));
+}
+
+TEST_F(TNVTrainSetTest, MarksOfEachKindAreReadInTheOrderOfTheFile) {
+  const std::vector<std::string> types{"Rect", "Image",    "Point",  "Circle",
+                                       "Line", "PolyLine", "Ellipse"};
+  std::string content = "<MarkCnt>7</MarkCnt>";
+  for (std::size_t i = 0; i < types.size(); ++i) {
+    const std::string tag = "Mark" + std::to_string(i);
+    content += "<" + tag + "><Type>" + types[i] + "</Type></" + tag + ">";
+  }
+  const auto record = loaded(content);
+  ASSERT_THAT(record->marks, SizeIs(types.size()));
+  for (std::size_t i = 0; i < types.size(); ++i) {
+    EXPECT_EQ(record->marks[i]->type, types[i]);
+    EXPECT_EQ(record->marks[i]->getTypeName(false), i == 1 ? "Rect" : types[i]);
+    EXPECT_EQ(record->marks[i]->uniqueId, static_cast<int>(i));
+  }
+}
+
+TEST_F(TNVTrainSetTest, NamesOfFormsAreNoKindsToRead) {
+  for (const char* form :
+       {"Rect Center", "Circle Multiple", "Ellipse Multiple", "PolyLine Closed", "point", ""})
+    EXPECT_THAT(
+        loaded("<MarkCnt>1</MarkCnt><Mark0><Type>" + std::string(form) + "</Type></Mark0>")->marks,
+        IsEmpty());
+}
+
+TEST_F(TNVTrainSetTest, EachKindIsAdoptedAsItself) {
+  TNVTrainSet record("a.jpg", "/base/");
+  TNVMarkCircle circle({0.5, 0.5}, {0.6, 0.5});
+  TNVMarkEllipse ellipse({0.5, 0.5}, {0.6, 0.5}, {0.5, 0.7});
+  TNVMarkLine line({0.1, 0.2}, {0.3, 0.4});
+  TNVMarkPolyLine path({{0.1, 0.2}, {0.3, 0.4}, {0.5, 0.1}}, true);
+  EXPECT_NE(dynamic_cast<TNVMarkPoint*>(record.addMark(TNVMarkPoint({0.1, 0.9}))), nullptr);
+  const auto* adoptedCircle = dynamic_cast<TNVMarkCircle*>(record.addMark(circle));
+  const auto* adoptedEllipse = dynamic_cast<TNVMarkEllipse*>(record.addMark(ellipse));
+  const auto* adoptedLine = dynamic_cast<TNVMarkLine*>(record.addMark(line));
+  const auto* adoptedPath = dynamic_cast<TNVMarkPolyLine*>(record.addMark(path));
+  ASSERT_TRUE(adoptedCircle && adoptedEllipse && adoptedLine && adoptedPath);
+  EXPECT_EQ(record.marks[0]->center, cv::Point2d(0.1, 0.9));
+  EXPECT_EQ(adoptedCircle->radius, circle.radius);
+  EXPECT_EQ(adoptedEllipse->pointA, ellipse.pointA);
+  EXPECT_EQ(adoptedEllipse->pointB, ellipse.pointB);
+  EXPECT_EQ(adoptedLine->pointA, line.pointA);
+  EXPECT_EQ(adoptedLine->pointB, line.pointB);
+  EXPECT_EQ(adoptedPath->polyPoints, path.polyPoints);
+  EXPECT_TRUE(adoptedPath->closed);
 }
