@@ -16,12 +16,6 @@ double secondsOf(const Side& side) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-double quantile(std::vector<double> values, double share) {
-  std::sort(values.begin(), values.end());
-  const double at = share * static_cast<double>(values.size() - 1);
-  return values[static_cast<std::size_t>(std::lround(at))];
-}
-
 /// Distance of the quartiles in per cent of the median.
 double spread(const std::vector<double>& values) {
   return 100 * (quantile(values, 0.75) - quantile(values, 0.25)) / quantile(values, 0.5);
@@ -64,6 +58,12 @@ double exponent(const Run& smaller, const Run& larger, const char* name) {
 }
 
 }  // namespace
+
+double quantile(std::vector<double> values, double share) {
+  std::sort(values.begin(), values.end());
+  const double at = share * static_cast<double>(values.size() - 1);
+  return values[static_cast<std::size_t>(std::lround(at))];
+}
 
 void addComparison(const Plan& plan, const std::string& name, int size, int repeats,
                    std::function<Pair()> make) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,9 @@ void addComparison(const Plan& plan, const std::string& name, int size, int repe
 /// A failed comparison of results ends the program: times of different work say nothing.
 void requireSame(bool same, const std::string& what);
 
+/// The value that this share of the values does not exceed. Not to be called without values.
+double quantile(std::vector<double> values, double share);
+
 /// Prints one line for each workload, and how time grew since the last size of the same one.
 class Table : public benchmark::BenchmarkReporter {
  public:
@@ -51,3 +55,6 @@ void addRenders(const Plan& plan);
 void addGenerations(const Plan& plan);
 void addImageSets(const Plan& plan);
 void addSaves(const Plan& plan);
+
+/// Prints how far fits to clicked points are from the truth.
+void printFitQuality(const Plan& plan, std::ostream& output);

@@ -1,9 +1,12 @@
-// Each workload of the library beside its twin, see Compare.h. With --smoke each runs just once.
+// Each workload of the library beside its twin, see Compare.h, and the quality of fits. With
+// --smoke each runs just once.
 
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <regex>
 #include <streambuf>
+#include <string>
 #include <string_view>
 
 #include "Compare.h"
@@ -24,6 +27,12 @@ bool takeSmokeFlag(int& count, char** arguments) {
   return found;
 }
 
+/// What is no workload can be chosen with --benchmark_filter all the same.
+bool isChosen(const std::string& name) {
+  const std::string filter = benchmark::GetBenchmarkFilter();
+  return filter.empty() || std::regex_search(name, std::regex(filter));
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -41,6 +50,7 @@ int main(int count, char** arguments) {
   int result = 0;
   try {
     benchmark::RunSpecifiedBenchmarks(&table);
+    if (isChosen("fit quality")) printFitQuality(plan, output);
   } catch (const std::exception& failure) {
     std::cerr << "benchmarks: " << failure.what() << '\n';
     result = 1;

@@ -176,8 +176,6 @@ TNVMark::Points TNVMarkEllipse::getPOIsGenerated(const std::string& mode, cv::Si
 }
 
 int TNVMarkEllipse::getPOICountForSize(cv::Size imageSize) const {
-  const Points rim = rimIn(*this, imageSize, kLengthDelta);
-  if (rim.empty()) return 0;
-  const double closing = TNVContour::distance(rim.back(), rim.front());
-  return poiCountAlong(TNVContour::pathLength(rim) + closing, imageSize);
+  // The rim ends with its first point again.
+  return poiCountAlong(TNVContour::pathLength(rimIn(*this, imageSize, kLengthDelta)), imageSize);
 }

@@ -214,6 +214,23 @@ TEST(TNVEllipse, FollowsTheRulesDrawByDraw) {
   EXPECT_GT(found, 50);
 }
 
+TEST(TNVEllipse, SizeBelowOnePixelDoesNotVote) {
+  // Samples of the line have ellipses of no width, about as many as the rim has wide ones.
+  int found = 0;
+  for (unsigned i = 0; i < 60; ++i) {
+    Points points = onRim({320, 240}, {3.0 + i % 5, 40}, 0, 8 + static_cast<int>(i % 3));
+    for (int y = 0; y < 10 + static_cast<int>(i % 7); ++y)
+      points.emplace_back(320, 240 + (y % 2 == 0 ? 5 * y : -5 * y));
+    std::mt19937 generator(i);
+    std::mt19937 same(i);
+    TNVEllipse fit(points, kImage);
+    const cv::RotatedRect actual = fit.detectEllipse(generator);
+    expectSame(detectedByHand(points, kImage, same), actual, 1e-3F);
+    found += failed(actual) ? 0 : 1;
+  }
+  EXPECT_GT(found, 0);
+}
+
 TEST(TNVEllipse, RoundEndsAfterFifteenDraws) {
   std::mt19937 generator(3);
   std::mt19937 same(3);

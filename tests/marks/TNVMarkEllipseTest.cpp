@@ -158,6 +158,9 @@ TEST(TNVMarkEllipse, SizeIsTheUprightBoxInWholePixels) {
   // Columns 400 to 600. Of rows, corners each 4 degrees miss the end of the axis by 2 degrees:
   // 250.25 -+ 50 cos 2 are 200.28 and 300.22, rows 200 to 300.
   expectPoint({201 / 1000.0, 101 / 500.0}, upright().getRelSize({1000, 500}));
+  // At 249.98 they reach from 200.01 to 299.95, which the axis itself would leave.
+  const TNVMarkEllipse higher({0.50025, 0.49996}, {0.60025, 0.49996}, {0.50025, 0.59996});
+  expectPoint({201 / 1000.0, 100 / 500.0}, higher.getRelSize({1000, 500}));
   // A quarter turn: the first half axis stands upright.
   const TNVMarkEllipse turned({0.50025, 0.5005}, {0.50025, 0.7005}, {0.55025, 0.5005});
   expectPoint({101 / 1000.0, 201 / 500.0}, turned.getRelSize({1000, 500}));
@@ -272,11 +275,11 @@ TEST(TNVMarkEllipse, PoiCountIsTheRimByTheSmallerSide) {
     cv::Point2d poiSize;
     int count;
   };
-  // A round one of 50 pixels: 180 edges of 2 * 50 sin 1, together 314.14.
-  for (const Row& row : {Row{{0.5, 0.02}, 31},    // by 10, the height: 31.4
-                         Row{{0.02, 0.5}, 16},    // by 20, the width: 15.7
-                         Row{{0.5, 0.4188}, 2},   // by 209.4: 1.5002, just over the half
-                         Row{{0.5, 0.41892}, 1},  // by 209.46: 1.49976
+  // A round one of 50 pixels: 180 edges of 2 * 50 sin 1, together 314.1433.
+  for (const Row& row : {Row{{0.5, 0.02}, 31},     // by 10, the height: 31.4
+                         Row{{0.02, 0.5}, 16},     // by 20, the width: 15.7
+                         Row{{0.5, 0.41882}, 2},   // by 209.41: 1.50014
+                         Row{{0.5, 0.418866}, 1},  // by 209.433: 1.49997
                          Row{{0, 0.1}, 0}, Row{{0.1, 0}, 0}}) {
     TNVMarkEllipse mark({0.5, 0.5}, {0.5, 0.6}, {0.55, 0.5});
     mark.poiSize = row.poiSize;
