@@ -79,8 +79,7 @@ void drawCross(cv::Mat& picture) {
 
 cv::Mat renderHelperView(const cv::Mat& source, cv::Point centre, const HelperView& view) {
   const cv::Size window(view.windowWidth, view.windowHeight);
-  cv::Mat picture =
-      filtered(TNVContour::resizedCrop(source, centre, window, view.zoom), view.mode);
+  cv::Mat picture = filtered(TNVContour::resizedCrop(source, centre, window, view.zoom), view.mode);
   if (view.showCross) drawCross(picture);
   return picture;
 }

@@ -82,7 +82,8 @@ TEST_F(HelperOfTheView, CentreIsRoundedToTheNearestEven) {
     const cv::Mat wide = patternedPicture(width, 300);
     trainSet.image = wide;
     view.bind(&trainSet);
-    EXPECT_TRUE(samePixels(wide({column - 5, 145, 10, 10}).clone(), handedOut().picture())) << width;
+    EXPECT_TRUE(samePixels(wide({column - 5, 145, 10, 10}).clone(), handedOut().picture()))
+        << width;
   }
 }
 
@@ -301,9 +302,10 @@ TEST_F(HelperOfTheView, SavingWhereNoDirectoryCanBeIsLogged) {
   const std::string below = temp.write("file", "") + "/below/";
   const LogCapture log;
   EXPECT_EQ("", wrapper.wSaveROIImage(WTNVMark(&mark), below, "one.png"));
-  EXPECT_THAT(log.lines(),
-              ElementsAre("TNVDirectory::createDirectory: Error while creating directories!",
-                          "TNVProject::saveROIImage: Can not create directory at '" + below + "'!"));
+  EXPECT_THAT(
+      log.lines(),
+      ElementsAre("TNVDirectory::createDirectory: Error while creating directories!",
+                  "TNVProject::saveROIImage: Can not create directory at '" + below + "'!"));
 }
 
 TEST_F(HelperOfTheView, WhatCannotBeWrittenIsLoggedAndNotThrown) {

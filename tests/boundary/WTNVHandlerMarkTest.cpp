@@ -67,9 +67,9 @@ TEST_F(Assist, FitsTheDesignedMarkToTheBoxOfTheOutline) {
   designRoughBox();
   const int tag = designed().changeTag;
   cv::setRNGSeed(1);
-  const auto outline = TNVAssistGrabCut().apply(
-      {0.3, 56.0 / kHeight, 0.4, 128.0 / kHeight}, scene.picture,
-      {{96, 56}, {224, 56}, {224, 184}, {96, 184}});
+  const auto outline =
+      TNVAssistGrabCut().apply({0.3, 56.0 / kHeight, 0.4, 128.0 / kHeight}, scene.picture,
+                               {{96, 56}, {224, 56}, {224, 184}, {96, 184}});
   const cv::Rect2d box = TNVContour::boundingRectOfPoints(outline);
   cv::setRNGSeed(1);
   wrapper.wApplyAssistDesignMark();
@@ -84,6 +84,22 @@ TEST_F(Assist, FitsTheDesignedMarkToTheBoxOfTheOutline) {
   EXPECT_NEAR(80, designed().getPixelRect({kWidth, kHeight}).y, 3);
   EXPECT_NEAR(80, designed().getPixelRect({kWidth, kHeight}).width, 6);
   EXPECT_NEAR(80, designed().getPixelRect({kWidth, kHeight}).height, 6);
+}
+
+TEST_F(Assist, StartsFromTheOutlineOfTheMark) {
+  // 110, 70, 100 x 100 pixels, of which the core is smaller than the object.
+  const cv::Rect2d tight(110.0 / kWidth, 70.0 / kHeight, 100.0 / kWidth, 100.0 / kHeight);
+  const auto widthFrom = [&](const TNVAssist::Points& contour) {
+    cv::setRNGSeed(1);
+    const auto outline = TNVAssistGrabCut().apply(tight, scene.picture, contour);
+    return TNVContour::boundingRectOfPoints(outline).width;
+  };
+  const double width = widthFrom({{110, 70}, {210, 70}, {210, 170}, {110, 170}});
+  ASSERT_GT(widthFrom({}), width + 0.01);
+  wrapper.designMark({{tight.x, tight.y}, {tight.br().x, tight.br().y}}, "Rect", {});
+  cv::setRNGSeed(1);
+  wrapper.wApplyAssistDesignMark();
+  EXPECT_NEAR(width, designed().size.x, 1e-9);
 }
 
 TEST_F(Assist, KeepsTheClassesAndAddsTheFittedMark) {

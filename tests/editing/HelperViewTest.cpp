@@ -110,12 +110,13 @@ TEST(HelperView, ModesFilterTheWindow) {
     cv::Mat enlarged;
     cv::resize(source({50, 35, 40, 30}), enlarged, {80, 60}, 0, 0, cv::INTER_LINEAR);
     for (const Mode& mode : kModes) {
-      EXPECT_TRUE(samePixels(mode.filter(plain), tnv::renderHelperView(
-                                                     source, {70, 50}, viewWith(mode.name, {80, 60}))))
+      EXPECT_TRUE(
+          samePixels(mode.filter(plain),
+                     tnv::renderHelperView(source, {70, 50}, viewWith(mode.name, {80, 60}))))
           << mode.name;
-      EXPECT_TRUE(samePixels(
-          mode.filter(enlarged),
-          tnv::renderHelperView(source, {70, 50}, viewWith(mode.name, {80, 60}, 2.0))))
+      EXPECT_TRUE(
+          samePixels(mode.filter(enlarged),
+                     tnv::renderHelperView(source, {70, 50}, viewWith(mode.name, {80, 60}, 2.0))))
           << mode.name;
     }
   }
@@ -161,8 +162,8 @@ TEST(HelperView, CrossIsWhiteThroughTheMiddleInEachMode) {
       cv::Mat expected = tnv::renderHelperView(source, {70, 50}, viewWith(mode.name, window));
       cv::line(expected, {40, window.height}, {40, 0}, kWhite, 1, cv::LINE_AA);
       cv::line(expected, {window.width, 30}, {0, 30}, kWhite, 1, cv::LINE_AA);
-      EXPECT_TRUE(samePixels(expected, tnv::renderHelperView(
-                                           source, {70, 50}, viewWith(mode.name, window, 1, true))))
+      EXPECT_TRUE(samePixels(
+          expected, tnv::renderHelperView(source, {70, 50}, viewWith(mode.name, window, 1, true))))
           << mode.name;
     }
   }

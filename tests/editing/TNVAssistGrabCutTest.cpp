@@ -36,27 +36,90 @@ struct Row {
 
 const Row kRows[] = {
     // 160, 120, 320 x 240 pixels; 80, 60, 480 x 360 with the margin.
-    {"inside", {640, 480}, {0.25, 0.25, 0.5, 0.5}, {80, 60, 480, 360}, {80, 60}, 1, {128, 96},
-     128.0 / 480, {21, 16, 85, 64}, {{21, 16}, {107, 16}, {107, 80}, {21, 80}}, 21},
+    {"inside",
+     {640, 480},
+     {0.25, 0.25, 0.5, 0.5},
+     {80, 60, 480, 360},
+     {80, 60},
+     1,
+     {128, 96},
+     128.0 / 480,
+     {21, 16, 85, 64},
+     {{21, 16}, {107, 16}, {107, 80}, {21, 80}},
+     21},
     // The margin of 40 and 30 pixels is cut off on two sides.
-    {"top left corner", {640, 480}, {0, 0, 0.25, 0.25}, {0, 0, 200, 150}, {0, 0}, 1, {128, 96},
-     128.0 / 200, {0, 0, 102, 77}, {{0, 0}, {102, 0}, {102, 77}, {0, 77}}, 25},
+    {"top left corner",
+     {640, 480},
+     {0, 0, 0.25, 0.25},
+     {0, 0, 200, 150},
+     {0, 0},
+     1,
+     {128, 96},
+     128.0 / 200,
+     {0, 0, 102, 77},
+     {{0, 0}, {102, 0}, {102, 77}, {0, 77}},
+     25},
     // 480, 240, 128 x 240 pixels, of which the margin reaches 60 pixels over the lower edge.
-    {"upright, cut below", {640, 480}, {0.75, 0.5, 0.2, 0.5}, {448, 180, 192, 300}, {448, 180}, 1,
-     {82, 128}, 128.0 / 300, {14, 26, 55, 102}, {{14, 26}, {68, 26}, {68, 128}, {14, 128}}, 18},
+    {"upright, cut below",
+     {640, 480},
+     {0.75, 0.5, 0.2, 0.5},
+     {448, 180, 192, 300},
+     {448, 180},
+     1,
+     {82, 128},
+     128.0 / 300,
+     {14, 26, 55, 102},
+     {{14, 26}, {68, 26}, {68, 128}, {14, 128}},
+     18},
     // 320, 240, 32 x 24 pixels.
-    {"enlarged", {640, 480}, {0.5, 0.5, 0.05, 0.05}, {312, 234, 48, 36}, {312, 234}, -1, {128, 96},
-     128.0 / 48, {21, 16, 85, 64}, {{21, 16}, {107, 16}, {107, 80}, {21, 80}}, 21},
-    {"halved twice", {1280, 960}, {0.25, 0.25, 0.5, 0.5}, {160, 120, 960, 720}, {160, 120}, 2,
-     {128, 96}, 128.0 / 960, {21, 16, 85, 64}, {{21, 16}, {107, 16}, {107, 80}, {21, 80}}, 21},
+    {"enlarged",
+     {640, 480},
+     {0.5, 0.5, 0.05, 0.05},
+     {312, 234, 48, 36},
+     {312, 234},
+     -1,
+     {128, 96},
+     128.0 / 48,
+     {21, 16, 85, 64},
+     {{21, 16}, {107, 16}, {107, 80}, {21, 80}},
+     21},
+    {"halved twice",
+     {1280, 960},
+     {0.25, 0.25, 0.5, 0.5},
+     {160, 120, 960, 720},
+     {160, 120},
+     2,
+     {128, 96},
+     128.0 / 960,
+     {21, 16, 85, 64},
+     {{21, 16}, {107, 16}, {107, 80}, {21, 80}},
+     21},
     // 33.3, 33.3, 30 x 30 pixels; 25.8, 25.8, 45 x 45 with the margin.
-    {"between pixels", {100, 100}, {0.333, 0.333, 0.3, 0.3}, {26, 26, 45, 45}, {25.8, 25.8}, -1,
-     {128, 128}, 128.0 / 45, {21, 21, 85, 85}, {{21, 21}, {107, 21}, {107, 107}, {21, 107}}, 28},
+    {"between pixels",
+     {100, 100},
+     {0.333, 0.333, 0.3, 0.3},
+     {26, 26, 45, 45},
+     {25.8, 25.8},
+     -1,
+     {128, 128},
+     128.0 / 45,
+     {21, 21, 85, 85},
+     {{21, 21}, {107, 21}, {107, 107}, {21, 107}},
+     28},
 };
 
 // 160, 240, 320 x 9 pixels, of which no third of a whole reduced pixel is left.
-const Row kThin{"thin", {640, 480}, {0.25, 0.5, 0.5, 0.01875}, {80, 238, 480, 14}, {80, 237.75}, 1,
-                {128, 4}, 128.0 / 480, {21, 1, 85, 2}, {{21, 1}, {107, 1}, {107, 3}, {21, 3}}, 0};
+const Row kThin{"thin",
+                {640, 480},
+                {0.25, 0.5, 0.5, 0.01875},
+                {80, 238, 480, 14},
+                {80, 237.75},
+                1,
+                {128, 4},
+                128.0 / 480,
+                {21, 1, 85, 2},
+                {{21, 1}, {107, 1}, {107, 3}, {21, 3}},
+                0};
 
 /// An object that fills about half of the box.
 ObjectScene sceneFor(const Row& row) {
@@ -167,23 +230,23 @@ TEST(LargestRegionOutline, NoRegionHasNone) {
 }
 
 TEST(LargestRegionOutline, MostPixelsWin) {
-  EXPECT_THAT(largest({"###....",  //
-                       "###....",  //
-                       "....###",  //
-                       "....###",  //
-                       "....###"}),
-              UnorderedElementsAre(cv::Point(4, 2), cv::Point(6, 2), cv::Point(6, 4),
-                                   cv::Point(4, 4)));
+  EXPECT_THAT(
+      largest({"###....",  //
+               "###....",  //
+               "....###",  //
+               "....###",  //
+               "....###"}),
+      UnorderedElementsAre(cv::Point(4, 2), cv::Point(6, 2), cv::Point(6, 4), cv::Point(4, 4)));
 }
 
 TEST(LargestRegionOutline, LowerLabelWinsATie) {
-  EXPECT_THAT(largest({"....###",  //
-                       "....###",  //
-                       ".......",  //
-                       "###....",  //
-                       "###...."}),
-              UnorderedElementsAre(cv::Point(4, 0), cv::Point(6, 0), cv::Point(6, 1),
-                                   cv::Point(4, 1)));
+  EXPECT_THAT(
+      largest({"....###",  //
+               "....###",  //
+               ".......",  //
+               "###....",  //
+               "###...."}),
+      UnorderedElementsAre(cv::Point(4, 0), cv::Point(6, 0), cv::Point(6, 1), cv::Point(4, 1)));
 }
 
 TEST(LargestRegionOutline, PixelsThatTouchAtACornerBelongTogether) {
@@ -210,14 +273,14 @@ TEST(LargestRegionOutline, CountsPixelsAndNotTheEnclosedArea) {
 }
 
 TEST(LargestRegionOutline, OutlineOfAHoleIsNotTaken) {
-  EXPECT_THAT(largest({"######",  //
-                       "######",  //
-                       "##..##",  //
-                       "##..##",  //
-                       "######",  //
-                       "######"}),
-              UnorderedElementsAre(cv::Point(0, 0), cv::Point(5, 0), cv::Point(5, 5),
-                                   cv::Point(0, 5)));
+  EXPECT_THAT(
+      largest({"######",  //
+               "######",  //
+               "##..##",  //
+               "##..##",  //
+               "######",  //
+               "######"}),
+      UnorderedElementsAre(cv::Point(0, 0), cv::Point(5, 0), cv::Point(5, 5), cv::Point(0, 5)));
 }
 
 TEST(LargestRegionOutline, RegionThatEnclosesNoAreaHasNone) {
@@ -276,10 +339,9 @@ TEST(TNVAssistGrabCut, FewerThanFourPointsAreNothing) {
   };
   EXPECT_THAT(resultFor({{40, 40}, {90, 40}, {90, 90}}), IsEmpty());
   EXPECT_THAT(resultFor({{40, 40}, {90, 40}, {90, 90}, {40, 90}}),
-              UnorderedElementsAre(cv::Point2d(40.0 / 128, 40.0 / 128),
-                                   cv::Point2d(90.0 / 128, 40.0 / 128),
-                                   cv::Point2d(90.0 / 128, 90.0 / 128),
-                                   cv::Point2d(40.0 / 128, 90.0 / 128)));
+              UnorderedElementsAre(
+                  cv::Point2d(40.0 / 128, 40.0 / 128), cv::Point2d(90.0 / 128, 40.0 / 128),
+                  cv::Point2d(90.0 / 128, 90.0 / 128), cv::Point2d(40.0 / 128, 90.0 / 128)));
 }
 
 TEST(TNVAssistGrabCut, PointsOfOneStraightEdgeAreDropped) {
