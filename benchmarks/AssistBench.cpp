@@ -65,7 +65,8 @@ struct Overlaps {
       return values[static_cast<std::size_t>(std::lround(share * last))];
     };
     char line[80];
-    std::snprintf(line, sizeof line, "median %.3f, 5th percentile %.3f, worst %.3f", at(0.5), at(0.05), at(0));
+    std::snprintf(line, sizeof line, "median %.3f, 5th percentile %.3f, worst %.3f", at(0.5),
+                  at(0.05), at(0));
     return line;
   }
 };
@@ -233,8 +234,9 @@ void addAssists(const Plan& plan) {
     }
   }
   for (const int megapixels : plan.sizes({1, 12})) {
-    addComparison(plan, "assist, one object, Mpx", megapixels, 31,
-                  [=] { return makeAssist(megapixels, {120, 120}); });
+    addComparison(plan, "assist, one object, Mpx", megapixels, 31, [=] {
+      return makeAssist(megapixels, {120, 120});
+    });
   }
   for (const int megapixels : plan.sizes({1, 12, 48})) {
     addComparison(plan, "assist, object grows, Mpx", megapixels, 31, [=] {
