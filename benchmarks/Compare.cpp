@@ -76,6 +76,14 @@ void addComparison(const Plan& plan, const std::string& name, int size, int repe
       ->UseManualTime();
 }
 
+void addFinding(const std::string& name, std::function<std::string()> find) {
+  const auto body = [find = std::move(find)](benchmark::State& state) {
+    for ([[maybe_unused]] auto iteration : state)
+      state.SetLabel(find());
+  };
+  benchmark::RegisterBenchmark(name.c_str(), body)->Iterations(1);
+}
+
 void requireSame(bool same, const std::string& what) {
   if (!same) throw std::runtime_error("The two sides differ: " + what);
 }
@@ -88,6 +96,10 @@ bool Table::ReportContext(const Context& /*context*/) {
 
 void Table::ReportRuns(const std::vector<Run>& runs) {
   for (const Run& run : runs) {
+    if (!run.report_label.empty()) {
+      GetOutputStream() << run.run_name.function_name << "  " << run.report_label << std::endl;
+      continue;
+    }
     char line[200];
     std::snprintf(line, sizeof line, "%-38s %10.3f %6.1f%% %10.3f %6.1f%% %7.3f",
                   run.run_name.function_name.c_str(), counter(run, "product_ms"),

@@ -34,6 +34,9 @@ struct Plan {
 void addComparison(const Plan& plan, const std::string& name, int size, int repeats,
                    std::function<Pair()> make);
 
+/// Registers a workload that is told by what it found out instead of by its time.
+void addFinding(const std::string& name, std::function<std::string()> find);
+
 /// A failed comparison of results ends the program: times of different work say nothing.
 void requireSame(bool same, const std::string& what);
 
@@ -55,6 +58,7 @@ void addRenders(const Plan& plan);
 void addGenerations(const Plan& plan);
 void addImageSets(const Plan& plan);
 void addSaves(const Plan& plan);
+void addAssists(const Plan& plan);
 
 /// Prints how far fits to clicked points are from the truth.
 void printFitQuality(const Plan& plan, std::ostream& output);

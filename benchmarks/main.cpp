@@ -43,6 +43,7 @@ int main(int count, char** arguments) {
   addGenerations(plan);
   addImageSets(plan);
   addSaves(plan);
+  addAssists(plan);
   std::ostream output(std::cout.rdbuf());
   NoBuffer nowhere;
   std::streambuf* const before = std::cout.rdbuf(&nowhere);

@@ -40,9 +40,7 @@ cv::Rect rounded(const cv::Rect2d& box) {
 cv::Rect2d searchArea(const cv::Rect2d& box, cv::Size imageSize) {
   const cv::Rect2d wide(box.x - kMargin * box.width, box.y - kMargin * box.height,
                         (1 + 2 * kMargin) * box.width, (1 + 2 * kMargin) * box.height);
-  const cv::Rect2d area = wide & cv::Rect2d(0, 0, imageSize.width, imageSize.height);
-  // What is no number lies nowhere.
-  return area.width > 0 && area.height > 0 ? area : cv::Rect2d();
+  return wide & cv::Rect2d(0, 0, imageSize.width, imageSize.height);
 }
 
 /// A mark's neighbourhood, reduced, and the way there and back.
@@ -50,7 +48,7 @@ class Neighbourhood {
  public:
   Neighbourhood(const cv::Mat& image, const cv::Rect2d& area)
       : imageSize(image.size()), origin(area.tl()) {
-    // Two halves rounded up would reach one pixel over the edge.
+    // Two halves rounded up would reach one pixel over the edge. What is no number lies nowhere.
     const cv::Mat roi = image(rounded(area) & cv::Rect({}, imageSize));
     factor = TNVContour::resizeToLength(roi, small, kSmallLength, roi.rows < roi.cols);
   }

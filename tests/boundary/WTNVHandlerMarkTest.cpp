@@ -86,6 +86,22 @@ TEST_F(Assist, FitsTheDesignedMarkToTheBoxOfTheOutline) {
   EXPECT_NEAR(80, designed().getPixelRect({kWidth, kHeight}).height, 6);
 }
 
+TEST_F(Assist, StartsFromTheOutlineOfTheMark) {
+  // 110, 70, 100 x 100 pixels, of which the core is smaller than the object.
+  const cv::Rect2d tight(110.0 / kWidth, 70.0 / kHeight, 100.0 / kWidth, 100.0 / kHeight);
+  const auto widthFrom = [&](const TNVAssist::Points& contour) {
+    cv::setRNGSeed(1);
+    const auto outline = TNVAssistGrabCut().apply(tight, scene.picture, contour);
+    return TNVContour::boundingRectOfPoints(outline).width;
+  };
+  const double width = widthFrom({{110, 70}, {210, 70}, {210, 170}, {110, 170}});
+  ASSERT_GT(widthFrom({}), width + 0.01);
+  wrapper.designMark({{tight.x, tight.y}, {tight.br().x, tight.br().y}}, "Rect", {});
+  cv::setRNGSeed(1);
+  wrapper.wApplyAssistDesignMark();
+  EXPECT_NEAR(width, designed().size.x, 1e-9);
+}
+
 TEST_F(Assist, KeepsTheClassesAndAddsTheFittedMark) {
   designRoughBox();
   designed().classIdx = {4, 2};
