@@ -3,6 +3,7 @@
 /// Everything that a front end needs.
 #include "TNV_SampleBenchNative/Export.h"
 #include "TNV_SampleBenchNative/TNVObserver.h"
+#include "TNV_SampleBenchNative/WTNVAppConfig.h"
 #include "TNV_SampleBenchNative/WTNVDNNClass.h"
 #include "TNV_SampleBenchNative/WTNVGeneration.h"
 #include "TNV_SampleBenchNative/WTNVGenerationDarknet.h"
@@ -14,4 +15,5 @@
 #include "TNV_SampleBenchNative/WTNVMark.h"
 #include "TNV_SampleBenchNative/WTNVProject.h"
 #include "TNV_SampleBenchNative/WTNVTrainSet.h"
+#include "TNV_SampleBenchNative/WTNVUser.h"
 #include "TNV_SampleBenchNative/WTNVWorkflow.h"
