@@ -7,6 +7,7 @@
 #include "TNV_SampleBenchNative/WTNVDNNClass.h"
 #include "TNV_SampleBenchNative/WTNVGeneration.h"
 #include "TNV_SampleBenchNative/WTNVHandlerAugment.h"
+#include "TNV_SampleBenchNative/WTNVHandlerValidation.h"
 #include "TNV_SampleBenchNative/WTNVTrainSet.h"
 #include "TNV_SampleBenchNative/WTNVWorkflow.h"
 
@@ -35,6 +36,9 @@ class TNV_SAMPLEBENCH_API WTNVProject {
 
   /// A new observer of the handler of generation runs. Keep it where it is constructed.
   WTNVHandlerAugment getHndAugment();
+
+  /// The same of the gallery.
+  WTNVHandlerValidation getHndValidation();
 
   std::string wGetProjectName() const;
 

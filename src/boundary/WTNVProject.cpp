@@ -54,6 +54,10 @@ WTNVHandlerAugment WTNVProject::getHndAugment() {
   return WTNVHandlerAugment(native->hndAugment.get());
 }
 
+WTNVHandlerValidation WTNVProject::getHndValidation() {
+  return WTNVHandlerValidation(native->hndValidation.get());
+}
+
 std::string WTNVProject::wGetProjectName() const {
   return native->name;
 }

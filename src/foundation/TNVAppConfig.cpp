@@ -40,6 +40,6 @@ std::string TNVAppConfig::pathOf(const std::string& key, const std::string& defa
   if (!settings) return {};
   const std::string path = settings->getString(key, defaultValue);
   if (!settings->getBool("Basic.DocumentsPath.Use", true)) return path;
-  return documents() +
-         settings->getString("Basic.DocumentsPath.SubDir", "Annotation.Tessarine/") + path;
+  return documents() + settings->getString("Basic.DocumentsPath.SubDir", "Annotation.Tessarine/") +
+         path;
 }

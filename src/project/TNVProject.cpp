@@ -14,6 +14,7 @@
 #include "project/TNVDNNClass.h"
 #include "project/TNVTrainSet.h"
 #include "project/TNVWorkflow.h"
+#include "validation/TNVHandlerValidation.h"
 
 namespace {
 
@@ -45,6 +46,9 @@ TNVProject::TNVProject(const std::string& projectName, const std::string& projec
   settingsPath = projectDirectory + settingsFile;
   hndAugment = std::make_unique<TNVHandlerAugment>(augmentsPath);
   validationDirectory = projectDirectory + "validation/";
+  // Outside its own place the project deletes nothing.
+  hndValidation =
+      std::make_unique<TNVHandlerValidation>(isPlaceOfItsOwn ? validationDirectory : "");
 }
 
 TNVProject::~TNVProject() {
@@ -53,6 +57,7 @@ TNVProject::~TNVProject() {
   imageSets.clear();
   generation.reset();
   hndAugment.reset();
+  hndValidation.reset();
 }
 
 bool TNVProject::_refusePlace(const std::string& operation) const {
@@ -247,6 +252,7 @@ void TNVProject::_handOverDNNClasses() {
   // Also an empty list: nobody is to be left with classes that are gone.
   if (generation) generation->dnnClasses = classPointers();
   hndAugment->dnnClasses = classPointers();
+  hndValidation->dnnClasses = classPointers();
 }
 
 TNVWorkflow* TNVProject::addWorkflow(const std::string& workflowName, int uniqueIdx) {

@@ -10,6 +10,7 @@
 class TNVDNNClass;
 class TNVGenerationDarknet;
 class TNVHandlerAugment;
+class TNVHandlerValidation;
 class TNVSettings;
 class TNVTrainSet;
 class TNVWorkflow;
@@ -76,6 +77,7 @@ class TNVProject {
   std::vector<std::unique_ptr<TNVDNNClass>> dnnClasses;
   std::vector<std::unique_ptr<TNVWorkflow>> workflows;
   std::unique_ptr<TNVHandlerAugment> hndAugment;
+  std::unique_ptr<TNVHandlerValidation> hndValidation;
   cv::Point2d poiRelSize{0.01, 0.01};
   cv::Point2d poiAbsSize{20.0, 20.0};
   int poiSizeUse = 1;

@@ -28,11 +28,10 @@ TEST(WTNVAppConfigDeathTest, ASecondPathGivesTheFirstInstanceAndReadsNothing) {
                                         "Basic.Users.Path = \"other/\"\n");
   const auto look = [&] {
     const WTNVAppConfig* config = WTNVAppConfig::getInstance(first);
-    const bool isFirst = WTNVAppConfig::getInstance(second) == config &&
-                         config->wGetProjectsPath() == "projects/" &&
-                         config->wGetPlatformsPath() == "platforms/" &&
-                         config->wGetAugmentsPath() == "augments/" &&
-                         config->wGetUsersPath() == "users/";
+    const bool isFirst =
+        WTNVAppConfig::getInstance(second) == config && config->wGetProjectsPath() == "projects/" &&
+        config->wGetPlatformsPath() == "platforms/" && config->wGetAugmentsPath() == "augments/" &&
+        config->wGetUsersPath() == "users/";
     std::exit(isFirst ? 0 : 1);
   };
   EXPECT_EXIT(look(), testing::ExitedWithCode(0), "");

@@ -65,8 +65,9 @@ TEST_F(TNVAppConfigTest, WithoutAFileAllPathsAreEmpty) {
   EXPECT_THAT(pathsOf(config), ElementsAre("", "", "", ""));
   EXPECT_EQ(config.settings, nullptr);
   EXPECT_EQ(config.configPath, "./app.cfg");
-  EXPECT_THAT(log.lines(), ElementsAre("TNVAppConfig::TNVAppConfig: Could not load app config at '" +
-                                       temp / "absent.cfg" + "'!"));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("TNVAppConfig::TNVAppConfig: Could not load app config at '" +
+                          temp / "absent.cfg" + "'!"));
 }
 
 TEST_F(TNVAppConfigTest, TheFileIsReadOnceAndNeverWritten) {
