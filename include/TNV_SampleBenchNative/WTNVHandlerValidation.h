@@ -10,9 +10,9 @@
 class TNVHandlerValidation;
 
 /// The gallery: every mark cut out of its picture, class by class, to look the marks through. A cut
-/// has a number from 0 on. A class goes by its label, name and number: `Screw (3)`. The project owns
-/// the handler. The wrapper is an observer registered by its address: keep it in one place, and
-/// destroy it before the project. Callbacks are called on the thread that makes the gallery.
+/// has a number from 0 on. A class goes by its label, name and number: `Screw (3)`. The project
+/// owns the handler. The wrapper is an observer registered by its address: keep it in one place,
+/// and destroy it before the project. Callbacks are called on the thread that makes the gallery.
 class TNV_SAMPLEBENCH_API WTNVHandlerValidation : public TNVHandlerValidationObserver {
  public:
   explicit WTNVHandlerValidation(TNVHandlerValidation* handler);

@@ -58,6 +58,10 @@ WTNVHandlerValidation WTNVProject::getHndValidation() {
   return WTNVHandlerValidation(native->hndValidation.get());
 }
 
+WTNVHandlerDownload WTNVProject::getHndDownload() {
+  return WTNVHandlerDownload(native->hndDownload.get());
+}
+
 std::string WTNVProject::wGetProjectName() const {
   return native->name;
 }

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "downloads/TNVHandlerDownload.h"
 #include "editing/TNVType.h"
 #include "foundation/Files.h"
 #include "foundation/Log.h"
@@ -49,6 +50,7 @@ TNVProject::TNVProject(const std::string& projectName, const std::string& projec
   // Outside its own place the project deletes nothing.
   hndValidation =
       std::make_unique<TNVHandlerValidation>(isPlaceOfItsOwn ? validationDirectory : "");
+  hndDownload = std::make_unique<TNVHandlerDownload>();
 }
 
 TNVProject::~TNVProject() {
@@ -58,6 +60,7 @@ TNVProject::~TNVProject() {
   generation.reset();
   hndAugment.reset();
   hndValidation.reset();
+  hndDownload.reset();
 }
 
 bool TNVProject::_refusePlace(const std::string& operation) const {

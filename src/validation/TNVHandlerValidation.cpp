@@ -48,9 +48,8 @@ bool TNVHandlerValidation::createDNNImages() {
     return false;
   }
   if (!renewDirectory()) {
-    tnv::logLine(
-        "TNVHandlerValidation::createDNNImages: Can not create validation directory at '" +
-        validationDirectory + "'!");
+    tnv::logLine("TNVHandlerValidation::createDNNImages: Can not create validation directory at '" +
+                 validationDirectory + "'!");
     return false;
   }
   notify(&TNVHandlerValidationObserver::onEventValidGenStarted);
@@ -93,8 +92,7 @@ void TNVHandlerValidation::cutTrainSet(int index) {
   notify(&TNVHandlerValidationObserver::onEventValidGenUpdate);
 }
 
-void TNVHandlerValidation::cutMark(const TNVMark& mark, const cv::Mat& picture,
-                                   int trainSetIndex) {
+void TNVHandlerValidation::cutMark(const TNVMark& mark, const cv::Mat& picture, int trainSetIndex) {
   const TNVDNNClass* dnnClass = classOf(mark);
   if (!dnnClass) return;
   const cv::Mat cut = cutOf(mark, picture);

@@ -69,8 +69,8 @@ std::vector<std::string> TNVToolDarknetViewer::readImages() {
 }
 
 bool TNVToolDarknetViewer::selectImage(const std::string& name) {
-  const auto item = std::find_if(items.begin(), items.end(),
-                                 [&](const Item& each) { return each.name == name; });
+  const auto item =
+      std::find_if(items.begin(), items.end(), [&](const Item& each) { return each.name == name; });
   if (item == items.end()) {
     tnv::logLine("TNVToolDarknetViewer::selectImage: Found no item with name!");
     return false;

@@ -152,8 +152,9 @@ TEST_F(Validation, AnUnreadablePictureIsLoggedAndHasNoUpdate) {
   std::filesystem::remove(trainSet(1).imagePath);
   const LogCapture log;
   EXPECT_TRUE(gallery.wProcessGeneration());
-  EXPECT_THAT(log.lines(), testing::Contains("TNVHandlerValidation::createDNNImages: Could not load image '" +
-                                             trainSet(1).imagePath + "'!"));
+  EXPECT_THAT(log.lines(),
+              testing::Contains("TNVHandlerValidation::createDNNImages: Could not load image '" +
+                                trainSet(1).imagePath + "'!"));
   EXPECT_THAT(events, ElementsAre("started", "update", "update", "finished"));
   EXPECT_EQ(gallery.wGetTrainSetIndex(0), 2);
 }
@@ -184,10 +185,10 @@ TEST_F(Validation, ADirectoryThatCannotBeMadeIsLogged) {
   handler().validationDirectory = builder.temp.write("file", "in the way") + "/below/";
   const LogCapture log;
   EXPECT_FALSE(gallery.wProcessGeneration());
-  EXPECT_THAT(log.lines(), testing::Contains(
-                               "TNVHandlerValidation::createDNNImages: Can not create validation "
-                               "directory at '" +
-                               handler().validationDirectory + "'!"));
+  EXPECT_THAT(log.lines(),
+              testing::Contains("TNVHandlerValidation::createDNNImages: Can not create validation "
+                                "directory at '" +
+                                handler().validationDirectory + "'!"));
   EXPECT_THAT(events, IsEmpty());
   EXPECT_FALSE(gallery.wProcessIsStopped());
 }
