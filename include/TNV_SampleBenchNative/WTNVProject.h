@@ -7,6 +7,8 @@
 #include "TNV_SampleBenchNative/WTNVDNNClass.h"
 #include "TNV_SampleBenchNative/WTNVGeneration.h"
 #include "TNV_SampleBenchNative/WTNVHandlerAugment.h"
+#include "TNV_SampleBenchNative/WTNVHandlerDownload.h"
+#include "TNV_SampleBenchNative/WTNVHandlerValidation.h"
 #include "TNV_SampleBenchNative/WTNVTrainSet.h"
 #include "TNV_SampleBenchNative/WTNVWorkflow.h"
 
@@ -35,6 +37,10 @@ class TNV_SAMPLEBENCH_API WTNVProject {
 
   /// A new observer of the handler of generation runs. Keep it where it is constructed.
   WTNVHandlerAugment getHndAugment();
+
+  /// The same of the gallery, and of the downloads.
+  WTNVHandlerValidation getHndValidation();
+  WTNVHandlerDownload getHndDownload();
 
   std::string wGetProjectName() const;
 

@@ -54,6 +54,14 @@ WTNVHandlerAugment WTNVProject::getHndAugment() {
   return WTNVHandlerAugment(native->hndAugment.get());
 }
 
+WTNVHandlerValidation WTNVProject::getHndValidation() {
+  return WTNVHandlerValidation(native->hndValidation.get());
+}
+
+WTNVHandlerDownload WTNVProject::getHndDownload() {
+  return WTNVHandlerDownload(native->hndDownload.get());
+}
+
 std::string WTNVProject::wGetProjectName() const {
   return native->name;
 }

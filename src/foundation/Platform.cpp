@@ -1,5 +1,19 @@
 #include "foundation/Platform.h"
 
+#ifdef _WIN32
+#include <shlobj.h>
+
+#include "foundation/TNVDirectory.h"
+#else
+#include <pwd.h>
+#include <unistd.h>
+
+#include <vector>
+
+#include "foundation/Files.h"
+#include "foundation/XdgUserDirs.h"
+#endif
+
 namespace tnv {
 
 #ifdef _WIN32
@@ -10,12 +24,42 @@ std::tm localTime(std::time_t time) {
   return result;
 }
 
+std::string documentsDirectory() {
+  wchar_t wide[MAX_PATH] = {};
+  SHGetFolderPathW(nullptr, CSIDL_PERSONAL, nullptr, SHGFP_TYPE_CURRENT, wide);
+  std::string narrow;
+  for (const wchar_t* character = wide; *character != 0; ++character)
+    narrow += static_cast<char>(*character & 0xff);
+  return TNVDirectory::normalizePath(narrow);
+}
+
 #else
+
+namespace {
+
+/// From the account database: the environment may be somebody else's.
+std::string homeDirectory() {
+  std::vector<char> texts(1 << 14);
+  passwd account{};
+  passwd* found = nullptr;
+  getpwuid_r(getuid(), &account, texts.data(), texts.size(), &found);
+  return found == nullptr ? "" : found->pw_dir;
+}
+
+}  // namespace
 
 std::tm localTime(std::time_t time) {
   std::tm result{};
   localtime_r(&time, &result);
   return result;
+}
+
+std::string documentsDirectory() {
+  const std::string home = homeDirectory();
+  if (home.empty()) return {};
+  const std::string userDirs = readFile(home + "/.config/user-dirs.dirs").value_or("");
+  const std::string named = xdgDocumentsDirectory(userDirs, home);
+  return (named.empty() ? home + "/Documents" : named) + "/";
 }
 
 #endif

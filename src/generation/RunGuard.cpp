@@ -42,11 +42,19 @@ RunGuard::RunGuard(const TNVGeneration& generation) {
   for (const auto& [descriptor, record] : generation.templates) {
     protectExisting(generation.platformPath + record.path, "the templates");
   }
+  std::vector<TNVTrainSet*> trainSets = generation.trainSets;
+  trainSets.insert(trainSets.end(), generation.runTrainSets.begin(), generation.runTrainSets.end());
+  protectTrainSets(trainSets);
+}
+
+RunGuard::RunGuard(const std::vector<TNVTrainSet*>& trainSets) {
+  protectTrainSets(trainSets);
+}
+
+void RunGuard::protectTrainSets(const std::vector<TNVTrainSet*>& trainSets) {
   std::unordered_set<TNVTrainSet*> seen{nullptr};
-  for (const auto* trainSets : {&generation.trainSets, &generation.runTrainSets}) {
-    for (TNVTrainSet* trainSet : *trainSets) {
-      if (seen.insert(trainSet).second) protectTrainSet(*trainSet);
-    }
+  for (TNVTrainSet* trainSet : trainSets) {
+    if (seen.insert(trainSet).second) protectTrainSet(*trainSet);
   }
 }
 

@@ -17,6 +17,9 @@ class RunGuard {
   /// Loads the records that are not loaded yet: only then their pictures are known.
   explicit RunGuard(const TNVGeneration& generation);
 
+  /// For a run that reads nothing but the train sets.
+  explicit RunGuard(const std::vector<TNVTrainSet*>& trainSets);
+
   /// Adds a directory that a run reads, if it is there.
   void protectExisting(const std::string& path, const std::string& what);
 
@@ -30,6 +33,7 @@ class RunGuard {
   };
 
   void protect(const std::string& path, const std::string& what);
+  void protectTrainSets(const std::vector<TNVTrainSet*>& trainSets);
   void protectTrainSet(TNVTrainSet& trainSet);
 
   std::vector<Source> sources;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "downloads/TNVHandlerDownload.h"
 #include "editing/TNVType.h"
 #include "foundation/Files.h"
 #include "foundation/Log.h"
@@ -14,6 +15,7 @@
 #include "project/TNVDNNClass.h"
 #include "project/TNVTrainSet.h"
 #include "project/TNVWorkflow.h"
+#include "validation/TNVHandlerValidation.h"
 
 namespace {
 
@@ -45,6 +47,10 @@ TNVProject::TNVProject(const std::string& projectName, const std::string& projec
   settingsPath = projectDirectory + settingsFile;
   hndAugment = std::make_unique<TNVHandlerAugment>(augmentsPath);
   validationDirectory = projectDirectory + "validation/";
+  // Outside its own place the project deletes nothing.
+  hndValidation =
+      std::make_unique<TNVHandlerValidation>(isPlaceOfItsOwn ? validationDirectory : "");
+  hndDownload = std::make_unique<TNVHandlerDownload>();
 }
 
 TNVProject::~TNVProject() {
@@ -53,6 +59,8 @@ TNVProject::~TNVProject() {
   imageSets.clear();
   generation.reset();
   hndAugment.reset();
+  hndValidation.reset();
+  hndDownload.reset();
 }
 
 bool TNVProject::_refusePlace(const std::string& operation) const {
@@ -247,6 +255,7 @@ void TNVProject::_handOverDNNClasses() {
   // Also an empty list: nobody is to be left with classes that are gone.
   if (generation) generation->dnnClasses = classPointers();
   hndAugment->dnnClasses = classPointers();
+  hndValidation->dnnClasses = classPointers();
 }
 
 TNVWorkflow* TNVProject::addWorkflow(const std::string& workflowName, int uniqueIdx) {

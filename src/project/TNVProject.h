@@ -10,6 +10,8 @@
 class TNVDNNClass;
 class TNVGenerationDarknet;
 class TNVHandlerAugment;
+class TNVHandlerDownload;
+class TNVHandlerValidation;
 class TNVSettings;
 class TNVTrainSet;
 class TNVWorkflow;
@@ -76,6 +78,8 @@ class TNVProject {
   std::vector<std::unique_ptr<TNVDNNClass>> dnnClasses;
   std::vector<std::unique_ptr<TNVWorkflow>> workflows;
   std::unique_ptr<TNVHandlerAugment> hndAugment;
+  std::unique_ptr<TNVHandlerValidation> hndValidation;
+  std::unique_ptr<TNVHandlerDownload> hndDownload;
   cv::Point2d poiRelSize{0.01, 0.01};
   cv::Point2d poiAbsSize{20.0, 20.0};
   int poiSizeUse = 1;

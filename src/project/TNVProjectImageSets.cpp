@@ -16,6 +16,7 @@
 #include "generation/TNVGenerationDarknet.h"
 #include "project/TNVProject.h"
 #include "project/TNVTrainSet.h"
+#include "validation/TNVHandlerValidation.h"
 
 namespace {
 
@@ -80,6 +81,7 @@ void TNVProject::_refreshImageLists() {
 }
 
 void TNVProject::_handOverTrainSets() {
+  hndValidation->trainSets = trainSetPointers();
   if (!generation) return;
   generation->trainSets = trainSetPointers();
   tnv::logLine("Set Trainsets " + std::to_string(generation->trainSets.size()));
@@ -92,6 +94,7 @@ void TNVProject::_dropTrainSet(std::unique_ptr<TNVTrainSet> trainSet) {
 }
 
 void TNVProject::_dropAllTrainSets() {
+  hndValidation->trainSets.clear();
   if (generation) generation->trainSets.clear();
   for (auto& [set, trainSets] : imageSets) {
     for (auto& trainSet : trainSets)

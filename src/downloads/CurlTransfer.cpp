@@ -1,0 +1,83 @@
+#include "downloads/CurlTransfer.h"
+
+#include <utility>
+
+#include <curl/curl.h>
+
+namespace tnv {
+
+namespace {
+
+/// Anything else that the library speaks could reach what no portal has to do with.
+constexpr auto kProtocols = "http,https,file";
+
+}  // namespace
+
+CurlTransfer::CurlTransfer(const std::string& address, bool verifyCertificate)
+    : handle(curl_easy_init()) {
+  if (handle == nullptr) return;
+  curl_easy_setopt(handle, CURLOPT_URL, address.c_str());
+  curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, verifyCertificate ? 1L : 0L);
+  curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, kProtocols);
+  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, writeBody);
+  curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
+}
+
+CurlTransfer::~CurlTransfer() {
+  curl_easy_cleanup(handle);
+}
+
+void CurlTransfer::post(const std::string& body) {
+  if (handle != nullptr) curl_easy_setopt(handle, CURLOPT_COPYPOSTFIELDS, body.c_str());
+}
+
+void CurlTransfer::takeBody(TakePiece newTake) {
+  take = std::move(newTake);
+}
+
+void CurlTransfer::tellProgress(TellProgress newTell) {
+  tell = std::move(newTell);
+  if (handle == nullptr) return;
+  static_assert(sizeof(curl_off_t) == sizeof(long long));
+  const curl_xferinfo_callback callback = [](void* self, curl_off_t total, curl_off_t now,
+                                             curl_off_t, curl_off_t) {
+    return progressed(self, total, now);
+  };
+  curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, callback);
+  curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
+}
+
+int CurlTransfer::perform() {
+  if (handle == nullptr) return CURLE_FAILED_INIT;
+  const CURLcode code = curl_easy_perform(handle);
+  if (failure) std::rethrow_exception(failure);
+  return code;
+}
+
+// Exceptions must not pass through the library, which is written in C.
+
+std::size_t CurlTransfer::writeBody(char* bytes, std::size_t size, std::size_t count, void* self) {
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  const std::size_t length = size * count;
+  try {
+    if (transfer.take(bytes, length)) return length;
+  } catch (...) {
+    transfer.failure = std::current_exception();
+  }
+  // No piece has this length, which ends the transfer.
+  return static_cast<std::size_t>(-1);
+}
+
+int CurlTransfer::progressed(void* self, long long total, long long now) {
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  try {
+    transfer.tell(static_cast<double>(total), static_cast<double>(now));
+    return 0;
+  } catch (...) {
+    transfer.failure = std::current_exception();
+  }
+  return 1;
+}
+
+}  // namespace tnv

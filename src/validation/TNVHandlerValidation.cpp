@@ -1,0 +1,149 @@
+#include "validation/TNVHandlerValidation.h"
+
+#include <algorithm>
+
+#include <opencv2/imgcodecs.hpp>
+
+#include "TNV_SampleBenchNative/TNVObserver.h"
+#include "foundation/Log.h"
+#include "foundation/TNVDirectory.h"
+#include "generation/RunGuard.h"
+#include "marks/TNVMark.h"
+#include "project/TNVDNNClass.h"
+#include "project/TNVTrainSet.h"
+
+namespace {
+
+std::string labelOf(const TNVDNNClass& dnnClass) {
+  return dnnClass.name + " (" + std::to_string(dnnClass.dnnId) + ")";
+}
+
+/// The picture, which the train set gives up.
+cv::Mat takePicture(TNVTrainSet& trainSet) {
+  if (!trainSet.dataLoaded) trainSet.load();
+  const cv::Mat picture = trainSet.loadImage();
+  trainSet.releaseImage();
+  return picture;
+}
+
+/// Empty for a mark without area, and for one that lies so that nothing can be cut.
+cv::Mat cutOf(const TNVMark& mark, const cv::Mat& picture) {
+  try {
+    return mark.getROIImage(picture);
+  } catch (const cv::Exception&) {
+    return {};
+  }
+}
+
+}  // namespace
+
+TNVHandlerValidation::TNVHandlerValidation(const std::string& directory)
+    : validationDirectory(directory) {}
+
+bool TNVHandlerValidation::createDNNImages() {
+  stopped = false;
+  stopRequested = false;
+  if (trainSets.empty()) {
+    tnv::logLine("TNVHandlerValidation::createDNNImages: No TrainSets!");
+    return false;
+  }
+  if (!renewDirectory()) {
+    tnv::logLine("TNVHandlerValidation::createDNNImages: Can not create validation directory at '" +
+                 validationDirectory + "'!");
+    return false;
+  }
+  notify(&TNVHandlerValidationObserver::onEventValidGenStarted);
+  dnnImages.clear();
+  images.clear();
+  imageInfo.clear();
+  for (std::size_t i = 0; i < trainSets.size() && !stopRequested; ++i)
+    cutTrainSet(static_cast<int>(i));
+  stopped = true;
+  notify(&TNVHandlerValidationObserver::onEventValidGenFinished);
+  return true;
+}
+
+bool TNVHandlerValidation::renewDirectory() const {
+  if (validationDirectory.empty()) return false;
+  if (TNVDirectory::exists(validationDirectory)) {
+    // Cuts may have been taken into the project as pictures of their own.
+    const std::string reason = tnv::RunGuard(trainSets).whyToKeep(validationDirectory);
+    if (!reason.empty()) {
+      tnv::logLine("TNVHandlerValidation::createDNNImages: Directory '" + validationDirectory +
+                   "' is kept, " + reason + "!");
+      return false;
+    }
+    TNVDirectory::remove(validationDirectory);
+  }
+  TNVDirectory::createDirectory(validationDirectory);
+  return TNVDirectory::exists(validationDirectory);
+}
+
+void TNVHandlerValidation::cutTrainSet(int index) {
+  TNVTrainSet& trainSet = *trainSets[static_cast<std::size_t>(index)];
+  const cv::Mat picture = takePicture(trainSet);
+  if (picture.empty()) {
+    tnv::logLine("TNVHandlerValidation::createDNNImages: Could not load image '" +
+                 trainSet.imagePath + "'!");
+    return;
+  }
+  for (const auto& mark : trainSet.marks)
+    cutMark(*mark, picture, index);
+  notify(&TNVHandlerValidationObserver::onEventValidGenUpdate);
+}
+
+void TNVHandlerValidation::cutMark(const TNVMark& mark, const cv::Mat& picture, int trainSetIndex) {
+  const TNVDNNClass* dnnClass = classOf(mark);
+  if (!dnnClass) return;
+  const cv::Mat cut = cutOf(mark, picture);
+  if (cut.empty()) return;
+  const auto id = static_cast<int>(imageInfo.size());
+  dnnImages[labelOf(*dnnClass)].push_back(id);
+  imageInfo[id] = {trainSetIndex, mark.uniqueId};
+  cv::imwrite(imagePath(id), cut);
+}
+
+const TNVDNNClass* TNVHandlerValidation::classOf(const TNVMark& mark) const {
+  if (mark.classIdx.empty()) return nullptr;
+  const auto place = std::find_if(
+      dnnClasses.begin(), dnnClasses.end(),
+      [&](const TNVDNNClass* each) { return each->uniqueIdx == mark.classIdx.front(); });
+  return place == dnnClasses.end() ? nullptr : *place;
+}
+
+std::string TNVHandlerValidation::imagePath(int id) const {
+  return validationDirectory + std::to_string(id) + ".jpg";
+}
+
+std::vector<std::string> TNVHandlerValidation::getDNNClasses() const {
+  std::vector<std::string> labels;
+  for (const auto& [label, ids] : dnnImages)
+    labels.push_back(label);
+  return labels;
+}
+
+std::vector<int> TNVHandlerValidation::getDNNImageIndices(const std::string& label) const {
+  const auto place = dnnImages.find(label);
+  return place == dnnImages.end() ? std::vector<int>() : place->second;
+}
+
+cv::Mat TNVHandlerValidation::loadImage(int id) {
+  const auto [place, isNew] = images.try_emplace(id);
+  if (isNew) place->second = cv::imread(imagePath(id), cv::IMREAD_COLOR);
+  return place->second;
+}
+
+void TNVHandlerValidation::unloadImagesOfDNN(const std::string& label) {
+  for (const int id : getDNNImageIndices(label))
+    images.erase(id);
+}
+
+int TNVHandlerValidation::getTrainSetIndex(int id) const {
+  const auto place = imageInfo.find(id);
+  return place == imageInfo.end() ? -1 : place->second.trainSetIndex;
+}
+
+int TNVHandlerValidation::getMarkUniqueId(int id) const {
+  const auto place = imageInfo.find(id);
+  return place == imageInfo.end() ? -1 : place->second.markUniqueId;
+}

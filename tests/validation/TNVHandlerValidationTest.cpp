@@ -1,0 +1,320 @@
+#include "validation/TNVHandlerValidation.h"
+
+#include <filesystem>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <opencv2/imgcodecs.hpp>
+
+#include "TNV_SampleBenchNative/WTNVHandlerValidation.h"
+#include "marks/TNVMarkRect.h"
+#include "project/TNVProject.h"
+#include "project/TNVTrainSet.h"
+#include "support/LogCapture.h"
+#include "support/OpenProject.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+std::vector<std::string> events;
+
+class Validation : public testing::Test {
+ protected:
+  Validation() {
+    builder.withClasses({"Screw", "Nut"}).withPictures({"a.png", "b.png", "c.png"});
+    events.clear();
+    gallery.setCBValidGenStarted([] { events.emplace_back("started"); });
+    gallery.setCBValidGenUpdate([] { events.emplace_back("update"); });
+    gallery.setCBValidGenFinished([] { events.emplace_back("finished"); });
+  }
+
+  TNVProject& native() { return *builder.project().getNativeProject(); }
+  TNVHandlerValidation& handler() { return *native().hndValidation; }
+  TNVTrainSet& trainSet(std::size_t i) { return *native().trainSetPointers().at(i); }
+
+  /// A box of the pictures, which are 64 by 48 pixels.
+  TNVMark* addMark(std::size_t i, const cv::Rect& box, const std::vector<int>& classIdx) {
+    TNVMark* mark = trainSet(i).addMark(
+        TNVMarkRect({box.x / 64.0, box.y / 48.0}, {box.br().x / 64.0, box.br().y / 48.0}, false));
+    mark->classIdx = classIdx;
+    return mark;
+  }
+
+  cv::Mat cut(int id) {
+    unsigned char* data = nullptr;
+    int width = -1;
+    int height = -1;
+    int channels = -1;
+    gallery.wLoadImage(id, &data, &width, &height, &channels);
+    if (data == nullptr) {
+      EXPECT_EQ(std::vector({width, height, channels}), std::vector({0, 0, 0}));
+      return {};
+    }
+    return {height, width, CV_8UC(channels), data};
+  }
+
+  std::string fileOf(int id) const {
+    return builder.projectDirectory() + "validation/" + std::to_string(id) + ".jpg";
+  }
+  std::size_t fileCount() const {
+    const std::filesystem::directory_iterator files(builder.projectDirectory() + "validation");
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+  }
+
+  /// What a JPEG of that part of the picture reads back as.
+  static cv::Mat jpegOf(const cv::Mat& picture) {
+    std::vector<uchar> bytes;
+    cv::imencode(".jpg", picture, bytes);
+    return cv::imdecode(bytes, cv::IMREAD_COLOR);
+  }
+
+  ProjectBuilder builder;
+  WTNVHandlerValidation gallery = builder.project().getHndValidation();
+};
+
+}  // namespace
+
+TEST_F(Validation, IsIdleWithoutAnIndexAtFirst) {
+  EXPECT_TRUE(gallery.wProcessIsStopped());
+  EXPECT_FALSE(handler().stopRequested);
+  EXPECT_EQ(handler().validationDirectory, builder.projectDirectory() + "validation/");
+  EXPECT_THAT(gallery.wGetDNNClasses(), IsEmpty());
+  EXPECT_EQ(gallery.wGetTrainSetIndex(0), -1);
+  EXPECT_EQ(gallery.wGetMarkUniqueId(0), -1);
+}
+
+TEST_F(Validation, WithoutMarksThereAreEventsAndAnEmptyDirectory) {
+  EXPECT_TRUE(gallery.wProcessGeneration());
+  EXPECT_THAT(events, ElementsAre("started", "update", "update", "update", "finished"));
+  EXPECT_THAT(gallery.wGetDNNClasses(), IsEmpty());
+  EXPECT_EQ(fileCount(), 0U);
+  EXPECT_TRUE(gallery.wProcessIsStopped());
+}
+
+TEST_F(Validation, CutsAreNumberedOverAllTrainSetsAndListedByClass) {
+  const int first = addMark(0, {8, 8, 16, 12}, {1})->uniqueId;
+  const int second = addMark(0, {20, 10, 30, 20}, {0})->uniqueId;
+  const int third = addMark(2, {0, 0, 64, 48}, {1})->uniqueId;
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  EXPECT_THAT(gallery.wGetDNNClasses(), ElementsAre("Nut (1)", "Screw (0)"));
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Nut (1)"), ElementsAre(0, 2));
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Screw (0)"), ElementsAre(1));
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Screw"), IsEmpty());
+  EXPECT_EQ(gallery.wGetTrainSetIndex(0), 0);
+  EXPECT_EQ(gallery.wGetTrainSetIndex(1), 0);
+  EXPECT_EQ(gallery.wGetTrainSetIndex(2), 2);
+  EXPECT_EQ(gallery.wGetMarkUniqueId(0), first);
+  EXPECT_EQ(gallery.wGetMarkUniqueId(1), second);
+  EXPECT_EQ(gallery.wGetMarkUniqueId(2), third);
+  EXPECT_EQ(gallery.wGetTrainSetIndex(3), -1);
+  EXPECT_EQ(fileCount(), 3U);
+}
+
+TEST_F(Validation, ACutIsTheMarksBoxAsAJpegOfTheUsualQuality) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  EXPECT_TRUE(samePixels(jpegOf(patternedPicture(64, 48)(cv::Rect(8, 8, 16, 12))), cut(0)));
+}
+
+TEST_F(Validation, AMarkWithTwoClassesIsListedUnderTheFirst) {
+  addMark(0, {8, 8, 16, 12}, {1, 0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  EXPECT_THAT(gallery.wGetDNNClasses(), ElementsAre("Nut (1)"));
+}
+
+TEST_F(Validation, MarksWithoutAClassOrAreaConsumeNoNumber) {
+  addMark(0, {8, 8, 0, 12}, {0});
+  addMark(0, {8, 8, 16, 12}, {});
+  addMark(0, {8, 8, 16, 12}, {7, 0});
+  addMark(0, {8, 8, 16, 12}, {0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Screw (0)"), ElementsAre(0));
+  EXPECT_EQ(gallery.wGetMarkUniqueId(0), 3);
+}
+
+TEST_F(Validation, DamagedMarksAreLeftOut) {
+  addMark(0, {8, 8, 16, 12}, {0})->center = {-40, 0.5};
+  addMark(0, {8, 8, 16, 12}, {0})->center = {std::nan(""), 0.5};
+  dynamic_cast<TNVMarkRect*>(addMark(0, {8, 8, 16, 12}, {0}))->size = {1e300, 1e300};
+  dynamic_cast<TNVMarkRect*>(addMark(0, {8, 8, 16, 12}, {0}))->size = {-1, -1};
+  addMark(0, {8, 8, 16, 12}, {0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  EXPECT_EQ(gallery.wGetMarkUniqueId(gallery.wGetDNNImageIndices("Screw (0)").back()), 4);
+  EXPECT_EQ(fileCount(), 1U);
+}
+
+TEST_F(Validation, AnUnreadablePictureIsLoggedAndHasNoUpdate) {
+  addMark(1, {8, 8, 16, 12}, {0});
+  addMark(2, {8, 8, 16, 12}, {0});
+  std::filesystem::remove(trainSet(1).imagePath);
+  const LogCapture log;
+  EXPECT_TRUE(gallery.wProcessGeneration());
+  EXPECT_THAT(log.lines(),
+              testing::Contains("TNVHandlerValidation::createDNNImages: Could not load image '" +
+                                trainSet(1).imagePath + "'!"));
+  EXPECT_THAT(events, ElementsAre("started", "update", "update", "finished"));
+  EXPECT_EQ(gallery.wGetTrainSetIndex(0), 2);
+}
+
+TEST_F(Validation, TrainSetsGiveTheirPicturesUp) {
+  trainSet(0).loadImage();
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_FALSE(trainSet(i).isImageLoaded());
+    EXPECT_TRUE(trainSet(i).image.empty());
+    EXPECT_TRUE(trainSet(i).dataLoaded);
+  }
+}
+
+TEST_F(Validation, WithoutTrainSetsThereIsNoEventAndTheRunCountsAsActive) {
+  ProjectBuilder empty("empty");
+  empty.project().wCreate();
+  WTNVHandlerValidation lonely = empty.project().getHndValidation();
+  lonely.setCBValidGenStarted([] { events.emplace_back("started"); });
+  const LogCapture log;
+  EXPECT_FALSE(lonely.wProcessGeneration());
+  EXPECT_THAT(log.lines(), ElementsAre("TNVHandlerValidation::createDNNImages: No TrainSets!"));
+  EXPECT_THAT(events, IsEmpty());
+  EXPECT_FALSE(lonely.wProcessIsStopped());
+}
+
+TEST_F(Validation, ADirectoryThatCannotBeMadeIsLogged) {
+  handler().validationDirectory = builder.temp.write("file", "in the way") + "/below/";
+  const LogCapture log;
+  EXPECT_FALSE(gallery.wProcessGeneration());
+  EXPECT_THAT(log.lines(),
+              testing::Contains("TNVHandlerValidation::createDNNImages: Can not create validation "
+                                "directory at '" +
+                                handler().validationDirectory + "'!"));
+  EXPECT_THAT(events, IsEmpty());
+  EXPECT_FALSE(gallery.wProcessIsStopped());
+}
+
+TEST_F(Validation, PicturesOfTheProjectInTheDirectoryAreNotDeleted) {
+  const std::string picture = builder.projectDirectory() + "validation/own.png";
+  std::filesystem::create_directories(builder.projectDirectory() + "validation");
+  writePicture(picture, 8, 8);
+  builder.project().wAddImagesToImageSet({picture}, {true}, "cuts", false);
+  const LogCapture log;
+  EXPECT_FALSE(gallery.wProcessGeneration());
+  EXPECT_TRUE(std::filesystem::exists(picture));
+  EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_F(Validation, AProjectNamedByAPathDeletesNothing) {
+  const std::string victim = builder.temp.write("validation/kept.txt", "x");
+  builder.temp.makeDirectory("projects");
+  WTNVProject strange("..", builder.temp / "projects/", "", "");
+  strange.wAddImagesToImageSet({trainSet(0).imagePath}, {true}, "set", false);
+  const LogCapture log;
+  EXPECT_FALSE(strange.getHndValidation().wProcessGeneration());
+  EXPECT_TRUE(std::filesystem::exists(victim));
+}
+
+TEST_F(Validation, AStopAfterTheFirstTrainSetLeavesAUsableIndex) {
+  for (std::size_t i = 0; i < 3; ++i)
+    addMark(i, {8, 8, 16, 12}, {0});
+  static WTNVHandlerValidation* running = nullptr;
+  running = &gallery;
+  gallery.setCBValidGenUpdate([] {
+    EXPECT_FALSE(running->wProcessIsStopped());
+    running->wProcessStop();
+  });
+  EXPECT_TRUE(gallery.wProcessGeneration());
+  EXPECT_TRUE(gallery.wProcessIsStopped());
+  EXPECT_THAT(events, ElementsAre("started", "finished"));
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Screw (0)"), ElementsAre(0));
+  EXPECT_FALSE(cut(0).empty());
+}
+
+TEST_F(Validation, AStopMayComeFromAnotherThread) {
+  static std::atomic<bool> asked{false};
+  asked = false;
+  std::thread other([this] {
+    while (gallery.wProcessIsStopped())
+      std::this_thread::yield();
+    gallery.wProcessStop();
+    asked = true;
+  });
+  gallery.setCBValidGenStarted([] {
+    while (!asked)
+      std::this_thread::yield();
+  });
+  EXPECT_TRUE(gallery.wProcessGeneration());
+  other.join();
+  EXPECT_THAT(events, ElementsAre("finished"));
+}
+
+TEST_F(Validation, ACutIsHeldUntilItIsUnloaded) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  addMark(0, {8, 8, 8, 8}, {1});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  const uchar* pixels = cut(0).data;
+  std::filesystem::remove(fileOf(0));
+  EXPECT_EQ(cut(0).data, pixels);
+  gallery.wUnloadImage(5);
+  cut(1);
+  EXPECT_EQ(handler().images.size(), 2U);
+  gallery.wUnloadImagesOfDNN("Screw (0)");
+  EXPECT_EQ(handler().images.size(), 1U);
+  gallery.wUnloadImage(1);
+  EXPECT_EQ(handler().images.size(), 0U);
+  cut(1);
+  gallery.wUnloadAll();
+  EXPECT_EQ(handler().images.size(), 0U);
+}
+
+TEST_F(Validation, ADeletedFileGivesZerosAndAnEmptyEntry) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  std::filesystem::remove(fileOf(0));
+  EXPECT_TRUE(cut(0).empty());
+  EXPECT_EQ(handler().images.count(0), 1U);
+  EXPECT_TRUE(handler().images.at(0).empty());
+}
+
+TEST_F(Validation, ASecondRunStartsAnew) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  TNVMark* second = addMark(0, {8, 8, 8, 8}, {1});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  cut(0);
+  builder.temp.write("projects/demo/validation/stray.txt", "");
+  trainSet(0).removeMark(second);
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  EXPECT_EQ(handler().images.size(), 0U);
+  EXPECT_EQ(fileCount(), 1U);
+  EXPECT_THAT(gallery.wGetDNNClasses(), ElementsAre("Screw (0)"));
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Screw (0)"), ElementsAre(0));
+}
+
+TEST_F(Validation, TheHandlerFollowsTheProjectsTrainSetsAndClasses) {
+  EXPECT_EQ(handler().trainSets, native().trainSetPointers());
+  builder.withPictures({"d.png"}, "more").withClasses({"Washer"});
+  EXPECT_EQ(handler().trainSets, native().trainSetPointers());
+  EXPECT_EQ(handler().dnnClasses, native().classPointers());
+  builder.project().wRemoveImagesFromImageSet({trainSet(0).imagePath}, "more");
+  builder.project().wRemoveDNNClass(builder.project().wGetDNNClasses()[0]);
+  EXPECT_EQ(handler().trainSets, native().trainSetPointers());
+  EXPECT_EQ(handler().dnnClasses, native().classPointers());
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  WTNVProject again("demo", builder.temp / "projects/", "", "");
+  ASSERT_TRUE(again.wLoad());
+  const TNVProject& read = *again.getNativeProject();
+  EXPECT_EQ(read.hndValidation->trainSets, read.trainSetPointers());
+  EXPECT_EQ(read.hndValidation->trainSets.size(), 3U);
+  EXPECT_EQ(read.hndValidation->dnnClasses, read.classPointers());
+  EXPECT_EQ(read.hndValidation->dnnClasses.size(), 2U);
+}
+
+TEST_F(Validation, TheIndexIsNotKeptOnDisk) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  WTNVProject again("demo", builder.temp / "projects/", "", "");
+  ASSERT_TRUE(again.wLoad());
+  EXPECT_THAT(again.getHndValidation().wGetDNNClasses(), IsEmpty());
+  EXPECT_TRUE(std::filesystem::exists(fileOf(0)));
+}
