@@ -45,6 +45,7 @@ Points followedBy(Points points, std::vector<double> cursor) {
 
 std::vector<Form> allForms() {
   const Points path{{0.2, 0.7}, {0.35, 0.3}, {0.55, 0.65}, {0.75, 0.25}};
+  const Points outline{{0.2, 0.7}, {0.35, 0.25}, {0.6, 0.2}, {0.7, 0.6}};
   const std::vector<double> cursor{0.85, 0.8};
   return {{"Rect", {{0.25, 0.25}, {0.7, 0.8}}},
           {"Rect Center", {{0.5, 0.5}, {0.7, 0.8}}},
@@ -54,9 +55,9 @@ std::vector<Form> allForms() {
           {"Circle Multiple", followedBy(ovalRim(55, 55, 7), cursor)},
           {"Line", {{0.25, 0.75}, {0.75, 0.3}}},
           {"PolyLine", followedBy(path, cursor)},
-          {"PolyLine Closed", followedBy(path, cursor)},
+          {"PolyLine Closed", followedBy(outline, cursor)},
           {"Ellipse", {{0.5, 0.5}, {0.75, 0.35}, {0.43, 0.25}}},
-          {"Ellipse Multiple", followedBy(ovalRim(90, 45, 9), cursor)}};
+          {"Ellipse Multiple", followedBy(ovalRim(75, 40, 9), cursor)}};
 }
 
 cv::Mat ground() {
@@ -129,8 +130,8 @@ cv::Mat drawSheet(WTNVProject& project) {
   view.wSetCrossPosition(1, 1);
   const auto forms = allForms();
   const auto columns = static_cast<int>(allStates().size()) + 1;
-  cv::Mat sheet(cell(static_cast<int>(forms.size()), columns).tl().y,
-                cell(0, columns).tl().x, CV_8UC3, cv::Scalar::all(245));
+  cv::Mat sheet(cell(static_cast<int>(forms.size()), columns).tl().y, cell(0, columns).tl().x,
+                CV_8UC3, cv::Scalar::all(245));
   for (int column = 0; column < columns; ++column) {
     const bool isState = column + 1 < columns;
     writeText(sheet, isState ? allStates()[static_cast<std::size_t>(column)].name : "designing",
@@ -158,7 +159,8 @@ int main(int argc, char** argv) {
     std::cerr << "usage: formsheet FILE\n";
     return 2;
   }
-  const auto directory = fs::temp_directory_path() / ("formsheet-" + std::to_string(cv::getTickCount()));
+  const auto directory =
+      fs::temp_directory_path() / ("formsheet-" + std::to_string(cv::getTickCount()));
   int exitCode = 0;
   try {
     fs::create_directories(directory);
