@@ -14,6 +14,9 @@
 #include "Numbers.h"
 #include "ProjectCommands.h"
 #include "RenderCommand.h"
+#include "UserCommand.h"
+#include "ViewCommand.h"
+#include "WeightsCommand.h"
 
 namespace {
 
@@ -62,6 +65,10 @@ struct Request {
   CropOptions crop;
   GenerateOptions generate;
   DemoOptions demo;
+  ViewOptions view;
+  WeightsOptions weights;
+  UserOptions user;
+  std::string configFile;
   std::function<void(Output&)> run;
 };
 
@@ -295,6 +302,104 @@ void addDemo(CLI::App& app, Request& request) {
   });
 }
 
+void addView(CLI::App& app, Request& request) {
+  auto& options = request.view;
+  auto* command = addCommand(app, "view",
+                             "Writes a sample of a training set with its boxes to a file, or a "
+                             "sheet of the first samples.",
+                             "view set/images -o sheet.png");
+  command->add_option("DIRECTORY", options.directory, "directory with samples")->required();
+  command->add_option("NAME", options.name, "sample, like img_3; without it a sheet is drawn");
+  command->add_option("-o,--output", options.file, "file to write, like sheet.png")->required();
+  command->add_option("--count", options.count, "samples on the sheet")
+      ->check(CLI::Range(1, 1000))
+      ->capture_default_str();
+  command->callback(
+      [&request] { request.run = [&](Output& output) { runView(request.view, output); }; });
+}
+
+using WeightsRun = void (*)(const WeightsOptions&, Output&);
+
+CLI::App* addWeightsCommand(CLI::App& weights, Request& request, const std::string& name,
+                            const std::string& purpose, const std::string& example,
+                            WeightsRun run) {
+  auto* command = addCommand(weights, name, purpose, "weights " + example);
+  command->add_option("--directory", request.weights.directory, "where the weights lie")
+      ->required();
+  command->callback([&request, run] {
+    request.run = [&request, run](Output& output) { run(request.weights, output); };
+  });
+  return command;
+}
+
+void addWeights(CLI::App& app, Request& request) {
+  auto& options = request.weights;
+  auto* weights =
+      addCommand(app, "weights", "Starting weights: what a portal offers, and what lies here.",
+                 "weights list --address URL --directory weights/");
+  weights->require_subcommand(1);
+  const auto addAddress = [&](CLI::App* command) {
+    command->add_option("--address", options.address, "address of the portal")->required();
+  };
+  addAddress(addWeightsCommand(*weights, request, "list", "Lists the files and their states.",
+                               "list --address URL --directory weights/", runWeightsList));
+  auto* get =
+      addWeightsCommand(*weights, request, "get", "Fetches a file and checks it.",
+                        "get small.weights --address URL --directory weights/", runWeightsGet);
+  get->add_option("NAME", options.name, "name of the file")->required();
+  addAddress(get);
+  addWeightsCommand(*weights, request, "import", "Copies a file into the directory.",
+                    "import ~/small.weights --directory weights/", runWeightsImport)
+      ->add_option("FILE", options.name, "the file")
+      ->required();
+  addWeightsCommand(*weights, request, "remove", "Deletes a file of the directory.",
+                    "remove small.weights --directory weights/", runWeightsRemove)
+      ->add_option("NAME", options.name, "name of the file")
+      ->required();
+}
+
+using UserRun = void (*)(const UserOptions&, Output&);
+
+CLI::App* addUserCommand(CLI::App& users, Request& request, const std::string& name,
+                         const std::string& purpose, const std::string& example, UserRun run) {
+  auto* command = addCommand(users, name, purpose, "user " + example);
+  command->add_option("--users", request.user.users, "where users lie")->capture_default_str();
+  command->callback([&request, run] {
+    request.run = [&request, run](Output& output) { run(request.user, output); };
+  });
+  return command;
+}
+
+void addUser(CLI::App& app, Request& request) {
+  auto& options = request.user;
+  auto* users =
+      addCommand(app, "user", "The people who work here, and the project each opened last.",
+                 "user create ann");
+  users->require_subcommand(1);
+  addUserCommand(*users, request, "list", "Lists the users.", "list", runUserList);
+  const auto addName = [&](CLI::App* command) {
+    command->add_option("NAME", options.name, "name of the user")->required();
+    return command;
+  };
+  addName(addUserCommand(*users, request, "create", "Makes a user.", "create ann", runUserCreate));
+  addName(addUserCommand(*users, request, "set", "Remembers a project as the one opened last.",
+                         "set ann parts", runUserSet))
+      ->add_option("PROJECT", options.project, "name of the project")
+      ->required();
+  addName(
+      addUserCommand(*users, request, "remove", "Removes a user.", "remove ann", runUserRemove));
+}
+
+void addConfig(CLI::App& app, Request& request) {
+  auto* command = addCommand(app, "config",
+                             "Shows where a configuration file puts projects, platforms, "
+                             "augmentations and users.",
+                             "config app.cfg");
+  command->add_option("FILE", request.configFile, "the configuration")->required();
+  command->callback(
+      [&request] { request.run = [&](Output& output) { runConfig(request.configFile, output); }; });
+}
+
 // The library joins directories and names as they stand.
 std::string withSlash(const std::string& directory) {
   return (std::filesystem::path(directory) / "").generic_string();
@@ -330,6 +435,10 @@ void addCommands(CLI::App& app, Request& request) {
   addMagnify(app, request);
   addCrop(app, request);
   addGenerate(app, request);
+  addView(app, request);
+  addWeights(app, request);
+  addUser(app, request);
+  addConfig(app, request);
   addDemo(app, request);
 }
 

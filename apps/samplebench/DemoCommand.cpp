@@ -4,9 +4,9 @@
 #include <array>
 #include <cstdio>
 #include <opencv2/imgcodecs.hpp>
-#include <opencv2/imgproc.hpp>
 
 #include "CommandError.h"
+#include "ContactSheet.h"
 #include "DemoPictures.h"
 #include "GenerateCommand.h"
 #include "ImportCommand.h"
@@ -21,7 +21,7 @@ namespace {
 constexpr auto projectName = "demo";
 constexpr auto setName = "pictures";
 constexpr unsigned int drawnPictures = 24;
-constexpr unsigned int contactColumns = 6;
+constexpr int contactColumns = 6;
 constexpr std::array<const char*, 5> entries{"contact.png", "pictures", "projects", "rendered.png",
                                              "set"};
 
@@ -82,34 +82,24 @@ void writeImage(const fs::path& file, const cv::Mat& image) {
     throw CommandError("'" + file.string() + "' cannot be written");
 }
 
-void addToContact(cv::Mat& contact, const cv::Mat& image, unsigned int number) {
-  const cv::Size size(demoWidth / 2, demoHeight / 2);
-  const cv::Point place(static_cast<int>(number % contactColumns) * size.width,
-                        static_cast<int>(number / contactColumns) * size.height);
-  cv::Mat target = contact(cv::Rect(place, size));
-  cv::resize(image, target, size, 0, 0, cv::INTER_AREA);
-}
-
 Material drawMaterial(const fs::path& directory) {
   const auto pictures = directory / "pictures";
   fs::create_directories(pictures);
   const auto& names = demoPartNames();
   Material material{
       pictures.string(), {{names[0], "ff5040"}, {names[1], "40c0ff"}, {names[2], "80ff40"}}, {}};
-  constexpr int contactRows = drawnPictures / contactColumns;
-  cv::Mat contact(contactRows * demoHeight / 2, static_cast<int>(contactColumns) * demoWidth / 2,
-                  CV_8UC3);
+  std::vector<cv::Mat> cells;
   for (unsigned int number = 0; number < drawnPictures; ++number) {
     const auto picture = drawDemoPicture(number);
     const auto file = pictures / drawnName(number);
     writeImage(file, picture.image);
-    addToContact(contact, picture.image, number);
+    cells.push_back(fitted(picture.image, {demoWidth / 2, demoHeight / 2}));
     for (const auto& object : picture.objects)
       material.marks.push_back({"", absolutePath(file.string()), "Rect",
                                 names[static_cast<std::size_t>(object.part)],
                                 relativeCorners(object.box)});
   }
-  writeImage(directory / "contact.png", contact);
+  writeImage(directory / "contact.png", contactSheet(cells, contactColumns));
   return material;
 }
 

@@ -46,8 +46,8 @@ Progress::Progress(std::size_t total, Output& target)
       start(std::chrono::steady_clock::now()),
       onTerminal(platform::errorsGoToTerminal()) {}
 
-void Progress::step() {
-  ++state.done;
+void Progress::moveTo(std::size_t done) {
+  state.done = done;
   state.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   if (output.isQuiet()) return;
   if (onTerminal) {

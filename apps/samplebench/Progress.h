@@ -25,7 +25,10 @@ class Progress {
  public:
   Progress(std::size_t total, Output& output);
 
-  void step();
+  void step() { moveTo(state.done + 1); }
+
+  /// To that many of all.
+  void moveTo(std::size_t done);
 
   /// Leaves the bar as it stands.
   void finish();

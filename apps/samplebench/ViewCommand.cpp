@@ -1,0 +1,69 @@
+#include "ViewCommand.h"
+
+#include <algorithm>
+
+#include "CommandError.h"
+#include "ContactSheet.h"
+#include "PictureFile.h"
+#include "TNV_SampleBenchNative/WTNVToolDarknetViewer.h"
+
+namespace {
+
+constexpr int sheetColumns = 6;
+const cv::Size sheetCell(240, 180);
+
+std::vector<std::string> sampleNames(WTNVToolDarknetViewer& viewer, const std::string& directory) {
+  if (!std::filesystem::is_directory(directory))
+    throw CommandError("'" + directory + "' is no directory");
+  viewer.wSetImageDirectory(directory);
+  auto names = viewer.wReadImages();
+  if (names.empty())
+    throw CommandError("'" + directory +
+                       "' holds no pictures with a label text beside them; samples lie in the "
+                       "directory images/ of a training set");
+  // By length first, so that img_2 comes before img_10.
+  std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
+    return std::pair(a.size(), a) < std::pair(b.size(), b);
+  });
+  return names;
+}
+
+cv::Mat sampleNamed(WTNVToolDarknetViewer& viewer, const std::string& name) {
+  if (!viewer.wSelectImage(name))
+    throw CommandError("there is no sample '" + name + "' that can be read");
+  return pictureFrom([&](auto... parts) { viewer.wGetSelectedImage(parts...); });
+}
+
+cv::Mat sheetOf(WTNVToolDarknetViewer& viewer, const std::vector<std::string>& names) {
+  std::vector<cv::Mat> cells;
+  for (const auto& name : names)
+    cells.push_back(fitted(sampleNamed(viewer, name), sheetCell));
+  return contactSheet(cells, sheetColumns);
+}
+
+// A sample is not to be replaced by what is drawn of it.
+void requireNoSample(const std::string& file, const std::string& directory) {
+  std::error_code error;
+  const auto parent = std::filesystem::absolute(file).parent_path();
+  if (std::filesystem::exists(file) && std::filesystem::equivalent(parent, directory, error))
+    throw CommandError("'" + file + "' lies among the samples; choose another file");
+}
+
+}  // namespace
+
+void runView(const ViewOptions& options, Output& output) {
+  requireWritable(options.file, {});
+  requireNoSample(options.file, options.directory);
+  WTNVToolDarknetViewer viewer;
+  auto names = sampleNames(viewer, options.directory);
+  if (!options.name.empty()) {
+    writePicture(options.file, sampleNamed(viewer, options.name));
+    output.data() << "wrote " << options.file << " (sample " << options.name << ")\n";
+    return;
+  }
+  const auto all = names.size();
+  names.resize(std::min(all, static_cast<std::size_t>(options.count)));
+  writePicture(options.file, sheetOf(viewer, names));
+  output.data() << "wrote " << options.file << " (" << names.size() << " of "
+                << counted(all, "sample") << ")\n";
+}
