@@ -130,8 +130,7 @@ void runWeightsImport(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto directory = directoryOf(options);
   const auto name = fs::path(options.name).filename().string();
-  if (!fs::is_regular_file(options.name))
-    throw CommandError("'" + options.name + "' is no file");
+  if (!fs::is_regular_file(options.name)) throw CommandError("'" + options.name + "' is no file");
   if (fs::exists(directory + name))
     throw CommandError("'" + directory + name + "' is there already; remove it first");
   if (!downloads.handler.wImportFile(options.name, directory))

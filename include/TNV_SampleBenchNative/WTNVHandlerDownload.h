@@ -37,7 +37,7 @@ class TNV_SAMPLEBENCH_API WTNVHandlerDownload : public TNVHandlerDownloadObserve
   /// known, Finished. False, with a log line that has libcurl's code, if that failed; what came
   /// until then stays under the file's name, or beside a file that was there before with ".part"
   /// behind the name. An error page of the server counts as the file. Only http, https and file
-  /// addresses are followed.
+  /// addresses are followed. What a callback throws comes out here.
   bool wDownloadFile(WTNVDownloadFile file, const std::string& directory);
 
   /// Copies a file into the directory. Throws `std::filesystem::filesystem_error` if one of that

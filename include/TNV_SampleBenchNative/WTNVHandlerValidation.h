@@ -27,8 +27,10 @@ class TNV_SAMPLEBENCH_API WTNVHandlerValidation : public TNVHandlerValidationObs
   /// Makes the gallery of all train sets on the calling thread, in the project's validation
   /// directory, whose earlier content is deleted. Started comes first, an Update after each train
   /// set whose picture can be read, then Finished; true also when it was stopped. False, with a log
-  /// line and without events, if there are no train sets or the directory cannot be made anew.
-  /// Errors of the file system and of OpenCV are thrown.
+  /// line and without events, if there are no train sets, or if the directory cannot be made anew
+  /// or holds pictures of the project. A mark that cannot be cut has a log line and no number.
+  /// Errors of the file system, and of OpenCV on damaged records, are thrown; the run then counts
+  /// as active.
   bool wProcessGeneration();
 
   /// Ends a run before its next train set; what is cut until then stays usable. For any thread, and

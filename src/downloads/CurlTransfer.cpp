@@ -18,7 +18,7 @@ CurlTransfer::CurlTransfer(const std::string& address, bool verifyCertificate)
   if (handle == nullptr) return;
   curl_easy_setopt(handle, CURLOPT_URL, address.c_str());
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, verifyCertificate ? 1L : 0L);
-  curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, kProtocols);
+  restricted = curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, kProtocols) == CURLE_OK;
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, writeBody);
   curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
 }
@@ -49,6 +49,7 @@ void CurlTransfer::tellProgress(TellProgress newTell) {
 
 int CurlTransfer::perform() {
   if (handle == nullptr) return CURLE_FAILED_INIT;
+  if (!restricted) return CURLE_UNSUPPORTED_PROTOCOL;
   const CURLcode code = curl_easy_perform(handle);
   if (failure) std::rethrow_exception(failure);
   return code;

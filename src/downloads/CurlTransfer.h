@@ -35,6 +35,9 @@ class CurlTransfer {
   static int progressed(void* self, long long total, long long now);
 
   void* handle;
+
+  /// Whether the library keeps to the protocols of portals.
+  bool restricted = false;
   TakePiece take;
   TellProgress tell;
   std::exception_ptr failure;

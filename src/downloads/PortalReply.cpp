@@ -37,9 +37,10 @@ TNVDownloadFile fileOf(const Json::Value& member) {
   TNVDownloadFile file;
   file.fileName = member["name"].asString();
   file.md5Hash = member["hash"].asString();
-  file.fileSize = toInt(member["file_size"].asString());
+  const std::string size = member["file_size"].asString();
   file.timeStamp = member["creation_date"].asString();
   file.downloadAddress = member["download_link"].asString();
+  file.fileSize = toInt(size);
   return file;
 }
 

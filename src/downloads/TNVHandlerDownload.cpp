@@ -22,8 +22,12 @@ using Files = std::vector<TNVDownloadFile>;
 /// The null value as JSON, which asks a portal for its list.
 constexpr auto kListRequest = "null\n";
 
-/// A list of files stays far below this; a portal that sends without end is not to fill the memory.
-constexpr std::size_t kLongestReply = std::size_t{1} << 26;
+/// A list of thousands of files stays below this. A portal that sends without end is not to fill
+/// the memory, of which a parsed reply takes many times its length.
+constexpr std::size_t kLongestReply = std::size_t{1} << 20;
+
+/// The size of what cannot be opened.
+constexpr int kNoSize = -1;
 
 /// What the present part of a file is called while a whole one lies in its place.
 constexpr auto kPartEnding = ".part";
@@ -45,8 +49,31 @@ class CurlGlobal {
 
 std::string pathIn(const std::string& directory, const std::string& fileName) {
   const std::string normal = TNVDirectory::normalizePath(directory);
-  return normal + (normal.ends_with('/') ? "" : "/") + fileName;
+  return normal + (normal.empty() || normal.ends_with('/') ? "" : "/") + fileName;
 }
+
+/// Whether nothing is there, not even a link that leads nowhere.
+bool isFree(const std::string& path) {
+  std::error_code error;
+  return fs::symlink_status(path, error).type() == fs::file_type::not_found;
+}
+
+bool isFile(const std::string& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error);
+}
+
+/// Closes the file whatever an observer throws.
+class CloseAtEnd {
+ public:
+  explicit CloseAtEnd(std::ofstream& file) : stream(file) {}
+  ~CloseAtEnd() { stream.close(); }
+  CloseAtEnd(const CloseAtEnd&) = delete;
+  CloseAtEnd& operator=(const CloseAtEnd&) = delete;
+
+ private:
+  std::ofstream& stream;
+};
 
 /// A name from the network, or from a front end, must not lead out of the directory.
 bool refuseName(const std::string& operation, const std::string& fileName) {
@@ -58,19 +85,26 @@ bool refuseName(const std::string& operation, const std::string& fileName) {
 
 /// Looking into anything else than a file, a pipe for one, might never end.
 TNVDownloadFile localFile(const std::string& path, const std::string& name) {
-  std::error_code error;
-  const bool isFile = fs::is_regular_file(path, error);
   TNVDownloadFile file;
   file.timeStamp = "00:00";
   file.fileName = name;
-  file.md5Hash = isFile ? TNVDirectory::fileMD5(path) : "";
-  file.fileSize = isFile ? static_cast<int>(TNVDirectory::fileSize(path)) : -1;
+  file.md5Hash = isFile(path) ? TNVDirectory::fileMD5(path) : "";
+  file.fileSize = isFile(path) ? static_cast<int>(TNVDirectory::fileSize(path)) : kNoSize;
   return file;
+}
+
+std::vector<TNVFileInfo> entriesOf(const std::string& directory) {
+  try {
+    return TNVDirectory::readFiles(directory, {}, false);
+  } catch (const fs::filesystem_error&) {
+    tnv::logLine("TNVHandlerDownload::getAllFiles: Could not read directory '" + directory + "'!");
+    return {};
+  }
 }
 
 Files localFiles(const std::string& directory) {
   Files files;
-  for (const TNVFileInfo& entry : TNVDirectory::readFiles(directory, {}, false))
+  for (const TNVFileInfo& entry : entriesOf(directory))
     files.push_back(localFile(directory + entry.fileName, entry.fileName));
   return files;
 }
@@ -79,7 +113,7 @@ TNVDownloadFile compared(TNVDownloadFile remote, const TNVDownloadFile* local) {
   remote.stateDownloadable = true;
   if (local == nullptr) return remote;
   remote.stateDownloaded = true;
-  remote.stateFileSizeValid = remote.fileSize == local->fileSize;
+  remote.stateFileSizeValid = local->fileSize != kNoSize && remote.fileSize == local->fileSize;
   remote.stateMD5Valid = remote.stateFileSizeValid && remote.md5Hash == local->md5Hash;
   return remote;
 }
@@ -103,18 +137,6 @@ Files combined(const Files& remotes, const Files& locals) {
 
 void logCount(const std::string& what, const Files& files) {
   tnv::logLine(what + ": " + std::to_string(files.size()));
-}
-
-/// Closes the stream whatever an observer throws.
-int performAndClose(tnv::CurlTransfer& transfer, std::ofstream& stream) {
-  try {
-    const int code = transfer.perform();
-    stream.close();
-    return code;
-  } catch (...) {
-    stream.close();
-    throw;
-  }
 }
 
 bool rename(const std::string& from, const std::string& to) {
@@ -149,9 +171,11 @@ bool TNVHandlerDownload::downlaodFile(const TNVDownloadFile& file, const std::st
   cancel = false;
   progress = 0.0;
   const std::string target = pathIn(directory, file.fileName);
-  const bool replaces = TNVDirectory::exists(target);
+  const bool replaces = !isFree(target);
   const std::string path = replaces ? target + kPartEnding : target;
-  int code = fetch(file.downloadAddress, path);
+  // A directory, a pipe or a link that leads nowhere is nothing to write to.
+  const bool hasPlace = (!replaces || isFile(target)) && (isFree(path) || isFile(path));
+  int code = hasPlace ? fetch(file.downloadAddress, path) : CURLE_WRITE_ERROR;
   if (code == CURLE_OK && replaces && !rename(path, target)) code = CURLE_WRITE_ERROR;
   if (code != CURLE_OK) {
     tnv::logLine("TNVDownloadManager::downlaodFile: Could not downlaod, reason: " +
@@ -165,6 +189,7 @@ bool TNVHandlerDownload::downlaodFile(const TNVDownloadFile& file, const std::st
 
 int TNVHandlerDownload::fetch(const std::string& address, const std::string& path) {
   fileStream = std::ofstream(path, std::ios::binary | std::ios::trunc);
+  const CloseAtEnd closeAtEnd(fileStream);
   tnv::CurlTransfer transfer(address, verifyCertificates);
   transfer.takeBody([this](const char* bytes, std::size_t count) {
     if (cancel) return false;
@@ -173,7 +198,8 @@ int TNVHandlerDownload::fetch(const std::string& address, const std::string& pat
   });
   transfer.tellProgress([this](double total, double now) { tellProgress(total, now); });
   notify(&TNVHandlerDownloadObserver::onEventDownloadStarted);
-  const int code = performAndClose(transfer, fileStream);
+  const int code = transfer.perform();
+  fileStream.close();
   // A file without content is never written to, and what is left in the stream may find no room.
   return code == CURLE_OK && fileStream.fail() ? CURLE_WRITE_ERROR : code;
 }
@@ -209,5 +235,5 @@ bool TNVHandlerDownload::removeFile(const TNVDownloadFile& file,
   const std::string path = pathIn(directory, file.fileName);
   std::error_code error;
   fs::remove(path, error);
-  return !TNVDirectory::exists(path);
+  return !fs::exists(path, error);
 }

@@ -22,7 +22,7 @@ bool writeFile(const std::string& path, std::string_view content) {
 
 std::optional<std::string> readFile(const std::string& path) {
   std::error_code error;
-  if (fs::is_directory(path, error)) return std::nullopt;
+  if (!fs::is_regular_file(path, error)) return std::nullopt;
   std::ifstream file(path, std::ios::binary);
   if (!file) return std::nullopt;
   std::string content;

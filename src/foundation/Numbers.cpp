@@ -94,10 +94,11 @@ double parseDouble(std::string_view text) {
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   if (result.ec != std::errc::result_out_of_range) return value;
   // `std::from_chars` does not say at which end; the length of the mantissa cannot either, but the
-  // sign of the exponent does.
+  // sign of the exponent does, and without one a leading zero.
   const std::string_view number(text.data(), static_cast<std::size_t>(result.ptr - text.data()));
-  const bool tiny = number.find("e-") != number.npos || number.find("E-") != number.npos ||
-                    number.find("0.") <= 1;
+  const auto exponent = number.find_first_of("eE");
+  const bool tiny = exponent == number.npos ? number.find("0.") <= 1
+                                            : number.substr(exponent + 1).starts_with('-');
   const double magnitude = tiny ? 0.0 : std::numeric_limits<double>::infinity();
   return text.front() == '-' ? -magnitude : magnitude;
 }

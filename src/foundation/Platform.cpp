@@ -39,7 +39,7 @@ namespace {
 
 /// From the account database: the environment may be somebody else's.
 std::string homeDirectory() {
-  std::vector<char> texts(1 << 14);
+  std::vector<char> texts(1 << 20);
   passwd account{};
   passwd* found = nullptr;
   getpwuid_r(getuid(), &account, texts.data(), texts.size(), &found);
@@ -56,10 +56,13 @@ std::tm localTime(std::time_t time) {
 
 std::string documentsDirectory() {
   const std::string home = homeDirectory();
-  if (home.empty()) return {};
+  return home.empty() ? "" : documentsDirectoryOf(home);
+}
+
+std::string documentsDirectoryOf(const std::string& home) {
   const std::string userDirs = readFile(home + "/.config/user-dirs.dirs").value_or("");
   const std::string named = xdgDocumentsDirectory(userDirs, home);
-  return (named.empty() ? home + "/Documents" : named) + "/";
+  return named.empty() ? home + "/Documents/" : named;
 }
 
 #endif

@@ -11,4 +11,9 @@ std::tm localTime(std::time_t time);
 /// The user's documents directory, with a slash at the end. Empty if the system knows no such user.
 std::string documentsDirectory();
 
+#ifndef _WIN32
+/// The same for an account with that home directory.
+std::string documentsDirectoryOf(const std::string& home);
+#endif
+
 }  // namespace tnv

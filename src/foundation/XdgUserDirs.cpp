@@ -14,11 +14,10 @@ constexpr std::string_view kKey = "XDG_DOCUMENTS_DIR=";
 constexpr std::string_view kHome = "$HOME";
 constexpr std::string_view kBlanks = " \t";
 
-/// What a shell makes of the text between double quotes that the value starts with.
+/// What a shell makes of a text between double quotes, from behind the first one.
 std::optional<std::string> unquoted(std::string_view value) {
-  if (value.empty() || value.front() != '"') return std::nullopt;
   std::string text;
-  for (std::size_t i = 1; i < value.size(); ++i) {
+  for (std::size_t i = 0; i < value.size(); ++i) {
     if (value[i] == '"') return text;
     if (value[i] == '\\' && i + 1 < value.size()) ++i;
     text += value[i];
@@ -26,18 +25,23 @@ std::optional<std::string> unquoted(std::string_view value) {
   return std::nullopt;
 }
 
-std::string withoutSlashes(std::string path) {
+std::string withOneSlash(std::string path) {
   while (path.ends_with('/'))
     path.pop_back();
-  return path;
+  return path + "/";
 }
 
 /// Only absolute paths and those below the home directory count.
-std::optional<std::string> resolved(const std::string& value, const std::string& home) {
-  if (value.starts_with('/')) return withoutSlashes(value);
-  if (value == kHome || value.starts_with(std::string(kHome) + "/"))
-    return withoutSlashes(home + value.substr(kHome.size()));
-  return std::nullopt;
+std::optional<std::string> directoryOf(std::string_view value, const std::string& home) {
+  if (!value.starts_with('"')) return std::nullopt;
+  value.remove_prefix(1);
+  const bool belowHome = value.starts_with(kHome);
+  if (belowHome) value.remove_prefix(kHome.size());
+  const auto path = unquoted(value);
+  if (!path) return std::nullopt;
+  if (belowHome && path->empty()) return withOneSlash(home);
+  if (!path->starts_with('/')) return std::nullopt;
+  return withOneSlash(belowHome ? withOneSlash(home) + path->substr(1) : *path);
 }
 
 }  // namespace
@@ -48,8 +52,7 @@ std::string xdgDocumentsDirectory(const std::string& userDirs, const std::string
     line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
     if (!line.starts_with(kKey)) continue;
     // As in a shell, the last assignment holds.
-    if (const auto value = unquoted(line.substr(kKey.size())))
-      directory = resolved(*value, home).value_or(directory);
+    directory = directoryOf(line.substr(kKey.size()), home).value_or(directory);
   }
   return directory;
 }

@@ -34,8 +34,6 @@ bool isWithin(const fs::path& path, const fs::path& directory) {
 }  // namespace
 
 RunGuard::RunGuard(const TNVGeneration& generation) {
-  std::error_code error;
-  protect(fs::current_path(error).string(), "the working directory");
   protect(generation.platformPath, "the platforms path");
   protect(generation.projectDirectory, "the project's directory");
   protectExisting(generation.augmentsPath, "the task trees");
@@ -52,6 +50,8 @@ RunGuard::RunGuard(const std::vector<TNVTrainSet*>& trainSets) {
 }
 
 void RunGuard::protectTrainSets(const std::vector<TNVTrainSet*>& trainSets) {
+  std::error_code error;
+  protect(fs::current_path(error).string(), "the working directory");
   std::unordered_set<TNVTrainSet*> seen{nullptr};
   for (TNVTrainSet* trainSet : trainSets) {
     if (seen.insert(trainSet).second) protectTrainSet(*trainSet);

@@ -50,6 +50,7 @@ TNVProject::TNVProject(const std::string& projectName, const std::string& projec
   // Outside its own place the project deletes nothing.
   hndValidation =
       std::make_unique<TNVHandlerValidation>(isPlaceOfItsOwn ? validationDirectory : "");
+  hndValidation->keptPaths = {platformsPath, augmentsPath};
   hndDownload = std::make_unique<TNVHandlerDownload>();
 }
 

@@ -26,15 +26,6 @@ cv::Mat takePicture(TNVTrainSet& trainSet) {
   return picture;
 }
 
-/// Empty for a mark without area, and for one that lies so that nothing can be cut.
-cv::Mat cutOf(const TNVMark& mark, const cv::Mat& picture) {
-  try {
-    return mark.getROIImage(picture);
-  } catch (const cv::Exception&) {
-    return {};
-  }
-}
-
 }  // namespace
 
 TNVHandlerValidation::TNVHandlerValidation(const std::string& directory)
@@ -67,7 +58,10 @@ bool TNVHandlerValidation::renewDirectory() const {
   if (validationDirectory.empty()) return false;
   if (TNVDirectory::exists(validationDirectory)) {
     // Cuts may have been taken into the project as pictures of their own.
-    const std::string reason = tnv::RunGuard(trainSets).whyToKeep(validationDirectory);
+    tnv::RunGuard guard(trainSets);
+    for (const std::string& path : keptPaths)
+      guard.protectExisting(path, "the directory '" + path + "'");
+    const std::string reason = guard.whyToKeep(validationDirectory);
     if (!reason.empty()) {
       tnv::logLine("TNVHandlerValidation::createDNNImages: Directory '" + validationDirectory +
                    "' is kept, " + reason + "!");
@@ -95,12 +89,25 @@ void TNVHandlerValidation::cutTrainSet(int index) {
 void TNVHandlerValidation::cutMark(const TNVMark& mark, const cv::Mat& picture, int trainSetIndex) {
   const TNVDNNClass* dnnClass = classOf(mark);
   if (!dnnClass) return;
-  const cv::Mat cut = cutOf(mark, picture);
+  const cv::Mat cut = cutOf(mark, picture, trainSetIndex);
   if (cut.empty()) return;
   const auto id = static_cast<int>(imageInfo.size());
   dnnImages[labelOf(*dnnClass)].push_back(id);
   imageInfo[id] = {trainSetIndex, mark.uniqueId};
   cv::imwrite(imagePath(id), cut);
+}
+
+cv::Mat TNVHandlerValidation::cutOf(const TNVMark& mark, const cv::Mat& picture,
+                                    int trainSetIndex) const {
+  try {
+    return mark.getROIImage(picture);
+  } catch (const cv::Exception&) {
+    // One damaged mark is no reason to show none of the others.
+    tnv::logLine("TNVHandlerValidation::createDNNImages: Could not cut mark " +
+                 std::to_string(mark.uniqueId) + " out of image '" +
+                 trainSets[static_cast<std::size_t>(trainSetIndex)]->imagePath + "'!");
+    return {};
+  }
 }
 
 const TNVDNNClass* TNVHandlerValidation::classOf(const TNVMark& mark) const {
@@ -128,9 +135,11 @@ std::vector<int> TNVHandlerValidation::getDNNImageIndices(const std::string& lab
 }
 
 cv::Mat TNVHandlerValidation::loadImage(int id) {
-  const auto [place, isNew] = images.try_emplace(id);
-  if (isNew) place->second = cv::imread(imagePath(id), cv::IMREAD_COLOR);
-  return place->second;
+  const auto held = images.find(id);
+  if (held != images.end()) return held->second;
+  const cv::Mat cut = cv::imread(imagePath(id), cv::IMREAD_COLOR);
+  images[id] = cut;
+  return cut;
 }
 
 void TNVHandlerValidation::unloadImagesOfDNN(const std::string& label) {

@@ -43,6 +43,9 @@ class TNVHandlerValidation : public TNVNotificator {
   std::map<int, cv::Mat> images;
   std::map<int, ImageInfo> imageInfo;
   std::string validationDirectory;
+
+  /// What a run must not delete beside the project's pictures.
+  std::vector<std::string> keptPaths;
   std::map<std::string, std::vector<int>> dnnImages;
   std::vector<TNVTrainSet*> trainSets;
   std::vector<TNVDNNClass*> dnnClasses;
@@ -53,6 +56,10 @@ class TNVHandlerValidation : public TNVNotificator {
   bool renewDirectory() const;
   void cutTrainSet(int index);
   void cutMark(const TNVMark& mark, const cv::Mat& picture, int trainSetIndex);
+
+  /// Empty for a mark without area, and, with a log line, for one that lies so that nothing can be
+  /// cut.
+  cv::Mat cutOf(const TNVMark& mark, const cv::Mat& picture, int trainSetIndex) const;
   const TNVDNNClass* classOf(const TNVMark& mark) const;
   std::string imagePath(int id) const;
 };

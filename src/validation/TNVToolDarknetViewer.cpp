@@ -1,8 +1,8 @@
 #include "validation/TNVToolDarknetViewer.h"
 
 #include <algorithm>
-#include <cctype>
 #include <optional>
+#include <string_view>
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -20,7 +20,10 @@ const cv::Scalar kRed(0, 0, 255, 0);
 constexpr std::size_t kFieldCount = 5;
 
 std::string withoutWhiteSpace(std::string text) {
-  const auto isSpace = [](unsigned char character) { return std::isspace(character) != 0; };
+  // Whatever the locale of the front end counts as white space.
+  const auto isSpace = [](char character) {
+    return std::string_view(" \t\n\v\f\r").find(character) != std::string_view::npos;
+  };
   text.erase(std::remove_if(text.begin(), text.end(), isSpace), text.end());
   return text;
 }

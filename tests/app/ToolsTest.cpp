@@ -81,9 +81,11 @@ TEST_F(ProgramWeights, WithoutAPortalTheDirectoryIsListed) {
 TEST_F(ProgramWeights, AFileIsFetchedFromAMirrorOnDisk) {
   const auto file = place.write("mirror/small.bin", "hello");
   place.makeDirectory("weights");
-  place.write("mirror/list", "{\"0\":{\"name\":\"small.bin\",\"hash\":\"5d41402abc4b2a76b9719d91"
-                             "1017c592\",\"file_size\":\"5\",\"creation_date\":\"today\","
-                             "\"download_link\":\"file://" + file + "\"}}");
+  place.write("mirror/list",
+              "{\"0\":{\"name\":\"small.bin\",\"hash\":\"5d41402abc4b2a76b9719d91"
+              "1017c592\",\"file_size\":\"5\",\"creation_date\":\"today\","
+              "\"download_link\":\"file://" +
+                  file + "\"}}");
   const std::string address = "file://" + place / "mirror/list";
   const std::vector<std::string> where{"--address", address, "--directory", "weights"};
   const auto with = [&](std::vector<std::string> arguments) {

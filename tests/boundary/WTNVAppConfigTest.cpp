@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/Platform.h"
 #include "support/TempDirectory.h"
 
 // There is one instance in a process, so that each of these looks at it in a child.
@@ -33,6 +34,16 @@ TEST(WTNVAppConfigDeathTest, ASecondPathGivesTheFirstInstanceAndReadsNothing) {
         config->wGetPlatformsPath() == "platforms/" && config->wGetAugmentsPath() == "augments/" &&
         config->wGetUsersPath() == "users/";
     std::exit(isFirst ? 0 : 1);
+  };
+  EXPECT_EXIT(look(), testing::ExitedWithCode(0), "");
+}
+
+TEST(WTNVAppConfigDeathTest, PathsLieBelowTheDocumentsOfTheAccount) {
+  const TempDirectory temp;
+  const std::string file = temp.write("app.cfg", "");
+  const auto look = [&] {
+    const std::string expected = tnv::documentsDirectory() + "Annotation.Tessarine/users/";
+    std::exit(WTNVAppConfig::getInstance(file)->wGetUsersPath() == expected ? 0 : 1);
   };
   EXPECT_EXIT(look(), testing::ExitedWithCode(0), "");
 }

@@ -53,12 +53,15 @@ TEST(PortalReply, WhatNamesNoFilesGivesNone) {
 TEST(PortalReply, ANumberStandsForItsText) {
   EXPECT_EQ(tnv::filesOfReply("{" + member("0", "a", "17") + "}").at(0).fileSize, 17);
   EXPECT_EQ(tnv::filesOfReply("{" + member("0", "a", "\" 12 kB\"") + "}").at(0).fileSize, 12);
+  EXPECT_EQ(tnv::filesOfReply("{" + member("0", "a", "\"010\"") + "}").at(0).fileSize, 10);
 }
 
 TEST(PortalReply, AnArrayIsAFailureOfTheValueType) {
   EXPECT_THROW(tnv::filesOfReply("[" + std::string("{\"name\":\"a\"}") + "]"), Json::LogicError);
   EXPECT_THROW(tnv::filesOfReply("{\"0\":\"text\"}"), Json::LogicError);
   EXPECT_THROW(tnv::filesOfReply("{\"0\":{\"name\":[1],\"file_size\":\"1\"}}"), Json::LogicError);
+  EXPECT_THROW(tnv::filesOfReply("{\"0\":{\"creation_date\":[1]}}"), Json::LogicError)
+      << "the size is turned into a number when all is read";
 }
 
 TEST(PortalReply, ASizeThatIsNoNumberOrDoesNotFitIsAnExceptionWithKnownWords) {

@@ -170,9 +170,15 @@ TEST_F(Download, AFileIsFetchedWithItsEvents) {
 }
 
 TEST_F(Download, UpdatesComeBeforeTheShareIsStored) {
+  wrapper.setCBDownloadStarted([] {
+    EXPECT_EQ(watched->progress, 0.0);
+    watched->progress = -1.0;
+  });
+  wrapper.setCBDownloadFinished([] { EXPECT_EQ(watched->progress, 1.0); });
+  handler.progress = 0.7;
   EXPECT_TRUE(download("/slow"));
   ASSERT_GT(shares.size(), 2U);
-  EXPECT_EQ(shares.front(), 0.0);
+  EXPECT_EQ(shares.front(), -1.0) << "nothing is stored yet";
   EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end()));
   EXPECT_GT(shares.back(), 0.0);
   EXPECT_LE(shares.back(), 1.0);
@@ -276,9 +282,9 @@ TEST_F(Download, OtherSchemesAreNotFollowedButALocalMirrorIs) {
       wrapper.wDownloadFile(WTNVDownloadFile(fileNamed("w", "file://" + mirror)), weights()));
   EXPECT_EQ(content("w"), "local");
   const LogCapture log;
-  for (const char* address :
-       {"ftp://localhost/x", "dict://localhost/x", "smtp://localhost", "", "x"})
+  for (const char* address : {"ftp://localhost/x", "dict://localhost/x", "smtp://localhost"})
     EXPECT_FALSE(wrapper.wDownloadFile(WTNVDownloadFile(fileNamed("v", address)), weights()));
+  EXPECT_THAT(log.lines(), Each("TNVDownloadManager::downlaodFile: Could not downlaod, reason: 1"));
 }
 
 TEST_F(Download, NamesThatLeadElsewhereAreRefused) {
@@ -454,4 +460,101 @@ TEST_F(Download, ACertificateThatNoStoreKnowsIsRefusedUnlessTheBuildSaysOtherwis
 
 TEST_F(Download, CertificatesAreCheckedByDefault) {
   EXPECT_TRUE(TNVHandlerDownload().verifyCertificates);
+}
+
+TEST_F(Download, WithoutADirectoryTheNameStandsAlone) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(temp.path());
+  const std::string source = temp.write("from/w.bin", "hello");
+  EXPECT_TRUE(wrapper.wImportFile(source, ""));
+  EXPECT_EQ(readFile(temp / "w.bin"), "hello");
+  EXPECT_TRUE(
+      wrapper.wDownloadFile(WTNVDownloadFile(fileNamed("d.bin", server.address("/file"))), ""));
+  EXPECT_EQ(readFile(temp / "d.bin"), servedContent());
+  EXPECT_TRUE(wrapper.wRemoveFile(WTNVDownloadFile(fileNamed("w.bin")), ""));
+  std::filesystem::current_path(before);
+  EXPECT_FALSE(std::filesystem::exists(temp / "w.bin"));
+}
+
+TEST_F(Download, BackslashesInTheDirectoryAreSlashes) {
+  const std::string source = temp.write("from/w.bin", "hello");
+  EXPECT_TRUE(wrapper.wImportFile(source, temp.path() + "\\weights\\"));
+  EXPECT_EQ(content(), "hello");
+}
+
+TEST_F(Download, TheListedDirectoryIsTakenAsItStands) {
+  temp.write("weights/a", "hello");
+  const auto files = wrapper.wGetAllFiles(server.listAddress(), temp / "weights");
+  ASSERT_THAT(files, SizeIs(1));
+  EXPECT_EQ(files[0].wGetFileSize(), -1) << "without its slash the path leads nowhere";
+}
+
+TEST_F(Download, WhatIsNoDirectoryToReadIsLoggedAndEmpty) {
+  const std::string file = temp.write("file", "x");
+  server.stop();
+  const LogCapture log;
+  EXPECT_THAT(wrapper.wGetAllFiles(server.listAddress(), file), IsEmpty());
+  EXPECT_THAT(
+      log.lines(),
+      ElementsAre("dwnds: 0",
+                  "TNVHandlerDownload::getAllFiles: Could not read directory '" + file + "'!",
+                  "locals: 0", "cmb: 0"));
+}
+
+TEST_F(Download, APortalThatSendsWithoutEndIsCutOff) {
+  server.reply = "{\"0\":{\"name\":\"a\",\"file_size\":\"1\"},\"x\":\"" +
+                 std::string((std::size_t{1} << 20) + (1 << 18), 'x') + "\"}";
+  EXPECT_THROW(handler.downloadList(server.listAddress()), std::exception)
+      << "of two members one was parsed";
+  server.reply = std::string(std::size_t{1} << 22, ' ') + "{\"0\":{\"file_size\":\"x\"}}";
+  EXPECT_THAT(handler.downloadList(server.listAddress()), IsEmpty());
+}
+
+TEST_F(Download, ANameTooLongForTheFileSystemIsAFailure) {
+  const WTNVDownloadFile file(fileNamed(std::string(300, 'n'), server.address("/file")));
+  const LogCapture log;
+  EXPECT_FALSE(wrapper.wDownloadFile(file, weights()));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("TNVDownloadManager::downlaodFile: Could not downlaod, reason: 23"));
+  EXPECT_TRUE(wrapper.wRemoveFile(file, weights()));
+}
+
+TEST_F(Download, WhatIsNoFileIsNotWrittenTo) {
+  ASSERT_EQ(mkfifo((weights() + "pipe").c_str(), 0600), 0);
+  std::filesystem::create_symlink(temp / "outside", weights() + "dangling");
+  temp.write("weights/w.bin", "earlier");
+  ASSERT_EQ(mkfifo((weights() + "w.bin.part").c_str(), 0600), 0);
+  const LogCapture log;
+  for (const char* name : {"pipe", "dangling", "w.bin"})
+    EXPECT_FALSE(download("/file", name)) << name;
+  EXPECT_FALSE(std::filesystem::exists(temp / "outside"));
+  EXPECT_EQ(content(), "earlier");
+  EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_F(Download, AThrowAtTheStartClosesTheFileToo) {
+  wrapper.setCBDownloadStarted([] { throw std::logic_error("observer"); });
+  EXPECT_THROW(download("/file"), std::logic_error);
+  EXPECT_FALSE(handler.fileStream.is_open());
+}
+
+TEST_F(Download, WhatCannotBeWrittenAtTheEndIsAFailure) {
+  const std::string empty = temp.write("empty.bin", "");
+  const LogCapture log;
+  EXPECT_FALSE(
+      wrapper.wDownloadFile(WTNVDownloadFile(fileNamed("w", "file://" + empty)), temp / "absent/"));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("TNVDownloadManager::downlaodFile: Could not downlaod, reason: 23"));
+}
+
+TEST_F(Download, TheRightHashOfAnotherSizeDoesNotCount) {
+  temp.write("weights/a", "hello");
+  offer({offered("a", 6, kMD5OfHello)});
+  EXPECT_THAT(namesAndStates(list()), ElementsAre("a PD--"));
+}
+
+TEST_F(Download, WhatIsNoFileIsNeverTheFileOfAPortal) {
+  temp.makeDirectory("weights/a");
+  offer({offered("a", -1, "")});
+  EXPECT_THAT(namesAndStates(list()), ElementsAre("a PD--"));
 }

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "support/TempDirectory.h"
 
@@ -61,4 +62,12 @@ TEST(Files, PathsAreNoPlainNames) {
                            "a.b"}) {
     EXPECT_TRUE(tnv::isPlainName(name)) << name;
   }
+}
+
+TEST(Files, WhatIsNoRegularFileIsNotWaitedFor) {
+  const TempDirectory temp;
+  const std::string pipe = temp / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(tnv::readFile(pipe), std::nullopt);
+  EXPECT_EQ(tnv::readFile("/dev/zero"), std::nullopt);
 }

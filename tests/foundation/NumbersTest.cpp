@@ -137,3 +137,12 @@ TEST(Numbers, NeitherFormatNorParserListensToTheLocale) {
   EXPECT_DOUBLE_EQ(1234.5, tnv::parseDouble("1234.5"));
   std::locale::global(before);
 }
+
+TEST(ParseDouble, NumbersBeyondTheRangeGoToTheirEnd) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(tnv::parseDouble("10.0e400"), infinity);
+  EXPECT_EQ(tnv::parseDouble("-20.5e999"), -infinity);
+  EXPECT_EQ(tnv::parseDouble("0.0000000000001e400"), infinity);
+  EXPECT_EQ(tnv::parseDouble("10.0e-400"), 0.0);
+  EXPECT_EQ(tnv::parseDouble("0." + std::string(400, '0') + "1"), 0.0);
+}

@@ -7,7 +7,6 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include "foundation/Files.h"
 #include "foundation/Platform.h"
 #include "foundation/XdgUserDirs.h"
 #include "support/LogCapture.h"
@@ -83,20 +82,34 @@ TEST(XdgUserDirs, TheDocumentsDirectoryIsReadAsAShellReadsIt) {
     const char* directory;
   };
   for (const Row& row :
-       {Row{"XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n", "/home/ann/Dokumente"},
-        {"# a note\nXDG_MUSIC_DIR=\"$HOME/M\"\n  XDG_DOCUMENTS_DIR=\"/data/docs/\"", "/data/docs"},
-        {"XDG_DOCUMENTS_DIR=\"$HOME/My \\\"own\\\" \\$x\"\n", "/home/ann/My \"own\" $x"},
-        {"XDG_DOCUMENTS_DIR=\"$HOME/a\"\nXDG_DOCUMENTS_DIR=\"$HOME/b\"\n", "/home/ann/b"},
-        {"XDG_DOCUMENTS_DIR=\"$HOME\"\n", "/home/ann"},
-        {"XDG_DOCUMENTS_DIR=\"$HOME/\"\n", "/home/ann"},
+       {Row{"XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n", "/home/ann/Dokumente/"},
+        {"# a note\nXDG_MUSIC_DIR=\"$HOME/M\"\n \tXDG_DOCUMENTS_DIR=\"/data/docs/\"",
+         "/data/docs/"},
+        {"XDG_DOCUMENTS_DIR=\"$HOME/My \\\"own\\\" \\$x\"\n", "/home/ann/My \"own\" $x/"},
+        {"XDG_DOCUMENTS_DIR=\"$HOME/a\"\nXDG_DOCUMENTS_DIR=\"$HOME/b\"\n", "/home/ann/b/"},
+        {"XDG_DOCUMENTS_DIR=\"$HOME/a\"\nXDG_DOCUMENTS_DIR=\"b\"\n", "/home/ann/a/"},
+        {"XDG_DOCUMENTS_DIR=\"$HOME\"\n", "/home/ann/"},
+        {"XDG_DOCUMENTS_DIR=\"$HOME/\"\n", "/home/ann/"},
+        {"XDG_DOCUMENTS_DIR=\"/\"\n", "/"},
+        {"XDG_DOCUMENTS_DIR=\"\\$HOME/x\"\n", ""},
         {"XDG_DOCUMENTS_DIR=\"$HOMER/x\"\n", ""},
         {"XDG_DOCUMENTS_DIR=\"relative\"\n", ""},
         {"XDG_DOCUMENTS_DIR=\"$HOME/open\n", ""},
         {"XDG_DOCUMENTS_DIR=\"$HOME/open\\", ""},
         {"XDG_DOCUMENTS_DIR=$HOME/bare\n", ""},
+        {"XDG_DOCUMENTS_DIR=", ""},
         {"#XDG_DOCUMENTS_DIR=\"$HOME/off\"\n", ""},
         {"", ""}})
     EXPECT_EQ(tnv::xdgDocumentsDirectory(row.text, "/home/ann"), row.directory) << row.text;
+  EXPECT_EQ(tnv::xdgDocumentsDirectory("XDG_DOCUMENTS_DIR=\"$HOME/D\"", "/"), "/D/");
+}
+
+TEST(DocumentsDirectory, IsThatOfTheDesktopOrElseOneBelowTheHome) {
+  const TempDirectory temp;
+  const std::string home = temp / "ann";
+  EXPECT_EQ(tnv::documentsDirectoryOf(home), home + "/Documents/");
+  temp.write("ann/.config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n");
+  EXPECT_EQ(tnv::documentsDirectoryOf(home), home + "/Dokumente/");
 }
 
 TEST(DocumentsDirectory, TheHomeIsThatOfTheAccountAndNotOfTheEnvironment) {
@@ -109,8 +122,5 @@ TEST(DocumentsDirectory, TheHomeIsThatOfTheAccountAndNotOfTheEnvironment) {
   ::unsetenv("XDG_CONFIG_HOME");
   home != nullptr ? ::setenv("HOME", kept.c_str(), 1) : ::unsetenv("HOME");
   EXPECT_TRUE(before.ends_with("/")) << before;
-  const std::string account = getpwuid(getuid())->pw_dir;
-  const std::string named = tnv::xdgDocumentsDirectory(
-      tnv::readFile(account + "/.config/user-dirs.dirs").value_or(""), account);
-  EXPECT_EQ(before, (named.empty() ? account + "/Documents" : named) + "/");
+  EXPECT_EQ(before, tnv::documentsDirectoryOf(getpwuid(getuid())->pw_dir));
 }

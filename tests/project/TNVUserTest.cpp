@@ -151,3 +151,12 @@ TEST_F(TNVUserTest, ANameThatLeadsElsewhereIsRefused) {
   EXPECT_EQ(fileOf("victim"), "Basic.Name = \"victim\"\n");
   EXPECT_TRUE(std::filesystem::is_empty(temp / "users"));
 }
+
+TEST_F(TNVUserTest, AnUpdateThatCannotBeWrittenIsFalse) {
+  temp.makeDirectory("Ann.cfg");
+  WTNVUser user("Ann", users());
+  const LogCapture log;
+  EXPECT_FALSE(user.wUpdate());
+  EXPECT_THAT(log.lines(), ElementsAre("TNVUser::_writeSettings: Could not write settings at '" +
+                                       users() + "Ann.cfg'!"));
+}

@@ -141,8 +141,13 @@ TEST_F(Validation, DamagedMarksAreLeftOut) {
   dynamic_cast<TNVMarkRect*>(addMark(0, {8, 8, 16, 12}, {0}))->size = {1e300, 1e300};
   dynamic_cast<TNVMarkRect*>(addMark(0, {8, 8, 16, 12}, {0}))->size = {-1, -1};
   addMark(0, {8, 8, 16, 12}, {0});
+  const LogCapture log;
   ASSERT_TRUE(gallery.wProcessGeneration());
   EXPECT_EQ(gallery.wGetMarkUniqueId(gallery.wGetDNNImageIndices("Screw (0)").back()), 4);
+  EXPECT_THAT(log.lines(), testing::Contains(
+                               "TNVHandlerValidation::createDNNImages: Could not cut mark 0 out of "
+                               "image '" +
+                               trainSet(0).imagePath + "'!"));
   EXPECT_EQ(fileCount(), 1U);
 }
 
@@ -228,6 +233,47 @@ TEST_F(Validation, AStopAfterTheFirstTrainSetLeavesAUsableIndex) {
   EXPECT_THAT(events, ElementsAre("started", "finished"));
   EXPECT_THAT(gallery.wGetDNNImageIndices("Screw (0)"), ElementsAre(0));
   EXPECT_FALSE(cut(0).empty());
+  gallery.setCBValidGenUpdate(nullptr);
+  EXPECT_TRUE(gallery.wProcessGeneration());
+  EXPECT_EQ(gallery.wGetDNNImageIndices("Screw (0)").size(), 3U) << "the next run is a whole one";
+}
+
+TEST_F(Validation, AtItsFinishedEventARunCountsAsEnded) {
+  static WTNVHandlerValidation* running = nullptr;
+  running = &gallery;
+  gallery.setCBValidGenFinished([] { EXPECT_TRUE(running->wProcessIsStopped()); });
+  EXPECT_TRUE(gallery.wProcessGeneration());
+}
+
+TEST_F(Validation, ARunThatCannotStartLeavesIndexAndDirectory) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  const LogCapture log;
+  const auto trainSets = std::exchange(handler().trainSets, {});
+  EXPECT_FALSE(gallery.wProcessGeneration());
+  EXPECT_EQ(fileCount(), 1U);
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Screw (0)"), ElementsAre(0));
+  handler().trainSets = trainSets;
+  handler().validationDirectory = builder.temp.write("file", "in the way") + "/below/";
+  EXPECT_FALSE(gallery.wProcessGeneration());
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Screw (0)"), ElementsAre(0));
+}
+
+TEST_F(Validation, TemplatesAndTaskTreesInTheDirectoryAreNotDeleted) {
+  const std::string directory = builder.projectDirectory() + "validation/";
+  for (const std::string below : {"platforms/", "augments/"}) {
+    std::filesystem::create_directories(directory + below);
+    const auto placeOf = [&](const std::string& name) {
+      return name == below ? directory + below : builder.temp / name;
+    };
+    WTNVProject project("demo", builder.temp / "projects/", placeOf("platforms/"),
+                        placeOf("augments/"));
+    project.wAddImagesToImageSet({trainSet(0).imagePath}, {true}, "set", false);
+    const LogCapture log;
+    EXPECT_FALSE(project.getHndValidation().wProcessGeneration()) << below;
+    EXPECT_TRUE(std::filesystem::exists(directory + below));
+    std::filesystem::remove_all(directory);
+  }
 }
 
 TEST_F(Validation, AStopMayComeFromAnotherThread) {
@@ -272,6 +318,8 @@ TEST_F(Validation, ADeletedFileGivesZerosAndAnEmptyEntry) {
   ASSERT_TRUE(gallery.wProcessGeneration());
   std::filesystem::remove(fileOf(0));
   EXPECT_TRUE(cut(0).empty());
+  writePicture(fileOf(0), 8, 8);
+  EXPECT_TRUE(cut(0).empty()) << "the empty entry is held";
   EXPECT_EQ(handler().images.count(0), 1U);
   EXPECT_TRUE(handler().images.at(0).empty());
 }

@@ -6,6 +6,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "TNV_SampleBenchNative/WTNVToolDarknetViewer.h"
+#include "foundation/TNVDirectory.h"
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
 #include "support/TempDirectory.h"
@@ -189,4 +190,46 @@ TEST_F(DarknetViewer, AMissingLabelTextCountsAsEmpty) {
   std::filesystem::remove(temp / "a.txt");
   EXPECT_TRUE(viewer.wSelectImage("a"));
   EXPECT_TRUE(samePixels(withBoxes({}), selectedImage()));
+}
+
+TEST_F(DarknetViewer, WidthsAndHeightsAreRoundedHalfToEven) {
+  // 2.5 becomes 2 and 7.5 becomes 8 wide; 22.5 becomes 22 high.
+  expectBoxes("0 0.5 0.5 0.03125 0.375\n", {{39, 19, 2, 22}});
+  expectBoxes("0 0.5 0.5 0.09375 0.375\n", {{36, 19, 8, 22}});
+}
+
+TEST_F(DarknetViewer, OfTwoItemsOfOneNameTheFirstIsTaken) {
+  writePicture(temp / "a.png", 80, 60);
+  writePicture(temp / "a.jpg", 40, 30);
+  temp.write("a.txt", "");
+  EXPECT_THAT(viewer.wReadImages(), ElementsAre("a", "a"));
+  const auto first = TNVDirectory::readFiles(temp.path() + "/", {"jpg", "png"}, false).front();
+  ASSERT_TRUE(viewer.wSelectImage("a"));
+  EXPECT_EQ(viewer.wGetSelectedImageFile(), first.fileName);
+}
+
+TEST_F(DarknetViewer, ASecondReadingReplacesTheFirst) {
+  sample("a", "");
+  viewer.wReadImages();
+  std::filesystem::remove(temp / "a.png");
+  EXPECT_THAT(viewer.wReadImages(), IsEmpty());
+  const LogCapture log;
+  EXPECT_FALSE(viewer.wSelectImage("a"));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("TNVToolDarknetViewer::selectImage: Found no item with name!"));
+}
+
+TEST_F(DarknetViewer, BackslashesInTheDirectoryAreSlashes) {
+  temp.makeDirectory("below");
+  sample("below/a", "");
+  viewer.wSetImageDirectory(temp.path() + "\\below");
+  EXPECT_THAT(viewer.wReadImages(), ElementsAre("a"));
+}
+
+TEST_F(DarknetViewer, AGreyPictureIsShownInColour) {
+  cv::imwrite(temp / "a.png", cv::Mat(60, 80, CV_8UC1, cv::Scalar(9)));
+  temp.write("a.txt", "");
+  viewer.wReadImages();
+  ASSERT_TRUE(viewer.wSelectImage("a"));
+  EXPECT_EQ(selectedImage().channels(), 3);
 }
