@@ -59,6 +59,7 @@ void addGenerations(const Plan& plan);
 void addImageSets(const Plan& plan);
 void addSaves(const Plan& plan);
 void addAssists(const Plan& plan);
+void addHashes(const Plan& plan);
 
 /// Prints how far fits to clicked points are from the truth.
 void printFitQuality(const Plan& plan, std::ostream& output);
