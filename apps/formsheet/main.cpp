@@ -129,8 +129,8 @@ cv::Mat drawSheet(WTNVProject& project) {
   view.wSetCrossPosition(1, 1);
   const auto forms = allForms();
   const auto columns = static_cast<int>(allStates().size()) + 1;
-  cv::Mat sheet(cell(static_cast<int>(forms.size()), columns).tl().y,
-                cell(0, columns).tl().x, CV_8UC3, cv::Scalar::all(245));
+  cv::Mat sheet(cell(static_cast<int>(forms.size()), columns).tl().y, cell(0, columns).tl().x,
+                CV_8UC3, cv::Scalar::all(245));
   for (int column = 0; column < columns; ++column) {
     const bool isState = column + 1 < columns;
     writeText(sheet, isState ? allStates()[static_cast<std::size_t>(column)].name : "designing",
@@ -158,7 +158,8 @@ int main(int argc, char** argv) {
     std::cerr << "usage: formsheet FILE\n";
     return 2;
   }
-  const auto directory = fs::temp_directory_path() / ("formsheet-" + std::to_string(cv::getTickCount()));
+  const auto directory =
+      fs::temp_directory_path() / ("formsheet-" + std::to_string(cv::getTickCount()));
   int exitCode = 0;
   try {
     fs::create_directories(directory);

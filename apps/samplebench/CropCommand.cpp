@@ -24,8 +24,8 @@ void writeCrop(Editor& editor, const WTNVMark& mark, const std::string& director
   const auto file = editor.view.wSaveROIImage(mark, directory, name);
   std::error_code error;
   if (!std::filesystem::is_regular_file(file, error))
-    throw CommandError("'" + directory + name +
-                       "' cannot be written; see that '" + directory + "' is a directory of yours");
+    throw CommandError("'" + directory + name + "' cannot be written; see that '" + directory +
+                       "' is a directory of yours");
   output.data() << file << '\n';
 }
 

@@ -38,8 +38,7 @@ void runMagnify(const Locations& locations, const MagnifyOptions& options, Outpu
   choose(editor.view, options);
   editor.goTo(place);
   editor.view.wSetCrossPosition(at.x, at.y);
-  const auto picture = pictureFrom(
-      [&](auto... parts) { editor.view.wGetHelperImage(parts...); });
+  const auto picture = pictureFrom([&](auto... parts) { editor.view.wGetHelperImage(parts...); });
   writePicture(options.file, picture);
   output.data() << "wrote " << options.file << " (" << picture.cols << "x" << picture.rows
                 << " pixels around " << pointText(at) << ", " << numberText(options.zoom)

@@ -40,9 +40,8 @@ void CurlTransfer::tellProgress(TellProgress newTell) {
   if (handle == nullptr) return;
   static_assert(sizeof(curl_off_t) == sizeof(long long));
   const curl_xferinfo_callback callback = [](void* self, curl_off_t total, curl_off_t now,
-                                             curl_off_t, curl_off_t) {
-    return progressed(self, total, now);
-  };
+                                             curl_off_t,
+                                             curl_off_t) { return progressed(self, total, now); };
   curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
   curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, callback);
   curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);

@@ -139,9 +139,8 @@ Files TNVHandlerDownload::downloadList(const std::string& address) const {
   // A portal that cannot be reached looks like one that offers nothing.
   transfer.perform();
   Files files = tnv::filesOfReply(reply);
-  std::erase_if(files, [](const TNVDownloadFile& file) {
-    return refuseName("downloadList", file.fileName);
-  });
+  std::erase_if(
+      files, [](const TNVDownloadFile& file) { return refuseName("downloadList", file.fileName); });
   return files;
 }
 

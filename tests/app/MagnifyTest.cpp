@@ -18,8 +18,7 @@ class ProgramMagnify : public ProgramTest {
 };
 
 TEST_F(ProgramMagnify, AtOneToOneTheWindowIsAPieceOfThePicture) {
-  const auto window =
-      magnify({"--at", "0.5,0.5", "--zoom", "1", "--size", "32x16", "--no-cross"});
+  const auto window = magnify({"--at", "0.5,0.5", "--zoom", "1", "--size", "32x16", "--no-cross"});
   EXPECT_TRUE(samePixels(patternedPicture(128, 64)(cv::Rect(48, 24, 32, 16)), window));
 }
 

@@ -29,9 +29,9 @@ std::string messageOf(const std::string& reply) {
 }  // namespace
 
 TEST(PortalReply, FilesComeInReverseWithAllTheirFields) {
-  const auto files = tnv::filesOfReply("{" + member("0", "a", "\"17\"") + "," +
-                                       member("1", "b", "\"2147483647\"") + "," +
-                                       member("2", "c", "\"0\"") + "}");
+  const auto files =
+      tnv::filesOfReply("{" + member("0", "a", "\"17\"") + "," +
+                        member("1", "b", "\"2147483647\"") + "," + member("2", "c", "\"0\"") + "}");
   ASSERT_THAT(files, SizeIs(3));
   EXPECT_EQ(files[0].fileName, "c");
   EXPECT_EQ(files[1].fileName, "b");
@@ -75,7 +75,8 @@ TEST(PortalReply, ASizeThatIsNoNumberOrDoesNotFitIsAnExceptionWithKnownWords) {
 }
 
 TEST(PortalReply, OfACutReplyStandsWhatWasParsed) {
-  const std::string whole = "{" + member("0", "a", "\"17\"") + "," + member("1", "b", "\"5\"") + "}";
+  const std::string whole =
+      "{" + member("0", "a", "\"17\"") + "," + member("1", "b", "\"5\"") + "}";
   // Cut right behind the first member.
   const std::string cut = whole.substr(0, whole.find(",\"1\"") + 1);
   const auto files = tnv::filesOfReply(cut);

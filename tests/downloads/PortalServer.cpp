@@ -95,8 +95,8 @@ void PortalServer::stop() {
 }
 
 std::string PortalServer::address(const std::string& path) const {
-  return std::string(impl->encrypted ? "https" : "http") + "://localhost:" +
-         std::to_string(impl->port) + path;
+  return std::string(impl->encrypted ? "https" : "http") +
+         "://localhost:" + std::to_string(impl->port) + path;
 }
 
 void PortalServer::addHandlers() {
@@ -120,11 +120,11 @@ void PortalServer::addFiles() {
              [](const Request&, Response& response) { response.set_redirect("/file"); });
   const std::string piece(kPiece, 'x');
   server.Get("/cut", [piece](const Request&, Response& response) {
-    response.set_content_provider(
-        kServedSize, "application/octet-stream",
-        [piece](std::size_t offset, std::size_t, DataSink& sink) {
-          return offset < kServedSize / 2 && sink.write(piece.data(), piece.size());
-        });
+    response.set_content_provider(kServedSize, "application/octet-stream",
+                                  [piece](std::size_t offset, std::size_t, DataSink& sink) {
+                                    return offset < kServedSize / 2 &&
+                                           sink.write(piece.data(), piece.size());
+                                  });
   });
   server.Get("/slow", [piece](const Request&, Response& response) {
     response.set_content_provider(kServedSize, "application/octet-stream",
@@ -134,11 +134,12 @@ void PortalServer::addFiles() {
                                   });
   });
   server.Get("/endless", [piece](const Request&, Response& response) {
-    response.set_chunked_content_provider(
-        "application/octet-stream", [piece](std::size_t offset, DataSink& sink) {
-          if (offset < kServedSize) return sink.write(piece.data(), piece.size());
-          sink.done();
-          return true;
-        });
+    response.set_chunked_content_provider("application/octet-stream",
+                                          [piece](std::size_t offset, DataSink& sink) {
+                                            if (offset < kServedSize)
+                                              return sink.write(piece.data(), piece.size());
+                                            sink.done();
+                                            return true;
+                                          });
   });
 }

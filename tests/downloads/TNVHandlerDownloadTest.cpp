@@ -56,13 +56,15 @@ class Download : public testing::Test {
     return wrapper.wDownloadFile(WTNVDownloadFile(fileNamed(name, server.address(path))),
                                  weights());
   }
-  std::string content(const std::string& name = "w.bin") const { return readFile(weights() + name); }
+  std::string content(const std::string& name = "w.bin") const {
+    return readFile(weights() + name);
+  }
 
   void offer(const std::vector<TNVDownloadFile>& files) {
     server.reply = "{";
     for (std::size_t i = 0; i < files.size(); ++i) {
-      server.reply += std::string(i > 0 ? "," : "") + "\"" + std::to_string(i) +
-                      "\":{\"name\":\"" + files[i].fileName + "\",\"hash\":\"" + files[i].md5Hash +
+      server.reply += std::string(i > 0 ? "," : "") + "\"" + std::to_string(i) + "\":{\"name\":\"" +
+                      files[i].fileName + "\",\"hash\":\"" + files[i].md5Hash +
                       "\",\"file_size\":\"" + std::to_string(files[i].fileSize) +
                       "\",\"creation_date\":\"today\",\"download_link\":\"x\"}";
     }
@@ -270,10 +272,12 @@ TEST_F(Download, ADirectoryInTheWayIsKept) {
 
 TEST_F(Download, OtherSchemesAreNotFollowedButALocalMirrorIs) {
   const std::string mirror = temp.write("mirror.bin", "local");
-  EXPECT_TRUE(wrapper.wDownloadFile(WTNVDownloadFile(fileNamed("w", "file://" + mirror)), weights()));
+  EXPECT_TRUE(
+      wrapper.wDownloadFile(WTNVDownloadFile(fileNamed("w", "file://" + mirror)), weights()));
   EXPECT_EQ(content("w"), "local");
   const LogCapture log;
-  for (const char* address : {"ftp://localhost/x", "dict://localhost/x", "smtp://localhost", "", "x"})
+  for (const char* address :
+       {"ftp://localhost/x", "dict://localhost/x", "smtp://localhost", "", "x"})
     EXPECT_FALSE(wrapper.wDownloadFile(WTNVDownloadFile(fileNamed("v", address)), weights()));
 }
 
@@ -310,8 +314,8 @@ TEST_F(Download, StatesTellHowPortalAndDirectoryCompare) {
          offered("hash", 5, kMD5OfHello), offered("portal", 5, kMD5OfHello)});
   const LogCapture log;
   const auto files = list();
-  EXPECT_THAT(namesAndStates(files), ElementsAre("portal P---", "hash PDS-", "size PD--",
-                                                 "same PDSH", "own ----"));
+  EXPECT_THAT(namesAndStates(files),
+              ElementsAre("portal P---", "hash PDS-", "size PD--", "same PDSH", "own ----"));
   EXPECT_THAT(log.lines(), ElementsAre("dwnds: 4", "locals: 4", "cmb: 5"));
   // What is in both shows what the portal says.
   EXPECT_EQ(files[2].wGetFileSize(), 5);
@@ -426,8 +430,8 @@ TEST_F(Download, RecordsAreCopiesOfTheirOwn) {
 TEST_F(Download, AProjectHandsItsHandlerOut) {
   WTNVProject project("demo", temp / "projects/", "", "");
   WTNVHandlerDownload download = project.getHndDownload();
-  EXPECT_TRUE(download.wDownloadFile(WTNVDownloadFile(fileNamed("w", server.address("/file"))),
-                                     weights()));
+  EXPECT_TRUE(
+      download.wDownloadFile(WTNVDownloadFile(fileNamed("w", server.address("/file"))), weights()));
 }
 
 TEST_F(Download, ACertificateThatNoStoreKnowsIsRefusedUnlessTheBuildSaysOtherwise) {
