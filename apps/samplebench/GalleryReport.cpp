@@ -17,7 +17,7 @@ constexpr double unusualScore = 5;
 constexpr std::size_t mostOpenLinks = 24;
 
 // Small cuts are shown enlarged, up to this factor and this longer side, in pixels of the page.
-constexpr double largestEnlargement = 3;
+constexpr double largestEnlargement = 5;
 constexpr double tileSide = 96;
 
 // Ranges of the plots: a common one to start with, so that classes can be compared, and the most.
@@ -54,7 +54,7 @@ thead th { color: var(--soft); font-size: .85rem; }
 details { margin: .4rem 0; }
 summary { cursor: pointer; }
 .found > summary { color: var(--warn); font-weight: 600; }
-.links { display: grid; grid-template-columns: repeat(auto-fill, minmax(21rem, 1fr)); gap: 0 1.5rem;
+.links { display: grid; grid-template-columns: repeat(auto-fill, minmax(18rem, 1fr)); gap: 0 1.5rem;
   margin: .4rem 0 1rem; padding: 0; list-style: none; font-size: .87rem; }
 .links li { overflow: hidden; text-overflow: ellipsis; white-space: nowrap; }
 .none { color: var(--soft); margin: .4rem 0; }
@@ -67,7 +67,7 @@ svg text { fill: var(--soft); font-size: 11px; text-anchor: middle; }
 .axis, .frame { fill: none; stroke: var(--line); }
 .dots { fill: none; stroke: var(--bar); stroke-width: 2.4; stroke-linecap: round; }
 .cuts { display: grid; grid-template-columns: repeat(auto-fill, minmax(8.5rem, 1fr)); gap: .6rem; }
-.mark { content-visibility: auto; contain-intrinsic-size: auto 8.5rem auto 11rem; height: 11rem;
+.mark { content-visibility: auto; contain-intrinsic-size: auto 8.5rem auto 10.4rem; height: 10.4rem;
   margin: 0; padding: .5rem; border: 1px solid transparent; border-radius: 6px;
   background: var(--tile); text-align: center; }
 .mark:target { border-color: var(--accent); box-shadow: 0 0 0 2px var(--accent); }
@@ -257,10 +257,12 @@ class PageWriter {
 
   void writeContents() {
     page << "<section>\n<h2>Classes</h2>\n<table>\n<thead><tr><th>Class</th><th>Marks</th>"
-            "<th>Cuts</th><th>Usual side</th><th>Unusual</th></tr></thead>\n<tbody>\n";
+            "<th>Cuts</th><th>Median side, px</th><th>Unusual</th></tr></thead>\n<tbody>\n";
     for (std::size_t place = 0; place < gallery.classes.size(); ++place)
       writeContentsRow(place);
-    page << "</tbody>\n</table>\n</section>\n";
+    page << "</tbody>\n</table>\n<p class=\"none\">Unusual: further than " << unusualScore
+         << " median absolute deviations from the median size and shape of the class; such marks "
+            "come first and have their sizes in colour.</p>\n</section>\n";
   }
 
   void writeContentsRow(std::size_t place) {

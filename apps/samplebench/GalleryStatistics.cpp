@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <optional>
 
 namespace {
 
@@ -69,14 +70,48 @@ std::vector<std::size_t> byLeftEdge(std::span<const cv::Rect2d> boxes) {
   return places;
 }
 
-// A box that begins further left by more than this share of the other's width cannot overlap it
-// enough: what is left over counts in the union, and neither may be much wider than the other.
-constexpr double leftReach = (1 - repeatOverlap) / repeatOverlap;
+// How far two boxes that overlap enough may begin from each other, as a share of the width of the
+// one further left, of the one further right: what sticks out counts in the union.
+constexpr double reachOfLeft = 1 - repeatOverlap;
+constexpr double reachOfRight = (1 - repeatOverlap) / repeatOverlap;
 
-// Half a millionth of a pixel takes up the rounding of the bound.
-bool isWithinReach(const cv::Rect2d& left, const cv::Rect2d& box) {
-  return box.x - left.x <= leftReach * box.width + 5e-7;
-}
+// In pixels; takes up the rounding of the bounds.
+constexpr double reachTolerance = 1e-6;
+
+// Looks for one earlier box that a box repeats. One is enough: a heap of equal boxes has no end of
+// pairs.
+class RepeatFinder {
+ public:
+  explicit RepeatFinder(std::span<const cv::Rect2d> all) : boxes(all), places(byLeftEdge(all)) {}
+
+  std::vector<Repeat> findAll() const {
+    std::vector<Repeat> repeats;
+    for (std::size_t i = 0; i < places.size(); ++i)
+      if (const auto earlier = findEarlier(i)) repeats.push_back({places[i], *earlier});
+    std::sort(repeats.begin(), repeats.end(),
+              [](const auto& a, const auto& b) { return a.place < b.place; });
+    return repeats;
+  }
+
+ private:
+  std::optional<std::size_t> findEarlier(std::size_t i) const {
+    const auto& box = boxes[places[i]];
+    const auto farthestLeft = box.x - reachOfRight * box.width - reachTolerance;
+    const auto farthestRight = box.x + reachOfLeft * box.width + reachTolerance;
+    for (auto j = i; j > 0 && boxes[places[j - 1]].x >= farthestLeft; --j)
+      if (isRepeat(places[i], places[j - 1])) return places[j - 1];
+    for (auto j = i + 1; j < places.size() && boxes[places[j]].x <= farthestRight; ++j)
+      if (isRepeat(places[i], places[j])) return places[j];
+    return std::nullopt;
+  }
+
+  bool isRepeat(std::size_t place, std::size_t other) const {
+    return other < place && intersectionOverUnion(boxes[place], boxes[other]) > repeatOverlap;
+  }
+
+  std::span<const cv::Rect2d> boxes;
+  std::vector<std::size_t> places;
+};
 
 }  // namespace
 
@@ -137,22 +172,7 @@ double intersectionOverUnion(const cv::Rect2d& a, const cv::Rect2d& b) {
 }
 
 std::vector<Repeat> findRepeats(std::span<const cv::Rect2d> boxes) {
-  std::vector<Repeat> repeats;
-  const auto places = byLeftEdge(boxes);
-  for (std::size_t i = 1; i < places.size(); ++i) {
-    const auto& box = boxes[places[i]];
-    // One that it repeats is enough: a heap of equal boxes has no end of pairs.
-    for (auto j = i; j > 0 && isWithinReach(boxes[places[j - 1]], box); --j) {
-      if (intersectionOverUnion(boxes[places[j - 1]], box) <= repeatOverlap) continue;
-      const auto [earlier, later] = std::minmax(places[j - 1], places[i]);
-      repeats.push_back({later, earlier});
-      break;
-    }
-  }
-  std::sort(repeats.begin(), repeats.end(), [](const auto& a, const auto& b) {
-    return std::pair(a.place, a.earlier) < std::pair(b.place, b.earlier);
-  });
-  return repeats;
+  return RepeatFinder(boxes).findAll();
 }
 
 Octaves octavesAround(std::span<const double> values, Octaves least, Octaves most) {

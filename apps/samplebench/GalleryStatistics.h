@@ -46,8 +46,8 @@ struct Repeat {
   bool operator==(const Repeat&) const = default;
 };
 
-/// Each box that repeats another, once, among those of one class on one picture, in the order of
-/// places. Compares only boxes that begin at nearly the same column.
+/// Each box that repeats an earlier one, once, among those of one class on one picture, in the
+/// order of places. Compares only boxes that begin at nearly the same column.
 std::vector<Repeat> findRepeats(std::span<const cv::Rect2d> boxes);
 
 /// A range of a logarithmic axis, as exponents of 2.
