@@ -44,6 +44,7 @@ int main(int count, char** arguments) {
   addImageSets(plan);
   addSaves(plan);
   addAssists(plan);
+  addGalleries(plan);
   std::ostream output(std::cout.rdbuf());
   NoBuffer nowhere;
   std::streambuf* const before = std::cout.rdbuf(&nowhere);
