@@ -56,7 +56,7 @@ summary { cursor: pointer; }
 .found > summary { color: var(--warn); font-weight: 600; }
 .links { display: grid; grid-template-columns: repeat(auto-fill, minmax(18rem, 1fr)); gap: 0 1.5rem;
   margin: .4rem 0 1rem; padding: 0; list-style: none; font-size: .87rem; }
-.links li { overflow: hidden; text-overflow: ellipsis; white-space: nowrap; }
+.links li { overflow-wrap: anywhere; }
 .none { color: var(--soft); margin: .4rem 0; }
 .plots { display: flex; flex-wrap: wrap; gap: 1rem 2.5rem; margin: 0 0 1rem; }
 .plots figure { margin: 0; }
