@@ -55,6 +55,7 @@ class Table : public benchmark::BenchmarkReporter {
 };
 
 void addRenders(const Plan& plan);
+void addGalleries(const Plan& plan);
 void addGenerations(const Plan& plan);
 void addImageSets(const Plan& plan);
 void addSaves(const Plan& plan);

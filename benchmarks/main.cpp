@@ -45,6 +45,7 @@ int main(int count, char** arguments) {
   addSaves(plan);
   addAssists(plan);
   addHashes(plan);
+  addGalleries(plan);
   std::ostream output(std::cout.rdbuf());
   NoBuffer nowhere;
   std::streambuf* const before = std::cout.rdbuf(&nowhere);

@@ -7,6 +7,7 @@
 
 #include "CropCommand.h"
 #include "DemoCommand.h"
+#include "GalleryCommand.h"
 #include "GenerateCommand.h"
 #include "ImportCommand.h"
 #include "MagnifyCommand.h"
@@ -63,6 +64,7 @@ struct Request {
   RenderOptions render;
   MagnifyOptions magnify;
   CropOptions crop;
+  GalleryOptions gallery;
   GenerateOptions generate;
   DemoOptions demo;
   ViewOptions view;
@@ -257,6 +259,20 @@ void addCrop(CLI::App& app, Request& request) {
   });
 }
 
+void addGallery(CLI::App& app, Request& request) {
+  auto& options = request.gallery;
+  auto* command = addCommand(app, "gallery",
+                             "Cuts every mark out of its picture, to look the marks through, and "
+                             "prints how many there are of each class.",
+                             "gallery parts --report marks.html");
+  addProjectArgument(*command, options.project);
+  command->add_option("--report", options.report,
+                      "page to write, with all cuts, what looks wrong, and plots");
+  command->callback([&request] {
+    request.run = [&](Output& output) { runGallery(request.locations, request.gallery, output); };
+  });
+}
+
 void addGenerateTemplates(CLI::App& command, GenerateOptions& options) {
   command.add_option("--weights", options.weights, "starting weights to lay beside the set");
   command.add_option("--config", options.config, "template of the data description")
@@ -434,6 +450,7 @@ void addCommands(CLI::App& app, Request& request) {
   addRender(app, request);
   addMagnify(app, request);
   addCrop(app, request);
+  addGallery(app, request);
   addGenerate(app, request);
   addView(app, request);
   addWeights(app, request);

@@ -14,14 +14,18 @@ cv::Mat pictureFrom(const PictureCall& call) {
   return {height, width, CV_8UC(channels), data};
 }
 
-void requireWritable(const std::string& file, const std::vector<PictureRecord>& pictures) {
-  if (!cv::haveImageWriter(file))
-    throw CommandError("'" + file + "' is of no format that can be written; use .png or .jpg");
+void requireNoPicture(const std::string& file, const std::vector<PictureRecord>& pictures) {
   for (const auto& picture : pictures) {
     std::error_code error;
     if (std::filesystem::equivalent(file, picture.path, error))
       throw CommandError("'" + file + "' is a picture of the project; choose another file");
   }
+}
+
+void requireWritable(const std::string& file, const std::vector<PictureRecord>& pictures) {
+  if (!cv::haveImageWriter(file))
+    throw CommandError("'" + file + "' is of no format that can be written; use .png or .jpg");
+  requireNoPicture(file, pictures);
 }
 
 void writePicture(const std::string& file, const cv::Mat& picture) {

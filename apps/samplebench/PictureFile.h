@@ -14,6 +14,9 @@ using PictureCall = std::function<void(unsigned char**, int*, int*, int*)>;
 /// none.
 cv::Mat pictureFrom(const PictureCall& call);
 
+/// Throws CommandError if the file is one of the project's own pictures.
+void requireNoPicture(const std::string& file, const std::vector<PictureRecord>& pictures);
+
 /// Throws CommandError if a picture cannot be written there, or if that is one of the project's
 /// own.
 void requireWritable(const std::string& file, const std::vector<PictureRecord>& pictures);

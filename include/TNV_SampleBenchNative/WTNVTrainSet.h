@@ -1,8 +1,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "TNV_SampleBenchNative/Export.h"
+#include "TNV_SampleBenchNative/WTNVMark.h"
 
 class TNVTrainSet;
 
@@ -27,6 +29,10 @@ class TNV_SAMPLEBENCH_API WTNVTrainSet {
 
   /// Number of marks; 0 as long as the train set's data were not read.
   int getMarkCount() const;
+
+  /// Handles on all marks, in drawing order, without making the train set the current one of a main
+  /// process. The train set owns the marks. Empty as long as the train set's data were not read.
+  std::vector<WTNVMark> wGetMarks() const;
 
   /// Size of the picture in pixels. The first call may have to read the picture, and waits up to
   /// five seconds for a main process to do so. 0 and 0 if the picture cannot be read.

@@ -1,5 +1,6 @@
 #include "TNV_SampleBenchNative/WTNVTrainSet.h"
 
+#include "boundary/Handles.h"
 #include "marks/TNVMark.h"
 #include "project/TNVTrainSet.h"
 
@@ -25,6 +26,10 @@ std::string WTNVTrainSet::getImagePath() const {
 
 int WTNVTrainSet::getMarkCount() const {
   return static_cast<int>(native->marks.size());
+}
+
+std::vector<WTNVMark> WTNVTrainSet::wGetMarks() const {
+  return tnv::asHandles<WTNVMark>(native->markPointers());
 }
 
 void WTNVTrainSet::getImageSize(int& width, int& height) const {

@@ -81,6 +81,9 @@ void TNVHandlerValidation::cutTrainSet(int index) {
                  trainSet.imagePath + "'!");
     return;
   }
+  // Whoever places the cuts on their picture asks for its size, which would read it once more.
+  trainSet.imageWidth = picture.cols;
+  trainSet.imageHeight = picture.rows;
   for (const auto& mark : trainSet.marks)
     cutMark(*mark, picture, index);
   notify(&TNVHandlerValidationObserver::onEventValidGenUpdate);

@@ -174,6 +174,14 @@ TEST_F(Validation, TrainSetsGiveTheirPicturesUp) {
   }
 }
 
+TEST_F(Validation, TheSizesOfReadPicturesAreKnownFromThenOn) {
+  std::filesystem::remove(trainSet(1).imagePath);
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  EXPECT_EQ(trainSet(0).imageWidth, 64);
+  EXPECT_EQ(trainSet(0).imageHeight, 48);
+  EXPECT_EQ(trainSet(1).imageWidth, 0);
+}
+
 TEST_F(Validation, WithoutTrainSetsThereIsNoEventAndTheRunCountsAsActive) {
   ProjectBuilder empty("empty");
   empty.project().wCreate();

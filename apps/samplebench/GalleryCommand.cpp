@@ -1,0 +1,227 @@
+#include "GalleryCommand.h"
+
+#include <fstream>
+#include <map>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "CommandError.h"
+#include "GalleryReport.h"
+#include "PictureFile.h"
+#include "Platform.h"
+#include "Progress.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Small enough that a page of 2,000 stays around 10 MB.
+constexpr int thumbnailSide = 96;
+constexpr int thumbnailQuality = 85;
+
+// Callbacks of the library are plain functions; what they work on during a run stands here.
+struct Run {
+  WTNVHandlerValidation* handler = nullptr;
+  Progress* progress = nullptr;
+  bool stopped = false;
+};
+Run run;
+
+void onUpdate() {
+  run.progress->step();
+  if (!platform::InterruptCatcher::interrupted()) return;
+  run.stopped = true;
+  run.handler->wProcessStop();
+}
+
+std::string partOf(const std::string& file) {
+  return file + ".part";
+}
+
+void requireReportPlace(const std::string& file, const std::vector<PictureRecord>& pictures) {
+  const auto directory = fs::absolute(file).parent_path();
+  if (!fs::is_directory(directory))
+    throw CommandError("'" + file + "' cannot be written; see that its directory exists");
+  if (fs::is_directory(file))
+    throw CommandError("'" + file + "' is a directory; name a file, like marks.html");
+  requireNoPicture(file, pictures);
+  requireNoPicture(partOf(file), pictures);
+}
+
+void cutMarks(WTNVHandlerValidation& handler, std::size_t pictures, Output& output) {
+  Progress progress(pictures, output);
+  run = {&handler, &progress, false};
+  handler.setCBValidGenUpdate(onUpdate);
+  const auto complete = handler.wProcessGeneration();
+  handler.setCBValidGenUpdate(nullptr);
+  progress.finish();
+  if (run.stopped)
+    throw CommandError("interrupted after " + counted(progress.done(), "picture"), exitInterrupted);
+  if (complete) return;
+  throw CommandError(output.isQuiet() ? "the marks could not be cut out; --quiet hides the reason"
+                                      : "the marks could not be cut out; see the lines above");
+}
+
+void writeCounts(const WTNVHandlerValidation& handler, Output& output) {
+  std::vector<TableRow> rows{{"cuts", "class"}};
+  std::size_t total = 0;
+  for (const auto& label : handler.wGetDNNClasses()) {
+    const auto count = handler.wGetDNNImageIndices(label).size();
+    rows.push_back({std::to_string(count), label});
+    total += count;
+  }
+  writeTable(output.data(), rows);
+  output.data() << "\ntotal: " << counted(total, "cut") << '\n';
+}
+
+// The cut of each mark, by the place of its picture and its id there.
+using Cuts = std::map<std::pair<int, int>, int>;
+
+Cuts cutsByMark(const WTNVHandlerValidation& handler) {
+  Cuts cuts;
+  for (const auto& label : handler.wGetDNNClasses())
+    for (const auto cut : handler.wGetDNNImageIndices(label))
+      cuts[{handler.wGetTrainSetIndex(cut), handler.wGetMarkUniqueId(cut)}] = cut;
+  return cuts;
+}
+
+std::string labelOf(const WTNVDNNClass& dnnClass) {
+  return dnnClass.wGetName() + " (" + std::to_string(dnnClass.wGetDNNId()) + ")";
+}
+
+// Puts the marks of a project into classes.
+class GalleryBuilder {
+ public:
+  GalleryBuilder(const WTNVProject& project, const WTNVHandlerValidation& handler)
+      : classes(project.wGetDNNClasses()), cuts(cutsByMark(handler)) {
+    gallery.project = project.wGetProjectName();
+    for (const auto& dnnClass : classes) {
+      places[dnnClass.getNativeDNNClass()] = gallery.classes.size();
+      gallery.classes.push_back({labelOf(dnnClass), {}});
+    }
+  }
+
+  void add(const PictureRecord& picture) {
+    const auto place = gallery.pictures++;
+    const auto marks = picture.trainSet.wGetMarks();
+    gallery.marks += marks.size();
+    if (marks.empty()) return;
+    const auto size = sizeOf(picture, place);
+    const auto fileName = fs::path(picture.path).filename().string();
+    if (size.empty()) gallery.unreadable.push_back(fileName);
+    for (std::size_t i = 0; i < marks.size(); ++i)
+      addMark(marks[i], {place, fileName, i + 1, {}, size, -1});
+  }
+
+  Gallery gallery;
+
+ private:
+  // The library knows the size of every picture that it could cut from. Of others it would wait for
+  // a reader that is not there, if they cannot be read.
+  cv::Size sizeOf(const PictureRecord& picture, std::size_t place) const {
+    const std::pair first(static_cast<int>(place), 0);
+    const auto cut = cuts.lower_bound(first);
+    const bool hasCut = cut != cuts.end() && cut->first.first == first.first;
+    if (!hasCut && cv::imread(picture.path).empty()) return {};
+    cv::Size size;
+    picture.trainSet.getImageSize(size.width, size.height);
+    return size;
+  }
+
+  void addMark(const WTNVMark& mark, GalleryMark entry) {
+    const auto dnnClass = mark.wGetFirstDNNClass(classes);
+    if (!dnnClass.isValid()) ++gallery.marksWithoutClass;
+    if (!dnnClass.isValid() || entry.pictureSize.empty()) return;
+    entry.box = boxOf(mark, entry.pictureSize);
+    const auto cut = cuts.find({static_cast<int>(entry.picture), mark.wGetUniqueId()});
+    if (cut != cuts.end()) entry.cut = cut->second;
+    gallery.classes[places.at(dnnClass.getNativeDNNClass())].marks.push_back(std::move(entry));
+  }
+
+  static cv::Rect2d boxOf(const WTNVMark& mark, cv::Size picture) {
+    cv::Point2d centre;
+    cv::Size2d size;
+    mark.wGetRelCenter(centre.x, centre.y);
+    mark.wGetRelSize(size.width, size.height, picture.width, picture.height);
+    return {(centre.x - size.width / 2) * picture.width,
+            (centre.y - size.height / 2) * picture.height, size.width * picture.width,
+            size.height * picture.height};
+  }
+
+  std::vector<WTNVDNNClass> classes;
+  Cuts cuts;
+  std::map<const TNVDNNClass*, std::size_t> places;
+};
+
+cv::Mat reduced(const cv::Mat& cut) {
+  const auto factor = static_cast<double>(thumbnailSide) / std::max(cut.cols, cut.rows);
+  if (factor >= 1) return cut;
+  cv::Mat small;
+  const cv::Size size(std::max(1, cvRound(cut.cols * factor)),
+                      std::max(1, cvRound(cut.rows * factor)));
+  cv::resize(cut, small, size, 0, 0, cv::INTER_AREA);
+  return small;
+}
+
+Thumbnail thumbnailOf(WTNVHandlerValidation& handler, int cut) {
+  if (platform::InterruptCatcher::interrupted())
+    throw CommandError("interrupted; no report was written", exitInterrupted);
+  unsigned char* data = nullptr;
+  cv::Size size;
+  int channels = 0;
+  handler.wLoadImage(cut, &data, &size.width, &size.height, &channels);
+  if (data == nullptr) return {};
+  const auto small = reduced({size, CV_8UC(channels), data});
+  std::vector<unsigned char> packed;
+  cv::imencode(".jpg", small, packed, {cv::IMWRITE_JPEG_QUALITY, thumbnailQuality});
+  const auto thumbnailSize = small.size();
+  handler.wUnloadImage(cut);
+  return {{packed.begin(), packed.end()}, thumbnailSize};
+}
+
+// Under its name the file stands whole or not at all.
+void writeWhole(const std::string& file, const std::function<void(std::ostream&)>& write) {
+  const auto part = partOf(file);
+  std::error_code error;
+  try {
+    std::ofstream stream(part, std::ios::binary);
+    if (stream) write(stream);
+    stream.close();
+    if (stream) fs::rename(part, file, error);
+    if (!stream || error)
+      throw CommandError("'" + file +
+                         "' cannot be written; see that there is space and that its "
+                         "directory is yours");
+  } catch (...) {
+    fs::remove(part, error);
+    throw;
+  }
+}
+
+void writeReport(const std::string& file, const Gallery& gallery, WTNVHandlerValidation& handler) {
+  writeWhole(file, [&](std::ostream& page) {
+    writeGalleryPage(page, gallery, [&](int cut) { return thumbnailOf(handler, cut); });
+  });
+}
+
+}  // namespace
+
+void runGallery(const Locations& locations, const GalleryOptions& options, Output& output) {
+  const auto project = openProject(locations, options.project);
+  const auto pictures = readPictures(*project, output);
+  if (pictures.empty())
+    throw CommandError("the project has no pictures; add some with: samplebench import " +
+                       options.project + " SET DIRECTORY");
+  if (!options.report.empty()) requireReportPlace(options.report, pictures);
+  auto handler = project->getHndValidation();
+  const platform::InterruptCatcher catcher;
+  cutMarks(handler, pictures.size(), output);
+  writeCounts(handler, output);
+  if (options.report.empty()) return;
+  GalleryBuilder builder(*project, handler);
+  for (const auto& picture : pictures)
+    builder.add(picture);
+  writeReport(options.report, builder.gallery, handler);
+  output.data() << "wrote " << options.report << '\n';
+}
