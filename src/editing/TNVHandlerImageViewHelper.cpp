@@ -24,7 +24,8 @@ std::string writeRegion(const cv::Mat& region, const std::string& directory,
     tnv::logLine("TNVProject::saveROIImage: Can not create directory at '" + directory + "'!");
     return {};
   }
-  const std::string path = directory + (name.empty() ? makeUniqueName() + ".jpg" : name);
+  const std::string path =
+      directory + (name.empty() ? makeUniqueName(directory, ".jpg") + ".jpg" : name);
   cv::imwrite(path, region);
   return path;
 }

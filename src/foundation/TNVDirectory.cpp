@@ -174,6 +174,14 @@ std::string makeUniqueName() {
   return makeUniqueName(tnv::localTime(std::time(nullptr)), counter++);
 }
 
+std::string makeUniqueName(const std::string& directory, const std::string& ending) {
+  std::error_code error;
+  std::string name = makeUniqueName();
+  while (fs::exists(directory + name + ending, error))
+    name = makeUniqueName();
+  return name;
+}
+
 std::string makeUniqueName(const std::tm& time, unsigned counter) {
   std::array<char, 80> text;
   std::snprintf(text.data(), text.size(), "%02d%02d%04d%02d%02d%02d%u", time.tm_mon + 1,

@@ -54,5 +54,9 @@ class TNVDirectory {
 /// A name for a new file, made of the local time and a counter of the process.
 std::string makeUniqueName();
 
+/// The same, but a name that nothing in the directory has when `ending` stands behind it: another
+/// process may have given a name in the same second.
+std::string makeUniqueName(const std::string& directory, const std::string& ending);
+
 /// The name that `makeUniqueName` gives at that time with that counter.
 std::string makeUniqueName(const std::tm& time, unsigned counter);

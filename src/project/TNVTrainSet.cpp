@@ -97,15 +97,15 @@ TNVTrainSet::~TNVTrainSet() = default;
 
 std::string TNVTrainSet::getDataPath(const std::string& directory) {
   if (dataPath.empty()) {
-    if (uniqueName.empty()) uniqueName = makeUniqueName();
+    if (uniqueName.empty()) uniqueName = makeUniqueName(directory, ".xml");
     dataPath = directory + uniqueName + ".xml";
   }
   return dataPath;
 }
 
 bool TNVTrainSet::save(const std::string& directory) {
-  if (uniqueName.empty()) uniqueName = makeUniqueName();
   dataPath = getDataPath(directory);
+  if (uniqueName.empty()) uniqueName = makeUniqueName();
   if (!dataLoaded) {
     tnv::logLine("TNVTrainSet::save: Cannot save, data not loaded!");
     return true;

@@ -113,7 +113,7 @@ bool TNVTrainSet::addImageCache(const std::string& cacheDirectory, int maxSize, 
   imageCacheSize = source.size();
   cv::Mat reduced;
   TNVContour::resizeToLength(source, reduced, maxSize, source.cols > source.rows);
-  const std::string path = cacheDirectory + makeUniqueName() + ".jpg";
+  const std::string path = cacheDirectory + makeUniqueName(cacheDirectory, ".jpg") + ".jpg";
   if (!TNVDirectory::exists(cacheDirectory)) TNVDirectory::createDirectory(cacheDirectory);
   if (!TNVDirectory::exists(cacheDirectory)) {
     tnv::logLine("TNVTrainSet::addImageCache: Can not create cache directory!");

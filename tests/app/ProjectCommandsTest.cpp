@@ -9,9 +9,28 @@ class ProgramProjects : public ProgramTest {};
 
 TEST_F(ProgramProjects, HelpTeachesEachCommandWithAnExample) {
   EXPECT_NE(succeed({"--help"}).find("Exit codes: 0 done, 1"), std::string::npos);
-  const std::vector<std::vector<std::string>> commands{
-      {"create"}, {"class", "add"}, {"class", "list"}, {"import"}, {"mark"},
-      {"list"},   {"render"},       {"generate"},      {"demo"}};
+  const std::vector<std::vector<std::string>> commands{{"create"},
+                                                       {"class", "add"},
+                                                       {"class", "list"},
+                                                       {"import"},
+                                                       {"mark"},
+                                                       {"list"},
+                                                       {"render"},
+                                                       {"generate"},
+                                                       {"demo"},
+                                                       {"magnify"},
+                                                       {"crop"},
+                                                       {"gallery"},
+                                                       {"view"},
+                                                       {"weights", "list"},
+                                                       {"weights", "get"},
+                                                       {"weights", "import"},
+                                                       {"weights", "remove"},
+                                                       {"user", "list"},
+                                                       {"user", "create"},
+                                                       {"user", "set"},
+                                                       {"user", "remove"},
+                                                       {"config"}};
   for (auto command : commands) {
     std::string example = "samplebench";
     for (const auto& word : command)
@@ -172,6 +191,21 @@ TEST_F(ProgramProjects, AnyWorkingDirectoryWillDo) {
           .wait();
   EXPECT_EQ(list.exitCode, 0);
   EXPECT_EQ(list.out.find("(unreadable)"), std::string::npos) << list.out;
+}
+
+TEST_F(ProgramProjects, ImportsInOneSecondLoseNothing) {
+  succeed({"create", "parts"});
+  succeed({"class", "add", "parts", "nut"});
+  place.makeDirectory("photos");
+  for (const char* name : {"a.png", "b.png", "c.png"}) {
+    writePicture(place / ("photos/" + std::string(name)), 32, 16);
+    succeed({"import", "parts", "day1", "photos"});
+    succeed({"mark", "parts", name, "Rect", "0.1,0.1", "0.5,0.5", "--class", "nut"});
+  }
+  const auto list = succeed({"list", "parts"});
+  for (const char* name : {"a.png", "b.png", "c.png"})
+    EXPECT_EQ(occurrences(list, name), 1U) << list;
+  EXPECT_NE(list.find("total: 3 pictures, 3 marks"), std::string::npos) << list;
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "foundation/TNVDirectory.h"
 
+#include <ctime>
 #include <filesystem>
+#include <set>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -247,4 +249,24 @@ TEST(MakeUniqueName, CountsUpByOne) {
   const int first = counterOf(makeUniqueName());
   EXPECT_EQ(first + 1, counterOf(makeUniqueName()));
   EXPECT_EQ(first + 2, counterOf(makeUniqueName()));
+}
+
+TEST(MakeUniqueName, NamesThatAreThereAlreadyAreGivenToNobody) {
+  const TempDirectory temp;
+  // The names of the next seconds with the next counters, as another process may have given them.
+  const std::string last = makeUniqueName();
+  const auto counter = static_cast<unsigned>(std::stoul(last.substr(14)));
+  std::set<std::string> taken;
+  for (int second = -1; second < 5; ++second) {
+    for (unsigned next = 1; next <= 3; ++next) {
+      const std::time_t time = std::time(nullptr) + second;
+      taken.insert(makeUniqueName(*std::localtime(&time), counter + next));
+    }
+  }
+  for (const std::string& name : taken)
+    temp.write(name + ".xml", "");
+  const std::string name = makeUniqueName(temp.path() + "/", ".xml");
+  EXPECT_EQ(taken.count(name), 0U) << name;
+  EXPECT_EQ(name.substr(14), std::to_string(counter + 4));
+  EXPECT_EQ(makeUniqueName(temp.path() + "/", ".jpg").substr(14), std::to_string(counter + 5));
 }
