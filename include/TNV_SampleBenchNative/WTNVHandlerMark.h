@@ -16,8 +16,8 @@ class TNVHandlerMark;
 /// A list of points is one pair x, y each; an element that is no pair counts as (0, 0). The main
 /// process owns the handler. The wrapper is an observer registered by its address: keep it in one
 /// place, and destroy it before the main process. All calls and callbacks belong to the front end's
-/// thread. Without a current train set calls answer 0, -1, an empty list or a null handle and log a
-/// line; a null mark handle is ignored.
+/// thread. Calls that need a current train set answer 0, -1, an empty list or a null handle without
+/// one, nearly all with a log line. Null handles of marks are ignored, those of classes left out.
 class TNV_SAMPLEBENCH_API WTNVHandlerMark : public TNVHandlerMarkObserver {
  public:
   explicit WTNVHandlerMark(TNVHandlerMark* handler);
@@ -77,7 +77,7 @@ class TNV_SAMPLEBENCH_API WTNVHandlerMark : public TNVHandlerMarkObserver {
   void wSetPOISize(WTNVMark mark, double sizeX, double sizeY);
   void wSetPOISize(WTNVMark mark, double size);
 
-  /// The classes that new marks get.
+  /// The classes that new marks get. The handles must stay valid as long as they are set.
   void wSetDNNClassSelected(std::vector<WTNVDNNClass> classes);
   std::vector<WTNVDNNClass> wGetDNNClassSelected() const;
 
@@ -98,8 +98,9 @@ class TNV_SAMPLEBENCH_API WTNVHandlerMark : public TNVHandlerMarkObserver {
   std::string wGetAssist() const;
 
   /// Builds the mark under design anew from all points so far. Without classes it gets the selected
-  /// ones. False, and no mark under design, if the form is unknown or the points are too few; the
-  /// points are shown all the same.
+  /// ones. False, and no mark under design, if the form is unknown or does not take so many points;
+  /// the points are shown all the same. False, and all as before, with a log line, without a train
+  /// set, its picture or a project.
   bool designMark(const std::vector<std::vector<double>>& points, const std::string& form,
                   const std::vector<WTNVDNNClass>& classes);
 

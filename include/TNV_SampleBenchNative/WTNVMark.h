@@ -62,8 +62,9 @@ class TNV_SAMPLEBENCH_API WTNVMark {
   bool wGetPOIModeSupportsValue(const std::string& mode) const;
 
   /// Lays POIs along the mark on a picture of `width` by `height` pixels. `points` is replaced by
-  /// one pair x, y of relative coordinates for each POI; it is empty for an unknown mode. The mark
-  /// stays as it is: hand the points to `WTNVHandlerMark::wSetPOIPoints`.
+  /// one pair x, y of relative coordinates for each POI; it is empty for an unknown mode, and for
+  /// more points than any picture has room for (16,777,216). The mark stays as it is: hand the
+  /// points to `WTNVHandlerMark::wSetPOIPoints`.
   void wGetPOIsGenerated(const std::string& mode, int width, int height, int count,
                          std::vector<std::vector<double>>& points) const;
 

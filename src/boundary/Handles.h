@@ -30,6 +30,13 @@ auto asPointers(const std::vector<Handle>& handles) {
   return pointers;
 }
 
+/// Null handles, which calls answer with where there is no class, are left out.
+inline std::vector<TNVDNNClass*> asClasses(const std::vector<WTNVDNNClass>& handles) {
+  std::vector<TNVDNNClass*> classes = asPointers(handles);
+  std::erase(classes, nullptr);
+  return classes;
+}
+
 template <class Handle, class Native>
 std::vector<Handle> asHandles(const std::vector<Native*>& pointers) {
   std::vector<Handle> handles;

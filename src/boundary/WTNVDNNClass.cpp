@@ -66,7 +66,7 @@ void WTNVDNNClass::wGetSampleImage(unsigned char** data, int* width, int* height
 WTNVDNNClass WTNVDNNClass::wGetDNNClassByIdx(const std::vector<WTNVDNNClass>& classes,
                                              int uniqueIdx) {
   for (const WTNVDNNClass& dnnClass : classes) {
-    if (dnnClass.native->uniqueIdx == uniqueIdx) return dnnClass;
+    if (dnnClass.isValid() && dnnClass.native->uniqueIdx == uniqueIdx) return dnnClass;
   }
   return {};
 }

@@ -130,7 +130,7 @@ bool WTNVHandlerImageView::wGetDrawMarkFilled() const {
 }
 
 void WTNVHandlerImageView::wSetDrawOnlyDNNs(const std::vector<WTNVDNNClass>& classes) {
-  native->setDrawOnlyDNNs(tnv::asPointers(classes));
+  native->setDrawOnlyDNNs(tnv::asClasses(classes));
 }
 
 std::vector<WTNVDNNClass> WTNVHandlerImageView::wGetDrawOnlyDNNs() const {

@@ -97,11 +97,11 @@ void WTNVHandlerMark::updateMark(WTNVMark mark, double centerX, double centerY, 
                                  double height, std::vector<WTNVDNNClass> classes, int imageWidth,
                                  int imageHeight) {
   native->updateMark(mark.getNativeMark(), {centerX, centerY}, {width, height},
-                     tnv::asPointers(classes), {imageWidth, imageHeight});
+                     tnv::asClasses(classes), {imageWidth, imageHeight});
 }
 
 void WTNVHandlerMark::updateSelectedMarks(std::vector<WTNVDNNClass> classes) {
-  native->updateSelectedMarks(tnv::asPointers(classes));
+  native->updateSelectedMarks(tnv::asClasses(classes));
 }
 
 void WTNVHandlerMark::removeSelectedMarks() {
@@ -125,7 +125,7 @@ void WTNVHandlerMark::wSetPOISize(WTNVMark mark, double size) {
 }
 
 void WTNVHandlerMark::wSetDNNClassSelected(std::vector<WTNVDNNClass> classes) {
-  native->setDNNClassSelected(tnv::asPointers(classes));
+  native->setDNNClassSelected(tnv::asClasses(classes));
 }
 
 std::vector<WTNVDNNClass> WTNVHandlerMark::wGetDNNClassSelected() const {
@@ -179,7 +179,7 @@ std::string WTNVHandlerMark::wGetAssist() const {
 bool WTNVHandlerMark::designMark(const std::vector<std::vector<double>>& points,
                                  const std::string& form,
                                  const std::vector<WTNVDNNClass>& classes) {
-  return native->designMark(tnv::asPoints(points), form, tnv::asPointers(classes));
+  return native->designMark(tnv::asPoints(points), form, tnv::asClasses(classes));
 }
 
 bool WTNVHandlerMark::addDesignedMark() {

@@ -43,6 +43,7 @@ WTNVDNNClass WTNVMark::wGetFirstDNNClass(const std::vector<WTNVDNNClass>& classe
 std::vector<WTNVDNNClass> WTNVMark::wGetDNNClasses(const std::vector<WTNVDNNClass>& classes) const {
   std::vector<WTNVDNNClass> carried;
   for (const WTNVDNNClass& dnnClass : classes) {
+    if (!dnnClass.isValid()) continue;
     for (const int idx : native->classIdx) {
       if (dnnClass.getNativeDNNClass()->uniqueIdx == idx) carried.push_back(dnnClass);
     }

@@ -42,6 +42,7 @@ void TNVHandlerImageView::bind(TNVTrainSet* newTrainSet) {
 }
 
 void TNVHandlerImageView::unbind() {
+  drawOnlyDNNs.clear();
   project = nullptr;
   trainSet = nullptr;
 }

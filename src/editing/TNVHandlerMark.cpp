@@ -51,6 +51,7 @@ void TNVHandlerMark::setProject(TNVProject* newProject) {
 
 void TNVHandlerMark::unbind() {
   destroyDesign();
+  dnnClassesSelected.clear();
   project = nullptr;
   trainSet = nullptr;
 }

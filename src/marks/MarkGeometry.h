@@ -32,7 +32,7 @@ cv::Point2d resizedAbout(cv::Point2d centre, cv::Point2d point, cv::Point2d scal
                          cv::Point2d newCentre);
 
 /// `count` points at equal distances along an open path, both ends included. Empty for a count
-/// below 2.
+/// below 2, and for one beyond 2^24, for which no picture has room.
 Points dividedPath(const Points& path, int count);
 
 /// The same for a path of relative points. The distances are equal in pixels.

@@ -4,6 +4,7 @@
 #include "foundation/Numbers.h"
 #include "foundation/XmlStorage.h"
 #include "marks/MarkGeometry.h"
+#include "marks/MarkNames.h"
 #include "marks/TNVCircle.h"
 #include "marks/TNVContour.h"
 
@@ -11,8 +12,6 @@ namespace {
 
 /// Name of the node in a train set's file; persisted.
 constexpr auto kRadius = "Radius";
-
-constexpr auto kDivided = "Divided";
 
 /// Corners of the outline.
 constexpr int kContourPoints = 64;
@@ -120,16 +119,16 @@ TNVMark::Points TNVMarkCircle::getContour(cv::Size imageSize) const {
 }
 
 std::vector<std::string> TNVMarkCircle::getPOIModes() const {
-  return {kDivided};
+  return {tnv::kDivided};
 }
 
 bool TNVMarkCircle::getPOIModeSupportsValue(const std::string& mode) const {
-  return mode == kDivided;
+  return mode == tnv::kDivided;
 }
 
 TNVMark::Points TNVMarkCircle::getPOIsGenerated(const std::string& mode, cv::Size imageSize,
                                                 int count) const {
-  if (mode != kDivided) return {};
+  if (mode != tnv::kDivided) return {};
   return tnv::toRelative(rimIn(imageSize, count), imageSize);
 }
 

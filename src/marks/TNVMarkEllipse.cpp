@@ -7,16 +7,11 @@
 
 #include "foundation/XmlStorage.h"
 #include "marks/MarkGeometry.h"
+#include "marks/MarkNames.h"
 #include "marks/TNVContour.h"
 #include "marks/TNVEllipse.h"
 
 namespace {
-
-/// Names of the nodes in a train set's file; persisted.
-constexpr auto kPointA = "PointA";
-constexpr auto kPointB = "PointB";
-
-constexpr auto kDivided = "Divided";
 
 /// A fit takes as many points as an ellipse has degrees of freedom.
 constexpr std::size_t kFewestRimPoints = 5;
@@ -91,13 +86,12 @@ TNVMarkEllipse::TNVMarkEllipse(const Points& rimPoints, cv::Size imageSize) : TN
 
 TNVMarkEllipse::TNVMarkEllipse(const cv::FileNode& node)
     : TNVMark(node),
-      pointA(tnv::readPoint(tnv::child(node, kPointA))),
-      pointB(tnv::readPoint(tnv::child(node, kPointB))) {}
+      pointA(tnv::readPoint(tnv::child(node, tnv::kPointA))),
+      pointB(tnv::readPoint(tnv::child(node, tnv::kPointB))) {}
 
 void TNVMarkEllipse::write(cv::FileStorage& storage) {
   TNVMark::write(storage);
-  tnv::writePoint(storage, kPointA, pointA);
-  tnv::writePoint(storage, kPointB, pointB);
+  tnv::writePointPair(storage, pointA, pointB);
 }
 
 void TNVMarkEllipse::setRelSize(cv::Point2d centre, cv::Point2d /*newSize*/, cv::Size imageSize) {
@@ -161,16 +155,16 @@ TNVMark::Points TNVMarkEllipse::getContour(cv::Size imageSize) const {
 }
 
 std::vector<std::string> TNVMarkEllipse::getPOIModes() const {
-  return {kDivided};
+  return {tnv::kDivided};
 }
 
 bool TNVMarkEllipse::getPOIModeSupportsValue(const std::string& mode) const {
-  return mode == kDivided;
+  return mode == tnv::kDivided;
 }
 
 TNVMark::Points TNVMarkEllipse::getPOIsGenerated(const std::string& mode, cv::Size imageSize,
                                                  int count) const {
-  if (mode != kDivided) return {};
+  if (mode != tnv::kDivided) return {};
   return tnv::toRelative(tnv::dividedOutline(rimIn(*this, imageSize, kFineDelta), count),
                          imageSize);
 }

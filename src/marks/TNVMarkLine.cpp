@@ -2,13 +2,10 @@
 
 #include "foundation/XmlStorage.h"
 #include "marks/MarkGeometry.h"
+#include "marks/MarkNames.h"
 #include "marks/TNVContour.h"
 
 namespace {
-
-/// Names of the nodes in a train set's file; persisted.
-constexpr auto kPointA = "PointA";
-constexpr auto kPointB = "PointB";
 
 /// What both coordinates of an end are that has not been set.
 const cv::Point2d kNowhere(-1.0, -1.0);
@@ -26,13 +23,12 @@ TNVMarkLine::TNVMarkLine(cv::Point2d a, cv::Point2d b) : pointA(a), pointB(b) {
 
 TNVMarkLine::TNVMarkLine(const cv::FileNode& node)
     : TNVMark(node),
-      pointA(tnv::readPoint(tnv::child(node, kPointA))),
-      pointB(tnv::readPoint(tnv::child(node, kPointB))) {}
+      pointA(tnv::readPoint(tnv::child(node, tnv::kPointA))),
+      pointB(tnv::readPoint(tnv::child(node, tnv::kPointB))) {}
 
 void TNVMarkLine::write(cv::FileStorage& storage) {
   TNVMark::write(storage);
-  tnv::writePoint(storage, kPointA, pointA);
-  tnv::writePoint(storage, kPointB, pointB);
+  tnv::writePointPair(storage, pointA, pointB);
 }
 
 void TNVMarkLine::setRelSize(cv::Point2d centre, cv::Point2d newSize, cv::Size imageSize) {
@@ -89,11 +85,11 @@ TNVMark::Points TNVMarkLine::getContour(cv::Size /*imageSize*/) const {
 }
 
 std::vector<std::string> TNVMarkLine::getPOIModes() const {
-  return {"Endpoints", "Center", "Endpoints & Center", "Divided"};
+  return {"Endpoints", "Center", "Endpoints & Center", tnv::kDivided};
 }
 
 bool TNVMarkLine::getPOIModeSupportsValue(const std::string& mode) const {
-  return mode == "Divided";
+  return mode == tnv::kDivided;
 }
 
 TNVMark::Points TNVMarkLine::getPOIsGenerated(const std::string& mode, cv::Size imageSize,
@@ -101,7 +97,7 @@ TNVMark::Points TNVMarkLine::getPOIsGenerated(const std::string& mode, cv::Size 
   if (mode == "Endpoints") return ends();
   if (mode == "Center") return {center};
   if (mode == "Endpoints & Center") return {pointA, center, pointB};
-  if (mode == "Divided") return tnv::dividedRelativePath(ends(), imageSize, count);
+  if (mode == tnv::kDivided) return tnv::dividedRelativePath(ends(), imageSize, count);
   return {};
 }
 

@@ -4,6 +4,7 @@
 
 #include "foundation/XmlStorage.h"
 #include "marks/MarkGeometry.h"
+#include "marks/MarkNames.h"
 #include "marks/TNVContour.h"
 
 namespace {
@@ -106,11 +107,11 @@ TNVMark::Points TNVMarkPolyLine::getContour(cv::Size imageSize) const {
 }
 
 std::vector<std::string> TNVMarkPolyLine::getPOIModes() const {
-  return {"Endpoints", "Poly Points", "Divided"};
+  return {"Endpoints", "Poly Points", tnv::kDivided};
 }
 
 bool TNVMarkPolyLine::getPOIModeSupportsValue(const std::string& mode) const {
-  return mode == "Divided";
+  return mode == tnv::kDivided;
 }
 
 TNVMark::Points TNVMarkPolyLine::getPOIsGenerated(const std::string& mode, cv::Size imageSize,
@@ -118,7 +119,7 @@ TNVMark::Points TNVMarkPolyLine::getPOIsGenerated(const std::string& mode, cv::S
   if (mode == "Endpoints" && !polyPoints.empty()) return {polyPoints.front(), polyPoints.back()};
   if (mode == "Poly Points") return polyPoints;
   // A closed path is not walked back to its start either.
-  if (mode == "Divided") return tnv::dividedRelativePath(polyPoints, imageSize, count);
+  if (mode == tnv::kDivided) return tnv::dividedRelativePath(polyPoints, imageSize, count);
   return {};
 }
 

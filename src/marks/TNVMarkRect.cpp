@@ -9,6 +9,7 @@
 #include "foundation/Numbers.h"
 #include "foundation/XmlStorage.h"
 #include "marks/MarkGeometry.h"
+#include "marks/MarkNames.h"
 #include "marks/TNVContour.h"
 
 namespace {
@@ -54,7 +55,8 @@ void appendCentersAndCorners(const TNVMark::Points& outline, bool withCorners,
 
 TNVMark::Points pixelPOIs(const std::string& mode, const TNVMark::Points& outline, int count) {
   if (mode == "Corners") return outline;
-  if (mode == "Divided") return count < 2 ? TNVMark::Points() : tnv::dividedOutline(outline, count);
+  if (mode == tnv::kDivided)
+    return count < 2 ? TNVMark::Points() : tnv::dividedOutline(outline, count);
   TNVMark::Points points;
   if (mode == "Centers") appendCentersAndCorners(outline, false, points);
   if (mode == "Corners & Centers") appendCentersAndCorners(outline, true, points);
@@ -154,11 +156,11 @@ TNVMark::Points TNVMarkRect::getContour(cv::Size imageSize) const {
 }
 
 std::vector<std::string> TNVMarkRect::getPOIModes() const {
-  return {"Corners", "Centers", "Corners & Centers", "Divided"};
+  return {"Corners", "Centers", "Corners & Centers", tnv::kDivided};
 }
 
 bool TNVMarkRect::getPOIModeSupportsValue(const std::string& mode) const {
-  return mode == "Divided";
+  return mode == tnv::kDivided;
 }
 
 TNVMark::Points TNVMarkRect::getPOIsGenerated(const std::string& mode, cv::Size imageSize,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "foundation/Log.h"
@@ -43,7 +44,11 @@ using CopyKind = MarkPointer (*)(const TNVMark& source);
 template <class Kind>
 MarkPointer copyKind(const TNVMark& source) {
   const auto* mark = dynamic_cast<const Kind*>(&source);
-  return mark ? std::make_unique<Kind>(*mark) : nullptr;
+  if (!mark) return nullptr;
+  auto copied = std::make_unique<Kind>(*mark);
+  // Only a rectangle keeps the name of the form that it was designed in.
+  if (!std::is_same_v<Kind, TNVMarkRect>) copied->type = copied->getTypeName(false);
+  return copied;
 }
 
 /// The kinds that a record adopts, tried in this order. A whole-image mark is a rectangle too and

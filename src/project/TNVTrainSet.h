@@ -93,7 +93,6 @@ class TNVTrainSet {
   cv::Size imageCacheSize;
 
  private:
-  void addMarkFrom(const cv::FileNode& node);
   void writeNodes(cv::FileStorage& storage);
 
   std::optional<cv::Mat> loadedImage();

@@ -18,6 +18,15 @@ namespace {
 constexpr int kWaits = 50;
 constexpr std::chrono::milliseconds kWait{100};
 
+/// Empty for a picture that cannot be read, one out of all proportion among them.
+cv::Mat readPicture(const std::string& path) {
+  try {
+    return cv::imread(path, cv::IMREAD_COLOR);
+  } catch (const cv::Exception&) {
+    return {};
+  }
+}
+
 void deleteFile(const std::string& path) {
   std::error_code error;
   std::filesystem::remove(path, error);
@@ -59,7 +68,7 @@ std::optional<cv::Mat> TNVTrainSet::loadedImage() {
 
 cv::Mat TNVTrainSet::loadImage() {
   if (const auto loaded = loadedImage()) return *loaded;
-  cv::Mat picture = cv::imread(imagePath, cv::IMREAD_COLOR);
+  cv::Mat picture = readPicture(imagePath);
   const std::lock_guard lock(mutex);
   image = std::move(picture);
   imageLoaded = true;
@@ -85,7 +94,7 @@ cv::Mat TNVTrainSet::getImage() {
 
 cv::Mat TNVTrainSet::getImageCached() {
   if (imageCachePath.empty()) return {};
-  cv::Mat reduced = cv::imread(imageCachePath, cv::IMREAD_COLOR);
+  cv::Mat reduced = readPicture(imageCachePath);
   if (reduced.empty()) {
     tnv::logLine("TNVTrainSet::getImageCached: Image cache is empty!");
     dropImageCache();
@@ -105,7 +114,7 @@ bool TNVTrainSet::addImageCache(const std::string& cacheDirectory, int maxSize, 
     tnv::logLine("TNVTrainSet::addImageCache: MaxSize is <= 0!");
     return false;
   }
-  const cv::Mat source = cv::imread(imagePath, cv::IMREAD_COLOR);
+  const cv::Mat source = readPicture(imagePath);
   if (source.empty()) {
     tnv::logLine("TNVTrainSet::addImageCache: Image source is empty!");
     return false;

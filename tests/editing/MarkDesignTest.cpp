@@ -3,6 +3,7 @@
 #include <cmath>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -392,4 +393,84 @@ TEST_F(MarkDesignTest, EachFormIsAddedAsItsKindAndComesBack) {
   }
   EXPECT_FALSE(as<TNVMarkPolyLine>(back.marks[6].get()).closed);
   EXPECT_TRUE(as<TNVMarkPolyLine>(back.marks[7].get()).closed);
+}
+
+TEST_F(MarkDesignTest, ADesignThatIsRefusedForWantOfAPictureKeepsTheEarlierOne) {
+  ASSERT_TRUE(design({{0.1, 0.1}, {0.2, 0.2}}, "Rect"));
+  const TNVMark* earlier = open->marks().markDesigned.get();
+  TNVTrainSet unreadable("missing.png", "");
+  unreadable.setUnreadable();
+  TNVTrainSet* const own = std::exchange(open->marks().trainSet, &unreadable);
+  {
+    const LogCapture log;
+    EXPECT_FALSE(design({{0.3, 0.3}, {0.4, 0.4}}, "Rect"));
+    open->marks().trainSet = nullptr;
+    EXPECT_FALSE(design({{0.3, 0.3}, {0.4, 0.4}}, "Rect"));
+    open->marks().trainSet = own;
+    TNVProject* const project = std::exchange(open->marks().project, nullptr);
+    EXPECT_FALSE(design({{0.3, 0.3}, {0.4, 0.4}}, "Rect"));
+    open->marks().project = project;
+  }
+  EXPECT_EQ(open->marks().markDesigned.get(), earlier);
+}
+
+TEST_F(MarkDesignTest, AfterNavigationTheOldDesignIsAddedToTheNewTrainSet) {
+  ASSERT_TRUE(design({{0.1, 0.1}, {0.2, 0.2}}, "Rect"));
+  TNVTrainSet& first = current();
+  open->trainSets().setTrainSetForward(1);
+  ASSERT_NE(&first, &current());
+  EXPECT_EQ(first.designedMark, nullptr);
+  EXPECT_THAT(first.designPoints, IsEmpty());
+  EXPECT_TRUE(wrapper->addDesignedMark());
+  EXPECT_THAT(first.marks, IsEmpty());
+  EXPECT_THAT(current().marks, SizeIs(1));
+}
+
+TEST_F(MarkDesignTest, NullClassesAreLeftOut) {
+  const WTNVDNNClass none;
+  const WTNVDNNClass second = classes()[1];
+  wrapper->wSetDNNClassSelected({none, second});
+  EXPECT_EQ(wrapper->wGetDNNClassSelected().size(), 1U);
+  ASSERT_TRUE(design({{0.1, 0.1}, {0.2, 0.2}}, "Rect", {none, classes()[0]}));
+  EXPECT_THAT(current().designedMark->classIdx, ElementsAre(0));
+  ASSERT_TRUE(design({{0.1, 0.1}, {0.2, 0.2}}, "Rect", {none}));
+  EXPECT_THAT(current().designedMark->classIdx, ElementsAre(1)) << "as with an empty list";
+  ASSERT_TRUE(wrapper->addDesignedMark());
+  const WTNVMark mark = wrapper->getAllMarks().at(0);
+  wrapper->updateMark(mark, 0.5, 0.5, 0.1, 0.1, {none}, 64, 48);
+  EXPECT_THAT(mark.wGetClassIdx(), ElementsAre(1));
+  EXPECT_FALSE(mark.wGetFirstDNNClass({none}).isValid());
+  EXPECT_TRUE(mark.wGetFirstDNNClass({none, second}).isValid());
+  EXPECT_EQ(mark.wGetDNNClasses({none, second}).size(), 1U);
+  wrapper->setMarkSelected(mark, true);
+  wrapper->updateSelectedMarks({none});
+  EXPECT_THAT(mark.wGetClassIdx(), IsEmpty());
+  WTNVHandlerImageView view(&open->view());
+  view.wSetDrawOnlyDNNs({none});
+  EXPECT_TRUE(view.wGetDrawOnlyDNNs().empty());
+}
+
+TEST_F(MarkDesignTest, APictureOutOfAllProportionIsNoImage) {
+  // The header of a picture of 100,000 by 100,000 pixels.
+  builder.temp.write("huge.ppm", "P6 100000 100000 255\n");
+  TNVTrainSet huge(builder.temp / "huge.ppm", "");
+  huge.loadImage();
+  TNVTrainSet* const own = std::exchange(open->marks().trainSet, &huge);
+  const LogCapture log;
+  EXPECT_FALSE(design({{0.3, 0.3}, {0.4, 0.4}}, "Rect"));
+  EXPECT_THAT(log.lines(), ElementsAre("TNVHandlerMark::designMark: TrainSet has no image!"));
+  open->marks().trainSet = own;
+}
+
+TEST(MarkDesign, ClassesGoWithTheirProject) {
+  auto builder = std::make_unique<ProjectBuilder>();
+  builder->withClasses({"a"}).withPictures({"a.png"});
+  OpenProject open(*builder);
+  WTNVHandlerMark marks(&open.marks());
+  WTNVHandlerImageView view(&open.view());
+  view.wSetDrawOnlyDNNs(builder->project().wGetDNNClasses());
+  ASSERT_EQ(marks.wGetDNNClassSelected().size(), 1U);
+  builder.reset();
+  EXPECT_TRUE(marks.wGetDNNClassSelected().empty());
+  EXPECT_TRUE(view.wGetDrawOnlyDNNs().empty());
 }

@@ -517,3 +517,10 @@ TEST(TNVMarkEllipse, HostileGeometryIsAnsweredSomehow) {
     }
   }
 }
+
+TEST(TNVMarkEllipse, ACursorExactlyFivePixelsOutsideTheRimMisses) {
+  // Half axes of 20 and 10 pixels; the rim's polygon has its corner at 120, 50.
+  const TNVMarkEllipse ellipse({0.5, 0.5}, {0.6, 0.5}, {0.5, 0.6});
+  EXPECT_FALSE(ellipse.isMouseOver({125.0 / 200, 0.5}, {200, 100}));
+  EXPECT_TRUE(ellipse.isMouseOver({124.75 / 200, 0.5}, {200, 100}));
+}

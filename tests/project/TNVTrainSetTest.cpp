@@ -498,3 +498,13 @@ TEST_F(TNVTrainSetTest, EachKindIsAdoptedAsItself) {
   EXPECT_EQ(adoptedPath->polyPoints, path.polyPoints);
   EXPECT_TRUE(adoptedPath->closed);
 }
+
+TEST_F(TNVTrainSetTest, AllKindsButTheRectangleAreAdoptedUnderTheirOwnName) {
+  TNVTrainSet record("a.jpg", "/base/");
+  TNVMarkCircle circle({0.5, 0.5}, {0.6, 0.5});
+  circle.type = "Circle Multiple";
+  EXPECT_EQ(record.addMark(circle)->type, "Circle");
+  TNVMarkPolyLine path({{0.1, 0.2}, {0.3, 0.4}}, true);
+  path.type = "PolyLine Closed";
+  EXPECT_EQ(record.addMark(path)->type, "PolyLine");
+}
