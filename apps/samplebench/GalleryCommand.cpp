@@ -11,6 +11,7 @@
 #include "PictureFile.h"
 #include "Platform.h"
 #include "Progress.h"
+#include "WatchedRun.h"
 
 namespace fs = std::filesystem;
 
@@ -19,21 +20,6 @@ namespace {
 // Small enough that a page of 2,000 stays around 10 MB.
 constexpr int thumbnailSide = 96;
 constexpr int thumbnailQuality = 85;
-
-// Callbacks of the library are plain functions; what they work on during a run stands here.
-struct Run {
-  WTNVHandlerValidation* handler = nullptr;
-  Progress* progress = nullptr;
-  bool stopped = false;
-};
-Run run;
-
-void onUpdate() {
-  run.progress->step();
-  if (!platform::InterruptCatcher::interrupted()) return;
-  run.stopped = true;
-  run.handler->wProcessStop();
-}
 
 std::string partOf(const std::string& file) {
   return file + ".part";
@@ -51,12 +37,12 @@ void requireReportPlace(const std::string& file, const std::vector<PictureRecord
 
 void cutMarks(WTNVHandlerValidation& handler, std::size_t pictures, Output& output) {
   Progress progress(pictures, output);
-  run = {&handler, &progress, false};
-  handler.setCBValidGenUpdate(onUpdate);
+  const WatchedRun<WTNVHandlerValidation> run(handler, progress);
+  handler.setCBValidGenUpdate(run.onUpdate);
   const auto complete = handler.wProcessGeneration();
   handler.setCBValidGenUpdate(nullptr);
   progress.finish();
-  if (run.stopped)
+  if (run.wasStopped())
     throw CommandError("interrupted after " + counted(progress.done(), "picture"), exitInterrupted);
   if (complete) return;
   throw CommandError(output.isQuiet() ? "the marks could not be cut out; --quiet hides the reason"

@@ -11,27 +11,13 @@
 #include "TNV_SampleBenchNative/WTNVGenerationDarknet.h"
 #include "TaskTree.h"
 #include "TemplateValues.h"
+#include "WatchedRun.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
 constexpr auto usualNet = "yolov4-tiny.tmp";
-
-// Callbacks of the library are plain functions; what they work on during a run stands here.
-struct Run {
-  WTNVHandlerAugment* handler = nullptr;
-  Progress* progress = nullptr;
-  bool stopped = false;
-};
-Run run;
-
-void onUpdate() {
-  run.progress->step();
-  if (!platform::InterruptCatcher::interrupted()) return;
-  run.stopped = true;
-  run.handler->wProcessStop();
-}
 
 std::vector<WTNVDNNClass> classesByNumber(const WTNVProject& project) {
   auto classes = project.wGetDNNClasses();
@@ -144,15 +130,15 @@ void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSe
              Output& output) {
   const auto trainSets = project.wGetTrainSets();
   Progress progress(trainSets.size(), output);
-  run = {&handler, &progress, false};
+  const WatchedRun<WTNVHandlerAugment> run(handler, progress);
   const platform::InterruptCatcher catcher;
-  handler.setCBGenerationUpdate(onUpdate);
+  handler.setCBGenerationUpdate(run.onUpdate);
   const auto complete = handler.wProcess(trainSets, project.wGetGeneration());
   handler.setCBGenerationUpdate(nullptr);
   progress.finish();
   if (complete) return;
   if (progress.done() > 0) removePartialSet(paths);
-  if (run.stopped)
+  if (run.wasStopped())
     throw CommandError("interrupted after " + counted(progress.done(), "picture") +
                            "; the partial training set was removed",
                        exitInterrupted);
