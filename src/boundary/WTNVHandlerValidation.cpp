@@ -1,7 +1,7 @@
 #include "TNV_SampleBenchNative/WTNVHandlerValidation.h"
 
 #include "boundary/PictureHandOff.h"
-#include "validation/TNVHandlerValidation.h"
+#include "tools/TNVHandlerValidation.h"
 
 WTNVHandlerValidation::WTNVHandlerValidation(TNVHandlerValidation* handler) : native(handler) {
   native->addObserver(this);

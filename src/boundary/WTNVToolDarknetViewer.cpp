@@ -1,7 +1,7 @@
 #include "TNV_SampleBenchNative/WTNVToolDarknetViewer.h"
 
 #include "boundary/PictureHandOff.h"
-#include "validation/TNVToolDarknetViewer.h"
+#include "tools/TNVToolDarknetViewer.h"
 
 WTNVToolDarknetViewer::WTNVToolDarknetViewer() : native(new TNVToolDarknetViewer) {}
 

@@ -15,7 +15,7 @@
 #include "project/TNVDNNClass.h"
 #include "project/TNVTrainSet.h"
 #include "project/TNVWorkflow.h"
-#include "validation/TNVHandlerValidation.h"
+#include "tools/TNVHandlerValidation.h"
 
 namespace {
 

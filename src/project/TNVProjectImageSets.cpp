@@ -16,7 +16,7 @@
 #include "generation/TNVGenerationDarknet.h"
 #include "project/TNVProject.h"
 #include "project/TNVTrainSet.h"
-#include "validation/TNVHandlerValidation.h"
+#include "tools/TNVHandlerValidation.h"
 
 namespace {
 

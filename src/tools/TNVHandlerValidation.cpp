@@ -1,4 +1,4 @@
-#include "validation/TNVHandlerValidation.h"
+#include "tools/TNVHandlerValidation.h"
 
 #include <algorithm>
 

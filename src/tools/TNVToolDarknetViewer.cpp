@@ -1,4 +1,4 @@
-#include "validation/TNVToolDarknetViewer.h"
+#include "tools/TNVToolDarknetViewer.h"
 
 #include <algorithm>
 #include <optional>
