@@ -106,6 +106,18 @@ const Row kRows[] = {
      {21, 21, 85, 85},
      {{21, 21}, {107, 21}, {107, 107}, {21, 107}},
      28},
+    // 160, 160.5, 160 x 162 pixels; 120, 120, 240 x 243: height goes before width.
+    {"hardly upright",
+     {1024, 1024},
+     {160.0 / 1024, 160.5 / 1024, 160.0 / 1024, 162.0 / 1024},
+     {120, 120, 240, 243},
+     {120, 120},
+     1,
+     {126, 128},
+     128.0 / 243,
+     {21, 21, 84, 85},
+     {{21, 21}, {105, 21}, {105, 107}, {21, 107}},
+     28},
 };
 
 // 160, 240, 320 x 9 pixels, of which no third of a whole reduced pixel is left.
@@ -317,6 +329,34 @@ TEST(TNVAssistGrabCut, OutlineWithoutAKernelIsShrunkByThreeTimesThree) {
   const Points expected = resultByHand(kThin, scene.picture, true);
   ASSERT_GE(expected.size(), 2u);
   expectNear(expected, applied(kThin.rect, scene.picture, contourOf(kThin)), kThin.name);
+}
+
+TEST(TNVAssistGrabCut, CoreIsShrunkByAThirdRoundedDown) {
+  // 160, 121.5, 320 x 243 pixels; 80, 60.75, 480 x 364.5 with the margin, of which 480 become 128.
+  // The 243 become 64.8, a third of which is 21.6: a kernel of 21 takes 10 from each side.
+  const cv::Rect2d rect(0.25, 0.25, 0.5, 0.5);
+  const cv::Size image(640, 486);
+  const double factor = 128.0 / 480;
+  // Just the core, whose first row and column a larger kernel would lose.
+  cv::Mat picture(image, CV_8UC3, cv::Scalar(20, 200, 20));
+  cv::rectangle(picture, cv::Rect(196, 158, 252, 174), cv::Scalar(200, 20, 200), cv::FILLED);
+  const cv::Rect2d mark(160, 121.5, 320, 243);
+  const Points found =
+      applied(rect, picture, {mark.tl(), {mark.br().x, mark.y}, mark.br(), {mark.x, mark.br().y}});
+  std::vector<cv::Point2f> reduced;
+  for (const cv::Point2d& point : found) {
+    reduced.emplace_back(cv::Point2d((point.x * image.width - 80) * factor,
+                                     (point.y * image.height - 60.75) * factor));
+  }
+  ASSERT_FALSE(reduced.empty());
+  const auto [left, right] =
+      std::minmax_element(reduced.begin(), reduced.end(), [](auto a, auto b) { return a.x < b.x; });
+  const auto [top, bottom] =
+      std::minmax_element(reduced.begin(), reduced.end(), [](auto a, auto b) { return a.y < b.y; });
+  EXPECT_NEAR(21 + 10, left->x, 1e-3);
+  EXPECT_NEAR(107 - 10, right->x, 1e-3);
+  EXPECT_NEAR(16 + 10, top->y, 1e-3);
+  EXPECT_NEAR(81 - 10, bottom->y, 1e-3);
 }
 
 TEST(TNVAssistGrabCut, WithoutAnOutlineTheBoxIsTakenWithThreeIterations) {

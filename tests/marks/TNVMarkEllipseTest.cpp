@@ -240,6 +240,21 @@ TEST(TNVMarkEllipse, CursorHitsUpToFivePixelsOutside) {
   }
 }
 
+TEST(TNVMarkEllipse, HitTestTakesTheRimInStepsOfFourDegrees) {
+  // Half axes of 4,000 pixels: in the middle of a step the rim lies 4000 (1 - cos 2) = 2.4 further
+  // in than at its ends.
+  const cv::Size image(10000, 10000);
+  const TNVMarkEllipse ellipse({0.5, 0.5}, {0.9, 0.5}, {0.5, 0.9});
+  const auto fourOutside = [&](double degrees) {
+    const double angle = degrees * CV_PI / 180;
+    return cv::Point2d(0.5 + 0.4004 * std::cos(angle), 0.5 + 0.4004 * std::sin(angle));
+  };
+  for (const double end : {4.0, 40.0, 120.0, 300.0}) {
+    EXPECT_TRUE(ellipse.isMouseOver(fourOutside(end), image)) << end;
+    EXPECT_FALSE(ellipse.isMouseOver(fourOutside(end + 2), image)) << end + 2;
+  }
+}
+
 TEST(TNVMarkEllipse, DividedWalksFromTheFirstAxis) {
   // A round one of 50 pixels on 1000 by 500, from its first point clockwise.
   const TNVMarkEllipse mark({0.5, 0.5}, {0.5, 0.6}, {0.55, 0.5});
