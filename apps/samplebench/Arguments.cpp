@@ -36,7 +36,7 @@ constexpr auto footer =
     "or all of it at once: samplebench demo /tmp/demo\n\n"
     "Data goes to standard output, everything else to standard error.\n"
     "Exit codes: 0 done, 1 the command failed (the message says what to do), 2 wrong usage, "
-    "130 interrupted.";
+    "3 done, and there are findings, 130 interrupted.";
 
 constexpr auto formsHelp =
     "Forms and their points:\n"
@@ -56,6 +56,8 @@ constexpr auto formsHelp =
 struct Request {
   Locations locations;
   bool quiet = false;
+  bool json = false;
+  bool dryRun = false;
   std::string project;
   std::vector<std::string> classNames;
   std::string classColor;
@@ -323,7 +325,7 @@ void addView(CLI::App& app, Request& request) {
   auto* command = addCommand(app, "view",
                              "Writes a sample of a training set with its boxes to a file, or a "
                              "sheet of the first samples.",
-                             "view set/images -o sheet.png");
+                             "view set/samples -o sheet.png");
   command->add_option("DIRECTORY", options.directory, "directory with samples")->required();
   command->add_option("NAME", options.name, "sample, like img_3; without it a sheet is drawn");
   command->add_option("-o,--output", options.file, "file to write, like sheet.png")->required();
@@ -435,6 +437,8 @@ void addGlobals(CLI::App& app, Request& request) {
   app.add_option("--augments", request.locations.augments,
                  "trees of tasks (default: those that came with the program)");
   app.add_flag("--quiet", request.quiet, "only errors on standard error");
+  app.add_flag("--json", request.json, "results as one JSON object, for programs");
+  app.add_flag("--dry-run", request.dryRun, "say what would be done; write and delete nothing");
 }
 
 void addCommands(CLI::App& app, Request& request) {
@@ -459,9 +463,10 @@ void addCommands(CLI::App& app, Request& request) {
   addDemo(app, request);
 }
 
-int runCommand(const Request& request, Output& output) {
+ExitCode runCommand(const Request& request, Output& output) {
   try {
     request.run(output);
+    return output.hasFindings() ? exitFindings : exitOk;
   } catch (const CommandError& error) {
     output.error(error.what());
     return error.exitCode();
@@ -473,10 +478,6 @@ int runCommand(const Request& request, Output& output) {
     output.error(error.what());
     return exitFailed;
   }
-  output.data().flush();
-  if (output.data()) return exitOk;
-  output.error("standard output cannot be written to");
-  return exitFailed;
 }
 
 }  // namespace
@@ -495,5 +496,10 @@ int runProgram(int argc, const char* const* argv, Output& output) {
   // Records are found by their paths, from whatever directory the program is run in.
   request.locations.projects = absolutePath(request.locations.projects);
   if (request.quiet) output.setQuiet();
-  return runCommand(request, output);
+  if (request.json) output.setJson();
+  if (request.dryRun) output.setDryRun();
+  const ExitCode code = runCommand(request, output);
+  if (output.finish()) return code;
+  output.error("standard output cannot be written to");
+  return exitFailed;
 }

@@ -3,7 +3,13 @@
 #include <stdexcept>
 
 /// What the program tells the shell; the help text lists the same numbers.
-enum ExitCode { exitOk = 0, exitFailed = 1, exitUsage = 2, exitInterrupted = 130 };
+enum ExitCode {
+  exitOk = 0,
+  exitFailed = 1,
+  exitUsage = 2,
+  exitFindings = 3,
+  exitInterrupted = 130
+};
 
 /// A command cannot go on. The text is for the user: what is wrong, and what to do about it.
 class CommandError : public std::runtime_error {

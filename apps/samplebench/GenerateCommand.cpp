@@ -113,7 +113,7 @@ void setWeights(const WTNVGenerationDarknet& darknet, const std::string& weights
 
 void setDarknet(const WTNVGenerationDarknet& darknet, const GenerateOptions& options,
                 const TrainingSetPaths& paths) {
-  darknet.wSetSampleDirectory(paths.images);
+  darknet.wSetSampleDirectory(paths.samples);
   darknet.wSetDarknetDataDirectory(paths.directory);
   darknet.wSetTrainFileName(fs::path(paths.trainList).filename().string());
   darknet.wSetTestFileName(fs::path(paths.testList).filename().string());
@@ -123,7 +123,7 @@ void setDarknet(const WTNVGenerationDarknet& darknet, const GenerateOptions& opt
 
 // Without its lists a set would not be known as ours by the next run.
 void removePartialSet(const TrainingSetPaths& paths) {
-  fs::remove_all(paths.images);
+  fs::remove_all(paths.samples);
 }
 
 void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSetPaths& paths,
@@ -192,7 +192,7 @@ GenerateResult generateSet(WTNVProject& project, const Locations& locations,
 }
 
 void writePlaces(const TrainingSetPaths& paths, Output& output) {
-  writeTable(output.data(), {{"samples", paths.images},
+  writeTable(output.data(), {{"samples", paths.samples},
                              {"training list", paths.trainList},
                              {"test list", paths.testList},
                              {"data description", paths.data},

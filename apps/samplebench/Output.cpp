@@ -1,5 +1,7 @@
 #include "Output.h"
 
+#include <json/writer.h>
+
 #include <algorithm>
 
 namespace {
@@ -22,7 +24,7 @@ std::vector<std::size_t> columnWidths(const std::vector<TableRow>& rows) {
   for (const auto& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
     for (std::size_t i = 0; i < row.size(); ++i)
-      widths[i] = std::max(widths[i], displayWidth(row[i]));
+      widths[i] = std::max(widths[i], displayWidth(row[i].text));
   }
   return widths;
 }
@@ -35,7 +37,7 @@ std::string aligned(const std::string& cell, std::size_t width) {
 std::string rowText(const TableRow& row, const std::vector<std::size_t>& widths) {
   std::string line;
   for (std::size_t i = 0; i < row.size(); ++i)
-    line += (i == 0 ? "" : "  ") + aligned(row[i], widths[i]);
+    line += (i == 0 ? "" : "  ") + aligned(row[i].text, widths[i]);
   line.erase(line.find_last_not_of(' ') + 1);
   return line;
 }
@@ -56,6 +58,61 @@ void Output::setQuiet() {
   log.silence();
 }
 
+void Output::setJson() {
+  json = true;
+}
+
+void Output::setDryRun() {
+  dryRun = true;
+  fact("dryRun", true);
+}
+
+void Output::say(std::string_view line) {
+  if (!json) dataStream << line << '\n';
+}
+
+void Output::fact(const std::string& key, const Json::Value& value) {
+  facts[key] = value;
+}
+
+void Output::table(const std::string& key, const std::vector<std::string>& columns,
+                   const std::vector<TableRow>& rows) {
+  Json::Value list(Json::arrayValue);
+  std::vector<TableRow> lines{TableRow(columns.begin(), columns.end())};
+  for (const auto& row : rows) {
+    Json::Value entry(Json::objectValue);
+    for (std::size_t i = 0; i < row.size(); ++i)
+      entry[columns.at(i)] = row[i].value;
+    list.append(entry);
+    lines.push_back(row);
+  }
+  fact(key, list);
+  if (!json) writeTable(dataStream, lines);
+}
+
+void Output::properties(const std::string& key,
+                        const std::vector<std::pair<std::string, Cell>>& rows) {
+  Json::Value entry(Json::objectValue);
+  std::vector<TableRow> lines;
+  for (const auto& [name, cell] : rows) {
+    entry[name] = cell.value;
+    lines.push_back({name, cell});
+  }
+  fact(key, entry);
+  if (!json) writeTable(dataStream, lines);
+}
+
+bool Output::finish() {
+  if (json) {
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "  ";
+    builder["emitUTF8"] = true;
+    dataStream << Json::writeString(builder, facts) << '\n';
+  }
+  dataStream.flush();
+  return static_cast<bool>(dataStream);
+}
+
 void Output::note(std::string_view text) {
   if (quiet) return;
   log.finish();
@@ -65,6 +122,7 @@ void Output::note(std::string_view text) {
 void Output::error(std::string_view text) {
   log.finish();
   errors.line("samplebench: " + std::string(text));
+  fact("error", std::string(text));
 }
 
 void writeTable(std::ostream& stream, const std::vector<TableRow>& rows) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <json/value.h>
+
+#include <concepts>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -7,6 +10,20 @@
 
 #include "ErrorLines.h"
 #include "LogFilter.h"
+
+/// One entry of a table: what a person reads and what a program gets.
+struct Cell {
+  Cell(const char* cellText) : text(cellText), value(text) {}
+  Cell(std::string cellText) : text(std::move(cellText)), value(text) {}
+  Cell(std::integral auto number)
+      : text(std::to_string(number)), value(static_cast<Json::LargestInt>(number)) {}
+  Cell(double number, std::string cellText) : text(std::move(cellText)), value(number) {}
+
+  std::string text;
+  Json::Value value;
+};
+
+using TableRow = std::vector<Cell>;
 
 /// Where the program writes. Data goes to standard output, all else to standard error, the
 /// library's log too: the library writes that to `std::cout`, which is turned to standard error as
@@ -22,8 +39,36 @@ class Output {
   void setQuiet();
   bool isQuiet() const { return quiet; }
 
-  /// Standard output.
+  /// From now on standard output gets one JSON object at the end, instead of text on the way.
+  void setJson();
+
+  /// Nothing is to be written or deleted; commands ask before they do.
+  void setDryRun();
+  bool isDryRun() const { return dryRun; }
+
+  /// Standard output, for what is the same with and without JSON.
   std::ostream& data() { return dataStream; }
+
+  /// A line of the result for a person.
+  void say(std::string_view line = "");
+
+  /// A value of the result for a program.
+  void fact(const std::string& key, const Json::Value& value);
+
+  /// A table of the result for both: the JSON object gets a list under `key`, an object a row. The
+  /// column names are its keys.
+  void table(const std::string& key, const std::vector<std::string>& columns,
+             const std::vector<TableRow>& rows);
+
+  /// The same for named values, an object under `key`, without a line above.
+  void properties(const std::string& key, const std::vector<std::pair<std::string, Cell>>& rows);
+
+  /// The command found something wrong in what it looked at, which the exit code tells.
+  void setFindings() { findings = true; }
+  bool hasFindings() const { return findings; }
+
+  /// Writes what is left to write. False if standard output did not take all.
+  bool finish();
 
   /// Standard error, for progress.
   ErrorLines& errorLines() { return errors; }
@@ -39,9 +84,11 @@ class Output {
   ErrorLines errors;
   LogFilter log;
   bool quiet = false;
+  bool json = false;
+  bool dryRun = false;
+  bool findings = false;
+  Json::Value facts{Json::objectValue};
 };
-
-using TableRow = std::vector<std::string>;
 
 /// Writes the rows with their columns aligned, two blanks apart. Cells that are whole numbers stand
 /// to the right.

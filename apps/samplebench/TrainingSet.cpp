@@ -18,7 +18,7 @@ namespace {
 
 constexpr auto trainName = "train.txt";
 constexpr auto testName = "test.txt";
-constexpr auto imagesName = "images";
+constexpr auto samplesName = "samples";
 constexpr auto backupName = "backup";
 
 // A box may pass the edge by what six written digits leave out.
@@ -32,7 +32,7 @@ std::string withoutBlanks(std::string text) {
 
 bool isOurs(const fs::path& entry) {
   static const std::regex ours(
-      R"(train\.txt|test\.txt|images|backup|.+\.(data|cfg|names|weights))");
+      R"(train\.txt|test\.txt|samples|backup|.+\.(data|cfg|names|weights))");
   return std::regex_match(entry.filename().string(), ours);
 }
 
@@ -49,8 +49,8 @@ bool holdsOnly(const fs::path& directory, Predicate predicate) {
 
 bool isEarlierSet(const fs::path& directory) {
   return fs::is_regular_file(directory / trainName) && fs::is_regular_file(directory / testName) &&
-         fs::is_directory(directory / imagesName) && holdsOnly(directory, isOurs) &&
-         holdsOnly(directory / imagesName, isSample);
+         fs::is_directory(directory / samplesName) && holdsOnly(directory, isOurs) &&
+         holdsOnly(directory / samplesName, isSample);
 }
 
 bool hasTrainedWeights(const fs::path& directory) {
@@ -115,7 +115,7 @@ TrainingSetPaths trainingSetPaths(const std::string& output, const std::string& 
   const auto directory = (fs::path(output) / "").lexically_normal().generic_string();
   const auto stem = directory + withoutBlanks(project);
   return {directory,
-          directory + imagesName + "/",
+          directory + samplesName + "/",
           directory + trainName,
           directory + testName,
           stem + ".data",

@@ -7,7 +7,7 @@
 /// The files of a training set, as `generate` lays them out below its output directory.
 struct TrainingSetPaths {
   std::string directory;
-  std::string images;
+  std::string samples;
   std::string trainList;
   std::string testList;
   std::string data;

@@ -19,7 +19,7 @@ class ProgramGenerate : public ProgramTest {
   }
 
   std::string label(int number) const {
-    return readFile(place / "set/images/img_" + std::to_string(number) + ".txt");
+    return readFile(place / "set/samples/img_" + std::to_string(number) + ".txt");
   }
 };
 
@@ -52,7 +52,7 @@ TEST_F(ProgramGenerate, ARoundTripGivesTheLabelsOfTheMarks) {
   EXPECT_EQ(label(0), labelLine(1, 32, 16, 33, 33));
   // The centre 64, 32 and the corner 96, 48 span 32 to 96, 16 to 48.
   EXPECT_EQ(label(1), labelLine(0, 32, 16, 65, 33));
-  EXPECT_EQ(cv::imread(place / "set/images/img_0.jpg").size(), cv::Size(128, 64));
+  EXPECT_EQ(cv::imread(place / "set/samples/img_0.jpg").size(), cv::Size(128, 64));
 }
 
 TEST_F(ProgramGenerate, WritesListsNamesAndFilledTemplates) {
@@ -61,7 +61,7 @@ TEST_F(ProgramGenerate, WritesListsNamesAndFilledTemplates) {
   const auto set = place / "set/";
   EXPECT_EQ(readFile(set + "parts.names"), "screw\nnut\n");
   EXPECT_EQ(readFile(set + "test.txt"), "");
-  EXPECT_EQ(occurrences(readFile(set + "train.txt"), set + "images/img_"), 2U);
+  EXPECT_EQ(occurrences(readFile(set + "train.txt"), set + "samples/img_"), 2U);
   const auto data = readFile(set + "parts.data");
   EXPECT_NE(data.find("classes = 2\n"), std::string::npos) << data;
   EXPECT_NE(data.find(" " + set + "train.txt\n"), std::string::npos) << data;
@@ -79,7 +79,7 @@ TEST_F(ProgramGenerate, ListsHoldRelativePathsWhenTold) {
   markBoth();
   succeed({"generate", "parts", "--output", "set", "--relative-paths"});
   EXPECT_EQ(readFile(place / "set/train.txt").find(place.path()), std::string::npos);
-  EXPECT_EQ(occurrences(readFile(place / "set/train.txt"), "set/images/img_"), 2U);
+  EXPECT_EQ(occurrences(readFile(place / "set/train.txt"), "set/samples/img_"), 2U);
   EXPECT_NE(readFile(place / "set/parts.data").find(" set/train.txt\n"), std::string::npos);
 }
 
@@ -135,9 +135,9 @@ TEST_F(ProgramGenerate, RefusesAnOutputThatIsNoEarlierSet) {
   place.write("set/notes.md", "mine");
   fail({"generate", "parts", "--output", "set"}, "no training set of ours");
   fs::remove(place / "set/notes.md");
-  place.write("set/images/holiday.jpg", "mine");
+  place.write("set/samples/holiday.jpg", "mine");
   fail({"generate", "parts", "--output", "set"}, "no training set of ours");
-  fs::remove(place / "set/images/holiday.jpg");
+  fs::remove(place / "set/samples/holiday.jpg");
   place.write("set/backup/parts_final.weights", "trained");
   fail({"generate", "parts", "--output", "set"}, "trained weights");
   EXPECT_EQ(readFile(place / "set/backup/parts_final.weights"), "trained");
@@ -266,7 +266,7 @@ TEST_F(ProgramGenerate, AnInterruptStopsTheRunAndTheNextOneWorks) {
   EXPECT_EQ(result.exitCode, 130);
   EXPECT_NE(result.err.find("samplebench: interrupted after"), std::string::npos) << result.err;
   EXPECT_EQ(result.out, "");
-  EXPECT_FALSE(fs::exists(place / "set/images"));
+  EXPECT_FALSE(fs::exists(place / "set/samples"));
   succeed({"generate", "parts", "--output", "set"});
 }
 

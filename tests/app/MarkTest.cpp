@@ -145,7 +145,7 @@ class ProgramForms : public ProgramMark {
   /// The label of picture a.png in pixels of its 128 by 64: centre x, y, width, height.
   cv::Vec4d labelOfGeneratedSet() const {
     succeed({"generate", "parts", "--output", "set"});
-    std::istringstream label(readFile(place / "set/images/img_0.txt"));
+    std::istringstream label(readFile(place / "set/samples/img_0.txt"));
     int number = -1;
     cv::Vec4d box;
     label >> number >> box[0] >> box[1] >> box[2] >> box[3];
