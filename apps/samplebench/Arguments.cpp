@@ -5,6 +5,7 @@
 
 #include <opencv2/core.hpp>
 
+#include "ClassCommand.h"
 #include "CropCommand.h"
 #include "DemoCommand.h"
 #include "GalleryCommand.h"
@@ -61,6 +62,7 @@ struct Request {
   std::string project;
   std::vector<std::string> classNames;
   std::string classColor;
+  ClassEditOptions classEdit;
   ImportOptions import;
   MarkOptions mark;
   RenderOptions render;
@@ -128,6 +130,44 @@ void addClassList(CLI::App& classes, Request& request) {
   });
 }
 
+using ClassEdit = void (*)(const Locations&, const ClassEditOptions&, Output&);
+
+CLI::App* addClassEdit(CLI::App& classes, Request& request, const std::string& name,
+                       const std::string& purpose, const std::string& example, ClassEdit run) {
+  auto* command = addCommand(classes, name, purpose, "class " + example);
+  addProjectArgument(*command, request.classEdit.project);
+  command->callback([&request, run] {
+    request.run = [&request, run](Output& output) {
+      run(request.locations, request.classEdit, output);
+    };
+  });
+  return command;
+}
+
+void addClassEdits(CLI::App& classes, Request& request) {
+  auto& options = request.classEdit;
+  auto* rename = addClassEdit(classes, request, "rename", "Gives a class another name.",
+                              "rename parts screw bolt", runClassRename);
+  rename->add_option("NAME", options.name, "present name")->required();
+  rename->add_option("NEW", options.target, "new name")->required();
+  auto* merge = addClassEdit(classes, request, "merge",
+                             "Gives the marks of classes to another one and removes those classes. "
+                             "Numbers run from 0 without gaps afterwards.",
+                             "merge parts bolt stud --into screw", runClassMerge);
+  merge->add_option("NAME", options.names, "classes that go away")->required();
+  merge->add_option("--into", options.target, "the class that stays")->required();
+  auto* remove =
+      addClassEdit(classes, request, "delete", "Removes classes, and takes them out of all marks.",
+                   "delete parts dirt --with-marks", runClassDelete);
+  remove->add_option("NAME", options.names, "classes")->required();
+  remove->add_flag("--with-marks", options.withMarks,
+                   "delete the marks, too, that have no other class");
+  addClassEdit(classes, request, "order", "Numbers the classes from 0 on in the order given.",
+               "order parts nut screw", runClassOrder)
+      ->add_option("NAME", options.names, "all classes")
+      ->required();
+}
+
 void addClass(CLI::App& app, Request& request) {
   auto* command =
       addCommand(app, "class", "The classes that marks carry and a network is to learn.",
@@ -135,6 +175,7 @@ void addClass(CLI::App& app, Request& request) {
   command->require_subcommand(1);
   addClassAdd(*command, request);
   addClassList(*command, request);
+  addClassEdits(*command, request);
 }
 
 void addImport(CLI::App& app, Request& request) {

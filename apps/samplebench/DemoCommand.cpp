@@ -164,10 +164,10 @@ void buildProject(const Locations& locations, const DemoOptions& options, const 
     addClass(*project, name, color);
   importPictures(*project, setName, material.directory, false);
   if (!options.pictures.empty()) markAsWhole(*project, material, output);
-  saveProject(*project, true);
+  saveProject(*project, true, output);
   output.note("marking " + counted(material.marks.size(), "object"));
   addMarks(*project, material.marks, {}, output);
-  saveProject(*project, true);
+  saveProject(*project, true, output);
 }
 
 }  // namespace
