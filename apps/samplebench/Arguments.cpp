@@ -341,7 +341,13 @@ void addGenerate(CLI::App& app, Request& request) {
   addGenerateTemplates(*command, options);
   command->add_flag("--relative-paths", options.relativePaths,
                     "write paths relative to the working directory");
+  auto* together = command->add_option(
+      "--keep-together", options.keepTogether,
+      "samples that go into one list: none (each for itself), source (all of one picture), or "
+      "group=REGEX (all of the pictures whose file names have the part in common that it finds)");
+  command->add_option("--seed", options.seed, "repeats a division into groups")->needs(together);
   command->callback([&request] {
+    parseGrouping(request.generate.keepTogether);
     request.run = [&](Output& output) { runGenerate(request.locations, request.generate, output); };
   });
 }
@@ -532,6 +538,9 @@ int runProgram(int argc, const char* const* argv, Output& output) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error, output.data(), std::cerr) == 0 ? exitOk : exitUsage;
+  } catch (const CommandError& error) {
+    output.error(error.what());
+    return error.exitCode();
   }
   request.locations = withSlashes(request.locations);
   // Records are found by their paths, from whatever directory the program is run in.

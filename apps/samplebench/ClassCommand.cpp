@@ -63,8 +63,7 @@ void requireDistinct(const std::vector<std::string>& names) {
     throw CommandError("a class is named twice: " + joined(names), exitUsage);
 }
 
-void report(const WTNVProject& project, const std::string& did, std::size_t marks,
-            Output& output) {
+void report(const WTNVProject& project, const std::string& did, std::size_t marks, Output& output) {
   output.fact("marks", static_cast<Json::UInt64>(marks));
   output.say((output.isDryRun() ? "would have " : "") + did + "; " + counted(marks, "mark") +
              (output.isDryRun() ? " would change" : " changed"));
@@ -134,7 +133,7 @@ void runClassOrder(const Locations& locations, const ClassEditOptions& options, 
     order.push_back(findClass(*project, name));
   if (order.size() != project->wGetDNNClasses().size())
     throw CommandError("name all " + std::to_string(project->wGetDNNClasses().size()) +
-                       " classes in their new order",
+                           " classes in their new order",
                        exitUsage);
   for (std::size_t number = 0; number < order.size(); ++number)
     update(*project, order[number], options.names[number], static_cast<int>(number));

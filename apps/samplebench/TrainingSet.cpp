@@ -20,6 +20,8 @@ constexpr auto trainName = "train.txt";
 constexpr auto testName = "test.txt";
 constexpr auto samplesName = "samples";
 constexpr auto backupName = "backup";
+constexpr auto sourcesName = "sources.txt";
+constexpr auto divisionName = "division.txt";
 
 // A box may pass the edge by what six written digits leave out.
 constexpr double labelTolerance = 1e-5;
@@ -32,7 +34,7 @@ std::string withoutBlanks(std::string text) {
 
 bool isOurs(const fs::path& entry) {
   static const std::regex ours(
-      R"(train\.txt|test\.txt|samples|backup|.+\.(data|cfg|names|weights))");
+      R"(train\.txt|test\.txt|sources\.txt|division\.txt|samples|backup|.+\.(data|cfg|names|weights))");
   return std::regex_match(entry.filename().string(), ours);
 }
 
@@ -84,12 +86,14 @@ std::optional<std::size_t> parseLabel(const std::string& line, std::size_t class
 void readLabels(const fs::path& file, TrainingSetContent& content) {
   std::ifstream stream(file);
   if (!stream) throw CommandError("the label text '" + file.string() + "' is missing");
-  for (std::string line; std::getline(stream, line);) {
+  bool hasBoxes = false;
+  for (std::string line; std::getline(stream, line); hasBoxes = true) {
     const auto label = parseLabel(line, content.boxes.size());
     if (!label)
       throw CommandError("'" + file.string() + "' has a label that cannot be right: " + line);
     ++content.boxes[*label];
   }
+  if (!hasBoxes) ++content.withoutBoxes;
 }
 
 std::size_t readList(const std::string& list, TrainingSetContent& content) {
@@ -121,7 +125,9 @@ TrainingSetPaths trainingSetPaths(const std::string& output, const std::string& 
           stem + ".data",
           stem + ".cfg",
           stem + ".names",
-          directory + backupName + "/"};
+          directory + backupName + "/",
+          directory + sourcesName,
+          directory + divisionName};
 }
 
 void requireReplaceable(const std::string& path) {
