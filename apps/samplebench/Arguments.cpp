@@ -17,6 +17,7 @@
 #include "ProjectCommands.h"
 #include "RenderCommand.h"
 #include "UserCommand.h"
+#include "VerifyCommand.h"
 #include "ViewCommand.h"
 #include "WeightsCommand.h"
 
@@ -72,6 +73,7 @@ struct Request {
   GenerateOptions generate;
   DemoOptions demo;
   ViewOptions view;
+  VerifyOptions verify;
   WeightsOptions weights;
   UserOptions user;
   std::string configFile;
@@ -383,6 +385,19 @@ void addView(CLI::App& app, Request& request) {
       [&request] { request.run = [&](Output& output) { runView(request.view, output); }; });
 }
 
+void addVerify(CLI::App& app, Request& request) {
+  auto& options = request.verify;
+  auto* command = addCommand(
+      app, "verify",
+      "Checks a training set as trainers of the Darknet family and their successors read it, and "
+      "says file, line and rule of each finding. Exit code 3 if there are any.",
+      "verify set/");
+  command->add_option("SET", options.set, "directory of the set, or its data file")->required();
+  command->add_option("--net", options.network, "network file (default: the one beside the set)");
+  command->callback(
+      [&request] { request.run = [&](Output& output) { runVerify(request.verify, output); }; });
+}
+
 using WeightsRun = void (*)(const WeightsOptions&, Output&);
 
 CLI::App* addWeightsCommand(CLI::App& weights, Request& request, const std::string& name,
@@ -504,6 +519,7 @@ void addCommands(CLI::App& app, Request& request) {
   addGallery(app, request);
   addGenerate(app, request);
   addView(app, request);
+  addVerify(app, request);
   addWeights(app, request);
   addUser(app, request);
   addConfig(app, request);

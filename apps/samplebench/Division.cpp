@@ -52,8 +52,8 @@ Grouping parseGrouping(const std::string& text) {
   if (text == noneText) return {};
   if (text == sourceText) return {Grouping::Kind::source, ""};
   if (!text.starts_with(patternStart) || text.size() == patternStart.size())
-    throw CommandError("'" + text + "' keeps nothing together; choose from: none, source, group=REGEX",
-                       exitUsage);
+    throw CommandError(
+        "'" + text + "' keeps nothing together; choose from: none, source, group=REGEX", exitUsage);
   const Grouping grouping{Grouping::Kind::pattern, text.substr(patternStart.size())};
   const Grouper tried(grouping);
   return grouping;

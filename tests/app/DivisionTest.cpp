@@ -58,10 +58,9 @@ TEST(Division, AGroupIsATestGroupBelowItsOwnNumber) {
     double number;
   };
   // Worked out by another program from the definition of the hash.
-  for (const auto& [group, seed, number] : {
-         Row{"a.jpg", 0, 0.7710024418342161}, Row{"a.jpg", 1, 0.5096556635409853},
-         Row{"video7", 4294967295, 0.9860970844098218}, Row{"", 7, 0.1769492321977879}
-       }) {
+  for (const auto& [group, seed, number] :
+       {Row{"a.jpg", 0, 0.7710024418342161}, Row{"a.jpg", 1, 0.5096556635409853},
+        Row{"video7", 4294967295, 0.9860970844098218}, Row{"", 7, 0.1769492321977879}}) {
     EXPECT_FALSE(isTestGroup(group, number - 1e-9, seed)) << group;
     EXPECT_TRUE(isTestGroup(group, number + 1e-9, seed)) << group;
   }
@@ -174,7 +173,8 @@ TEST_F(ProgramDivision, WithoutGroupsTheListsAreTheLibrarysOwn) {
 }
 
 TEST_F(ProgramDivision, WhatKeepsNothingTogetherIsWrongUsage) {
-  fail({"generate", "parts", "--output", "set", "--keep-together", "video"}, "choose from: none", 2);
+  fail({"generate", "parts", "--output", "set", "--keep-together", "video"}, "choose from: none",
+       2);
   fail({"generate", "parts", "--output", "set", "--keep-together", "group=("},
        "no regular expression", 2);
   fail({"generate", "parts", "--output", "set", "--seed", "3"}, "--keep-together", 2);
