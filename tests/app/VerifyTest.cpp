@@ -105,22 +105,16 @@ TEST_F(VerifiedSetTest, LabelsThatTrainersReadWrong) {
     std::string line;
     std::string rule;
   };
-  for (const auto& [line, rule] : {Row{"0 0.5 0.5 0.25", "fields"},
-                                   Row{"0 0.5 0.5 0.25 0.5 0.9", "fields"},
-                                   Row{"2 0.5 0.5 0.25 0.5", "class-number"},
-                                   Row{"-1 0.5 0.5 0.25 0.5", "class-number"},
-                                   Row{"1.0 0.5 0.5 0.25 0.5", "class-number"},
-                                   Row{"nut 0.5 0.5 0.25 0.5", "class-number"},
-                                   Row{"0 0,5 0.5 0.25 0.5", "number"},
-                                   Row{"0 nan 0.5 0.25 0.5", "number"},
-                                   Row{"0 0.5 0.5 inf 0.5", "number"},
-                                   Row{"0 0.5 0.5 0 0.5", "size"},
-                                   Row{"0 0.5 0.5 0.25 -0.5", "size"},
-                                   Row{"0 0.2 0.5 0.5 0.5", "box-outside"},
-                                   Row{"0 0.5 0.8 0.25 0.5", "box-outside"},
-                                   // 0.015 of 64 pixels.
-                                   Row{"0 0.5 0.5 0.015 0.5", "small-box"},
-                                   Row{"0 0.5 0.5 0.25 0.015", "small-box"}}) {
+  for (const auto& [line, rule] :
+       {Row{"0 0.5 0.5 0.25", "fields"}, Row{"0 0.5 0.5 0.25 0.5 0.9", "fields"},
+        Row{"2 0.5 0.5 0.25 0.5", "class-number"}, Row{"-1 0.5 0.5 0.25 0.5", "class-number"},
+        Row{"1.0 0.5 0.5 0.25 0.5", "class-number"}, Row{"nut 0.5 0.5 0.25 0.5", "class-number"},
+        Row{"0 0,5 0.5 0.25 0.5", "number"}, Row{"0 nan 0.5 0.25 0.5", "number"},
+        Row{"0 0.5 0.5 inf 0.5", "number"}, Row{"0 0.5 0.5 0 0.5", "size"},
+        Row{"0 0.5 0.5 0.25 -0.5", "size"}, Row{"0 0.2 0.5 0.5 0.5", "box-outside"},
+        Row{"0 0.5 0.8 0.25 0.5", "box-outside"},
+        // 0.015 of 64 pixels.
+        Row{"0 0.5 0.5 0.015 0.5", "small-box"}, Row{"0 0.5 0.5 0.25 0.015", "small-box"}}) {
     label("1 0.5 0.5 0.5 0.5\n" + line + "\n");
     EXPECT_THAT(findings(), ElementsAre("samples/img_0.txt:2 " + rule)) << line;
   }
@@ -139,8 +133,8 @@ TEST_F(VerifiedSetTest, ARowThatStandsTwice) {
 }
 
 TEST_F(VerifiedSetTest, AByteOrderMarkInEachKindOfText) {
-  for (const std::string file : {"samples/img_0.txt", "parts.names", "parts.data", "parts.cfg",
-                                 "train.txt", "test.txt"}) {
+  for (const std::string file :
+       {"samples/img_0.txt", "parts.names", "parts.data", "parts.cfg", "train.txt", "test.txt"}) {
     const auto before = readFile(place / file);
     place.write(file, "\xEF\xBB\xBF" + before);
     EXPECT_THAT(findings(), ElementsAre(file + ":1 byte-order-mark"));
@@ -163,13 +157,17 @@ TEST_F(VerifiedSetTest, DefectsOfFiles) {
     place.write("parts.data", text);
   };
   const std::vector<Row> rows{
-      {"no label text", [&] { fs::remove(sample(1, ".txt")); },
+      {"no label text",
+       [&] { fs::remove(sample(1, ".txt")); },
        {"samples/img_1.png:0 missing-label"}},
-      {"no picture", [&] { fs::remove(sample(1, ".png")); },
+      {"no picture",
+       [&] { fs::remove(sample(1, ".png")); },
        {"samples/img_1.png:0 missing-picture", "samples/img_1.txt:0 stray-text"}},
-      {"picture in no list", [&] { cv::imwrite(place / "samples/more.png", scene(9)); },
+      {"picture in no list",
+       [&] { cv::imwrite(place / "samples/more.png", scene(9)); },
        {"samples/more.png:0 stray-picture"}},
-      {"text without picture", [&] { place.write("samples/more.txt", ""); },
+      {"text without picture",
+       [&] { place.write("samples/more.txt", ""); },
        {"samples/more.txt:0 stray-text"}},
       {"two pictures for one text",
        [&] {
@@ -177,49 +175,69 @@ TEST_F(VerifiedSetTest, DefectsOfFiles) {
          append("train.txt", place / "samples/img_1.jpg\n");
        },
        {"samples/img_1.png:0 same-stem"}},
-      {"listed twice", [&] { append("train.txt", sample(0, ".png") + "\n"); },
+      {"listed twice",
+       [&] { append("train.txt", sample(0, ".png") + "\n"); },
        {"train.txt:3 listed-twice"}},
-      {"in both lists", [&] { append("test.txt", sample(0, ".png") + "\n"); },
+      {"in both lists",
+       [&] { append("test.txt", sample(0, ".png") + "\n"); },
        {"test.txt:3 listed-twice"}},
       {"empty line", [&] { append("train.txt", "\n"); }, {"train.txt:3 empty-line"}},
-      {"white space", [&] { place.write("test.txt", sample(2, ".png") + " \n"); 
-                            append("train.txt", sample(3, ".png") + "\n"); },
+      {"white space",
+       [&] {
+         place.write("test.txt", sample(2, ".png") + " \n");
+         append("train.txt", sample(3, ".png") + "\n");
+       },
        {"test.txt:1 list-space"}},
       {"carriage returns",
        [&] { place.write("test.txt", sample(2, ".png") + "\r\n" + sample(3, ".png") + "\r\n"); },
        {"test.txt:0 line-end"}},
-      {"no list", [&] { fs::remove(place / "test.txt"); },
+      {"no list",
+       [&] { fs::remove(place / "test.txt"); },
        {"samples/img_2.png:0 stray-picture", "samples/img_2.txt:0 stray-text",
         "samples/img_3.png:0 stray-picture", "samples/img_3.txt:0 stray-text",
         "test.txt:0 missing-file"}},
-      {"white space in a value", [&] { append("parts.data", "backup = my weights/\n"); },
+      {"white space in a value",
+       [&] { append("parts.data", "backup = my weights/\n"); },
        {"parts.data:5 data-space"}},
       {"no pair", [&] { append("parts.data", "backup\n"); }, {"parts.data:5 data-line"}},
-      {"wrong number of classes", [&] { data("classes = 2", "classes = 3"); },
+      {"wrong number of classes",
+       [&] { data("classes = 2", "classes = 3"); },
        {"parts.data:0 class-count"}},
       {"no number of classes", [&] { data("classes = 2", "# none"); }, {"parts.data:0 data-key"}},
       {"no names", [&] { fs::remove(place / "parts.names"); }, {"parts.names:0 missing-file"}},
-      {"blank name", [&] { place.write("parts.names", "screw\n \n"); },
+      {"blank name",
+       [&] { place.write("parts.names", "screw\n \n"); },
        {"parts.names:2 blank-name"}},
-      {"name twice", [&] { place.write("parts.names", "nut\nnut\n"); },
+      {"name twice",
+       [&] { place.write("parts.names", "nut\nnut\n"); },
        {"parts.names:2 same-name"}},
-      {"network's classes", [&] { place.write("parts.cfg", network(80, 21)); },
+      {"network's classes",
+       [&] { place.write("parts.cfg", network(80, 21)); },
        {"parts.cfg:8 network-classes"}},
-      {"network's filters", [&] { place.write("parts.cfg", network(2, 255)); },
+      {"network's filters",
+       [&] { place.write("parts.cfg", network(2, 255)); },
        {"parts.cfg:5 network-filters"}},
-      {"network without output", [&] { place.write("parts.cfg", "[net]\nwidth=64\nheight=64\n"); },
+      {"network without output",
+       [&] { place.write("parts.cfg", "[net]\nwidth=64\nheight=64\n"); },
        {"parts.cfg:0 network-output"}},
       {"network without input",
        [&] { place.write("parts.cfg", "[net]\nwidth=64\n" + network(2, 21).substr(26)); },
        {"parts.cfg:1 network-input"}},
-      {"trash", [&] { place.write("samples/img_1.png", "no picture"); },
+      {"trash",
+       [&] { place.write("samples/img_1.png", "no picture"); },
        {"samples/img_1.png:0 unreadable-picture"}},
-      {"empty picture", [&] { place.write("samples/img_1.png", ""); },
+      {"empty picture",
+       [&] { place.write("samples/img_1.png", ""); },
        {"samples/img_1.png:0 unreadable-picture"}},
-      {"tiny picture", [&] { cv::imwrite(sample(1, ".png"), scene(9, {64, 9})); },
+      {"tiny picture",
+       [&] {
+         cv::imwrite(sample(1, ".png"), scene(9, {64, 9}));
+       },
        {"samples/img_1.png:0 tiny-picture"}},
       {"the same picture in both lists",
-       [&] { fs::copy(sample(0, ".png"), sample(2, ".png"), fs::copy_options::overwrite_existing); },
+       [&] {
+         fs::copy(sample(0, ".png"), sample(2, ".png"), fs::copy_options::overwrite_existing);
+       },
        {"samples/img_2.png:0 same-picture"}},
       {"a turned copy in the other list",
        [&] {

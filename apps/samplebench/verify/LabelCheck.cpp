@@ -125,8 +125,8 @@ std::size_t checkLabels(const TextFile& file, const LabelRules& rules, Findings&
     LineCheck(file, i, rules, findings).run(fields);
     const auto [same, isNew] = earlier.emplace(joinedFields(fields), i + 1);
     if (!isNew)
-      findings.push_back({file.path, i + 1, "duplicate-row",
-                          "the same as line " + std::to_string(same->second)});
+      findings.push_back(
+          {file.path, i + 1, "duplicate-row", "the same as line " + std::to_string(same->second)});
   }
   return labels;
 }

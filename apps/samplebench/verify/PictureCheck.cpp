@@ -53,8 +53,7 @@ int orientationOf(const std::vector<uchar>& bytes) {
   const std::unique_ptr<ExifData, void (*)(ExifData*)> data(
       exif_data_new_from_data(bytes.data(), static_cast<unsigned>(bytes.size())), exif_data_unref);
   if (!data) return 1;
-  const ExifEntry* entry =
-      exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
+  const ExifEntry* entry = exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
   if (entry == nullptr || entry->format != EXIF_FORMAT_SHORT || entry->components != 1) return 1;
   return exif_get_short(entry->data, exif_data_get_byte_order(data.get()));
 }

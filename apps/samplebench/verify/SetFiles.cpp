@@ -86,9 +86,9 @@ void checkOutput(const std::string& path, const Section& output, const Section& 
                             std::to_string(classCount) + ", the number of names"});
   const auto wanted = (classCount + numbersPerBox(output)) * boxesPerPlace(output);
   if (before.number("filters") != wanted)
-    findings.push_back({path, before.line, "network-filters",
-                        "the layer before [" + output.name + "] must have filters=" +
-                            std::to_string(wanted)});
+    findings.push_back(
+        {path, before.line, "network-filters",
+         "the layer before [" + output.name + "] must have filters=" + std::to_string(wanted)});
 }
 
 std::string existing(const std::string& path, const fs::path& list) {
@@ -141,8 +141,9 @@ std::optional<std::size_t> checkNames(const std::string& path, Findings& finding
     }
     const auto [same, isNew] = earlier.emplace(name, i + 1);
     if (!isNew)
-      findings.push_back({path, i + 1, "same-name",
-                          "'" + name + "' stands in line " + std::to_string(same->second) + ", too"});
+      findings.push_back(
+          {path, i + 1, "same-name",
+           "'" + name + "' stands in line " + std::to_string(same->second) + ", too"});
   }
   if (file.lines.empty()) findings.push_back({path, 0, "blank-name", "there are no class names"});
   return file.lines.size();

@@ -190,8 +190,7 @@ class Verifier {
   void findStrays() {
     std::set<fs::path> directories;
     std::unordered_set<std::string> known;
-    for (const auto& file :
-         {layout.trainList, layout.testList, layout.namesFile, layout.sources})
+    for (const auto& file : {layout.trainList, layout.testList, layout.namesFile, layout.sources})
       if (!file.empty()) known.insert(absolutePath(file));
     for (const auto& sample : samples) {
       known.insert(sample.path);
@@ -210,8 +209,7 @@ class Verifier {
       const auto path = file.generic_string();
       if (isPicture(file)) {
         const auto [first, isNew] = byStem.emplace(file.stem().string(), path);
-        if (!isNew)
-          report(path, "same-stem", "shares its label text with " + first->second);
+        if (!isNew) report(path, "same-stem", "shares its label text with " + first->second);
         if (!known.contains(path)) report(path, "stray-picture", "the picture is in no list");
       } else if (isText(file) && !known.contains(path)) {
         report(path, "stray-text", "the text belongs to no picture of the set");
