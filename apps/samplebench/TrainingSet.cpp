@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <limits>
 #include <numeric>
 #include <optional>
 #include <regex>
-#include <sstream>
 
 #include "CommandError.h"
-#include "Numbers.h"
+#include "verify/LabelCheck.h"
 
 namespace fs = std::filesystem;
 
@@ -22,9 +20,6 @@ constexpr auto samplesName = "samples";
 constexpr auto backupName = "backup";
 constexpr auto sourcesName = "sources.txt";
 constexpr auto divisionName = "division.txt";
-
-// A box may pass the edge by what six written digits leave out.
-constexpr double labelTolerance = 1e-5;
 
 std::string withoutBlanks(std::string text) {
   std::replace_if(
@@ -60,27 +55,17 @@ bool hasTrainedWeights(const fs::path& directory) {
   return fs::is_directory(backup) && !fs::is_empty(backup);
 }
 
-std::vector<double> numbersOf(const std::string& line) {
-  std::istringstream stream(line);
-  std::vector<double> numbers;
-  for (std::string field; stream >> field;)
-    numbers.push_back(parseNumber(field).value_or(std::numeric_limits<double>::quiet_NaN()));
-  return numbers;
-}
-
-bool liesWithin(double center, double size) {
-  return size > 0 && center - size / 2 >= -labelTolerance &&
-         center + size / 2 <= 1 + labelTolerance;
+bool liesWithin(double begin, double size) {
+  return size > 0 && begin >= -labelEdgeTolerance && begin + size <= 1 + labelEdgeTolerance;
 }
 
 // The class number of the label; nothing if the line is no proper label.
 std::optional<std::size_t> parseLabel(const std::string& line, std::size_t classCount) {
-  const auto fields = numbersOf(line);
-  if (fields.size() != 5) return std::nullopt;
-  const bool classIsKnown = fields[0] >= 0 && fields[0] < static_cast<double>(classCount);
-  if (!classIsKnown || !liesWithin(fields[1], fields[3]) || !liesWithin(fields[2], fields[4]))
-    return std::nullopt;
-  return static_cast<std::size_t>(fields[0]);
+  const auto label = parseLabelLine(line);
+  if (!label || label->classNumber >= classCount) return std::nullopt;
+  const auto& box = label->box;
+  if (!liesWithin(box.x, box.width) || !liesWithin(box.y, box.height)) return std::nullopt;
+  return label->classNumber;
 }
 
 void readLabels(const fs::path& file, TrainingSetContent& content) {

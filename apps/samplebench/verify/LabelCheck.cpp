@@ -7,9 +7,6 @@ namespace {
 
 constexpr std::size_t fieldCount = 5;
 
-// A box may pass the edge by what six written digits leave out.
-constexpr double edgeTolerance = 1e-5;
-
 struct Box {
   double x;
   double y;
@@ -39,7 +36,7 @@ bool isCentre(double value) {
 }
 
 bool reachesOutside(double centre, double size) {
-  return centre - size / 2 < -edgeTolerance || centre + size / 2 > 1 + edgeTolerance;
+  return centre - size / 2 < -labelEdgeTolerance || centre + size / 2 > 1 + labelEdgeTolerance;
 }
 
 /// The checks of one line; each names the rule that it breaks.
@@ -113,6 +110,16 @@ std::string joinedFields(const std::vector<std::string>& fields) {
 }
 
 }  // namespace
+
+std::optional<LabelLine> parseLabelLine(const std::string& line) {
+  const auto fields = fieldsOf(line);
+  if (fields.size() != fieldCount) return std::nullopt;
+  const auto number = parseClass(fields[0]);
+  const auto box = parseBox(fields);
+  if (!number || !box) return std::nullopt;
+  return LabelLine{*number,
+                   {box->x - box->width / 2, box->y - box->height / 2, box->width, box->height}};
+}
 
 std::size_t checkLabels(const TextFile& file, const LabelRules& rules, Findings& findings) {
   checkByteOrderMark(file, findings);

@@ -3,8 +3,22 @@
 #include <cstddef>
 #include <optional>
 
+#include <opencv2/core/types.hpp>
+
 #include "Numbers.h"
 #include "verify/TextFile.h"
+
+/// A line of a label text: a class number and a box, relative to the picture.
+struct LabelLine {
+  std::size_t classNumber = 0;
+  cv::Rect2d box;
+};
+
+/// Nothing for a line that is no five fields of that kind. What they say may be wrong nevertheless.
+std::optional<LabelLine> parseLabelLine(const std::string& line);
+
+/// How far a box may pass the edge of the picture: by what six written digits leave out.
+constexpr double labelEdgeTolerance = 1e-5;
 
 /// What is known of a set when its labels are looked at.
 struct LabelRules {
