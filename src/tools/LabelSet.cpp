@@ -122,6 +122,7 @@ void LabelSet::take(LabelledPicture& picture, const FoundLabel& found, bool clip
     label.outline = clipped(std::move(label.outline));
     label.box = isOutline ? boxOf(label.outline) : clipped(label.box);
     if (!hasArea(label.box)) return rejectFor("lies outside the picture");
+    ++cut;
   }
   picture.labels.push_back(std::move(label));
   ++accepted;

@@ -65,6 +65,7 @@ class LabelSet {
   std::vector<LabelledPicture> pictures;
   std::vector<LabelRejection> rejections;
   std::size_t accepted = 0;
+  std::size_t cut = 0;  ///< how many of the accepted were cut at the edges
 
  private:
   std::optional<std::size_t> classPlaceOf(long long number);
