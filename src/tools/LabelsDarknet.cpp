@@ -261,7 +261,11 @@ class DarknetFiles {
 
   void exclude(const std::string& file) { notLabels.insert(file); }
 
-  bool empty() const { return pictures.empty() && texts.empty(); }
+  bool empty() const {
+    return pictures.empty() && std::all_of(texts.begin(), texts.end(), [this](const auto& text) {
+             return isNoLabelText(text);
+           });
+  }
 
   std::vector<std::string> textsWithoutPicture() const {
     std::unordered_set<std::string_view> used;
