@@ -58,14 +58,26 @@ void reportRejections(const WTNVToolLabelExchange& exchange, const LabelsOptions
   noteRejections(rejections, output);
 }
 
-std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::string>& names) {
+// The list of names in the settings file would not give others back.
+bool canBeKept(const std::string& className) {
+  return className.find_first_of(",={}\"\\\n\r\t") == std::string::npos;
+}
+
+// The labels of a class that is not added are rejected later on.
+std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::string>& names,
+                              Output& output) {
   std::unordered_set<std::string> present;
   for (const auto& dnnClass : project.wGetDNNClasses())
     present.insert(dnnClass.wGetName());
   std::size_t added = 0;
   for (const auto& name : names) {
     if (name.empty() || !present.insert(name).second) continue;
-    if (project.wAddDNNClass(name, -1, -1).isValid()) ++added;
+    if (!canBeKept(name)) {
+      output.note("class '" + name + "' is not added; use a name without , = { } \" \\ or tab");
+      output.setFindings();
+    } else if (project.wAddDNNClass(name, -1, -1).isValid()) {
+      ++added;
+    }
   }
   return added;
 }
@@ -97,9 +109,10 @@ struct ImportCounts {
   std::size_t marks = 0;
 };
 
-ImportCounts addAll(WTNVProject& project, const std::string& set, WTNVToolLabelExchange& exchange) {
+ImportCounts addAll(WTNVProject& project, const std::string& set, WTNVToolLabelExchange& exchange,
+                    Output& output) {
   ImportCounts counts;
-  counts.classes = addMissingClasses(project, exchange.wGetClassNames());
+  counts.classes = addMissingClasses(project, exchange.wGetClassNames(), output);
   counts.pictures = addMissingPictures(project, set, exchange.wGetImagePaths());
   counts.marks = static_cast<std::size_t>(
       exchange.wAddMarks(project.wGetTrainSetsFromImageSet(set), project.wGetDNNClasses()));
@@ -164,7 +177,7 @@ void runLabelsImport(const Locations& locations, const LabelsOptions& options, O
   if (!exchange.wRead(options.path))
     throw CommandError("no labels can be read from '" + options.path +
                        "'; see the line above, and --format and --names");
-  const auto counts = addAll(*project, options.set, exchange);
+  const auto counts = addAll(*project, options.set, exchange, output);
   if (!output.isDryRun()) saveProject(*project, counts.classes + counts.pictures > 0);
   reportImport(counts, exchange, output);
   reportRejections(exchange, options, output);

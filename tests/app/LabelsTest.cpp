@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "ProgramRunner.h"
+#include "TNV_SampleBenchNative/TNV_SampleBenchNative.h"
 
 namespace fs = std::filesystem;
 
@@ -83,6 +84,16 @@ TEST_F(LabelsTest, WhatWasRejectedIsToldAndIsAFinding) {
   EXPECT_THAT(import({"--clip"}).out, HasSubstr("imported  1\n"));
 }
 
+TEST_F(LabelsTest, AClassThatTheProjectCannotKeepIsNotAdded) {
+  place.write("in/obj.names", "a, b\nnut\n");
+  const auto result = import();
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_THAT(result.err, AllOf(HasSubstr("class 'a, b' is not added"),
+                                HasSubstr("c.txt:1: class is not in the project\n")));
+  EXPECT_THAT(result.out, HasSubstr("imported  1\n"));
+  EXPECT_THAT(succeed({"class", "list", "parts"}), Not(HasSubstr("a, b")));
+}
+
 TEST_F(LabelsTest, ManyRejectionsAreListedInAFile) {
   std::string text;
   for (int i = 0; i < 23; ++i)
@@ -128,6 +139,25 @@ TEST_F(LabelsTest, ADryRunWritesNothing) {
   EXPECT_FALSE(fs::exists(place / "out"));
   fail({"labels", "export", "parts", "in", "--format", "Darknet", "--dry-run"},
        "cannot be written");
+}
+
+TEST_F(LabelsTest, AWorkflowChoosesThePicturesThatGoOut) {
+  {
+    WTNVProject project("parts", place / "projects/", place / "", place / "");
+    ASSERT_TRUE(project.wLoad());
+    const auto done = project.wAddWorkflow("done", -1);
+    ASSERT_TRUE(project.wUpdate(true));
+    WTNVMainProcess process(&project, nullptr);
+    auto trainSets = process.getHndTrainSet();
+    trainSets.wSetTrainSetForward(1);
+    trainSets.wSetWorkflow(done);
+    ASSERT_TRUE(project.wUpdate(false));
+  }
+  EXPECT_THAT(
+      succeed({"labels", "export", "parts", "out", "--format", "Darknet", "--workflow", "done"}),
+      HasSubstr("Darknet labels of 1 picture written to out\n"));
+  EXPECT_FALSE(fs::exists(place / "out/labels/a.txt"));
+  EXPECT_TRUE(fs::exists(place / "out/labels/b.txt"));
 }
 
 TEST_F(LabelsTest, CopiesComeBackIntoAnotherProject) {
