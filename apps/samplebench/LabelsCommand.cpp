@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "CommandError.h"
+#include "ImportCommand.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
 namespace {
@@ -82,27 +83,6 @@ std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::strin
   return added;
 }
 
-bool hasSet(const WTNVProject& project, const std::string& set) {
-  const auto sets = project.wGetImageSets();
-  return std::find(sets.begin(), sets.end(), set) != sets.end();
-}
-
-// Pictures are recognised by their paths, which records that were not read do not know.
-std::size_t addMissingPictures(WTNVProject& project, const std::string& set,
-                               const std::vector<std::string>& pictures) {
-  if (hasSet(project, set)) {
-    for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set))
-      trainSet.wLoadData();
-  }
-  const std::vector<bool> use(pictures.size(), true);
-  const int added = project.wAddImagesToImageSet(pictures, use, set, false);
-  if (!hasSet(project, set))
-    throw CommandError(pictures.empty()
-                           ? "the labels have no pictures; --pictures tells where they lie"
-                           : "'" + set + "' cannot name an image set; use a name without slashes");
-  return static_cast<std::size_t>(added);
-}
-
 struct ImportCounts {
   std::size_t classes = 0;
   std::size_t pictures = 0;
@@ -113,7 +93,7 @@ ImportCounts addAll(WTNVProject& project, const std::string& set, WTNVToolLabelE
                     Output& output) {
   ImportCounts counts;
   counts.classes = addMissingClasses(project, exchange.wGetClassNames(), output);
-  counts.pictures = addMissingPictures(project, set, exchange.wGetImagePaths());
+  counts.pictures = addPictures(project, set, exchange.wGetImagePaths()).added;
   counts.marks = static_cast<std::size_t>(
       exchange.wAddMarks(project.wGetTrainSetsFromImageSet(set), project.wGetDNNClasses()));
   return counts;
@@ -177,6 +157,8 @@ void runLabelsImport(const Locations& locations, const LabelsOptions& options, O
   if (!exchange.wRead(options.path))
     throw CommandError("no labels can be read from '" + options.path +
                        "'; see the line above, and --format and --names");
+  if (exchange.wGetImagePaths().empty())
+    throw CommandError("the labels have no pictures; --pictures tells where they lie");
   const auto counts = addAll(*project, options.set, exchange, output);
   if (!output.isDryRun()) saveProject(*project, counts.classes + counts.pictures > 0);
   reportImport(counts, exchange, output);

@@ -173,18 +173,27 @@ bool isDirectory(const std::string& path) {
   return fs::is_directory(path, error);
 }
 
-/// All files below a directory, sorted. What cannot be looked into is left out.
-std::vector<std::string> filesBelow(const std::string& directory) {
-  std::vector<std::string> files;
+/// Calls back with the files below a directory until that gives true. What cannot be looked into is
+/// left out.
+template <class Callback>
+void forEachFile(const std::string& directory, const Callback& isEnough) {
   std::error_code error;
   auto entry = fs::recursive_directory_iterator(
       directory, fs::directory_options::skip_permission_denied, error);
   for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
     std::error_code kindError;
-    if (!entry->is_directory(kindError))
-      files.push_back(withForwardSlashes(entry->path().string()));
+    if (entry->is_directory(kindError)) continue;
+    if (isEnough(withForwardSlashes(entry->path().string()))) return;
   }
   if (error) logLine(std::string(kReadWho) + ": Could not look through '" + directory + "'!");
+}
+
+std::vector<std::string> sortedFilesBelow(const std::string& directory) {
+  std::vector<std::string> files;
+  forEachFile(directory, [&](std::string file) {
+    files.push_back(std::move(file));
+    return false;
+  });
   std::sort(files.begin(), files.end());
   return files;
 }
@@ -205,7 +214,7 @@ std::string withDirectory(const std::string& path, std::string_view from, std::s
 class DarknetFiles {
  public:
   void addDirectory(const std::string& directory) {
-    for (const std::string& file : filesBelow(directory)) {
+    for (const std::string& file : sortedFilesBelow(directory)) {
       if (isPicture(file)) addPicture(file, {});
       if (lowerExtension(file) == kTextExtension) addText(file);
     }
@@ -229,7 +238,7 @@ class DarknetFiles {
     const std::string labels = root + std::string(kLabelsDirectory);
     for (std::size_t i = 0; i < names.size(); ++i)
       addPicture(listed.pictures[i].path, labels + names[i] + std::string(kTextExtension));
-    for (const std::string& file : filesBelow(labels))
+    for (const std::string& file : sortedFilesBelow(labels))
       addText(file);
   }
 
@@ -463,10 +472,12 @@ bool writePictures(const LabelSet& set, const std::vector<std::string>& names,
 bool isDarknetLabels(const std::string& path) {
   if (isFile(path)) return isYaml(path) || isDarknetData(path);
   if (!isDirectory(path)) return false;
-  const auto files = filesBelow(asDirectory(path));
-  return std::any_of(files.begin(), files.end(), [](const std::string& file) {
-    return lowerExtension(file) == kTextExtension || isYaml(file) || isDarknetData(file);
+  bool found = false;
+  forEachFile(asDirectory(path), [&](const std::string& file) {
+    found = lowerExtension(file) == kTextExtension || isYaml(file) || isDarknetData(file);
+    return found;
   });
+  return found;
 }
 
 std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelReading& reading) {

@@ -4,6 +4,7 @@
 
 #include "marks/TNVMarkRect.h"
 #include "project/TNVTrainSet.h"
+#include "support/ProjectBuilder.h"
 #include "support/TempDirectory.h"
 
 namespace {
@@ -41,4 +42,20 @@ TEST(WTNVTrainSet, MarksAreThereOnceTheDataWereRead) {
   marks[0].wGetRelCenter(x, y);
   EXPECT_DOUBLE_EQ(x, 0.5625);
   EXPECT_DOUBLE_EQ(y, 0.375);
+}
+
+TEST(WTNVTrainSet, WorkflowIsFoundAmongThoseOfTheProject) {
+  ProjectBuilder builder;
+  builder.withPictures({"a.png"});
+  builder.project().wAddWorkflow("new", -1);
+  const auto done = builder.project().wAddWorkflow("done", -1);
+  const auto workflows = builder.project().wGetWorkflows();
+  const WTNVTrainSet trainSet = builder.project().wGetTrainSets().front();
+  EXPECT_FALSE(trainSet.wGetWorkflow(workflows).isValid());
+  trainSet.getNativeTrainSet()->workflow = 1;
+  ASSERT_TRUE(trainSet.wGetWorkflow(workflows).isValid());
+  EXPECT_EQ(trainSet.wGetWorkflow(workflows).getNativeWorkflow(), done.getNativeWorkflow());
+  EXPECT_FALSE(trainSet.wGetWorkflow({WTNVWorkflow()}).isValid());
+  trainSet.getNativeTrainSet()->dataLoaded = false;
+  EXPECT_FALSE(trainSet.wGetWorkflow(workflows).isValid());
 }

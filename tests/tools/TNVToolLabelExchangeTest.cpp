@@ -404,19 +404,3 @@ TEST_F(LabelExchange, AnExportNeverReplacesItsOwnSources) {
   EXPECT_TRUE(fs::exists(out() + "/images/a.png"));
   EXPECT_TRUE(exchange.wWrite(builder.temp / "other"));
 }
-
-TEST(WTNVTrainSet, WorkflowIsFoundAmongThoseOfTheProject) {
-  ProjectBuilder builder;
-  builder.withPictures({"a.png"});
-  builder.project().wAddWorkflow("new", -1);
-  const auto done = builder.project().wAddWorkflow("done", -1);
-  const auto workflows = builder.project().wGetWorkflows();
-  const WTNVTrainSet trainSet = builder.project().wGetTrainSets().front();
-  EXPECT_FALSE(trainSet.wGetWorkflow(workflows).isValid());
-  trainSet.getNativeTrainSet()->workflow = 1;
-  ASSERT_TRUE(trainSet.wGetWorkflow(workflows).isValid());
-  EXPECT_EQ(trainSet.wGetWorkflow(workflows).getNativeWorkflow(), done.getNativeWorkflow());
-  EXPECT_FALSE(trainSet.wGetWorkflow({WTNVWorkflow()}).isValid());
-  trainSet.getNativeTrainSet()->dataLoaded = false;
-  EXPECT_FALSE(trainSet.wGetWorkflow(workflows).isValid());
-}
