@@ -107,6 +107,16 @@ TEST(PictureSize, ATurnedPictureHasTheSizeThatItIsSeenIn) {
             cv::Size(37, 21));
 }
 
+TEST(PictureSize, APngThatMayBeTurnedIsReadToBeSure) {
+  const TempDirectory temp;
+  std::string png = readFile(writePicture(temp / "a.png", 37, 21));
+  // Behind the signature and the header chunk, of 8 and 25 bytes: no data, the name, a check sum.
+  png.insert(33, std::string("\0\0\0\0eXIf\0\0\0\0", 12));
+  EXPECT_EQ(tnv::pictureSizeFromHead(temp.write("b.png", png)), cv::Size());
+  png.replace(37, 4, "tEXt");
+  EXPECT_EQ(tnv::pictureSizeFromHead(temp.write("c.png", png)), cv::Size(37, 21));
+}
+
 TEST(PictureSize, OtherKindsOfPicturesAreRead) {
   const TempDirectory temp;
   const std::string path = writePicture(temp / "a.bmp", 37, 21);

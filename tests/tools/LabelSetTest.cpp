@@ -162,6 +162,18 @@ TEST(LabelSet, ClippingCutsAnOutlineWhereItCrossesTheEdge) {
   EXPECT_EQ(label.box, cv::Rect2d(0, 0.25, 0.5, 0.5));
 }
 
+TEST(LabelSet, WhatWasCutLiesWithinToTheLastDigit) {
+  for (int i = 1; i < 40; ++i) {
+    const double beyond = i / 37.0;
+    const auto label =
+        cut(outline({{-beyond, 0.3}, {0.7, -beyond}, {1 + beyond, 0.6}, {0.4, 1 + beyond}}));
+    for (const cv::Point2d& corner : label.outline) {
+      EXPECT_TRUE(corner.x >= 0 && corner.x <= 1 && corner.y >= 0 && corner.y <= 1) << corner;
+    }
+    EXPECT_EQ(label.box, cv::Rect2d(0, 0, 1, 1));
+  }
+}
+
 TEST(LabelSet, ClippingRejectsWhatLiesOutside) {
   const std::string outside = "lies outside the picture";
   EXPECT_EQ(reasonFor(box(3, {1.5, 0, 0.5, 1}), true), outside);

@@ -263,9 +263,11 @@ TEST(LabelsDarknet, NamesThatAreGivenCountBeforeThoseThatLieThere) {
   temp.write("classes.txt", "wrong\n");
   tnv::LabelReading reading;
   reading.names = temp.write("elsewhere/right.txt", "screw\n");
-  EXPECT_THAT(readSet(temp.path(), reading).classNames, ElementsAre("screw"));
-  reading.names = temp / "missing.names";
   LogCapture log;
+  EXPECT_THAT(readSet(temp.path(), reading).classNames, ElementsAre("screw"));
+  // The file of names is no label text that was passed over.
+  EXPECT_EQ(log.text(), "");
+  reading.names = temp / "missing.names";
   EXPECT_FALSE(tnv::readDarknetLabels(temp.path(), reading));
   EXPECT_THAT(log.text(), HasSubstr("No class names in"));
 }

@@ -230,6 +230,14 @@ TEST_F(LabelExchange, ALabelThatIsThereTwiceIsAddedOnce) {
   EXPECT_THAT(exchange.wGetRejections(), ElementsAre(labels + "a.txt:2: already marked"));
 }
 
+TEST_F(LabelExchange, APictureIsKnownByItsAbsolutePathToo) {
+  labelsFile("a.txt", "1 0.5 0.5 0.25 0.5\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  TNVTrainSet trainSet("somewhere/a.png", builder.temp / "pictures/");
+  EXPECT_EQ(exchange.wAddMarks({WTNVTrainSet(&trainSet)}, builder.project().wGetDNNClasses()), 1);
+  EXPECT_EQ(trainSet.marks.size(), 1U);
+}
+
 TEST_F(LabelExchange, LabelsWithoutTrainSetOrClassAreRejected) {
   labelsFile("classes.txt", "bolt\nscrew\n");
   labelsFile("a.txt", "0 0.5 0.5 0.25 0.5\n1 0.5 0.5 0.25 0.5\n");
@@ -403,4 +411,11 @@ TEST_F(LabelExchange, AnExportNeverReplacesItsOwnSources) {
   EXPECT_THAT(log.text(), AllOf(HasSubstr("is not written to"), HasSubstr("out/images/a.png")));
   EXPECT_TRUE(fs::exists(out() + "/images/a.png"));
   EXPECT_TRUE(exchange.wWrite(builder.temp / "other"));
+  // The texts are sources too, even if the pictures lie elsewhere.
+  exchange.wSetCopy(false);
+  ASSERT_TRUE(exchange.wWrite(builder.temp / "texts"));
+  ASSERT_TRUE(exchange.wRead(builder.temp / "texts"));
+  EXPECT_FALSE(exchange.wWrite(builder.temp / "texts"));
+  EXPECT_THAT(log.text(), HasSubstr("texts/labels/a.txt"));
+  EXPECT_TRUE(fs::exists(builder.temp / "texts/labels/a.txt"));
 }
