@@ -16,6 +16,7 @@
 #include "Numbers.h"
 #include "ProjectCommands.h"
 #include "RenderCommand.h"
+#include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 #include "UserCommand.h"
 #include "ViewCommand.h"
 #include "WeightsCommand.h"
@@ -338,6 +339,10 @@ void addView(CLI::App& app, Request& request) {
       [&request] { request.run = [&](Output& output) { runView(request.view, output); }; });
 }
 
+std::string formatsHelp() {
+  return "format of the labels: " + joined(WTNVToolLabelExchange::wGetAvailableFormats());
+}
+
 void addLabelsImport(CLI::App& labels, Request& request) {
   auto& options = request.labels;
   auto* command = addCommand(labels, "import",
@@ -347,7 +352,7 @@ void addLabelsImport(CLI::App& labels, Request& request) {
   addProjectArgument(*command, options.project);
   command->add_option("SET", options.set, "name of the image set")->required();
   command->add_option("PATH", options.path, "directory or file of the labels")->required();
-  command->add_option("--format", options.format, "Darknet, COCO or VOC (default: as it looks)");
+  command->add_option("--format", options.format, formatsHelp() + " (default: as it looks)");
   command->add_option("--names", options.names, "file with the names of the classes");
   command->add_option("--pictures", options.pictures, "where the pictures lie, if elsewhere");
   command->add_option("--base", options.base, "number of the first pixel in VOC")
@@ -368,10 +373,10 @@ void addLabelsExport(CLI::App& labels, Request& request) {
   auto* command = addCommand(labels, "export",
                              "Writes all marks as labels for other programs. An earlier export "
                              "there is replaced.",
-                             "labels export parts ~/for-others/ --format COCO --copy");
+                             "labels export parts ~/for-others/ --format Darknet --copy");
   addProjectArgument(*command, options.project);
   command->add_option("DIRECTORY", options.path, "new or empty, or an earlier export")->required();
-  command->add_option("--format", options.format, "Darknet, COCO or VOC")->required();
+  command->add_option("--format", options.format, formatsHelp())->required();
   command->add_flag("--copy", options.copy, "copy the pictures beside the labels");
   command->add_option("--workflow", options.workflow, "only pictures in this workflow");
   command->add_option("--base", options.base, "number of the first pixel in VOC")
