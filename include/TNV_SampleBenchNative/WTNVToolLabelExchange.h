@@ -29,7 +29,7 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   WTNVToolLabelExchange& operator=(const WTNVToolLabelExchange&) = delete;
   ~WTNVToolLabelExchange();
 
-  /// The names of the formats: "COCO", "Darknet", "VOC".
+  /// The names of the formats, sorted.
   static std::vector<std::string> wGetAvailableFormats();
 
   /// Chooses the format for reading and writing. The empty name, which is the default, recognises
@@ -59,7 +59,7 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   void wSetCopy(bool copy);
 
   /// Takes a set of labels from files into memory, in place of the one that is there. `path` is a
-  /// directory, or a file of the format: a `data.yaml`, a Darknet data file, a COCO file. False if
+  /// directory, or a file of the format: a `data.yaml`, a Darknet data file. False if
   /// there is no such set; none is in memory then.
   bool wRead(const std::string& path);
 
@@ -92,8 +92,8 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
 
   /// Writes the set in memory in the format chosen. The directory is made if it does not exist; an
   /// earlier export in it is replaced. False if no format was chosen, `wCanWrite` is false or
-  /// something could not be written. COCO and VOC leave out pictures that cannot be read; their
-  /// labels count as rejected.
+  /// something could not be written. A format in pixels leaves out pictures that cannot be read;
+  /// their labels count as rejected.
   bool wWrite(const std::string& directory);
 
   /// The classes of the set in memory in their order.
