@@ -24,6 +24,9 @@ struct Plan {
   /// Each workload once, at its smallest size, to see that it still works.
   bool smoke = false;
 
+  /// Also sizes that take long to prepare.
+  bool large = false;
+
   std::vector<int> sizes(const std::vector<int>& all) const {
     return smoke ? std::vector<int>{all.front()} : all;
   }
@@ -59,6 +62,7 @@ void addGalleries(const Plan& plan);
 void addGenerations(const Plan& plan);
 void addImageSets(const Plan& plan);
 void addSaves(const Plan& plan);
+void addLabels(const Plan& plan);
 void addAssists(const Plan& plan);
 void addHashes(const Plan& plan);
 

@@ -1,5 +1,5 @@
 // Each workload of the library beside its twin, see Compare.h, and the quality of fits. With
-// --smoke each runs just once.
+// --smoke each runs just once; with --large some run at larger sizes too.
 
 #include <algorithm>
 #include <exception>
@@ -19,8 +19,8 @@ class NoBuffer : public std::streambuf {
   int overflow(int character) override { return traits_type::not_eof(character); }
 };
 
-bool takeSmokeFlag(int& count, char** arguments) {
-  const auto isFlag = [](std::string_view argument) { return argument == "--smoke"; };
+bool takeFlag(int& count, char** arguments, std::string_view flag) {
+  const auto isFlag = [flag](std::string_view argument) { return argument == flag; };
   char** const end = std::remove_if(arguments, arguments + count, isFlag);
   const bool found = end != arguments + count;
   count = static_cast<int>(end - arguments);
@@ -36,13 +36,16 @@ bool isChosen(const std::string& name) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  const Plan plan{takeSmokeFlag(count, arguments)};
+  Plan plan;
+  plan.smoke = takeFlag(count, arguments, "--smoke");
+  plan.large = takeFlag(count, arguments, "--large");
   benchmark::Initialize(&count, arguments);
   if (benchmark::ReportUnrecognizedArguments(count, arguments)) return 1;
   addRenders(plan);
   addGenerations(plan);
   addImageSets(plan);
   addSaves(plan);
+  addLabels(plan);
   addAssists(plan);
   addHashes(plan);
   addGalleries(plan);

@@ -11,11 +11,13 @@
 #include "GalleryCommand.h"
 #include "GenerateCommand.h"
 #include "ImportCommand.h"
+#include "LabelsCommand.h"
 #include "MagnifyCommand.h"
 #include "MarkCommand.h"
 #include "Numbers.h"
 #include "ProjectCommands.h"
 #include "RenderCommand.h"
+#include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 #include "UserCommand.h"
 #include "VerifyCommand.h"
 #include "ViewCommand.h"
@@ -76,6 +78,7 @@ struct Request {
   VerifyOptions verify;
   WeightsOptions weights;
   UserOptions user;
+  LabelsOptions labels;
   std::string configFile;
   std::function<void(Output&)> run;
 };
@@ -398,6 +401,65 @@ void addVerify(CLI::App& app, Request& request) {
       [&request] { request.run = [&](Output& output) { runVerify(request.verify, output); }; });
 }
 
+std::string formatsHelp() {
+  return "format of the labels: " + joined(WTNVToolLabelExchange::wGetAvailableFormats());
+}
+
+void addLabelsImport(CLI::App& labels, Request& request) {
+  auto& options = request.labels;
+  auto* command = addCommand(labels, "import",
+                             "Adds classes, pictures and marks from labels that were made "
+                             "elsewhere. What is there already is passed over.",
+                             "labels import parts day1 ~/labelled/ --names ~/labelled/obj.names");
+  addProjectArgument(*command, options.project);
+  command->add_option("SET", options.set, "name of the image set")->required();
+  command->add_option("PATH", options.path, "directory or file of the labels")->required();
+  command->add_option("--format", options.format, formatsHelp() + " (default: as it looks)");
+  command->add_option("--names", options.names, "file with the names of the classes");
+  command->add_option("--pictures", options.pictures, "where the pictures lie, if elsewhere");
+  command->add_option("--base", options.base, "number of the first pixel in VOC")
+      ->check(CLI::IsMember({0, 1}))
+      ->capture_default_str();
+  command->add_flag("--clip", options.clip,
+                    "cut labels at the edges of the picture instead of rejecting them");
+  command->add_option("--rejections", options.rejections, "file to list all rejected labels in");
+  command->callback([&request] {
+    request.run = [&](Output& output) {
+      runLabelsImport(request.locations, request.labels, output);
+    };
+  });
+}
+
+void addLabelsExport(CLI::App& labels, Request& request) {
+  auto& options = request.labels;
+  auto* command = addCommand(labels, "export",
+                             "Writes all marks as labels for other programs. An earlier export "
+                             "there is replaced.",
+                             "labels export parts ~/for-others/ --format Darknet --copy");
+  addProjectArgument(*command, options.project);
+  command->add_option("DIRECTORY", options.path, "new or empty, or an earlier export")->required();
+  command->add_option("--format", options.format, formatsHelp())->required();
+  command->add_flag("--copy", options.copy, "copy the pictures beside the labels");
+  command->add_option("--workflow", options.workflow, "only pictures in this workflow");
+  command->add_option("--base", options.base, "number of the first pixel in VOC")
+      ->check(CLI::IsMember({0, 1}))
+      ->capture_default_str();
+  command->add_option("--rejections", options.rejections, "file to list all marks left out in");
+  command->callback([&request] {
+    request.run = [&](Output& output) {
+      runLabelsExport(request.locations, request.labels, output);
+    };
+  });
+}
+
+void addLabels(CLI::App& app, Request& request) {
+  auto* command = addCommand(app, "labels", "Labels of other programs, in and out.",
+                             "labels import parts day1 ~/labelled/");
+  command->require_subcommand(1);
+  addLabelsImport(*command, request);
+  addLabelsExport(*command, request);
+}
+
 using WeightsRun = void (*)(const WeightsOptions&, Output&);
 
 CLI::App* addWeightsCommand(CLI::App& weights, Request& request, const std::string& name,
@@ -521,6 +583,7 @@ void addCommands(CLI::App& app, Request& request) {
   addView(app, request);
   addVerify(app, request);
   addWeights(app, request);
+  addLabels(app, request);
   addUser(app, request);
   addConfig(app, request);
   addDemo(app, request);

@@ -91,8 +91,8 @@ void writeTicks(std::ostream& page, Octaves range) {
          << plotHeight + labelHeight - 3 << "\">" << tickText(exponent) << "</text>\n";
 }
 
-void writePlot(std::ostream& page, const std::string& caption, const std::vector<double>& values, Octaves least,
-               Octaves most) {
+void writePlot(std::ostream& page, const std::string& caption, const std::vector<double>& values,
+               Octaves least, Octaves most) {
   const auto range = octavesAround(values, least, most);
   page << "<figure><svg viewBox=\"0 0 " << plotWidth << ' ' << plotHeight + labelHeight
        << "\" role=\"img\" aria-label=\"" << caption << "\">\n";

@@ -35,7 +35,11 @@ void readSet(const WTNVProject& project, const std::string& set) {
 
 ImportResult importPictures(WTNVProject& project, const std::string& set,
                             const std::string& directory, bool recursive) {
-  const auto pictures = sortedPictures(project, directory, recursive);
+  return addPictures(project, set, sortedPictures(project, directory, recursive));
+}
+
+ImportResult addPictures(WTNVProject& project, const std::string& set,
+                         const std::vector<std::string>& pictures) {
   readSet(project, set);
   const std::vector<bool> use(pictures.size(), true);
   const auto added =

@@ -22,3 +22,7 @@ struct ImportResult {
 /// The same in memory only.
 ImportResult importPictures(WTNVProject& project, const std::string& set,
                             const std::string& directory, bool recursive);
+
+/// The same with pictures that were found already, at least one, by their absolute paths.
+ImportResult addPictures(WTNVProject& project, const std::string& set,
+                         const std::vector<std::string>& pictures);

@@ -139,6 +139,5 @@ std::string joined(const std::vector<std::string>& texts) {
 }
 
 std::string counted(std::size_t count, const std::string& noun, const std::string& plural) {
-  return std::to_string(count) + " " +
-         (count == 1 ? noun : plural.empty() ? noun + "s" : plural);
+  return std::to_string(count) + " " + (count == 1 ? noun : plural.empty() ? noun + "s" : plural);
 }

@@ -90,8 +90,8 @@ class Output {
   Json::Value facts{Json::objectValue};
 };
 
-/// Writes the rows with their columns aligned, two blanks apart. Cells that are numbers stand to the
-/// right.
+/// Writes the rows with their columns aligned, two blanks apart. Cells that are numbers stand to
+/// the right.
 void writeTable(std::ostream& stream, const std::vector<TableRow>& rows);
 
 /// The texts with ", " between them.

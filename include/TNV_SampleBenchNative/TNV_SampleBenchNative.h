@@ -18,6 +18,7 @@
 #include "TNV_SampleBenchNative/WTNVMark.h"
 #include "TNV_SampleBenchNative/WTNVProject.h"
 #include "TNV_SampleBenchNative/WTNVToolDarknetViewer.h"
+#include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 #include "TNV_SampleBenchNative/WTNVTrainSet.h"
 #include "TNV_SampleBenchNative/WTNVUser.h"
 #include "TNV_SampleBenchNative/WTNVWorkflow.h"

@@ -5,6 +5,7 @@
 
 #include "TNV_SampleBenchNative/Export.h"
 #include "TNV_SampleBenchNative/WTNVMark.h"
+#include "TNV_SampleBenchNative/WTNVWorkflow.h"
 
 class TNVTrainSet;
 
@@ -33,6 +34,10 @@ class TNV_SAMPLEBENCH_API WTNVTrainSet {
   /// Handles on all marks, in drawing order, without making the train set the current one of a main
   /// process. The train set owns the marks. Empty as long as the train set's data were not read.
   std::vector<WTNVMark> wGetMarks() const;
+
+  /// The workflow that the train set is in, without making it the current one of a main process:
+  /// one of `workflows`, or a null handle. Also a null handle as long as the data were not read.
+  WTNVWorkflow wGetWorkflow(const std::vector<WTNVWorkflow>& workflows) const;
 
   /// Size of the picture in pixels. The first call may have to read the picture, and waits up to
   /// five seconds for a main process to do so. 0 and 0 if the picture cannot be read.

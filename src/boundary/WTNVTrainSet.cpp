@@ -4,6 +4,7 @@
 #include "marks/TNVMark.h"
 #include "project/TNVDNNClass.h"
 #include "project/TNVTrainSet.h"
+#include "project/TNVWorkflow.h"
 
 WTNVTrainSet::WTNVTrainSet() : native(nullptr) {}
 
@@ -31,6 +32,15 @@ int WTNVTrainSet::getMarkCount() const {
 
 std::vector<WTNVMark> WTNVTrainSet::wGetMarks() const {
   return tnv::asHandles<WTNVMark>(native->markPointers());
+}
+
+WTNVWorkflow WTNVTrainSet::wGetWorkflow(const std::vector<WTNVWorkflow>& workflows) const {
+  if (!native->dataLoaded) return WTNVWorkflow();
+  for (const WTNVWorkflow& workflow : workflows) {
+    if (workflow.isValid() && workflow.getNativeWorkflow()->uniqueIdx == native->workflow)
+      return workflow;
+  }
+  return WTNVWorkflow();
 }
 
 void WTNVTrainSet::getImageSize(int& width, int& height) const {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <opencv2/core.hpp>
@@ -13,14 +15,16 @@ struct Label {
   std::size_t classPlace = 0;        ///< place of its class in the set's `classNames`
   cv::Rect2d box;                    ///< of the outline, if there is one
   std::vector<cv::Point2d> outline;  ///< corners of a polygon; empty for a box
+  std::size_t line = 0;              ///< in the label file, counted from 1; 0 if it has no lines
 };
 
 /// A label as a reader found it: its class by the set's own number, and where it stands.
 struct FoundLabel {
   long long classNumber = 0;
-  cv::Rect2d box;
-  std::vector<cv::Point2d> outline;
-  std::size_t line = 0;  ///< in the file, counted from 1; 0 if the format has no lines
+  cv::Rect2d box;                    ///< counts only without an outline
+  std::vector<cv::Point2d> outline;  ///< corners of a polygon
+  std::size_t line = 0;              ///< in the file, counted from 1; 0 if the format has no lines
+  bool isOutline = false;            ///< an outline, even one without corners
 };
 
 struct LabelledPicture {
@@ -33,13 +37,13 @@ struct LabelledPicture {
 /// A label that was not taken, and why.
 struct LabelRejection {
   std::string file;
-  std::size_t line = 0;
+  std::size_t line = 0;  ///< counted from 1; 0 if the file has no lines
   std::string reason;
 };
 
 /// Labels with their pictures, as they are read from or written to one of the known formats. Every
 /// label that was found ends as a label of a picture or as a rejection:
-/// `found() == accepted() + rejections.size()`.
+/// `found() == accepted + rejections.size()`.
 class LabelSet {
  public:
   /// Adds the label to the picture if it can be right: a known class, finite numbers, a size above
@@ -47,6 +51,7 @@ class LabelSet {
   /// is rejected with its place and reason. `clip` cuts at the edges what reaches beyond them.
   void take(LabelledPicture& picture, const FoundLabel& label, bool clip);
 
+  /// Reasons are few and the same for each label that they hold for, so that they can be counted.
   void reject(const std::string& file, std::size_t line, const std::string& reason);
 
   std::size_t found() const { return accepted + rejections.size(); }
@@ -54,13 +59,23 @@ class LabelSet {
   std::vector<std::string> classNames;
 
   /// The number that each class has in the set, in the order of `classNames`. Darknet counts from 0
-  /// without gaps, COCO as it likes.
+  /// without gaps, COCO as it likes. Both lists only grow while labels are taken.
   std::vector<long long> classNumbers;
 
   std::vector<LabelledPicture> pictures;
   std::vector<LabelRejection> rejections;
   std::size_t accepted = 0;
+  std::size_t cut = 0;  ///< how many of the accepted were cut at the edges
+
+ private:
+  std::optional<std::size_t> classPlaceOf(long long number);
+
+  std::unordered_map<long long, std::size_t> classPlaces;  ///< of the first `classesKnown` numbers
+  std::size_t classesKnown = 0;
 };
+
+/// The bounding box of points; empty at the origin without any.
+cv::Rect2d boxOf(const std::vector<cv::Point2d>& points);
 
 /// How a set is to be read.
 struct LabelReading {

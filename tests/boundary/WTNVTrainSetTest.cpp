@@ -8,6 +8,7 @@
 #include "marks/TNVMarkRect.h"
 #include "project/TNVDNNClass.h"
 #include "project/TNVTrainSet.h"
+#include "support/ProjectBuilder.h"
 #include "support/TempDirectory.h"
 
 namespace {
@@ -105,4 +106,20 @@ TEST(WTNVTrainSet, ARemovedClassTakesTheMarksAlongThatHaveNoOther) {
               testing::ElementsAre(std::vector{4}, std::vector<int>{}, std::vector{5}));
   EXPECT_TRUE(trainSet.changed);
   EXPECT_EQ(first.wGetType(), "Rect") << "a removed mark stays readable";
+}
+
+TEST(WTNVTrainSet, WorkflowIsFoundAmongThoseOfTheProject) {
+  ProjectBuilder builder;
+  builder.withPictures({"a.png"});
+  builder.project().wAddWorkflow("new", -1);
+  const auto done = builder.project().wAddWorkflow("done", -1);
+  const auto workflows = builder.project().wGetWorkflows();
+  const WTNVTrainSet trainSet = builder.project().wGetTrainSets().front();
+  EXPECT_FALSE(trainSet.wGetWorkflow(workflows).isValid());
+  trainSet.getNativeTrainSet()->workflow = 1;
+  ASSERT_TRUE(trainSet.wGetWorkflow(workflows).isValid());
+  EXPECT_EQ(trainSet.wGetWorkflow(workflows).getNativeWorkflow(), done.getNativeWorkflow());
+  EXPECT_FALSE(trainSet.wGetWorkflow({WTNVWorkflow()}).isValid());
+  trainSet.getNativeTrainSet()->dataLoaded = false;
+  EXPECT_FALSE(trainSet.wGetWorkflow(workflows).isValid());
 }

@@ -1,0 +1,185 @@
+#include "LabelsCommand.h"
+
+#include <algorithm>
+#include <fstream>
+#include <unordered_set>
+
+#include "CommandError.h"
+#include "ImportCommand.h"
+#include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
+
+namespace {
+
+// More would bury what went well; --rejections has them all.
+constexpr std::size_t mostRejectionsShown = 20;
+
+void setUp(WTNVToolLabelExchange& exchange, const LabelsOptions& options) {
+  if (!options.format.empty())
+    requireChoice("format", options.format, WTNVToolLabelExchange::wGetAvailableFormats());
+  exchange.wSetFormat(options.format);
+  exchange.wSetNames(options.names);
+  exchange.wSetPictureDirectory(options.pictures);
+  exchange.wSetBase(options.base);
+  exchange.wSetClip(options.clip);
+  exchange.wSetCopy(options.copy);
+}
+
+void writeRejections(const std::string& file, const std::vector<std::string>& rejections) {
+  std::ofstream stream(file, std::ios::binary);
+  for (const auto& rejection : rejections)
+    stream << rejection << '\n';
+  stream.close();
+  if (!stream) throw CommandError("'" + file + "' cannot be written");
+}
+
+void noteRejections(const std::vector<std::string>& rejections, Output& output) {
+  const auto shown = std::min(rejections.size(), mostRejectionsShown);
+  for (std::size_t i = 0; i < shown; ++i)
+    output.note(rejections[i]);
+  if (rejections.size() > shown)
+    output.note("and " + std::to_string(rejections.size() - shown) +
+                " more; --rejections FILE lists them all");
+}
+
+// Why labels were rejected, for both directions.
+void reportRejections(const WTNVToolLabelExchange& exchange, const LabelsOptions& options,
+                      Output& output) {
+  std::vector<TableRow> rows;
+  for (const auto& [reason, count] : exchange.wGetReasons())
+    rows.push_back({reason, count});
+  if (rows.empty()) {
+    output.fact("reasons", Json::Value(Json::arrayValue));
+  } else {
+    output.table("reasons", {"reason", "count"}, rows);
+    output.setFindings();
+  }
+  const auto rejections = exchange.wGetRejections();
+  if (!options.rejections.empty() && !output.isDryRun())
+    writeRejections(options.rejections, rejections);
+  noteRejections(rejections, output);
+}
+
+// The list of names in the settings file would not give others back.
+bool canBeKept(const std::string& className) {
+  return className.find_first_of(",={}\"\\\n\r\t") == std::string::npos;
+}
+
+// The labels of a class that is not added are rejected later on.
+std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::string>& names,
+                              Output& output) {
+  std::unordered_set<std::string> present;
+  for (const auto& dnnClass : project.wGetDNNClasses())
+    present.insert(dnnClass.wGetName());
+  std::size_t added = 0;
+  for (const auto& name : names) {
+    if (name.empty() || !present.insert(name).second) continue;
+    if (!canBeKept(name)) {
+      output.note("class '" + name + "' is not added; use a name without , = { } \" \\ or tab");
+      output.setFindings();
+    } else if (project.wAddDNNClass(name, -1, -1).isValid()) {
+      ++added;
+    }
+  }
+  return added;
+}
+
+struct ImportCounts {
+  std::size_t classes = 0;
+  std::size_t pictures = 0;
+  std::size_t marks = 0;
+};
+
+ImportCounts addAll(WTNVProject& project, const std::string& set, WTNVToolLabelExchange& exchange,
+                    Output& output) {
+  ImportCounts counts;
+  counts.classes = addMissingClasses(project, exchange.wGetClassNames(), output);
+  counts.pictures = addPictures(project, set, exchange.wGetImagePaths()).added;
+  counts.marks = static_cast<std::size_t>(
+      exchange.wAddMarks(project.wGetTrainSetsFromImageSet(set), project.wGetDNNClasses()));
+  return counts;
+}
+
+void reportImport(const ImportCounts& counts, const WTNVToolLabelExchange& exchange,
+                  Output& output) {
+  const auto classes =
+      std::to_string(counts.classes) + (counts.classes == 1 ? " class" : " classes");
+  output.say(exchange.wGetReadFormat() + ": " + classes + " and " +
+             counted(counts.pictures, "picture") + " added");
+  output.fact("format", exchange.wGetReadFormat());
+  output.fact("classesAdded", static_cast<Json::UInt64>(counts.classes));
+  output.fact("picturesAdded", static_cast<Json::UInt64>(counts.pictures));
+  output.properties("labels", {{"found", exchange.wGetFound()},
+                               {"imported", counts.marks},
+                               {"rejected", exchange.wGetRejected()},
+                               {"cut", exchange.wGetCut()}});
+}
+
+// The train sets that are to go out. Those that cannot be read are noted, and are a finding.
+std::vector<WTNVTrainSet> chosenTrainSets(const WTNVProject& project, const std::string& workflow,
+                                          Output& output) {
+  const auto workflows = project.wGetWorkflows();
+  std::vector<std::string> names;
+  for (const auto& each : workflows)
+    names.push_back(each.wGetName());
+  if (!workflow.empty()) requireChoice("workflow", workflow, names);
+  std::vector<WTNVTrainSet> chosen;
+  for (const auto& record : readPictures(project, output)) {
+    if (record.path.empty()) {
+      output.setFindings();
+      continue;
+    }
+    const auto own = record.trainSet.wGetWorkflow(workflows);
+    if (workflow.empty() || (own.isValid() && own.wGetName() == workflow))
+      chosen.push_back(record.trainSet);
+  }
+  return chosen;
+}
+
+void reportExport(const WTNVToolLabelExchange& exchange, const LabelsOptions& options,
+                  std::size_t pictures, Output& output) {
+  output.say(options.format + " labels of " + counted(pictures, "picture") +
+             (output.isDryRun() ? " would go to " : " written to ") + options.path);
+  output.fact("format", options.format);
+  output.fact("directory", options.path);
+  output.fact("pictures", static_cast<Json::UInt64>(pictures));
+  output.properties("labels", {{"found", exchange.wGetFound()},
+                               {"exported", exchange.wGetFound() - exchange.wGetRejected()},
+                               {"rejected", exchange.wGetRejected()},
+                               {"cut", exchange.wGetCut()}});
+}
+
+}  // namespace
+
+void runLabelsImport(const Locations& locations, const LabelsOptions& options, Output& output) {
+  const auto project = openProject(locations, options.project);
+  WTNVToolLabelExchange exchange;
+  setUp(exchange, options);
+  if (!exchange.wRead(options.path))
+    throw CommandError("no labels can be read from '" + options.path +
+                       "'; see the line above, and --format and --names");
+  if (exchange.wGetImagePaths().empty())
+    throw CommandError("the labels have no pictures; --pictures tells where they lie");
+  const auto counts = addAll(*project, options.set, exchange, output);
+  saveProject(*project, counts.classes + counts.pictures > 0, output);
+  reportImport(counts, exchange, output);
+  reportRejections(exchange, options, output);
+}
+
+void runLabelsExport(const Locations& locations, const LabelsOptions& options, Output& output) {
+  const auto project = openProject(locations, options.project);
+  WTNVToolLabelExchange exchange;
+  setUp(exchange, options);
+  const auto trainSets = chosenTrainSets(*project, options.workflow, output);
+  if (!exchange.wReadMarks(trainSets, project->wGetDNNClasses()))
+    throw CommandError(
+        "the classes cannot be written; their numbers must run from 0 without gaps "
+        "(samplebench class list " +
+        options.project + ")");
+  const bool done =
+      output.isDryRun() ? exchange.wCanWrite(options.path) : exchange.wWrite(options.path);
+  if (!done)
+    throw CommandError("the labels cannot be written to '" + options.path +
+                       "'; see the line above, or give a new or empty directory");
+  reportExport(exchange, options, trainSets.size(), output);
+  reportRejections(exchange, options, output);
+}

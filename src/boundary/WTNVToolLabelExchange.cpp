@@ -1,0 +1,103 @@
+#include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
+
+#include "boundary/Handles.h"
+#include "tools/TNVToolLabelExchange.h"
+
+namespace {
+
+std::vector<TNVTrainSet*> asTrainSets(const std::vector<WTNVTrainSet>& handles) {
+  std::vector<TNVTrainSet*> trainSets = tnv::asPointers(handles);
+  std::erase(trainSets, nullptr);
+  return trainSets;
+}
+
+}  // namespace
+
+WTNVToolLabelExchange::WTNVToolLabelExchange() : native(new TNVToolLabelExchange) {}
+
+WTNVToolLabelExchange::~WTNVToolLabelExchange() {
+  delete native;
+}
+
+std::vector<std::string> WTNVToolLabelExchange::wGetAvailableFormats() {
+  return TNVToolLabelExchange::getAvailableFormats();
+}
+
+bool WTNVToolLabelExchange::wSetFormat(const std::string& name) {
+  return native->setFormat(name);
+}
+
+std::string WTNVToolLabelExchange::wGetReadFormat() const {
+  return native->readFormat;
+}
+
+void WTNVToolLabelExchange::wSetNames(const std::string& file) {
+  native->reading.names = file;
+}
+
+void WTNVToolLabelExchange::wSetPictureDirectory(const std::string& directory) {
+  native->reading.pictures = directory;
+}
+
+void WTNVToolLabelExchange::wSetBase(int base) {
+  native->reading.base = base == 0 ? 0 : 1;
+  native->writing.base = native->reading.base;
+}
+
+void WTNVToolLabelExchange::wSetClip(bool clip) {
+  native->reading.clip = clip;
+}
+
+void WTNVToolLabelExchange::wSetCopy(bool copy) {
+  native->writing.copy = copy;
+}
+
+bool WTNVToolLabelExchange::wRead(const std::string& path) {
+  return native->read(path);
+}
+
+bool WTNVToolLabelExchange::wReadMarks(const std::vector<WTNVTrainSet>& trainSets,
+                                       const std::vector<WTNVDNNClass>& classes) {
+  return native->readMarks(asTrainSets(trainSets), tnv::asClasses(classes));
+}
+
+int WTNVToolLabelExchange::wAddMarks(const std::vector<WTNVTrainSet>& trainSets,
+                                     const std::vector<WTNVDNNClass>& classes) {
+  return native->addMarks(asTrainSets(trainSets), tnv::asClasses(classes));
+}
+
+bool WTNVToolLabelExchange::wCanWrite(const std::string& directory) const {
+  return native->canWrite(directory);
+}
+
+bool WTNVToolLabelExchange::wWrite(const std::string& directory) {
+  return native->write(directory);
+}
+
+std::vector<std::string> WTNVToolLabelExchange::wGetClassNames() const {
+  return native->set.classNames;
+}
+
+std::vector<std::string> WTNVToolLabelExchange::wGetImagePaths() const {
+  return native->getImagePaths();
+}
+
+int WTNVToolLabelExchange::wGetFound() const {
+  return static_cast<int>(native->getFound());
+}
+
+int WTNVToolLabelExchange::wGetRejected() const {
+  return static_cast<int>(native->getRejected());
+}
+
+int WTNVToolLabelExchange::wGetCut() const {
+  return static_cast<int>(native->set.cut);
+}
+
+std::map<std::string, int> WTNVToolLabelExchange::wGetReasons() const {
+  return native->getReasons();
+}
+
+std::vector<std::string> WTNVToolLabelExchange::wGetRejections() const {
+  return native->getRejections();
+}

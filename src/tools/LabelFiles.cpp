@@ -1,0 +1,132 @@
+#include "tools/LabelFiles.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <unordered_set>
+
+#include "foundation/Files.h"
+#include "foundation/Log.h"
+
+namespace tnv {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kBlanks = " \t\r\f\v";
+
+std::string lowerCase(std::string text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
+
+bool climbs(const fs::path& path) {
+  return std::any_of(path.begin(), path.end(), [](const fs::path& part) { return part == ".."; });
+}
+
+bool copyFile(const std::string& from, const std::string& to) {
+  std::error_code error;
+  // A picture that lies where it is to be copied to is there already.
+  if (fs::equivalent(from, to, error)) return true;
+  return fs::copy_file(from, to, fs::copy_options::overwrite_existing, error);
+}
+
+void logFailure(std::string_view who, const std::string& what, const std::string& path) {
+  logLine(std::string(who) + ": Could not " + what + " '" + path + "'!");
+}
+
+}  // namespace
+
+const std::vector<std::string> kPictureTypes{"jpg", "jpeg", "png"};
+
+std::string absolutePicturePath(const std::string& path) {
+  std::error_code error;
+  const fs::path absolute = fs::absolute(path, error);
+  return withForwardSlashes(error ? path : absolute.lexically_normal().string());
+}
+
+std::string asDirectory(const std::string& path) {
+  if (path.empty() || path.ends_with('/')) return path;
+  return path + "/";
+}
+
+std::string_view withoutByteOrderMark(std::string_view text) {
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  return text;
+}
+
+std::string_view trimmed(std::string_view text) {
+  const auto begin = text.find_first_not_of(kBlanks);
+  if (begin == text.npos) return {};
+  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+std::optional<std::string> pathBelow(const std::string& directory, const std::string& name) {
+  const fs::path path(withForwardSlashes(name));
+  if (path.filename().empty() || path.is_absolute() || climbs(path)) return std::nullopt;
+  if (name.find('\0') != name.npos) return std::nullopt;
+  return absolutePicturePath((fs::path(directory) / path).string());
+}
+
+std::optional<std::vector<std::string>> readNames(const std::string& file) {
+  const auto content = readFile(file);
+  if (!content) return std::nullopt;
+  std::vector<std::string> names;
+  for (const std::string_view line : splitLines(withoutByteOrderMark(*content)))
+    names.emplace_back(trimmed(line));
+  while (!names.empty() && names.back().empty())
+    names.pop_back();
+  if (names.empty()) return std::nullopt;
+  return names;
+}
+
+std::vector<std::string> outputNames(const LabelSet& set) {
+  std::vector<std::string> names;
+  std::unordered_set<std::string> taken;
+  std::unordered_map<std::string, std::size_t> lastNumber;
+  for (const LabelledPicture& picture : set.pictures) {
+    const std::string stem = fs::path(picture.path).stem().string();
+    std::string name = stem;
+    // Counting goes on where it stopped for the same name, so that many of it cost no more.
+    std::size_t& number = lastNumber.try_emplace(lowerCase(stem), 1).first->second;
+    while (!taken.insert(lowerCase(name)).second)
+      name = stem + "_" + std::to_string(++number);
+    names.push_back(std::move(name));
+  }
+  return names;
+}
+
+std::string pictureExtension(const std::string& path) {
+  return fs::path(path).extension().string();
+}
+
+bool makeDirectory(const std::string& directory, std::string_view who) {
+  std::error_code error;
+  fs::create_directories(directory, error);
+  if (fs::is_directory(directory, error)) return true;
+  logFailure(who, "make", directory);
+  return false;
+}
+
+bool writeWhole(const std::string& file, std::string_view text, std::string_view who) {
+  if (replaceFile(file, text)) return true;
+  logFailure(who, "write", file);
+  return false;
+}
+
+bool copyPictures(const LabelSet& set, const std::vector<std::string>& names,
+                  const std::string& directory, std::string_view who) {
+  bool copied = true;
+  for (std::size_t i = 0; i < set.pictures.size(); ++i) {
+    const std::string& from = set.pictures[i].path;
+    if (copyFile(from, directory + names[i] + pictureExtension(from))) continue;
+    logFailure(who, "copy", from);
+    copied = false;
+  }
+  return copied;
+}
+
+}  // namespace tnv

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/LabelSet.h"
+
+/// What the formats of labels share about files.
+namespace tnv {
+
+/// The extensions of pictures, in the order in which they are looked for.
+extern const std::vector<std::string> kPictureTypes;
+
+/// The path from the root, without detours and with forward slashes.
+std::string absolutePicturePath(const std::string& path);
+
+/// The directory with a slash at its end; empty for an empty one.
+std::string asDirectory(const std::string& path);
+
+/// The text without the byte order mark that some editors put before UTF-8.
+std::string_view withoutByteOrderMark(std::string_view text);
+
+/// The text without blanks, tabs and carriage returns at both ends.
+std::string_view trimmed(std::string_view text);
+
+/// Where a picture named in a file lies. The name may have directories below `directory` before it;
+/// nothing for a name that is empty, absolute or climbs out.
+std::optional<std::string> pathBelow(const std::string& directory, const std::string& name);
+
+/// Reads a file of class names, one a line: what stands on it without the blanks at both ends.
+/// Empty lines keep their number but at the end. Nothing if it cannot be read or names none.
+std::optional<std::vector<std::string>> readNames(const std::string& file);
+
+/// A file name for each picture of the set, without extension: its own, or with a number behind it
+/// if another picture, whatever its directory or extension, has it already. Names that differ in
+/// case only count as the same, since on some file systems they are.
+std::vector<std::string> outputNames(const LabelSet& set);
+
+/// The extension of a picture with its dot, or nothing.
+std::string pictureExtension(const std::string& path);
+
+/// Makes the directory with its parents. False, with a log line that starts with `who`.
+bool makeDirectory(const std::string& directory, std::string_view who);
+
+/// Puts the text in the place of the file. False, with a log line that starts with `who`.
+bool writeWhole(const std::string& file, std::string_view text, std::string_view who);
+
+/// Copies the picture of each entry to `directory` under its output name and its own extension,
+/// over what an earlier export left. False, with a log line for each that failed.
+bool copyPictures(const LabelSet& set, const std::vector<std::string>& names,
+                  const std::string& directory, std::string_view who);
+
+}  // namespace tnv

@@ -1,0 +1,324 @@
+#include "tools/LabelNames.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <map>
+#include <string_view>
+
+#include "foundation/Files.h"
+#include "tools/LabelFiles.h"
+
+namespace tnv {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kYamlSources[] = {"train", "val", "test"};
+constexpr std::string_view kDarknetSources[] = {"train", "valid"};
+
+bool hasExtension(const std::string& file, std::initializer_list<std::string_view> extensions) {
+  const std::string extension = fs::path(file).extension().string();
+  return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
+}
+
+NumberedNames numberedFromZero(std::vector<std::string> names) {
+  NumberedNames classes{std::move(names), {}};
+  for (std::size_t i = 0; i < classes.names.size(); ++i)
+    classes.numbers.push_back(static_cast<long long>(i));
+  return classes;
+}
+
+/// Reads the values of the few forms that class names have in YAML.
+class YamlText {
+ public:
+  explicit YamlText(std::string_view value) : rest(value) {}
+
+  bool atEnd() {
+    skipBlanks();
+    return rest.empty();
+  }
+
+  bool accept(char c) {
+    skipBlanks();
+    if (!rest.starts_with(c)) return false;
+    rest.remove_prefix(1);
+    return true;
+  }
+
+  /// A text with or without quotes. Without, it ends before one of `ends` or a comment.
+  std::string scalar(std::string_view ends) {
+    if (accept('\'')) return singleQuoted();
+    if (accept('"')) return doubleQuoted();
+    std::size_t size = 0;
+    while (size < rest.size() && ends.find(rest[size]) == ends.npos && !isComment(size))
+      ++size;
+    const std::string text(trimmed(rest.substr(0, size)));
+    rest.remove_prefix(size);
+    return text;
+  }
+
+ private:
+  /// White space and comments, which bring a list in brackets from line to line.
+  void skipBlanks() {
+    for (std::size_t i = 0; i < rest.size();) {
+      if (rest[i] == '#') {
+        i = std::min(rest.find('\n', i), rest.size());
+      } else if (std::string_view(" \t\r\n").find(rest[i]) != std::string_view::npos) {
+        ++i;
+      } else {
+        rest.remove_prefix(i);
+        return;
+      }
+    }
+    rest = {};
+  }
+
+  bool isComment(std::size_t place) const {
+    return rest[place] == '#' && (place == 0 || rest[place - 1] == ' ' || rest[place - 1] == '\t');
+  }
+
+  std::string singleQuoted() {
+    std::string text;
+    while (!rest.empty()) {
+      const bool isQuote = rest.front() == '\'';
+      if (isQuote && !rest.starts_with("''")) break;
+      text += rest.front();
+      rest.remove_prefix(isQuote ? 2 : 1);
+    }
+    rest.remove_prefix(std::min<std::size_t>(1, rest.size()));
+    return text;
+  }
+
+  /// A backslash stands for the character behind it; names have no use for the other escapes.
+  std::string doubleQuoted() {
+    std::string text;
+    while (!rest.empty() && rest.front() != '"') {
+      if (rest.front() == '\\' && rest.size() > 1) rest.remove_prefix(1);
+      text += rest.front();
+      rest.remove_prefix(1);
+    }
+    rest.remove_prefix(std::min<std::size_t>(1, rest.size()));
+    return text;
+  }
+
+  std::string_view rest;
+};
+
+/// Names by number: of several with one number the first stays.
+class NameMap {
+ public:
+  void append(std::string name) { add(next, std::move(name)); }
+
+  /// False if the key is no number.
+  bool add(std::string_view key, std::string name) {
+    long long number = 0;
+    const auto result = std::from_chars(key.data(), key.data() + key.size(), number);
+    if (key.empty() || result.ec != std::errc() || result.ptr != key.data() + key.size())
+      return false;
+    add(number, std::move(name));
+    return true;
+  }
+
+  NumberedNames classes() const {
+    NumberedNames result;
+    for (const auto& [number, name] : byNumber) {
+      result.numbers.push_back(number);
+      result.names.push_back(name);
+    }
+    return result;
+  }
+
+ private:
+  void add(long long number, std::string name) {
+    byNumber.try_emplace(number, std::move(name));
+    ++next;
+  }
+
+  std::map<long long, std::string> byNumber;
+  long long next = 0;
+};
+
+void readInlineList(YamlText& text, NameMap& names) {
+  while (!text.atEnd() && !text.accept(']')) {
+    names.append(text.scalar(",]\n"));
+    if (!text.accept(',') && !text.accept(']')) return;
+  }
+}
+
+void readInlineMap(YamlText& text, NameMap& names) {
+  while (!text.atEnd() && !text.accept('}')) {
+    const std::string key = text.scalar(":,}\n");
+    if (!text.accept(':') || !names.add(key, text.scalar(",}\n"))) return;
+    if (!text.accept(',') && !text.accept('}')) return;
+  }
+}
+
+bool isBlankOrComment(std::string_view line) {
+  const std::string_view content = trimmed(line);
+  return content.empty() || content.front() == '#';
+}
+
+/// Reads one line of a list or a map that stands below its key. False for a line of another kind.
+bool readBlockLine(std::string_view line, NameMap& names) {
+  YamlText text(line);
+  if (text.accept('-')) {
+    names.append(text.scalar("\n"));
+    return true;
+  }
+  const std::string key = text.scalar(":\n");
+  return text.accept(':') && names.add(key, text.scalar("\n"));
+}
+
+void readBlock(std::string_view text, NameMap& names) {
+  for (const std::string_view line : splitLines(text)) {
+    if (isBlankOrComment(line)) continue;
+    const bool isInside = line.front() == ' ' || line.front() == '\t' || line.front() == '-';
+    if (!isInside || !readBlockLine(line, names)) return;
+  }
+}
+
+/// What stands behind a key at the start of a line, from there to the end of the text.
+std::optional<std::string_view> valueOf(std::string_view text, std::string_view key) {
+  for (const std::string_view line : splitLines(text)) {
+    if (!line.starts_with(key)) continue;
+    const std::size_t colon = line.find_first_not_of(" \t", key.size());
+    if (colon == line.npos || line[colon] != ':') continue;
+    const auto begin = static_cast<std::size_t>(line.data() - text.data()) + colon + 1;
+    return text.substr(begin);
+  }
+  return std::nullopt;
+}
+
+NumberedNames parseYamlNames(std::string_view value) {
+  NameMap names;
+  const std::size_t lineEnd = std::min(value.find('\n'), value.size());
+  if (isBlankOrComment(value.substr(0, lineEnd))) {
+    YamlText below(value);
+    // A list in brackets may begin on the line below its key.
+    if (!below.accept('[') && !below.accept('{')) {
+      readBlock(value.substr(lineEnd), names);
+      return names.classes();
+    }
+  }
+  YamlText text(value);
+  if (text.accept('[')) {
+    readInlineList(text, names);
+  } else if (text.accept('{')) {
+    readInlineMap(text, names);
+  }
+  return names.classes();
+}
+
+std::string yamlScalar(std::string_view text, std::string_view key) {
+  const auto value = valueOf(text, key);
+  if (!value) return {};
+  return YamlText(value->substr(0, value->find('\n'))).scalar("\n");
+}
+
+/// One `key = value` a line.
+std::string dataValue(std::string_view text, std::string_view key) {
+  for (const std::string_view line : splitLines(text)) {
+    const std::size_t sign = line.find('=');
+    if (sign != line.npos && trimmed(line.substr(0, sign)) == key)
+      return std::string(trimmed(line.substr(sign + 1)));
+  }
+  return {};
+}
+
+/// Darknet takes paths from where it is started, which is often one directory up; people move the
+/// files together with their data file.
+std::string besideOrAsWritten(const std::string& path, const fs::path& directory) {
+  const fs::path places[] = {directory / path, directory.parent_path() / path, path,
+                             directory / fs::path(path).filename()};
+  for (const fs::path& place : places) {
+    std::error_code error;
+    if (fs::exists(place, error)) return place.string();
+  }
+  return (directory / path).string();
+}
+
+std::optional<LabelDescription> parseDarknetData(const std::string& text,
+                                                 const fs::path& directory) {
+  const std::string file = dataValue(text, "names");
+  if (file.empty()) return std::nullopt;
+  auto names = readNames(besideOrAsWritten(file, directory));
+  if (!names) return std::nullopt;
+  LabelDescription description{numberedFromZero(std::move(*names)), {}};
+  for (const std::string_view key : kDarknetSources) {
+    if (const std::string source = dataValue(text, key); !source.empty())
+      description.sources.push_back(besideOrAsWritten(source, directory));
+  }
+  return description;
+}
+
+/// Sets that were packed for others have a `../` too many before their directories.
+std::string withoutStepUp(std::string path) {
+  return path.starts_with("../") ? path.substr(3) : path;
+}
+
+void resolveYamlSources(LabelDescription& description, const fs::path& directory) {
+  for (std::string& source : description.sources) {
+    std::error_code error;
+    const fs::path asWritten = directory / source;
+    source =
+        (fs::exists(asWritten, error) ? asWritten : directory / withoutStepUp(source)).string();
+  }
+}
+
+std::string singleQuoted(std::string_view name) {
+  std::string text = "'";
+  for (const char c : name)
+    text += c == '\'' ? std::string("''") : std::string(1, c);
+  return text + "'";
+}
+
+}  // namespace
+
+bool isYaml(const std::string& file) {
+  return hasExtension(file, {".yaml", ".yml"});
+}
+
+bool isDarknetData(const std::string& file) {
+  return hasExtension(file, {".data"});
+}
+
+LabelDescription parseYaml(const std::string& text) {
+  const std::string_view content = withoutByteOrderMark(text);
+  LabelDescription description;
+  if (const auto names = valueOf(content, "names")) description.classes = parseYamlNames(*names);
+  const fs::path root = yamlScalar(content, "path");
+  for (const std::string_view key : kYamlSources) {
+    if (const std::string source = yamlScalar(content, key); !source.empty())
+      description.sources.push_back((root / source).string());
+  }
+  return description;
+}
+
+std::optional<LabelDescription> readDescription(const std::string& file) {
+  const bool hasKeys = isYaml(file) || isDarknetData(file);
+  if (!hasKeys) {
+    auto names = readNames(file);
+    if (!names) return std::nullopt;
+    return LabelDescription{numberedFromZero(std::move(*names)), {}};
+  }
+  const auto content = readFile(file);
+  if (!content) return std::nullopt;
+  const fs::path directory = fs::path(absolutePicturePath(file)).parent_path();
+  if (isDarknetData(file))
+    return parseDarknetData(std::string(withoutByteOrderMark(*content)), directory);
+  LabelDescription description = parseYaml(*content);
+  if (description.classes.names.empty()) return std::nullopt;
+  resolveYamlSources(description, directory);
+  return description;
+}
+
+std::string yamlText(const std::vector<std::string>& names, const std::string& pictures) {
+  std::string text = "train: " + pictures + "\nval: " + pictures + "\nnames:\n";
+  for (std::size_t i = 0; i < names.size(); ++i)
+    text += "  " + std::to_string(i) + ": " + singleQuoted(names[i]) + "\n";
+  return text;
+}
+
+}  // namespace tnv

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tnv {
+
+/// Classes with the number of each, in the order of the numbers.
+struct NumberedNames {
+  std::vector<std::string> names;
+  std::vector<long long> numbers;
+};
+
+/// What a file that describes a set of Darknet labels tells.
+struct LabelDescription {
+  NumberedNames classes;
+  std::vector<std::string> sources;  ///< directories and lists of pictures, as they are written
+};
+
+/// Whether the file is a `data.yaml`, or a Darknet data file, by its extension.
+bool isYaml(const std::string& file);
+bool isDarknetData(const std::string& file);
+
+/// Reads what a `data.yaml` says under `names`, `path`, `train`, `val` and `test`. The names may be
+/// a list or a map of numbers, in brackets or on lines of their own; all else is passed over.
+LabelDescription parseYaml(const std::string& text);
+
+/// Reads class names from a file of names, one a line, a Darknet data file, which names such a
+/// file, or a `data.yaml`. Nothing if there are none to be found.
+std::optional<LabelDescription> readDescription(const std::string& file);
+
+/// The text of a `data.yaml` for these classes; `pictures` is its `train` and `val`.
+std::string yamlText(const std::vector<std::string>& names, const std::string& pictures);
+
+}  // namespace tnv

@@ -1,0 +1,143 @@
+#include "tools/LabelSet.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tnv {
+
+namespace {
+
+using Outline = std::vector<cv::Point2d>;
+
+/// How far, relative to the picture, a label may reach beyond the edges and be taken as it is: what
+/// the rounding to six digits of centre and size adds up to, with room to spare.
+constexpr double kBeyondTolerance = 1e-5;
+
+constexpr std::size_t kFewestCorners = 3;
+
+bool isFinite(cv::Point2d point) {
+  return std::isfinite(point.x) && std::isfinite(point.y);
+}
+
+bool isFinite(const cv::Rect2d& box) {
+  return isFinite(box.tl()) && std::isfinite(box.width) && std::isfinite(box.height);
+}
+
+bool hasArea(const cv::Rect2d& box) {
+  return box.width > 0.0 && box.height > 0.0;
+}
+
+bool liesWithin(const cv::Rect2d& box) {
+  return box.x >= -kBeyondTolerance && box.y >= -kBeyondTolerance &&
+         box.x + box.width <= 1.0 + kBeyondTolerance &&
+         box.y + box.height <= 1.0 + kBeyondTolerance;
+}
+
+cv::Rect2d clipped(const cv::Rect2d& box) {
+  const cv::Point2d begin(std::max(box.x, 0.0), std::max(box.y, 0.0));
+  const cv::Point2d end(std::min(box.x + box.width, 1.0), std::min(box.y + box.height, 1.0));
+  return {begin.x, begin.y, end.x - begin.x, end.y - begin.y};
+}
+
+/// One edge of the picture: points whose `coordinate` times `side` is below `limit` times `side`
+/// lie beyond it.
+struct Edge {
+  double cv::Point2d::*coordinate;
+  double limit;
+  double side;
+
+  bool holds(cv::Point2d point) const { return (point.*coordinate - limit) * side >= 0.0; }
+
+  /// Where the line between two points, one of which lies beyond, crosses the edge.
+  cv::Point2d crossing(cv::Point2d a, cv::Point2d b) const {
+    const double part = (limit - a.*coordinate) / (b.*coordinate - a.*coordinate);
+    cv::Point2d point = a + (b - a) * part;
+    point.*coordinate = limit;
+    return point;
+  }
+};
+
+constexpr Edge kEdges[] = {{&cv::Point2d::x, 0.0, 1.0},
+                           {&cv::Point2d::x, 1.0, -1.0},
+                           {&cv::Point2d::y, 0.0, 1.0},
+                           {&cv::Point2d::y, 1.0, -1.0}};
+
+Outline clippedAt(const Edge& edge, const Outline& outline) {
+  Outline kept;
+  for (std::size_t i = 0; i < outline.size(); ++i) {
+    const cv::Point2d from = outline[i];
+    const cv::Point2d to = outline[(i + 1) % outline.size()];
+    if (edge.holds(from)) kept.push_back(from);
+    if (edge.holds(from) != edge.holds(to)) kept.push_back(edge.crossing(from, to));
+  }
+  return kept;
+}
+
+/// Edge after edge. Parts of a concave outline stay joined along the edges that they were cut at.
+Outline clipped(Outline outline) {
+  for (const Edge& edge : kEdges)
+    outline = clippedAt(edge, outline);
+  return outline;
+}
+
+/// Why a label of a known class cannot be taken; empty if it can.
+std::string reasonAgainst(const Label& label, bool isOutline) {
+  if (isOutline && label.outline.size() < kFewestCorners) return "outline of fewer than 3 corners";
+  if (!std::all_of(label.outline.begin(), label.outline.end(),
+                   [](cv::Point2d corner) { return isFinite(corner); }) ||
+      !isFinite(label.box)) {
+    return "not a finite number";
+  }
+  if (!hasArea(label.box)) return "no width or no height";
+  return {};
+}
+
+}  // namespace
+
+cv::Rect2d boxOf(const std::vector<cv::Point2d>& points) {
+  if (points.empty()) return {};
+  cv::Point2d least = points.front();
+  cv::Point2d most = points.front();
+  for (const cv::Point2d& point : points) {
+    least = {std::min(least.x, point.x), std::min(least.y, point.y)};
+    most = {std::max(most.x, point.x), std::max(most.y, point.y)};
+  }
+  return {least.x, least.y, most.x - least.x, most.y - least.y};
+}
+
+void LabelSet::take(LabelledPicture& picture, const FoundLabel& found, bool clip) {
+  const auto rejectFor = [&](const std::string& reason) {
+    reject(picture.labelFile, found.line, reason);
+  };
+  const auto classPlace = classPlaceOf(found.classNumber);
+  if (!classPlace) return rejectFor("unknown class");
+  if (classNames[*classPlace].empty()) return rejectFor("class without a name");
+  const bool isOutline = found.isOutline || !found.outline.empty();
+  Label label{*classPlace, isOutline ? boxOf(found.outline) : found.box, found.outline, found.line};
+  if (const std::string reason = reasonAgainst(label, isOutline); !reason.empty()) {
+    return rejectFor(reason);
+  }
+  if (!liesWithin(label.box)) {
+    if (!clip) return rejectFor("reaches beyond the picture");
+    label.outline = clipped(std::move(label.outline));
+    label.box = isOutline ? boxOf(label.outline) : clipped(label.box);
+    if (!hasArea(label.box)) return rejectFor("lies outside the picture");
+    ++cut;
+  }
+  picture.labels.push_back(std::move(label));
+  ++accepted;
+}
+
+void LabelSet::reject(const std::string& file, std::size_t line, const std::string& reason) {
+  rejections.push_back({file, line, reason});
+}
+
+std::optional<std::size_t> LabelSet::classPlaceOf(long long number) {
+  for (; classesKnown < classNumbers.size() && classesKnown < classNames.size(); ++classesKnown)
+    classPlaces.try_emplace(classNumbers[classesKnown], classesKnown);
+  const auto place = classPlaces.find(number);
+  if (place == classPlaces.end()) return std::nullopt;
+  return place->second;
+}
+
+}  // namespace tnv

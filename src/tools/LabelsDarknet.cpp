@@ -1,0 +1,525 @@
+#include "tools/LabelsDarknet.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+#include <string_view>
+#include <unordered_set>
+
+#include "foundation/Files.h"
+#include "foundation/Log.h"
+#include "foundation/TNVDirectory.h"
+#include "tools/LabelFiles.h"
+#include "tools/LabelNames.h"
+
+namespace tnv {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kReadWho = "readDarknetLabels";
+constexpr std::string_view kWriteWho = "writeDarknetLabels";
+
+/// Names of files and directories of a set.
+constexpr std::string_view kClassesFile = "classes.txt";
+constexpr std::string_view kYamlFile = "data.yaml";
+constexpr std::string_view kPictureList = "pictures.txt";
+constexpr std::string_view kLabelsDirectory = "labels/";
+constexpr std::string_view kImagesDirectory = "images/";
+
+/// Where class names are looked for in a directory, in this order, before any file that has the
+/// extension of one.
+constexpr std::string_view kNamesFiles[] = {"data.yaml", "data.yml",    "obj.data",
+                                            "obj.names", "classes.txt", "labels/classes.txt"};
+constexpr std::string_view kNamesExtensions[] = {".yaml", ".yml", ".data", ".names"};
+
+constexpr auto kNoPicture = "no picture";
+
+constexpr std::string_view kTextExtension = ".txt";
+
+/// Class, centre x, centre y, width, height.
+constexpr std::size_t kBoxFields = 5;
+
+/// Class, and x and y of three corners.
+constexpr std::size_t kFewestOutlineFields = 7;
+
+/// Numbers are rounded so far behind the point, which hides what adding and halving do to the last
+/// digit of a double and is far below any pixel.
+constexpr double kRounding = 1e12;
+
+using Fields = std::vector<std::string_view>;
+
+void splitFields(std::string_view line, Fields& fields) {
+  constexpr std::string_view blanks = " \t";
+  fields.clear();
+  for (std::size_t begin = line.find_first_not_of(blanks); begin != line.npos;) {
+    const std::size_t end = std::min(line.find_first_of(blanks, begin), line.size());
+    fields.push_back(line.substr(begin, end - begin));
+    begin = line.find_first_not_of(blanks, end);
+  }
+}
+
+template <class Number>
+bool parseWhole(std::string_view text, Number& number) {
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  return result.ec == std::errc() && result.ptr == text.data() + text.size();
+}
+
+/// Why a line is no label; nothing if it is one, which is in `label` then. `numbers` is memory to
+/// work in.
+std::string_view parseLabel(const Fields& fields, std::vector<double>& numbers, FoundLabel& label) {
+  const bool isOutline = fields.size() >= kFewestOutlineFields && fields.size() % 2 == 1;
+  if (fields.size() != kBoxFields && !isOutline) return "neither a box nor an outline";
+  if (!parseWhole(fields.front(), label.classNumber)) return "class is no whole number";
+  numbers.resize(fields.size() - 1);
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    if (!parseWhole(fields[i + 1], numbers[i])) return "not a number";
+  }
+  if (!isOutline) {
+    label.box = {numbers[0] - numbers[2] / 2, numbers[1] - numbers[3] / 2, numbers[2], numbers[3]};
+    return {};
+  }
+  label.isOutline = true;
+  for (std::size_t i = 0; i < numbers.size(); i += 2)
+    label.outline.emplace_back(numbers[i], numbers[i + 1]);
+  return {};
+}
+
+/// Calls back with each line that is not blank, and its number.
+template <class Callback>
+void forEachLine(std::string_view text, const Callback& callback) {
+  std::size_t number = 0;
+  text = withoutByteOrderMark(text);
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    ++number;
+    const std::string_view line = trimmed(text.substr(0, end));
+    if (!line.empty()) callback(line, number);
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+}
+
+void readLabels(LabelSet& set, LabelledPicture& picture, bool clip) {
+  const auto content = readFile(picture.labelFile);
+  if (!content) return set.reject(picture.labelFile, 0, "file cannot be read");
+  Fields fields;
+  std::vector<double> numbers;
+  forEachLine(*content, [&](std::string_view line, std::size_t number) {
+    FoundLabel label;
+    label.line = number;
+    splitFields(line, fields);
+    const std::string_view reason = parseLabel(fields, numbers, label);
+    if (!reason.empty()) return set.reject(picture.labelFile, number, std::string(reason));
+    set.take(picture, label, clip);
+  });
+}
+
+/// Whether any line of the text is a label, which tells label texts from lists and notes.
+bool holdsLabels(std::string_view text) {
+  bool found = false;
+  Fields fields;
+  std::vector<double> numbers;
+  forEachLine(text, [&](std::string_view line, std::size_t) {
+    FoundLabel label;
+    splitFields(line, fields);
+    found = found || parseLabel(fields, numbers, label).empty();
+  });
+  return found;
+}
+
+void rejectWithoutPicture(LabelSet& set, const std::string& file) {
+  const auto content = readFile(file);
+  if (!content) return set.reject(file, 0, "file cannot be read");
+  if (!holdsLabels(*content)) {
+    if (!trimmed(*content).empty())
+      logLine(std::string(kReadWho) + ": '" + file + "' has no picture and no labels, passed over");
+    return;
+  }
+  forEachLine(*content,
+              [&](std::string_view, std::size_t number) { set.reject(file, number, kNoPicture); });
+}
+
+/// A picture that a list has and nobody else.
+void rejectMissing(LabelSet& set, const LabelledPicture& picture) {
+  const std::size_t before = set.found();
+  if (!picture.labelFile.empty()) rejectWithoutPicture(set, picture.labelFile);
+  if (set.found() == before) set.reject(picture.path, 0, kNoPicture);
+}
+
+std::string lowerExtension(const std::string& path) {
+  std::string extension = pictureExtension(path);
+  for (char& c : extension) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return extension;
+}
+
+bool isPicture(const std::string& path) {
+  const std::string extension = lowerExtension(path);
+  return std::any_of(kPictureTypes.begin(), kPictureTypes.end(),
+                     [&](const std::string& type) { return extension == "." + type; });
+}
+
+bool isFile(const std::string& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error);
+}
+
+bool isDirectory(const std::string& path) {
+  std::error_code error;
+  return fs::is_directory(path, error);
+}
+
+/// Calls back with the files below a directory until that gives true. What cannot be looked into is
+/// left out.
+template <class Callback>
+void forEachFile(const std::string& directory, const Callback& isEnough) {
+  std::error_code error;
+  auto entry = fs::recursive_directory_iterator(
+      directory, fs::directory_options::skip_permission_denied, error);
+  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+    std::error_code kindError;
+    if (entry->is_directory(kindError)) continue;
+    if (isEnough(withForwardSlashes(entry->path().string()))) return;
+  }
+  if (error) logLine(std::string(kReadWho) + ": Could not look through '" + directory + "'!");
+}
+
+std::vector<std::string> sortedFilesBelow(const std::string& directory) {
+  std::vector<std::string> files;
+  forEachFile(directory, [&](std::string file) {
+    files.push_back(std::move(file));
+    return false;
+  });
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::string withTextExtension(const std::string& path) {
+  return fs::path(path).replace_extension(kTextExtension).string();
+}
+
+/// The path with the last directory of that name renamed; empty if there is none.
+std::string withDirectory(const std::string& path, std::string_view from, std::string_view to) {
+  const std::string whole = "/" + std::string(from) + "/";
+  const std::size_t place = path.rfind(whole);
+  if (place == path.npos) return {};
+  return path.substr(0, place) + "/" + std::string(to) + "/" + path.substr(place + whole.size());
+}
+
+/// The files of a set, before any label is read.
+class DarknetFiles {
+ public:
+  void addDirectory(const std::string& directory) {
+    for (const std::string& file : sortedFilesBelow(directory)) {
+      if (isPicture(file)) addPicture(file, {});
+      if (lowerExtension(file) == kTextExtension) addText(file);
+    }
+  }
+
+  /// Pictures that a text lists one a line; relative ones count from the text's directory.
+  void addList(const std::string& list) {
+    const fs::path directory = fs::path(list).parent_path();
+    notLabels.insert(list);
+    for (const std::string& line : linesOf(list))
+      addPicture(absolutePicturePath((directory / line).string()), {});
+  }
+
+  /// The list that an export wrote, whose label texts lie in a directory of their own.
+  void addExport(const std::string& root) {
+    const std::string list = root + std::string(kPictureList);
+    LabelSet listed;
+    for (const std::string& line : linesOf(list))
+      listed.pictures.push_back({absolutePicturePath(line), {}, {}, {}});
+    const auto names = outputNames(listed);
+    const std::string labels = root + std::string(kLabelsDirectory);
+    for (std::size_t i = 0; i < names.size(); ++i)
+      addPicture(listed.pictures[i].path, labels + names[i] + std::string(kTextExtension));
+    for (const std::string& file : sortedFilesBelow(labels))
+      addText(file);
+  }
+
+  void addPicture(const std::string& path, const std::string& text) {
+    if (known.insert(path).second) pictures.push_back({path, text, {}, {}});
+  }
+
+  /// Texts of labels lie below `labels`, for pictures at the same place below `pictureDirectory`.
+  void pairByPlace(const std::string& labels, const std::string& pictureDirectory) {
+    for (LabelledPicture& picture : pictures) {
+      if (!picture.path.starts_with(pictureDirectory)) continue;
+      const std::string below = withTextExtension(picture.path.substr(pictureDirectory.size()));
+      for (const std::string& place : {below, std::string(kLabelsDirectory) + below}) {
+        if (picture.labelFile.empty() && isText(labels + place)) picture.labelFile = labels + place;
+      }
+    }
+  }
+
+  void pairByConvention() {
+    for (LabelledPicture& picture : pictures) {
+      if (!picture.labelFile.empty()) continue;
+      const std::string beside = withTextExtension(picture.path);
+      const std::string inTree = withDirectory(beside, "images", "labels");
+      for (const std::string& place : {beside, inTree}) {
+        if (picture.labelFile.empty() && isText(place)) picture.labelFile = place;
+      }
+    }
+  }
+
+  void exclude(const std::string& file) { notLabels.insert(file); }
+
+  bool empty() const {
+    return pictures.empty() && std::all_of(texts.begin(), texts.end(), [this](const auto& text) {
+             return isNoLabelText(text);
+           });
+  }
+
+  std::vector<std::string> textsWithoutPicture() const {
+    std::unordered_set<std::string_view> used;
+    for (const LabelledPicture& picture : pictures)
+      used.insert(picture.labelFile);
+    std::vector<std::string> left;
+    for (const std::string& text : texts) {
+      if (!used.contains(text) && !isNoLabelText(text)) left.push_back(text);
+    }
+    return left;
+  }
+
+  std::vector<LabelledPicture> pictures;
+
+ private:
+  static std::vector<std::string> linesOf(const std::string& file) {
+    std::vector<std::string> lines;
+    const auto content = readFile(file);
+    if (!content) logLine(std::string(kReadWho) + ": Could not read '" + file + "'!");
+    forEachLine(content.value_or(""),
+                [&](std::string_view line, std::size_t) { lines.emplace_back(line); });
+    return lines;
+  }
+
+  void addText(const std::string& file) {
+    if (textSet.insert(file).second) texts.push_back(file);
+  }
+
+  /// Pictures of a list may lie where no directory was looked through.
+  bool isText(const std::string& file) const {
+    return !file.empty() && !isNoLabelText(file) && (textSet.contains(file) || isFile(file));
+  }
+
+  bool isNoLabelText(const std::string& file) const {
+    return notLabels.contains(file) || fs::path(file).filename() == kClassesFile;
+  }
+
+  std::unordered_set<std::string> known;
+  std::unordered_set<std::string> textSet;
+  std::unordered_set<std::string> notLabels;
+  std::vector<std::string> texts;
+};
+
+/// The file that names the classes of a directory; empty if there is none.
+std::string namesFileIn(const std::string& root) {
+  for (const std::string_view name : kNamesFiles) {
+    if (const std::string file = root + std::string(name); isFile(file)) return file;
+  }
+  std::vector<std::string> named;
+  for (const std::string_view extension : kNamesExtensions) {
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(root, error)) {
+      if (entry.path().extension() == extension) named.push_back(entry.path().string());
+    }
+    std::sort(named.begin(), named.end());
+    if (!named.empty()) return named.front();
+  }
+  return {};
+}
+
+/// Where a set is and what it says of itself.
+struct DarknetPlace {
+  std::string root;
+  LabelDescription description;
+};
+
+std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading& reading) {
+  const std::string absolute = absolutePicturePath(path);
+  const bool isRoot = isDirectory(absolute);
+  if (!isRoot && !isFile(absolute)) {
+    logLine(std::string(kReadWho) + ": There is nothing at '" + path + "'!");
+    return std::nullopt;
+  }
+  const std::string root =
+      asDirectory(isRoot ? absolute : fs::path(absolute).parent_path().string());
+  const std::string described = isRoot ? namesFileIn(root) : absolute;
+  auto description = readDescription(described);
+  if (!reading.names.empty()) {
+    const auto named = readDescription(reading.names);
+    if (!named) {
+      logLine(std::string(kReadWho) + ": No class names in '" + reading.names + "'!");
+      return std::nullopt;
+    }
+    if (!description) description.emplace();
+    description->classes = named->classes;
+  }
+  if (!description) {
+    logLine(std::string(kReadWho) + ": No class names found for '" + path + "'!");
+    return std::nullopt;
+  }
+  return DarknetPlace{root, std::move(*description)};
+}
+
+/// The pictures that the description tells of. False if none of the places exists.
+bool addSources(DarknetFiles& files, const std::vector<std::string>& sources) {
+  bool found = false;
+  for (const std::string& source : sources) {
+    const std::string place = absolutePicturePath(source);
+    if (isFile(place)) {
+      files.addList(place);
+    } else if (isDirectory(place)) {
+      const std::string directory = asDirectory(place);
+      files.addDirectory(directory);
+      if (const auto labels = withDirectory(directory, "images", "labels"); isDirectory(labels))
+        files.addDirectory(labels);
+    } else {
+      continue;
+    }
+    found = true;
+  }
+  return found;
+}
+
+/// A `labels` tree that is read by itself has its pictures beside it.
+std::string picturesBeside(const std::string& root) {
+  const std::string images = withDirectory(root, "labels", "images");
+  return isDirectory(images) ? images : std::string();
+}
+
+DarknetFiles filesOf(const DarknetPlace& place, const LabelReading& reading) {
+  DarknetFiles files;
+  if (!reading.pictures.empty()) {
+    const std::string pictures = asDirectory(absolutePicturePath(reading.pictures));
+    files.addDirectory(pictures);
+    files.addDirectory(place.root);
+    files.pairByPlace(place.root, pictures);
+  } else if (isFile(place.root + std::string(kPictureList))) {
+    files.addExport(place.root);
+    return files;
+  } else if (!addSources(files, place.description.sources)) {
+    files.addDirectory(place.root);
+    if (files.pictures.empty()) files.addDirectory(picturesBeside(place.root));
+  }
+  files.pairByConvention();
+  return files;
+}
+
+double rounded(double value) {
+  return std::round(value * kRounding) / kRounding;
+}
+
+void appendNumber(std::string& text, double value) {
+  std::array<char, 32> digits;
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), rounded(value)).ptr;
+  text += ' ';
+  text.append(digits.data(), end);
+}
+
+std::string labelText(const LabelledPicture& picture) {
+  std::string text;
+  for (const Label& label : picture.labels) {
+    text += std::to_string(label.classPlace);
+    appendNumber(text, label.box.x + label.box.width / 2);
+    appendNumber(text, label.box.y + label.box.height / 2);
+    appendNumber(text, label.box.width);
+    appendNumber(text, label.box.height);
+    text += '\n';
+  }
+  return text;
+}
+
+std::string pictureList(const LabelSet& set) {
+  std::string text;
+  for (const LabelledPicture& picture : set.pictures)
+    text += picture.path + "\n";
+  return text;
+}
+
+std::string namesText(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names)
+    text += name + "\n";
+  return text;
+}
+
+bool writeTexts(const LabelSet& set, const std::vector<std::string>& names,
+                const std::string& labels) {
+  bool written = true;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::string file = labels + names[i] + std::string(kTextExtension);
+    written = writeWhole(file, labelText(set.pictures[i]), kWriteWho) && written;
+  }
+  return written;
+}
+
+bool writePictures(const LabelSet& set, const std::vector<std::string>& names,
+                   const std::string& root, bool copy) {
+  if (!copy) return writeWhole(root + std::string(kPictureList), pictureList(set), kWriteWho);
+  const std::string images = root + std::string(kImagesDirectory);
+  return makeDirectory(images, kWriteWho) && copyPictures(set, names, images, kWriteWho);
+}
+
+}  // namespace
+
+bool isDarknetLabels(const std::string& path) {
+  if (isFile(path)) return isYaml(path) || isDarknetData(path);
+  if (!isDirectory(path)) return false;
+  bool found = false;
+  forEachFile(asDirectory(path), [&](const std::string& file) {
+    found = lowerExtension(file) == kTextExtension || isYaml(file) || isDarknetData(file);
+    return found;
+  });
+  return found;
+}
+
+std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelReading& reading) {
+  auto place = placeOf(path, reading);
+  if (!place) return std::nullopt;
+  DarknetFiles files = filesOf(*place, reading);
+  if (!reading.names.empty()) files.exclude(absolutePicturePath(reading.names));
+  if (files.empty()) {
+    logLine(std::string(kReadWho) + ": No pictures and no label texts in '" + path + "'!");
+    return std::nullopt;
+  }
+  LabelSet set;
+  set.classNames = std::move(place->description.classes.names);
+  set.classNumbers = std::move(place->description.classes.numbers);
+  const std::vector<std::string> left = files.textsWithoutPicture();
+  for (LabelledPicture& picture : files.pictures) {
+    if (!isFile(picture.path)) {
+      rejectMissing(set, picture);
+      continue;
+    }
+    if (!picture.labelFile.empty()) readLabels(set, picture, reading.clip);
+    set.pictures.push_back(std::move(picture));
+  }
+  for (const std::string& text : left)
+    rejectWithoutPicture(set, text);
+  return set;
+}
+
+bool writeDarknetLabels(const LabelSet& set, const std::string& directory,
+                        const LabelWriting& writing) {
+  const std::string root = asDirectory(directory);
+  const std::string labels = root + std::string(kLabelsDirectory);
+  if (!makeDirectory(labels, kWriteWho)) return false;
+  const auto names = outputNames(set);
+  const std::string pictures(writing.copy ? kImagesDirectory.substr(0, kImagesDirectory.size() - 1)
+                                          : kPictureList);
+  bool written = writeTexts(set, names, labels);
+  written = writePictures(set, names, root, writing.copy) && written;
+  written =
+      writeWhole(root + std::string(kClassesFile), namesText(set.classNames), kWriteWho) && written;
+  return writeWhole(root + std::string(kYamlFile), yamlText(set.classNames, pictures), kWriteWho) &&
+         written;
+}
+
+}  // namespace tnv

@@ -1,0 +1,428 @@
+#include "tools/TNVToolLabelExchange.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <filesystem>
+#include <string_view>
+#include <unordered_map>
+
+#include "foundation/Files.h"
+#include "foundation/Log.h"
+#include "generation/RunGuard.h"
+#include "marks/TNVMarkPolyLine.h"
+#include "marks/TNVMarkRect.h"
+#include "project/TNVDNNClass.h"
+#include "project/TNVTrainSet.h"
+#include "tools/LabelFiles.h"
+#include "tools/LabelFormats.h"
+#include "tools/PictureSize.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using TrainSets = TNVToolLabelExchange::TrainSets;
+using Classes = TNVToolLabelExchange::Classes;
+
+/// Marks whose numbers differ by no more, relative to the picture, are the same: far below a pixel,
+/// and above what writing with six digits loses.
+constexpr double kSamePlace = 1e-6;
+
+constexpr std::size_t kFewestCorners = 3;
+
+/// Lies in the directory of an export, so that a later one may take its place.
+constexpr std::string_view kExportMark = ".label-export";
+
+/// All that an export of any format puts into its directory.
+constexpr std::string_view kExportEntries[] = {"labels",       "images",          "JPEGImages",
+                                               "Annotations",  "classes.txt",     "data.yaml",
+                                               "pictures.txt", "annotations.json"};
+
+void logFrom(std::string_view operation, const std::string& text) {
+  tnv::logLine("TNVToolLabelExchange::" + std::string(operation) + ": " + text);
+}
+
+void loadAll(const TrainSets& trainSets) {
+  for (TNVTrainSet* trainSet : trainSets) {
+    if (!trainSet->dataLoaded) trainSet->load();
+  }
+}
+
+bool isClose(cv::Point2d a, cv::Point2d b) {
+  return std::abs(a.x - b.x) <= kSamePlace && std::abs(a.y - b.y) <= kSamePlace;
+}
+
+bool isClosedOutline(const TNVMarkPolyLine* line) {
+  return line && line->closed && line->polyPoints.size() >= kFewestCorners;
+}
+
+cv::Point2d centreOf(const cv::Rect2d& box) {
+  return {box.x + box.width / 2, box.y + box.height / 2};
+}
+
+bool isAtPlace(const TNVMark& mark, const tnv::Label& label) {
+  if (label.outline.empty()) {
+    const auto* box = dynamic_cast<const TNVMarkRect*>(&mark);
+    return box && isClose(box->center, centreOf(label.box)) &&
+           isClose(box->size, {label.box.width, label.box.height});
+  }
+  const auto* line = dynamic_cast<const TNVMarkPolyLine*>(&mark);
+  return line && line->closed &&
+         std::equal(line->polyPoints.begin(), line->polyPoints.end(), label.outline.begin(),
+                    label.outline.end(), isClose);
+}
+
+std::unique_ptr<TNVMark> markFor(const tnv::Label& label, const TNVDNNClass& dnnClass) {
+  std::unique_ptr<TNVMark> mark;
+  if (label.outline.empty()) {
+    mark = std::make_unique<TNVMarkRect>(label.box.tl(), label.box.br(), false);
+  } else {
+    mark = std::make_unique<TNVMarkPolyLine>(label.outline, true);
+  }
+  mark->classIdx = {dnnClass.uniqueIdx};
+  return mark;
+}
+
+/// The marks of a record that labels can equal, by one coordinate, so that a crowd of labels is not
+/// compared with a crowd of marks.
+class MarkIndex {
+ public:
+  explicit MarkIndex(const TNVTrainSet& trainSet) {
+    for (const TNVMark* mark : trainSet.markPointers())
+      add(*mark);
+  }
+
+  void add(const TNVMark& mark) {
+    const auto* line = dynamic_cast<const TNVMarkPolyLine*>(&mark);
+    if (line && line->polyPoints.empty()) return;
+    const double key = line ? line->polyPoints.front().x : mark.center.x;
+    // What is not a number would be in no order.
+    if (std::isfinite(key)) byPlace.emplace(key, &mark);
+  }
+
+  bool holds(const tnv::Label& label, const TNVDNNClass& dnnClass) const {
+    const double key = label.outline.empty() ? centreOf(label.box).x : label.outline.front().x;
+    const auto end = byPlace.upper_bound(key + kSamePlace);
+    return std::any_of(byPlace.lower_bound(key - kSamePlace), end, [&](const auto& entry) {
+      const std::vector<int>& idx = entry.second->classIdx;
+      return std::find(idx.begin(), idx.end(), dnnClass.uniqueIdx) != idx.end() &&
+             isAtPlace(*entry.second, label);
+    });
+  }
+
+ private:
+  std::multimap<double, const TNVMark*> byPlace;
+};
+
+/// Records by the paths of their pictures. Of several records of one picture the first counts.
+std::unordered_map<std::string, TNVTrainSet*> byPicture(const TrainSets& trainSets) {
+  std::unordered_map<std::string, TNVTrainSet*> records;
+  for (TNVTrainSet* trainSet : trainSets) {
+    if (!trainSet->dataLoaded) continue;
+    records.try_emplace(tnv::absolutePicturePath(trainSet->imagePath), trainSet);
+    records.try_emplace(trainSet->imagePathAbs, trainSet);
+  }
+  return records;
+}
+
+/// The class of each name of the set; null where there is none.
+Classes classesByName(const tnv::LabelSet& set, const Classes& classes) {
+  std::unordered_map<std::string_view, TNVDNNClass*> named;
+  for (TNVDNNClass* dnnClass : classes)
+    named.try_emplace(dnnClass->name, dnnClass);
+  Classes found;
+  for (const std::string& name : set.classNames) {
+    const auto match = named.find(name);
+    found.push_back(match == named.end() ? nullptr : match->second);
+  }
+  return found;
+}
+
+/// Adds the labels of one picture to its record; `reject` is told of those that are not added.
+template <class Reject>
+int addMarksTo(TNVTrainSet& trainSet, const tnv::LabelledPicture& picture, const Classes& classes,
+               const Reject& reject) {
+  MarkIndex present(trainSet);
+  int added = 0;
+  for (const tnv::Label& label : picture.labels) {
+    const TNVDNNClass* dnnClass = classes[label.classPlace];
+    if (!dnnClass) {
+      reject(label, "class is not in the project");
+    } else if (present.holds(label, *dnnClass)) {
+      reject(label, "already marked");
+    } else {
+      present.add(*trainSet.addMark(*markFor(label, *dnnClass)));
+      ++added;
+    }
+  }
+  if (added > 0) trainSet.changed = true;
+  return added;
+}
+
+bool isSingleLine(const std::string& name) {
+  return !name.empty() && name.find_first_of("\r\n") == name.npos &&
+         tnv::trimmed(name).size() == name.size();
+}
+
+/// The classes in the order of their numbers; empty, with a log line, if they cannot go out so.
+Classes classesByNumber(Classes classes) {
+  std::stable_sort(classes.begin(), classes.end(),
+                   [](const auto* a, const auto* b) { return a->dnnId < b->dnnId; });
+  for (std::size_t i = 0; i < classes.size(); ++i) {
+    if (classes[i]->dnnId != static_cast<int>(i)) {
+      logFrom("readMarks", "The numbers of the classes do not run from 0 without gaps!");
+      return {};
+    }
+    if (!isSingleLine(classes[i]->name)) {
+      logFrom("readMarks", "The name '" + classes[i]->name + "' is no single line!");
+      return {};
+    }
+  }
+  if (classes.empty()) logFrom("readMarks", "There are no classes!");
+  return classes;
+}
+
+/// Takes marks into a set of labels.
+class MarkReader {
+ public:
+  MarkReader(tnv::LabelSet& target, const Classes& classes) : set(target) {
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+      set.classNames.push_back(classes[i]->name);
+      set.classNumbers.push_back(static_cast<long long>(i));
+      places.try_emplace(classes[i]->uniqueIdx, static_cast<long long>(i));
+    }
+  }
+
+  void add(const TNVTrainSet& trainSet) {
+    tnv::LabelledPicture picture;
+    picture.path = tnv::absolutePicturePath(trainSet.imagePath);
+    picture.labelFile = trainSet.dataPath.empty() ? picture.path : trainSet.dataPath;
+    picture.size = knownSize(trainSet);
+    std::size_t number = 0;
+    for (const TNVMark* mark : trainSet.markPointers())
+      addMark(picture, *mark, ++number);
+    set.pictures.push_back(std::move(picture));
+  }
+
+ private:
+  static cv::Size knownSize(const TNVTrainSet& trainSet) {
+    if (trainSet.imageWidth > 0) return {trainSet.imageWidth, trainSet.imageHeight};
+    return trainSet.hasImageCache() ? trainSet.imageCacheSize : cv::Size();
+  }
+
+  void addMark(tnv::LabelledPicture& picture, const TNVMark& mark, std::size_t number) {
+    tnv::FoundLabel label;
+    label.line = number;
+    if (mark.classIdx.empty()) return set.reject(picture.labelFile, number, "mark without a class");
+    if (!fillPlace(label, picture, mark)) {
+      for (std::size_t i = 0; i < mark.classIdx.size(); ++i)
+        set.reject(picture.labelFile, number, "size of the picture is unknown");
+      return;
+    }
+    for (const int idx : mark.classIdx) {
+      const auto place = places.find(idx);
+      label.classNumber = place == places.end() ? -1 : place->second;
+      set.take(picture, label, true);
+    }
+  }
+
+  /// False if the place depends on the size of a picture that cannot be read.
+  static bool fillPlace(tnv::FoundLabel& label, tnv::LabelledPicture& picture,
+                        const TNVMark& mark) {
+    if (const auto* line = dynamic_cast<const TNVMarkPolyLine*>(&mark); isClosedOutline(line)) {
+      label.outline = line->polyPoints;
+      return true;
+    }
+    if (!dynamic_cast<const TNVMarkRect*>(&mark) && picture.size.empty())
+      picture.size = tnv::pictureSize(picture.path);
+    if (!dynamic_cast<const TNVMarkRect*>(&mark) && picture.size.empty()) return false;
+    const cv::Point2d size = mark.getRelSize(picture.size);
+    label.box = {mark.center.x - size.x / 2, mark.center.y - size.y / 2, size.x, size.y};
+    return true;
+  }
+
+  tnv::LabelSet& set;
+  std::unordered_map<int, long long> places;
+};
+
+bool isNewOrEmpty(const fs::path& directory) {
+  std::error_code error;
+  if (!fs::exists(directory, error)) return !error;
+  return fs::is_directory(directory, error) && fs::is_empty(directory, error) && !error;
+}
+
+bool isExport(const fs::path& directory) {
+  std::error_code error;
+  return fs::is_regular_file(directory / kExportMark, error);
+}
+
+void removeExport(const fs::path& directory) {
+  std::error_code error;
+  for (const std::string_view entry : kExportEntries)
+    fs::remove_all(directory / entry, error);
+}
+
+tnv::LabelSet picturesWithSize(const tnv::LabelSet& set) {
+  tnv::LabelSet sized;
+  sized.classNames = set.classNames;
+  sized.classNumbers = set.classNumbers;
+  std::copy_if(set.pictures.begin(), set.pictures.end(), std::back_inserter(sized.pictures),
+               [](const tnv::LabelledPicture& picture) { return !picture.size.empty(); });
+  return sized;
+}
+
+std::string placeText(const tnv::LabelRejection& rejection) {
+  const std::string line = rejection.line == 0 ? "" : ":" + std::to_string(rejection.line);
+  return rejection.file + line + ": " + rejection.reason;
+}
+
+}  // namespace
+
+std::vector<std::string> TNVToolLabelExchange::getAvailableFormats() {
+  std::vector<std::string> names;
+  for (const tnv::LabelFormat& each : tnv::labelFormats())
+    names.emplace_back(each.name);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool TNVToolLabelExchange::setFormat(const std::string& name) {
+  if (!name.empty() && !tnv::findLabelFormat(name)) {
+    logFrom("setFormat", "Unknown format '" + name + "'!");
+    return false;
+  }
+  format = name;
+  return true;
+}
+
+void TNVToolLabelExchange::clear() {
+  set = {};
+  readFormat.clear();
+  rejectedOnWayOut.clear();
+}
+
+bool TNVToolLabelExchange::read(const std::string& path) {
+  clear();
+  const tnv::LabelFormat* chosen =
+      format.empty() ? tnv::recogniseLabelFormat(path) : tnv::findLabelFormat(format);
+  if (!chosen) {
+    logFrom("read", "No labels of a known format at '" + path + "'!");
+    return false;
+  }
+  auto found = chosen->read(path, reading);
+  if (!found) return false;
+  set = std::move(*found);
+  readFormat = chosen->name;
+  return true;
+}
+
+bool TNVToolLabelExchange::readMarks(const TrainSets& trainSets, const Classes& classes) {
+  clear();
+  const Classes ordered = classesByNumber(classes);
+  if (ordered.empty()) return false;
+  loadAll(trainSets);
+  MarkReader reader(set, ordered);
+  for (const TNVTrainSet* trainSet : trainSets) {
+    if (trainSet->dataLoaded) {
+      reader.add(*trainSet);
+    } else {
+      set.reject(trainSet->dataPath, 0, "file cannot be read");
+    }
+  }
+  return true;
+}
+
+int TNVToolLabelExchange::addMarks(const TrainSets& trainSets, const Classes& classes) {
+  rejectedOnWayOut.clear();
+  loadAll(trainSets);
+  const auto records = byPicture(trainSets);
+  const Classes classOfPlace = classesByName(set, classes);
+  int added = 0;
+  for (const tnv::LabelledPicture& picture : set.pictures) {
+    const auto reject = [&](const tnv::Label& label, const char* reason) {
+      rejectedOnWayOut.push_back({picture.labelFile, label.line, reason});
+    };
+    if (const auto record = records.find(picture.path); record != records.end()) {
+      added += addMarksTo(*record->second, picture, classOfPlace, reject);
+      continue;
+    }
+    for (const tnv::Label& label : picture.labels)
+      reject(label, "picture is not among the train sets");
+  }
+  return added;
+}
+
+bool TNVToolLabelExchange::canWrite(const std::string& directory) const {
+  if (directory.empty() || (!isNewOrEmpty(directory) && !isExport(directory))) {
+    logFrom("write", "'" + directory + "' holds files that are no earlier export!");
+    return false;
+  }
+  tnv::RunGuard guard{TrainSets()};
+  for (const tnv::LabelledPicture& picture : set.pictures) {
+    guard.protectExisting(picture.path, "the picture '" + picture.path + "'");
+    guard.protectExisting(picture.labelFile, "the file '" + picture.labelFile + "'");
+  }
+  const std::string reason = guard.whyToKeep(directory);
+  if (reason.empty()) return true;
+  logFrom("write", "'" + directory + "' is not written to: " + reason);
+  return false;
+}
+
+bool TNVToolLabelExchange::findSizes() {
+  bool known = true;
+  for (tnv::LabelledPicture& picture : set.pictures) {
+    if (picture.size.empty()) picture.size = tnv::pictureSize(picture.path);
+    if (!picture.size.empty()) continue;
+    known = false;
+    logFrom("write", "The picture '" + picture.path + "' cannot be read and is left out!");
+    for (const tnv::Label& label : picture.labels)
+      rejectedOnWayOut.push_back({picture.labelFile, label.line, "picture cannot be read"});
+  }
+  return known;
+}
+
+bool TNVToolLabelExchange::write(const std::string& directory) {
+  rejectedOnWayOut.clear();
+  const tnv::LabelFormat* chosen = tnv::findLabelFormat(format);
+  if (!chosen) {
+    logFrom("write", "No format was set!");
+    return false;
+  }
+  if (!canWrite(directory)) return false;
+  const std::string root = tnv::asDirectory(directory);
+  // Marked first, so that what an interrupted run leaves can be replaced.
+  if (!tnv::makeDirectory(root, "TNVToolLabelExchange::write") ||
+      !tnv::writeWhole(root + std::string(kExportMark), format + "\n",
+                       "TNVToolLabelExchange::write")) {
+    return false;
+  }
+  removeExport(root);
+  if (!chosen->needsSizes || findSizes()) return chosen->write(set, root, writing);
+  return chosen->write(picturesWithSize(set), root, writing);
+}
+
+std::vector<std::string> TNVToolLabelExchange::getImagePaths() const {
+  std::vector<std::string> paths;
+  for (const tnv::LabelledPicture& picture : set.pictures)
+    paths.push_back(picture.path);
+  return paths;
+}
+
+std::map<std::string, int> TNVToolLabelExchange::getReasons() const {
+  std::map<std::string, int> reasons;
+  for (const auto* rejections : {&set.rejections, &rejectedOnWayOut}) {
+    for (const tnv::LabelRejection& rejection : *rejections)
+      ++reasons[rejection.reason];
+  }
+  return reasons;
+}
+
+std::vector<std::string> TNVToolLabelExchange::getRejections() const {
+  std::vector<std::string> texts;
+  for (const auto* rejections : {&set.rejections, &rejectedOnWayOut}) {
+    for (const tnv::LabelRejection& rejection : *rejections)
+      texts.push_back(placeText(rejection));
+  }
+  return texts;
+}

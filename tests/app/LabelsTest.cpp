@@ -1,0 +1,197 @@
+#include <gmock/gmock.h>
+#include <json/reader.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "ProgramRunner.h"
+#include "TNV_SampleBenchNative/TNV_SampleBenchNative.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+Json::Value parsed(const std::string& text) {
+  Json::Value value;
+  std::istringstream stream(text);
+  EXPECT_NO_THROW(stream >> value) << text;
+  return value;
+}
+
+/// The project of screws and nuts, and labels of the pictures a.png and b.png.
+class LabelsTest : public ProgramTest {
+ protected:
+  LabelsTest() {
+    makeProject();
+    fs::create_directories(place / "in/images");
+    fs::copy_file(place / "photos/a.png", place / "in/images/c.png");
+    fs::copy_file(place / "photos/a.png", place / "in/images/d.png");
+    place.write("in/obj.names", "bolt\nnut\n");
+    labels("c", "0 0.5 0.5 0.25 0.5\n1 0.25 0.25 0.125 0.125\n");
+    labels("d", "");
+  }
+
+  void labels(const std::string& name, const std::string& text) const {
+    place.write("in/labels/" + name + ".txt", text);
+  }
+
+  ProgramResult import(std::vector<std::string> more = {}) const {
+    std::vector<std::string> arguments{"labels", "import", "parts", "others", "in"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return run(arguments);
+  }
+
+  std::string label(const std::string& directory, const std::string& name) const {
+    return readFile(place / (directory + "/labels/" + name + ".txt"));
+  }
+};
+
+}  // namespace
+
+TEST_F(LabelsTest, ImportAddsClassesPicturesAndMarks) {
+  const auto result = import();
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("Darknet: 1 class and 2 pictures added\n"
+                                    "found     2\nimported  2\nrejected  0\n"));
+  // The classes that were there stay first.
+  const auto classes = succeed({"class", "list", "parts"});
+  EXPECT_LT(classes.find("nut"), classes.find("bolt"));
+  EXPECT_EQ(occurrences(classes, "nut"), 1U);
+  EXPECT_THAT(succeed({"list", "parts"}), AllOf(HasSubstr("c.png"), HasSubstr("d.png")));
+  succeed({"labels", "export", "parts", "out", "--format", "Darknet"});
+  EXPECT_EQ(label("out", "c"), "2 0.5 0.5 0.25 0.5\n1 0.25 0.25 0.125 0.125\n");
+  EXPECT_EQ(label("out", "a"), "");
+  EXPECT_EQ(readFile(place / "out/classes.txt"), "screw\nnut\nbolt\n");
+}
+
+TEST_F(LabelsTest, WhatWasRejectedIsToldAndIsAFinding) {
+  ASSERT_EQ(import().exitCode, 0);
+  labels("d", "0 0.5 0.5 0.25 0.5\nbroken\n0 0 0.5 0.5 0.5\n");
+  const auto result = import();
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_THAT(result.out, AllOf(HasSubstr("found     5\nimported  1\nrejected  4\n"),
+                                HasSubstr("already marked                    2\n"),
+                                HasSubstr("neither a box nor an outline      1\n"),
+                                HasSubstr("reaches beyond the picture        1\n")));
+  EXPECT_THAT(result.err, AllOf(HasSubstr("in/labels/c.txt:2: already marked\n"),
+                                HasSubstr("in/labels/d.txt:2: neither a box nor an outline\n"),
+                                HasSubstr("in/labels/d.txt:3: reaches beyond the picture\n"),
+                                Not(HasSubstr("more; --rejections"))));
+  EXPECT_THAT(import({"--clip"}).out, HasSubstr("imported  1\n"));
+}
+
+TEST_F(LabelsTest, AClassThatTheProjectCannotKeepIsNotAdded) {
+  place.write("in/obj.names", "a, b\nnut\n");
+  const auto result = import();
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_THAT(result.err, AllOf(HasSubstr("class 'a, b' is not added"),
+                                HasSubstr("c.txt:1: class is not in the project\n")));
+  EXPECT_THAT(result.out, HasSubstr("imported  1\n"));
+  EXPECT_THAT(succeed({"class", "list", "parts"}), Not(HasSubstr("a, b")));
+}
+
+TEST_F(LabelsTest, ManyRejectionsAreListedInAFile) {
+  std::string text;
+  for (int i = 0; i < 23; ++i)
+    text += "broken\n";
+  labels("d", text);
+  const auto result = import({"--rejections", "why.txt"});
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_EQ(occurrences(result.err, "neither a box"), 20U);
+  EXPECT_THAT(result.err, HasSubstr("and 3 more; --rejections FILE lists them all"));
+  EXPECT_EQ(occurrences(readFile(place / "why.txt"), "d.txt:"), 23U);
+}
+
+TEST_F(LabelsTest, ResultsForProgramsAreOneObject) {
+  labels("d", "broken\n");
+  const auto result = import({"--json"});
+  EXPECT_EQ(result.exitCode, 3);
+  const Json::Value facts = parsed(result.out);
+  EXPECT_EQ(facts["format"].asString(), "Darknet");
+  EXPECT_EQ(facts["classesAdded"].asInt(), 1);
+  EXPECT_EQ(facts["picturesAdded"].asInt(), 2);
+  EXPECT_EQ(facts["labels"]["found"].asInt(), 3);
+  EXPECT_EQ(facts["labels"]["imported"].asInt(), 2);
+  EXPECT_EQ(facts["labels"]["rejected"].asInt(), 1);
+  ASSERT_EQ(facts["reasons"].size(), 1U);
+  EXPECT_EQ(facts["reasons"][0]["reason"].asString(), "neither a box nor an outline");
+  EXPECT_EQ(facts["reasons"][0]["count"].asInt(), 1);
+  const Json::Value exported =
+      parsed(succeed({"labels", "export", "parts", "out", "--format", "Darknet", "--json"}));
+  EXPECT_EQ(exported["pictures"].asInt(), 4);
+  EXPECT_EQ(exported["labels"]["exported"].asInt(), 2);
+  EXPECT_TRUE(exported["reasons"].isArray());
+  EXPECT_TRUE(exported["reasons"].empty());
+}
+
+TEST_F(LabelsTest, ADryRunWritesNothing) {
+  const auto before = succeed({"list", "parts"});
+  const auto result = import({"--dry-run", "--rejections", "why.txt"});
+  EXPECT_THAT(result.out, HasSubstr("imported  2\n"));
+  EXPECT_FALSE(fs::exists(place / "why.txt"));
+  EXPECT_EQ(succeed({"list", "parts"}), before);
+  EXPECT_THAT(succeed({"labels", "export", "parts", "out", "--format", "Darknet", "--dry-run"}),
+              HasSubstr("Darknet labels of 2 pictures would go to out\n"));
+  EXPECT_FALSE(fs::exists(place / "out"));
+  fail({"labels", "export", "parts", "in", "--format", "Darknet", "--dry-run"},
+       "cannot be written");
+}
+
+TEST_F(LabelsTest, AWorkflowChoosesThePicturesThatGoOut) {
+  {
+    WTNVProject project("parts", place / "projects/", place / "", place / "");
+    ASSERT_TRUE(project.wLoad());
+    const auto done = project.wAddWorkflow("done", -1);
+    ASSERT_TRUE(project.wUpdate(true));
+    WTNVMainProcess process(&project, nullptr);
+    auto trainSets = process.getHndTrainSet();
+    trainSets.wSetTrainSetForward(1);
+    trainSets.wSetWorkflow(done);
+    ASSERT_TRUE(project.wUpdate(false));
+  }
+  EXPECT_THAT(
+      succeed({"labels", "export", "parts", "out", "--format", "Darknet", "--workflow", "done"}),
+      HasSubstr("Darknet labels of 1 picture written to out\n"));
+  EXPECT_FALSE(fs::exists(place / "out/labels/a.txt"));
+  EXPECT_TRUE(fs::exists(place / "out/labels/b.txt"));
+}
+
+TEST_F(LabelsTest, CopiesComeBackIntoAnotherProject) {
+  ASSERT_EQ(import().exitCode, 0);
+  succeed({"labels", "export", "parts", "out", "--format", "Darknet", "--copy"});
+  EXPECT_TRUE(fs::exists(place / "out/images/c.png"));
+  succeed({"create", "copy"});
+  succeed({"labels", "import", "copy", "all", "out"});
+  succeed({"labels", "export", "copy", "again", "--format", "Darknet"});
+  EXPECT_EQ(label("again", "c"), label("out", "c"));
+  EXPECT_EQ(readFile(place / "again/classes.txt"), "screw\nnut\nbolt\n");
+}
+
+TEST_F(LabelsTest, NamesAndPicturesMayLieElsewhere) {
+  fs::rename(place / "in/obj.names", place / "names.txt");
+  fs::rename(place / "in/images", place / "pictures");
+  fail({"labels", "import", "parts", "others", "in"},
+       "see the line above, and --format and --names");
+  fail({"labels", "import", "parts", "others", "in", "--names", "names.txt"},
+       "--pictures tells where they lie");
+  const auto result = import({"--names", "names.txt", "--pictures", "pictures"});
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("imported  2\n"));
+}
+
+TEST_F(LabelsTest, WrongRequestsAreRefusedWithAWayOut) {
+  fail({"labels", "import", "parts", "others", "missing"}, "no labels can be read from 'missing'");
+  fail({"labels", "import", "parts", "others", "in", "--format", "Yolo"},
+       "there is no format 'Yolo'; choose from:");
+  fail({"labels", "import", "parts", "a/b", "in"}, "use a name without slashes");
+  fail({"labels", "import", "parts", "others", "in", "--base", "2"}, "--base", 2);
+  fail({"labels", "export", "parts", "in", "--format", "Darknet"}, "give a new or empty directory");
+  fail({"labels", "export", "parts", "out"}, "--format", 2);
+  fail({"labels", "export", "parts", "out", "--format", "Darknet", "--workflow", "done"},
+       "there is no workflow 'done'; choose from:");
+  EXPECT_FALSE(fs::exists(place / "out"));
+}

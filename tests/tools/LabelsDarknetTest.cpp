@@ -1,0 +1,459 @@
+#include "tools/LabelsDarknet.h"
+
+#include <filesystem>
+#include <locale>
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/LogCapture.h"
+#include "support/TempDirectory.h"
+#include "tools/LabelNames.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+using Texts = std::vector<std::string>;
+
+/// The reader looks at the names of pictures, not into them.
+void addPictures(const TempDirectory& temp, const Texts& names) {
+  for (const std::string& name : names)
+    temp.write(name, "");
+}
+
+tnv::LabelSet readSet(const std::string& path, const tnv::LabelReading& reading = {}) {
+  auto set = tnv::readDarknetLabels(path, reading);
+  EXPECT_TRUE(set.has_value()) << path;
+  return set ? std::move(*set) : tnv::LabelSet();
+}
+
+/// "name of the picture: number of labels".
+Texts pictures(const tnv::LabelSet& set, const std::string& root) {
+  Texts texts;
+  for (const auto& picture : set.pictures)
+    texts.push_back(fs::path(picture.path).lexically_relative(root).generic_string() + ": " +
+                    std::to_string(picture.labels.size()));
+  return texts;
+}
+
+/// "name of the file:line: reason".
+Texts rejections(const tnv::LabelSet& set) {
+  Texts texts;
+  for (const auto& each : set.rejections)
+    texts.push_back(fs::path(each.file).filename().string() + ":" + std::to_string(each.line) +
+                    ": " + each.reason);
+  return texts;
+}
+
+/// The rejections of a label text beside its picture, with the classes screw and nut.
+Texts rejectionsOf(const std::string& text, bool clip = false) {
+  const TempDirectory temp;
+  addPictures(temp, {"a.jpg"});
+  temp.write("classes.txt", "screw\nnut\n");
+  temp.write("a.txt", text);
+  tnv::LabelReading reading;
+  reading.clip = clip;
+  return rejections(readSet(temp.path(), reading));
+}
+
+constexpr auto kBox = "0 0.5 0.5 0.25 0.5\n";
+
+}  // namespace
+
+TEST(LabelsDarknet, ABoxIsToldByItsCentreAndSize) {
+  const TempDirectory temp;
+  addPictures(temp, {"a.jpg"});
+  temp.write("classes.txt", "screw\nnut\n");
+  temp.write("a.txt", "\n1 0.5 0.375 0.25 0.5\n");
+  const auto set = readSet(temp.path());
+  EXPECT_THAT(set.classNames, ElementsAre("screw", "nut"));
+  ASSERT_EQ(set.pictures.size(), 1U);
+  EXPECT_EQ(set.pictures[0].path, temp / "a.jpg");
+  EXPECT_EQ(set.pictures[0].labelFile, temp / "a.txt");
+  ASSERT_EQ(set.pictures[0].labels.size(), 1U);
+  EXPECT_EQ(set.pictures[0].labels[0].classPlace, 1U);
+  EXPECT_EQ(set.pictures[0].labels[0].box, cv::Rect2d(0.375, 0.125, 0.25, 0.5));
+  EXPECT_EQ(set.pictures[0].labels[0].line, 2U);
+  EXPECT_TRUE(set.pictures[0].labels[0].outline.empty());
+}
+
+TEST(LabelsDarknet, MoreNumbersAreAnOutline) {
+  const TempDirectory temp;
+  addPictures(temp, {"a.jpg"});
+  temp.write("classes.txt", "screw\n");
+  temp.write("a.txt", "0 0.25 0.25 0.75 0.25 0.5 0.75\n");
+  const auto set = readSet(temp.path());
+  ASSERT_EQ(set.accepted, 1U);
+  const std::vector<cv::Point2d> expected{{0.25, 0.25}, {0.75, 0.25}, {0.5, 0.75}};
+  EXPECT_EQ(set.pictures[0].labels[0].outline, expected);
+}
+
+TEST(LabelsDarknet, EachBrokenLineIsRejectedWithItsPlace) {
+  struct Row {
+    const char* line;
+    const char* reason;
+  };
+  const Row rows[] = {
+      {"0 0.5 0.5 0.25", "neither a box nor an outline"},
+      {"0 0.5 0.5 0.25 0.5 0.9", "neither a box nor an outline"},
+      {"0", "neither a box nor an outline"},
+      {"screw 0.5 0.5 0.25 0.5", "class is no whole number"},
+      {"0.0 0.5 0.5 0.25 0.5", "class is no whole number"},
+      {"99999999999999999999 0.5 0.5 0.25 0.5", "class is no whole number"},
+      {"0 0,5 0.5 0.25 0.5", "not a number"},
+      {"0 0.5x 0.5 0.25 0.5", "not a number"},
+      {"0 1e999 0.5 0.25 0.5", "not a number"},
+      {"0 nan 0.5 0.25 0.5", "not a finite number"},
+      {"0 0.5 0.5 inf 0.5", "not a finite number"},
+      {"2 0.5 0.5 0.25 0.5", "unknown class"},
+      {"-1 0.5 0.5 0.25 0.5", "unknown class"},
+      {"0 0.5 0.5 0 0.5", "no width or no height"},
+      {"0 0.5 0.5 0.25 -0.5", "no width or no height"},
+      {"0 0.5 0.5 1.1 0.5", "reaches beyond the picture"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_THAT(rejectionsOf(std::string(kBox) + row.line + "\n" + kBox),
+                ElementsAre(std::string("a.txt:2: ") + row.reason))
+        << row.line;
+  }
+}
+
+TEST(LabelsDarknet, BlanksByteOrderMarkAndLineEndsOfAnyKindDoNoHarm) {
+  EXPECT_THAT(rejectionsOf("\xEF\xBB\xBF"
+                           "0 0.5 0.5 0.25 0.5\r\n\r\n  \t1\t0.5  0.5 1 1 \r\n"),
+              IsEmpty());
+}
+
+TEST(LabelsDarknet, ClippingIsLeftToTheReader) {
+  EXPECT_THAT(rejectionsOf("0 0 0.5 0.5 0.5\n"),
+              ElementsAre("a.txt:1: reaches beyond the picture"));
+  EXPECT_THAT(rejectionsOf("0 0 0.5 0.5 0.5\n", true), IsEmpty());
+}
+
+TEST(LabelsDarknet, NumbersDoNotDependOnTheLocale) {
+  class CommaNumbers : public std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+  };
+  const std::locale before =
+      std::locale::global(std::locale(std::locale::classic(), new CommaNumbers));
+  const TempDirectory temp;
+  const Texts found = rejectionsOf(kBox);
+  tnv::LabelSet set;
+  set.classNames = {"screw"};
+  set.classNumbers = {0};
+  set.pictures = {{temp / "a.jpg", {}, {}, {}}};
+  set.take(set.pictures[0], {0, {0.25, 0.25, 0.5, 0.5}, {}, 0, false}, false);
+  const bool written = tnv::writeDarknetLabels(set, temp / "out", {});
+  std::locale::global(before);
+  EXPECT_THAT(found, IsEmpty());
+  EXPECT_TRUE(written);
+  EXPECT_EQ(readFile(temp / "out/labels/a.txt"), "0 0.5 0.5 0.5 0.5\n");
+}
+
+TEST(LabelsDarknet, PicturesAndLabelsMayLieInTwoTrees) {
+  const struct {
+    const char* picture;
+    const char* text;
+  } rows[] = {
+      {"a.jpg", "a.txt"},
+      {"images/a.JPG", "labels/a.txt"},
+      {"images/train/a.png", "labels/train/a.txt"},
+      {"train/images/day1/a.jpeg", "train/labels/day1/a.txt"},
+      {"images/old/images/a.jpg", "images/old/labels/a.txt"},
+  };
+  for (const auto& row : rows) {
+    const TempDirectory temp;
+    addPictures(temp, {row.picture});
+    temp.write("obj.names", "screw\n");
+    temp.write(row.text, kBox);
+    const auto set = readSet(temp.path());
+    EXPECT_THAT(pictures(set, temp.path()), ElementsAre(std::string(row.picture) + ": 1"));
+    EXPECT_THAT(set.rejections, IsEmpty()) << row.picture;
+  }
+}
+
+TEST(LabelsDarknet, SplitsAreReadTogetherInTheOrderOfTheirPaths) {
+  const TempDirectory temp;
+  addPictures(temp, {"valid/images/c.jpg", "train/images/b.jpg", "train/images/a.jpg"});
+  temp.write("train/labels/a.txt", kBox);
+  temp.write("valid/labels/c.txt", std::string(kBox) + kBox);
+  temp.write("data.yaml", "train: ../train/images\nval: ../valid/images\nnames: [screw]\n");
+  EXPECT_THAT(
+      pictures(readSet(temp.path()), temp.path()),
+      ElementsAre("train/images/a.jpg: 1", "train/images/b.jpg: 0", "valid/images/c.jpg: 2"));
+}
+
+TEST(LabelsDarknet, ALabelsTreeFindsItsPicturesBesideIt) {
+  const TempDirectory temp;
+  addPictures(temp, {"images/a.jpg"});
+  temp.write("labels/classes.txt", "screw\n");
+  temp.write("labels/a.txt", kBox);
+  EXPECT_THAT(pictures(readSet(temp / "labels"), temp.path()), ElementsAre("images/a.jpg: 1"));
+}
+
+TEST(LabelsDarknet, PicturesMayLieElsewhere) {
+  const TempDirectory temp;
+  addPictures(temp, {"photos/day1/a.jpg", "photos/b.jpg"});
+  temp.write("set/classes.txt", "screw\n");
+  temp.write("set/day1/a.txt", kBox);
+  temp.write("set/labels/b.txt", kBox);
+  temp.write("set/c.txt", kBox);
+  tnv::LabelReading reading;
+  reading.pictures = temp / "photos";
+  const auto set = readSet(temp / "set", reading);
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("photos/b.jpg: 1", "photos/day1/a.jpg: 1"));
+  EXPECT_THAT(rejections(set), ElementsAre("c.txt:1: no picture"));
+}
+
+TEST(LabelsDarknet, ATextWithoutAPictureHasEachOfItsLabelsRejected) {
+  const TempDirectory temp;
+  addPictures(temp, {"a.jpg"});
+  temp.write("classes.txt", "screw\n");
+  temp.write("a.txt", kBox);
+  temp.write("b.txt", std::string(kBox) + "\nbroken\n" + kBox);
+  const auto set = readSet(temp.path());
+  EXPECT_THAT(rejections(set),
+              ElementsAre("b.txt:1: no picture", "b.txt:3: no picture", "b.txt:4: no picture"));
+  EXPECT_EQ(set.found(), 4U);
+}
+
+TEST(LabelsDarknet, ATextThatHoldsNoLabelsIsPassedOverAloud) {
+  const TempDirectory temp;
+  addPictures(temp, {"a.jpg"});
+  temp.write("classes.txt", "screw\n");
+  temp.write("README.txt", "These are screws.\n");
+  LogCapture log;
+  EXPECT_EQ(readSet(temp.path()).found(), 0U);
+  EXPECT_THAT(log.text(), HasSubstr("README.txt' has no picture and no labels, passed over"));
+}
+
+TEST(LabelsDarknet, ATextThatCannotBeReadIsToldOf) {
+  const TempDirectory temp;
+  addPictures(temp, {"a.jpg"});
+  temp.write("classes.txt", "screw\n");
+  fs::create_symlink(temp / "nowhere", temp / "a.txt");
+  fs::create_symlink(temp / "nowhere", temp / "b.txt");
+  EXPECT_THAT(rejections(readSet(temp.path())),
+              ElementsAre("a.txt:0: file cannot be read", "b.txt:0: file cannot be read"));
+}
+
+TEST(LabelsDarknet, ADataFileTellsNamesAndPictures) {
+  const TempDirectory temp;
+  addPictures(temp, {"data/obj/a.jpg", "data/obj/b.jpg", "data/obj/c.jpg"});
+  temp.write("data/obj/a.txt", kBox);
+  temp.write("data/train.txt", "obj/a.jpg\nobj/gone.jpg\n");
+  temp.write("data/valid.txt", temp / "data/obj/b.jpg\n" + temp.path() + "data/obj/a.jpg");
+  temp.write("data/obj.names", "screw\n");
+  temp.write("data/obj.data",
+             "classes = 1\ntrain = data/train.txt\nvalid=data/valid.txt\nnames = data/obj.names\n");
+  const auto set = readSet(temp / "data/obj.data");
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("data/obj/a.jpg: 1", "data/obj/b.jpg: 0"));
+  EXPECT_THAT(rejections(set), ElementsAre("gone.jpg:0: no picture"));
+}
+
+TEST(LabelsDarknet, NamesThatAreGivenCountBeforeThoseThatLieThere) {
+  const TempDirectory temp;
+  addPictures(temp, {"a.jpg"});
+  temp.write("classes.txt", "wrong\n");
+  tnv::LabelReading reading;
+  reading.names = temp.write("elsewhere/right.txt", "screw\n");
+  LogCapture log;
+  EXPECT_THAT(readSet(temp.path(), reading).classNames, ElementsAre("screw"));
+  // The file of names is no label text that was passed over.
+  EXPECT_EQ(log.text(), "");
+  reading.names = temp / "missing.names";
+  EXPECT_FALSE(tnv::readDarknetLabels(temp.path(), reading));
+  EXPECT_THAT(log.text(), HasSubstr("No class names in"));
+}
+
+TEST(LabelsDarknet, WithoutNamesPicturesOrAnythingThereIsNoSet) {
+  const TempDirectory temp;
+  LogCapture log;
+  EXPECT_FALSE(tnv::readDarknetLabels(temp / "missing", {}));
+  EXPECT_THAT(log.text(), HasSubstr("There is nothing at"));
+  temp.write("a.txt", kBox);
+  EXPECT_FALSE(tnv::readDarknetLabels(temp.path(), {}));
+  EXPECT_THAT(log.text(), HasSubstr("No class names found"));
+  const TempDirectory empty;
+  empty.write("classes.txt", "screw\n");
+  EXPECT_FALSE(tnv::readDarknetLabels(empty.path(), {}));
+  EXPECT_THAT(log.text(), HasSubstr("No pictures and no label texts in"));
+}
+
+TEST(LabelsDarknet, IsRecognisedByTextsOrADescription) {
+  const TempDirectory temp;
+  EXPECT_FALSE(tnv::isDarknetLabels(temp.path()));
+  EXPECT_FALSE(tnv::isDarknetLabels(temp / "missing"));
+  EXPECT_FALSE(tnv::isDarknetLabels(temp.write("a.jpg", "")));
+  EXPECT_TRUE(tnv::isDarknetLabels(temp.write("set/data.yaml", "")));
+  temp.write("deep/er/a.txt", "");
+  EXPECT_TRUE(tnv::isDarknetLabels(temp / "deep"));
+}
+
+TEST(LabelsDarknet, DamagedTextsNeverDoMoreThanReject) {
+  std::mt19937 random(5);
+  const std::string whole = std::string(kBox) + "1 0.25 0.25 0.75 0.25 0.5 0.75\n";
+  for (std::size_t size = 0; size <= whole.size(); ++size)
+    rejectionsOf(whole.substr(0, size));
+  for (int round = 0; round < 50; ++round) {
+    std::string noise(200, '\0');
+    for (char& c : noise)
+      c = static_cast<char>(random() & 0xff);
+    rejectionsOf(noise);
+  }
+  EXPECT_EQ(rejectionsOf(std::string(100000, '0')).size(), 1U);
+}
+
+TEST(LabelNames, YamlHasThemInManyForms) {
+  const char* texts[] = {
+      "names: [screw, 'hex nut', \"bolt\"]\n",
+      "names: [ 'screw' , hex nut,\n   bolt,\n]\nnc: 3\n",
+      "names:\n  [screw, hex nut, bolt]\n",
+      "nc: 3\nnames:\n- screw\n- hex nut # of steel\n- 'bolt'\n",
+      "names:\n  - screw\n\n  # a comment\n  - \"hex nut\"\n  - bolt\ntrain: images\n",
+      "names:\n  0: screw\n  1: hex nut\n  2: bolt\n",
+      "names:\r\n  2: bolt\r\n  0: 'screw'\r\n  1: hex nut\r\nval: x\r\n",
+      "names: {0: screw, 1: 'hex nut', 2: bolt}\n",
+      "\xEF\xBB\xBFnames : # all of them\n  0: screw\n  1: hex nut\n  2: bolt",
+  };
+  for (const char* text : texts) {
+    const auto classes = tnv::parseYaml(text).classes;
+    EXPECT_THAT(classes.names, ElementsAre("screw", "hex nut", "bolt")) << text;
+    EXPECT_THAT(classes.numbers, ElementsAre(0, 1, 2)) << text;
+  }
+}
+
+TEST(LabelNames, QuotesKeepWhatWouldEndAName) {
+  EXPECT_THAT(tnv::parseYaml("names: ['it''s', \"a \\\"b\\\"\", 'x, y', '#1']").classes.names,
+              ElementsAre("it's", "a \"b\"", "x, y", "#1"));
+}
+
+TEST(LabelNames, ANumberedMapMayHaveGapsOfAnySize) {
+  const auto classes = tnv::parseYaml("names:\n  2147483647: far\n  3: near\n  3: again\n").classes;
+  EXPECT_THAT(classes.names, ElementsAre("near", "far"));
+  EXPECT_THAT(classes.numbers, ElementsAre(3, 2147483647));
+}
+
+TEST(LabelNames, OtherYamlIsPassedOver) {
+  const char* texts[] = {"",
+                         "names",
+                         "names:",
+                         "names: coco.names",
+                         "names:\n",
+                         "nameses: [a]",
+                         "other:\n  names: [a]",
+                         "names: &x {a: b}"};
+  for (const char* text : texts)
+    EXPECT_THAT(tnv::parseYaml(text).classes.names, IsEmpty()) << text;
+  const auto description = tnv::parseYaml("path: ../set\ntrain: images/train # here\nval: 'v'\n");
+  EXPECT_THAT(description.sources, ElementsAre("../set/images/train", "../set/v"));
+}
+
+TEST(LabelNames, DamagedYamlEndsWhereItIsDamaged) {
+  const std::string whole = "names: ['it''s', \"a\\\"b\", {0: c}]\nnames:\n  0: x\n";
+  for (std::size_t size = 0; size <= whole.size(); ++size)
+    tnv::parseYaml(whole.substr(0, size));
+  EXPECT_THAT(tnv::parseYaml("names: [a, b").classes.names, ElementsAre("a", "b"));
+  EXPECT_THAT(tnv::parseYaml("names: ['a, b]").classes.names, ElementsAre("a, b]"));
+  EXPECT_THAT(tnv::parseYaml("names: " + std::string(100000, '[')).classes.names.size(), 1U);
+}
+
+TEST(LabelNames, WhatIsWrittenIsReadAgain) {
+  const Texts names{"screw", "it's", "a: b # c", "H\xFClse", "- x"};
+  const auto description = tnv::parseYaml(tnv::yamlText(names, "images"));
+  EXPECT_EQ(description.classes.names, names);
+  EXPECT_THAT(description.sources, ElementsAre("images", "images"));
+}
+
+namespace {
+
+/// Two pictures of one name in two directories, and one without labels.
+class DarknetRoundTrip : public testing::Test {
+ protected:
+  DarknetRoundTrip() {
+    addPictures(temp, {"a/x.jpg", "b/x.jpg", "b/y.png"});
+    set.classNames = {"screw", "nut"};
+    set.classNumbers = {0, 1};
+    set.pictures = {{temp / "a/x.jpg", {}, {}, {}},
+                    {temp / "b/x.jpg", {}, {}, {}},
+                    {temp / "b/y.png", {}, {}, {}}};
+    add(0, 1, {0.1, 0.2, 0.3, 0.4});
+    add(0, 0, {1.0 / 3, 1.0 / 7, 1.0 / 9, 1e-7});
+    add(1, 0, {0, 0, 1, 1});
+  }
+
+  void add(std::size_t picture, long long classNumber, cv::Rect2d box) {
+    set.take(set.pictures[picture], {classNumber, box, {}, 0, false}, false);
+  }
+
+  /// The set that comes back has the same classes and labels, in the same order.
+  void expectSame(const tnv::LabelSet& back) const {
+    EXPECT_EQ(back.classNames, set.classNames);
+    EXPECT_THAT(back.rejections, IsEmpty());
+    ASSERT_EQ(back.pictures.size(), set.pictures.size());
+    for (std::size_t i = 0; i < set.pictures.size(); ++i) {
+      const auto& before = set.pictures[i].labels;
+      const auto& after = back.pictures[i].labels;
+      ASSERT_EQ(after.size(), before.size()) << i;
+      for (std::size_t k = 0; k < before.size(); ++k) {
+        EXPECT_EQ(after[k].classPlace, before[k].classPlace);
+        EXPECT_NEAR(after[k].box.x, before[k].box.x, 1e-11);
+        EXPECT_NEAR(after[k].box.y, before[k].box.y, 1e-11);
+        EXPECT_NEAR(after[k].box.br().x, before[k].box.br().x, 1e-11);
+        EXPECT_NEAR(after[k].box.br().y, before[k].box.br().y, 1e-11);
+      }
+    }
+  }
+
+  TempDirectory temp;
+  tnv::LabelSet set;
+};
+
+}  // namespace
+
+TEST_F(DarknetRoundTrip, NumbersAreAsShortAsTheyCanBe) {
+  ASSERT_TRUE(tnv::writeDarknetLabels(set, temp / "out", {}));
+  EXPECT_EQ(readFile(temp / "out/labels/x.txt"),
+            "1 0.25 0.4 0.3 0.4\n0 0.388888888889 0.142857192857 0.111111111111 1e-07\n");
+  EXPECT_EQ(readFile(temp / "out/labels/y.txt"), "");
+  EXPECT_EQ(readFile(temp / "out/classes.txt"), "screw\nnut\n");
+}
+
+TEST_F(DarknetRoundTrip, ByReferenceThePicturesAreFoundWhereTheyLie) {
+  // Texts of others beside the pictures are not those of the export.
+  temp.write("a/x.txt", "0 0.5 0.5 1 1\n0 0.5 0.5 0.5 0.5\n");
+  ASSERT_TRUE(tnv::writeDarknetLabels(set, temp / "out", {}));
+  EXPECT_FALSE(fs::exists(temp / "out/images"));
+  const auto back = readSet(temp / "out");
+  EXPECT_THAT(pictures(back, temp.path()), ElementsAre("a/x.jpg: 2", "b/x.jpg: 1", "b/y.png: 0"));
+  expectSame(back);
+}
+
+TEST_F(DarknetRoundTrip, CopiesLieBesideTheLabels) {
+  temp.write("a/x.jpg", "first");
+  temp.write("b/x.jpg", "second");
+  tnv::LabelWriting writing;
+  writing.copy = true;
+  ASSERT_TRUE(tnv::writeDarknetLabels(set, temp / "out/", writing));
+  EXPECT_EQ(readFile(temp / "out/images/x.jpg"), "first");
+  EXPECT_EQ(readFile(temp / "out/images/x_2.jpg"), "second");
+  const auto back = readSet(temp / "out/data.yaml");
+  EXPECT_THAT(pictures(back, temp.path()),
+              ElementsAre("out/images/x.jpg: 2", "out/images/x_2.jpg: 1", "out/images/y.png: 0"));
+  expectSame(back);
+}
+
+TEST_F(DarknetRoundTrip, AFailureIsToldAndTheRestIsWritten) {
+  temp.makeDirectory("out/labels/x.txt/in the way");
+  LogCapture log;
+  EXPECT_FALSE(tnv::writeDarknetLabels(set, temp / "out", {}));
+  EXPECT_THAT(log.text(), HasSubstr("writeDarknetLabels: Could not write"));
+  EXPECT_TRUE(fs::exists(temp / "out/labels/x_2.txt"));
+  EXPECT_FALSE(tnv::writeDarknetLabels(set, temp.write("file", ""), {}));
+}

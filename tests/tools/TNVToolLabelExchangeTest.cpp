@@ -1,0 +1,421 @@
+#include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
+
+#include <filesystem>
+#include <limits>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "marks/TNVMarkCircle.h"
+#include "marks/TNVMarkPoint.h"
+#include "marks/TNVMarkPolyLine.h"
+#include "marks/TNVMarkRect.h"
+#include "project/TNVTrainSet.h"
+#include "support/LogCapture.h"
+#include "support/ProjectBuilder.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::UnorderedElementsAre;
+
+using Reasons = std::map<std::string, int>;
+
+/// A project with the classes screw and nut and the pictures a.png and b.png of 64 by 48 pixels.
+class LabelExchange : public testing::Test {
+ protected:
+  LabelExchange() {
+    builder.withClasses({"screw", "nut"}).withPictures({"a.png", "b.png"});
+    labels = builder.temp.makeDirectory("labels of others");
+    labelsFile("classes.txt", "nut\nscrew\n");
+    exchange.wSetPictureDirectory(builder.temp / "pictures");
+  }
+
+  void labelsFile(const std::string& name, const std::string& text) const {
+    builder.temp.write("labels of others/" + name, text);
+  }
+
+  TNVTrainSet& record(std::size_t number) {
+    return *builder.project().wGetTrainSets().at(number).getNativeTrainSet();
+  }
+
+  const std::vector<std::unique_ptr<TNVMark>>& marks(std::size_t number) {
+    return record(number).marks;
+  }
+
+  int addMarks() {
+    const int added =
+        exchange.wAddMarks(builder.project().wGetTrainSets(), builder.project().wGetDNNClasses());
+    EXPECT_EQ(added + exchange.wGetRejected(), exchange.wGetFound());
+    return added;
+  }
+
+  bool readMarks() {
+    return exchange.wReadMarks(builder.project().wGetTrainSets(),
+                               builder.project().wGetDNNClasses());
+  }
+
+  void mark(std::size_t number, TNVMark&& mark, const std::vector<int>& classIdx) {
+    mark.classIdx = classIdx;
+    ASSERT_TRUE(record(number).addMark(mark));
+  }
+
+  /// Writes the set in memory as Darknet labels and gives the text for a picture.
+  std::string written(const std::string& name) {
+    EXPECT_TRUE(exchange.wSetFormat("Darknet"));
+    EXPECT_TRUE(exchange.wWrite(out()));
+    return readFile(out() + "/labels/" + name + ".txt");
+  }
+
+  std::string out() const { return builder.temp / "out"; }
+
+  ProjectBuilder builder;
+  std::string labels;
+  WTNVToolLabelExchange exchange;
+};
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+}  // namespace
+
+TEST_F(LabelExchange, KnowsItsFormatsAndNoOther) {
+  const auto formats = WTNVToolLabelExchange::wGetAvailableFormats();
+  for (const std::string& format : formats)
+    EXPECT_TRUE(exchange.wSetFormat(format)) << format;
+  EXPECT_THAT(formats, testing::Contains("Darknet"));
+  EXPECT_TRUE(exchange.wSetFormat(""));
+  LogCapture log;
+  EXPECT_FALSE(exchange.wSetFormat("darknet"));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("TNVToolLabelExchange::setFormat: Unknown format 'darknet'!"));
+}
+
+TEST_F(LabelExchange, ASetThatIsReadTellsClassesPicturesAndCounts) {
+  labelsFile("a.txt", "0 0.5 0.5 0.25 0.5\n7 0.5 0.5 0.25 0.5\nbroken\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_EQ(exchange.wGetReadFormat(), "Darknet");
+  EXPECT_THAT(exchange.wGetClassNames(), ElementsAre("nut", "screw"));
+  EXPECT_THAT(exchange.wGetImagePaths(),
+              ElementsAre(builder.temp / "pictures/a.png", builder.temp / "pictures/b.png"));
+  EXPECT_EQ(exchange.wGetFound(), 3);
+  EXPECT_EQ(exchange.wGetRejected(), 2);
+  EXPECT_EQ(exchange.wGetReasons(),
+            (Reasons{{"neither a box nor an outline", 1}, {"unknown class", 1}}));
+  EXPECT_THAT(exchange.wGetRejections(),
+              ElementsAre(labels + "a.txt:2: unknown class",
+                          labels + "a.txt:3: neither a box nor an outline"));
+}
+
+TEST_F(LabelExchange, AFailedReadLeavesNothingInMemory) {
+  labelsFile("a.txt", "0 0.5 0.5 0.25 0.5\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  LogCapture log;
+  EXPECT_FALSE(exchange.wRead(builder.temp / "missing"));
+  EXPECT_THAT(log.text(), HasSubstr("TNVToolLabelExchange::read: No labels of a known format at"));
+  EXPECT_EQ(exchange.wGetFound(), 0);
+  EXPECT_THAT(exchange.wGetClassNames(), IsEmpty());
+  EXPECT_EQ(exchange.wGetReadFormat(), "");
+  EXPECT_TRUE(exchange.wSetFormat("Darknet"));
+  EXPECT_FALSE(exchange.wRead(builder.temp / "missing"));
+  EXPECT_THAT(log.text(), HasSubstr("There is nothing at"));
+}
+
+TEST_F(LabelExchange, BoxesAndOutlinesBecomeMarksOfTheClassOfTheirName) {
+  labelsFile("a.txt", "1 0.5 0.375 0.25 0.5\n0 0.25 0.25 0.75 0.25 0.5 0.75\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_EQ(addMarks(), 2);
+  ASSERT_EQ(marks(0).size(), 2U);
+  const auto* box = dynamic_cast<const TNVMarkRect*>(marks(0)[0].get());
+  ASSERT_TRUE(box);
+  EXPECT_EQ(box->type, "Rect");
+  EXPECT_EQ(box->center, cv::Point2d(0.5, 0.375));
+  EXPECT_EQ(box->size, cv::Point2d(0.25, 0.5));
+  // The project counts screw as 0, the labels as 1.
+  EXPECT_THAT(box->classIdx, ElementsAre(0));
+  const auto* line = dynamic_cast<const TNVMarkPolyLine*>(marks(0)[1].get());
+  ASSERT_TRUE(line);
+  EXPECT_TRUE(line->closed);
+  EXPECT_EQ(line->polyPoints, (TNVMark::Points{{0.25, 0.25}, {0.75, 0.25}, {0.5, 0.75}}));
+  EXPECT_EQ(line->center, cv::Point2d(0.5, 0.5));
+  EXPECT_THAT(line->classIdx, ElementsAre(1));
+  EXPECT_THAT(marks(1), IsEmpty());
+}
+
+TEST_F(LabelExchange, MarksAreSavedByThePartialUpdateOfTheProject) {
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  builder.reopened();
+  labelsFile("b.txt", "1 0.5 0.375 0.25 0.5\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  ASSERT_EQ(addMarks(), 1);
+  EXPECT_FALSE(record(0).changed);
+  EXPECT_TRUE(record(1).changed);
+  ASSERT_TRUE(builder.project().wUpdate(false));
+  builder.reopened();
+  for (const auto& trainSet : builder.project().wGetTrainSets())
+    trainSet.wLoadData();
+  EXPECT_EQ(marks(0).size(), 0U);
+  ASSERT_EQ(marks(1).size(), 1U);
+  EXPECT_EQ(marks(1)[0]->center, cv::Point2d(0.5, 0.375));
+}
+
+TEST_F(LabelExchange, ImportingTwiceDoublesNothing) {
+  labelsFile("a.txt", "1 0.5 0.375 0.25 0.5\n0 0.25 0.25 0.75 0.25 0.5 0.75\n");
+  labelsFile("b.txt", "0 0.123456 0.654321 0.111111 0.222222\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_EQ(addMarks(), 3);
+  EXPECT_EQ(addMarks(), 0);
+  EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"already marked", 3}}));
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  builder.reopened();
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_EQ(addMarks(), 0);
+  EXPECT_EQ(exchange.wGetRejected(), 3);
+  EXPECT_EQ(marks(0).size() + marks(1).size(), 3U);
+}
+
+TEST_F(LabelExchange, AlreadyMarkedIsTheSameKindClassAndPlace) {
+  struct Row {
+    const char* label;
+    bool isNew;
+  };
+  const Row rows[] = {
+      {"1 0.5 0.5 0.25 0.5", false},
+      {"1 0.5000009 0.5 0.25 0.5", false},
+      {"1 0.4999991 0.5 0.25 0.5", false},
+      {"1 0.5 0.5 0.25 0.5000009", false},
+      {"1 0.500002 0.5 0.25 0.5", true},
+      {"1 0.5 0.499998 0.25 0.5", true},
+      {"1 0.5 0.5 0.250002 0.5", true},
+      {"1 0.5 0.5 0.25 0.499998", true},
+      {"1 0.25 0.25 0.75 0.25 0.5 0.75", false},
+      {"1 0.25 0.25 0.75 0.2500009 0.5 0.75", false},
+      {"1 0.25 0.25 0.75 0.250002 0.5 0.75", true},
+      {"1 0.25 0.25 0.75 0.25 0.5 0.75 0.3 0.5", true},
+      {"1 0.75 0.25 0.5 0.75 0.25 0.25", true},
+  };
+  mark(0, TNVMarkRect({0.375, 0.25}, {0.625, 0.75}, false), {1, 0});
+  mark(0, TNVMarkPolyLine({{0.25, 0.25}, {0.75, 0.25}, {0.5, 0.75}}, true), {0});
+  // Equal in place, but of other kinds.
+  mark(0, TNVMarkPolyLine({{0.75, 0.25}, {0.5, 0.75}, {0.25, 0.25}}, false), {0});
+  mark(0, TNVMarkPolyLine(TNVMark::Points(), true), {0});
+  const std::size_t before = marks(0).size();
+  for (const Row& row : rows) {
+    labelsFile("a.txt", row.label);
+    ASSERT_TRUE(exchange.wRead(labels));
+    EXPECT_EQ(addMarks(), row.isNew ? 1 : 0) << row.label;
+    while (marks(0).size() > before)
+      record(0).removeMark(record(0).marks.back().get());
+  }
+}
+
+TEST_F(LabelExchange, EachClassOfAMarkCounts) {
+  mark(0, TNVMarkRect({0.375, 0.25}, {0.625, 0.75}, false), {1});
+  labelsFile("a.txt", "0 0.5 0.5 0.25 0.5\n1 0.5 0.5 0.25 0.5\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_EQ(addMarks(), 1);
+  EXPECT_THAT(marks(0).back()->classIdx, ElementsAre(0));
+}
+
+TEST_F(LabelExchange, ALabelThatIsThereTwiceIsAddedOnce) {
+  labelsFile("a.txt", "0 0.5 0.5 0.25 0.5\n0 0.5 0.5 0.25 0.5\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_EQ(addMarks(), 1);
+  EXPECT_THAT(exchange.wGetRejections(), ElementsAre(labels + "a.txt:2: already marked"));
+}
+
+TEST_F(LabelExchange, APictureIsKnownByItsAbsolutePathToo) {
+  labelsFile("a.txt", "1 0.5 0.5 0.25 0.5\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  TNVTrainSet trainSet("somewhere/a.png", builder.temp / "pictures/");
+  EXPECT_EQ(exchange.wAddMarks({WTNVTrainSet(&trainSet)}, builder.project().wGetDNNClasses()), 1);
+  EXPECT_EQ(trainSet.marks.size(), 1U);
+}
+
+TEST_F(LabelExchange, LabelsWithoutTrainSetOrClassAreRejected) {
+  labelsFile("classes.txt", "bolt\nscrew\n");
+  labelsFile("a.txt", "0 0.5 0.5 0.25 0.5\n1 0.5 0.5 0.25 0.5\n");
+  labelsFile("c.txt", "1 0.5 0.5 0.25 0.5\n");
+  builder.picture("c.png");
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_EQ(addMarks(), 1);
+  EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"class is not in the project", 1},
+                                             {"picture is not among the train sets", 1}}));
+  EXPECT_THAT(exchange.wGetRejections(),
+              ElementsAre(labels + "a.txt:1: class is not in the project",
+                          labels + "c.txt:1: picture is not among the train sets"));
+}
+
+TEST_F(LabelExchange, NullHandlesAreLeftOut) {
+  labelsFile("a.txt", "1 0.5 0.5 0.25 0.5\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_EQ(exchange.wAddMarks({WTNVTrainSet()}, {WTNVDNNClass()}), 0);
+  EXPECT_EQ(exchange.wGetRejected(), 1);
+  EXPECT_FALSE(exchange.wReadMarks({}, {}));
+  EXPECT_TRUE(exchange.wReadMarks({}, builder.project().wGetDNNClasses()));
+  EXPECT_EQ(exchange.wGetFound(), 0);
+}
+
+TEST_F(LabelExchange, ADamagedRecordThrowsBeforeAnythingIsAdded) {
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  builder.reopened();
+  builder.temp.write("projects/demo/is_set/" + fs::path(record(1).dataPath).filename().string(),
+                     "<?xml");
+  labelsFile("a.txt", "1 0.5 0.5 0.25 0.5\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_THROW(addMarks(), cv::Exception);
+  EXPECT_THAT(marks(0), IsEmpty());
+}
+
+TEST_F(LabelExchange, ClippingIsAChoiceOnReading) {
+  labelsFile("a.txt", "1 0 0.5 0.5 0.5\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_EQ(exchange.wGetRejected(), 1);
+  exchange.wSetClip(true);
+  ASSERT_TRUE(exchange.wRead(labels));
+  EXPECT_EQ(exchange.wGetCut(), 1);
+  EXPECT_EQ(addMarks(), 1);
+  EXPECT_EQ(marks(0)[0]->center, cv::Point2d(0.125, 0.5));
+}
+
+TEST_F(LabelExchange, MarksGoOutAsTheirBoxes) {
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {1});
+  mark(0, TNVMarkPolyLine({{0.25, 0.25}, {0.75, 0.25}, {0.5, 0.75}}, true), {0});
+  // Its rim is 12 pixels from the middle of 64 by 48 pixels.
+  mark(0, TNVMarkCircle({0.5, 0.5}, {0.5 + 12.0 / 64, 0.5}), {0});
+  ASSERT_TRUE(readMarks());
+  EXPECT_EQ(exchange.wGetFound(), 3);
+  EXPECT_EQ(exchange.wGetRejected(), 0);
+  std::istringstream lines(written("a"));
+  const double expected[][5] = {
+      {1, 0.5, 0.375, 0.5, 0.25}, {0, 0.5, 0.5, 0.5, 0.5}, {0, 0.5, 0.5, 24.0 / 64, 24.0 / 48}};
+  for (const auto& row : expected) {
+    for (const double number : row) {
+      double read = -1;
+      lines >> read;
+      EXPECT_NEAR(read, number, 1e-9);
+    }
+  }
+}
+
+TEST_F(LabelExchange, AMarkOfSeveralClassesIsALabelForEach) {
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {1, 0});
+  ASSERT_TRUE(readMarks());
+  EXPECT_EQ(written("a"), "1 0.5 0.375 0.5 0.25\n0 0.5 0.375 0.5 0.25\n");
+}
+
+TEST_F(LabelExchange, MarksThatCannotGoOutAreRejectedByTheirNumber) {
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  const TNVMarkRect box({0.25, 0.25}, {0.75, 0.5}, false);
+  mark(0, TNVMarkRect(box), {});
+  mark(0, TNVMarkRect(box), {77});
+  mark(0, TNVMarkPoint({0.5, 0.5}), {0});
+  mark(0, TNVMarkRect({kNan, 0.25}, {0.75, 0.5}, true), {0, 1});
+  mark(0, TNVMarkRect({1.25, 0.25}, {1.75, 0.5}, false), {0});
+  ASSERT_TRUE(readMarks());
+  const std::string file = record(0).dataPath;
+  EXPECT_THAT(exchange.wGetRejections(),
+              ElementsAre(file + ":1: mark without a class", file + ":2: unknown class",
+                          file + ":3: no width or no height", file + ":4: not a finite number",
+                          file + ":4: not a finite number", file + ":5: lies outside the picture"));
+  EXPECT_EQ(written("a"), "");
+}
+
+TEST_F(LabelExchange, MarksAreCutAtTheEdgesOfThePicture) {
+  mark(0, TNVMarkRect({-0.5, 0.25}, {0.5, 0.75}, false), {0});
+  ASSERT_TRUE(readMarks());
+  EXPECT_EQ(exchange.wGetCut(), 1);
+  EXPECT_EQ(written("a"), "0 0.25 0.5 0.5 0.5\n");
+}
+
+TEST_F(LabelExchange, AMarkWhoseSizeDependsOnAMissingPictureIsRejected) {
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {0});
+  mark(0, TNVMarkPolyLine({{0.25, 0.25}, {0.75, 0.25}, {0.5, 0.75}}, false), {0, 1});
+  fs::remove(builder.temp / "pictures/a.png");
+  ASSERT_TRUE(readMarks());
+  EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"size of the picture is unknown", 2}}));
+  EXPECT_EQ(written("a"), "0 0.5 0.375 0.5 0.25\n");
+}
+
+TEST_F(LabelExchange, ClassesGoOutByTheirNumbers) {
+  const auto classes = builder.project().wGetDNNClasses();
+  ASSERT_TRUE(builder.project().wUpdateDNNClass(classes[0], "screw", 1, "", "", 0, 0, 0));
+  LogCapture log;
+  EXPECT_FALSE(readMarks());
+  EXPECT_THAT(log.text(),
+              HasSubstr("TNVToolLabelExchange::readMarks: The numbers of the classes do "
+                        "not run from 0 without gaps!"));
+  ASSERT_TRUE(builder.project().wUpdateDNNClass(classes[1], "nut", 0, "", "", 0, 0, 0));
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {0});
+  ASSERT_TRUE(readMarks());
+  EXPECT_THAT(exchange.wGetClassNames(), ElementsAre("nut", "screw"));
+  EXPECT_EQ(written("a"), "1 0.5 0.375 0.5 0.25\n");
+  for (const char* name : {"two\nlines", " blank", "blank ", "carriage\r"}) {
+    ASSERT_TRUE(builder.project().wUpdateDNNClass(classes[1], name, 0, "", "", 0, 0, 0));
+    EXPECT_FALSE(readMarks()) << name;
+  }
+}
+
+TEST_F(LabelExchange, WhatWentOutComesBackWithTheSameMarks) {
+  mark(0, TNVMarkRect({1.0 / 3, 1.0 / 7}, {2.0 / 3, 6.0 / 7}, false), {1});
+  mark(1, TNVMarkRect({0, 0}, {1, 1}, false), {0});
+  ASSERT_TRUE(readMarks());
+  written("a");
+  exchange.wSetPictureDirectory("");
+  ASSERT_TRUE(exchange.wRead(out()));
+  EXPECT_EQ(exchange.wGetFound(), 2);
+  EXPECT_EQ(addMarks(), 0);
+  EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"already marked", 2}}));
+}
+
+TEST_F(LabelExchange, AnExportReplacesNothingButAnExport) {
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {1});
+  ASSERT_TRUE(readMarks());
+  LogCapture log;
+  EXPECT_FALSE(exchange.wWrite(out()));
+  EXPECT_THAT(log.text(), HasSubstr("TNVToolLabelExchange::write: No format was set!"));
+  exchange.wSetFormat("Darknet");
+  EXPECT_FALSE(exchange.wCanWrite(""));
+  EXPECT_FALSE(exchange.wCanWrite(labels));
+  EXPECT_FALSE(exchange.wWrite(labels));
+  EXPECT_THAT(log.text(), HasSubstr("holds files that are no earlier export!"));
+  EXPECT_FALSE(exchange.wWrite(labels + "classes.txt"));
+  EXPECT_EQ(readFile(labels + "classes.txt"), "nut\nscrew\n");
+  EXPECT_TRUE(exchange.wCanWrite(out()));
+  EXPECT_FALSE(fs::exists(out()));
+  fs::create_directories(out());
+  ASSERT_TRUE(exchange.wWrite(out()));
+  builder.temp.write("out/labels/stale.txt", "0 0.5 0.5 1 1\n");
+  ASSERT_TRUE(exchange.wWrite(out()));
+  EXPECT_FALSE(fs::exists(out() + "/labels/stale.txt"));
+  EXPECT_TRUE(fs::exists(out() + "/labels/a.txt"));
+}
+
+TEST_F(LabelExchange, AnExportNeverReplacesItsOwnSources) {
+  exchange.wSetFormat("Darknet");
+  exchange.wSetCopy(true);
+  exchange.wSetPictureDirectory("");
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {1});
+  ASSERT_TRUE(readMarks());
+  ASSERT_TRUE(exchange.wWrite(out()));
+  ASSERT_TRUE(exchange.wRead(out()));
+  LogCapture log;
+  EXPECT_FALSE(exchange.wCanWrite(out()));
+  EXPECT_FALSE(exchange.wWrite(out()));
+  EXPECT_THAT(log.text(), AllOf(HasSubstr("is not written to"), HasSubstr("out/images/a.png")));
+  EXPECT_TRUE(fs::exists(out() + "/images/a.png"));
+  EXPECT_TRUE(exchange.wWrite(builder.temp / "other"));
+  // The texts are sources too, even if the pictures lie elsewhere.
+  exchange.wSetCopy(false);
+  ASSERT_TRUE(exchange.wWrite(builder.temp / "texts"));
+  ASSERT_TRUE(exchange.wRead(builder.temp / "texts"));
+  EXPECT_FALSE(exchange.wWrite(builder.temp / "texts"));
+  EXPECT_THAT(log.text(), HasSubstr("texts/labels/a.txt"));
+  EXPECT_TRUE(fs::exists(builder.temp / "texts/labels/a.txt"));
+}
