@@ -1,6 +1,9 @@
 #include "tools/LabelFiles.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <unordered_set>
 
@@ -97,6 +100,16 @@ std::vector<std::string> outputNames(const LabelSet& set) {
     names.push_back(std::move(name));
   }
   return names;
+}
+
+std::string pixelText(double pixels) {
+  // Less would show what dividing and multiplying do to the last digits of a double.
+  constexpr double kRounding = 1e6;
+  std::array<char, 32> digits;
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(),
+                                 std::round(pixels * kRounding) / kRounding)
+                       .ptr;
+  return {digits.data(), end};
 }
 
 std::string pictureExtension(const std::string& path) {

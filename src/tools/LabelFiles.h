@@ -38,6 +38,9 @@ std::optional<std::vector<std::string>> readNames(const std::string& file);
 /// case only count as the same, since on some file systems they are.
 std::vector<std::string> outputNames(const LabelSet& set);
 
+/// A length in pixels, to a millionth of one, in its shortest form and with a decimal point.
+std::string pixelText(double pixels);
+
 /// The extension of a picture with its dot, or nothing.
 std::string pictureExtension(const std::string& path);
 

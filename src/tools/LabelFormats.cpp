@@ -1,6 +1,8 @@
 #include "tools/LabelFormats.h"
 
+#include "tools/LabelsCoco.h"
 #include "tools/LabelsDarknet.h"
+#include "tools/LabelsVoc.h"
 
 namespace tnv {
 
@@ -8,6 +10,8 @@ namespace {
 
 /// Texts lie beside the labels of other formats too, so that Darknet comes last.
 constexpr LabelFormat kFormats[] = {
+    {"COCO", isCocoLabels, readCocoLabels, writeCocoLabels, true, true},
+    {"VOC", isVocLabels, readVocLabels, writeVocLabels, true, false},
     {"Darknet", isDarknetLabels, readDarknetLabels, writeDarknetLabels, false, false},
 };
 

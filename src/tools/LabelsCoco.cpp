@@ -1,0 +1,446 @@
+#include "tools/LabelsCoco.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <memory>
+#include <string_view>
+#include <unordered_map>
+
+#include <json/reader.h>
+#include <json/value.h>
+#include <json/writer.h>
+
+#include "foundation/Files.h"
+#include "foundation/Log.h"
+#include "tools/LabelFiles.h"
+
+namespace tnv {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kReadWho = "readCocoLabels";
+constexpr std::string_view kWriteWho = "writeCocoLabels";
+
+constexpr std::string_view kOutputFile = "annotations.json";
+constexpr std::string_view kImagesDirectory = "images/";
+
+/// What every file of boxes has; others of the family have captions or whole scenes.
+constexpr std::string_view kKeys[] = {"\"images\"", "\"annotations\"", "\"categories\"",
+                                      "\"bbox\""};
+
+constexpr int kCoordinatesOfBox = 4;
+constexpr Json::ArrayIndex kFewestCoordinates = 6;
+
+/// Deeper nesting is no label file; the parser would run out of stack.
+constexpr int kDeepest = 100;
+
+bool isJson(const fs::path& path) {
+  std::error_code error;
+  return path.extension() == ".json" && fs::is_regular_file(path, error);
+}
+
+bool holdsBoxes(const std::string& file) {
+  const auto content = readFile(file);
+  return content && std::all_of(std::begin(kKeys), std::end(kKeys), [&](std::string_view key) {
+           return content->find(key) != content->npos;
+         });
+}
+
+std::vector<std::string> jsonFilesIn(const fs::path& directory) {
+  std::vector<std::string> files;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(directory, error)) {
+    if (isJson(entry.path())) files.push_back(withForwardSlashes(entry.path().string()));
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+/// The files of boxes at the path.
+std::vector<std::string> filesOf(const std::string& path) {
+  if (isJson(path)) return {absolutePicturePath(path)};
+  const fs::path root(absolutePicturePath(path));
+  for (const fs::path& directory : {root, root / "annotations"}) {
+    std::vector<std::string> files = jsonFilesIn(directory);
+    std::erase_if(files, [](const std::string& file) { return !holdsBoxes(file); });
+    if (!files.empty()) return files;
+  }
+  return {};
+}
+
+std::optional<Json::Value> parse(const std::string& text, const std::string& file) {
+  Json::CharReaderBuilder builder;
+  builder["stackLimit"] = kDeepest;
+  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+  Json::Value root;
+  std::string errors;
+  const std::string_view plain = withoutByteOrderMark(text);
+  bool parsed = false;
+  try {
+    parsed = reader->parse(plain.data(), plain.data() + plain.size(), &root, &errors);
+  } catch (const Json::Exception& error) {
+    errors = error.what();
+  }
+  if (parsed && root.isObject()) return root;
+  logLine(std::string(kReadWho) + ": '" + file + "' is no whole JSON file! " + errors);
+  return std::nullopt;
+}
+
+/// The line of an offset into a text, counted from 1.
+class Lines {
+ public:
+  explicit Lines(std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      if (text[i] == '\n') ends.push_back(i);
+    }
+  }
+
+  std::size_t of(const Json::Value& value) const {
+    const auto offset = static_cast<std::size_t>(std::max<std::ptrdiff_t>(value.getOffsetStart(), 0));
+    const auto end = std::lower_bound(ends.begin(), ends.end(), offset);
+    return static_cast<std::size_t>(end - ends.begin()) + 1;
+  }
+
+ private:
+  std::vector<std::size_t> ends;
+};
+
+/// A number or a text that names something; empty for all else.
+std::string idOf(const Json::Value& value) {
+  return value.isIntegral() || value.isString() ? value.asString() : std::string();
+}
+
+std::string textOf(const Json::Value& object, const char* key) {
+  const Json::Value* value = object.find(key, key + std::string_view(key).size());
+  return value != nullptr && value->isString() ? value->asString() : std::string();
+}
+
+const Json::Value& memberOf(const Json::Value& object, const char* key) {
+  static const Json::Value null;
+  if (!object.isObject()) return null;
+  const Json::Value* value = object.find(key, key + std::string_view(key).size());
+  return value != nullptr ? *value : null;
+}
+
+/// A list under a key; an empty one for all else.
+const Json::Value& listOf(const Json::Value& object, const char* key) {
+  static const Json::Value none(Json::arrayValue);
+  const Json::Value& list = memberOf(object, key);
+  return list.isArray() ? list : none;
+}
+
+int sideOf(const Json::Value& image, const char* key) {
+  const Json::Value& side = memberOf(image, key);
+  if (!side.isNumeric()) return 0;
+  const double value = side.asDouble();
+  return value >= 1 && value <= std::numeric_limits<int>::max() ? static_cast<int>(value) : 0;
+}
+
+/// The name of the part of a set that a file like "instances_train2017.json" is about.
+std::string splitOf(const std::string& file) {
+  const std::string stem = fs::path(file).stem().string();
+  const auto underscore = stem.rfind('_');
+  return underscore == stem.npos ? stem : stem.substr(underscore + 1);
+}
+
+/// Finds the pictures of a file.
+class PictureFinder {
+ public:
+  PictureFinder(const std::string& file, const std::string& pictures) {
+    if (!pictures.empty()) {
+      directories = {asDirectory(pictures)};
+      return;
+    }
+    const fs::path here = fs::path(file).parent_path();
+    const std::string split = splitOf(file);
+    for (const fs::path& base : {here, here.parent_path()}) {
+      for (const fs::path& directory :
+           {base, base / "images", base / split, base / "images" / split})
+        directories.push_back(asDirectory(directory.string()));
+    }
+  }
+
+  /// Where the picture lies; nothing if it is nowhere. A set that was made on this machine may name
+  /// it by its whole path.
+  std::optional<std::string> find(const std::string& name) const {
+    if (fs::path(name).is_absolute()) return ifThere(absolutePicturePath(name));
+    for (const std::string& directory : directories) {
+      const auto path = pathBelow(directory, name);
+      if (!path) return std::nullopt;
+      if (const auto found = ifThere(*path)) return found;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  static std::optional<std::string> ifThere(const std::string& path) {
+    std::error_code error;
+    return fs::is_regular_file(path, error) ? std::optional(path) : std::nullopt;
+  }
+
+  std::vector<std::string> directories;
+};
+
+using Numbers = std::vector<double>;
+
+/// The numbers of a list; empty if it holds anything else.
+Numbers numbersOf(const Json::Value& list) {
+  Numbers numbers;
+  if (!list.isArray()) return numbers;
+  for (const Json::Value& number : list) {
+    if (!number.isNumeric()) return {};
+    numbers.push_back(number.asDouble());
+  }
+  return numbers;
+}
+
+/// The corners of the only polygon of an annotation, in pixels; empty if it has none or several.
+std::vector<cv::Point2d> outlineOf(const Json::Value& annotation) {
+  const Json::Value& polygons = memberOf(annotation, "segmentation");
+  if (!polygons.isArray() || polygons.size() != 1) return {};
+  const Numbers numbers = numbersOf(polygons[0]);
+  std::vector<cv::Point2d> corners;
+  if (numbers.size() < kFewestCoordinates || numbers.size() % 2 != 0) return corners;
+  for (std::size_t i = 0; i < numbers.size(); i += 2)
+    corners.emplace_back(numbers[i], numbers[i + 1]);
+  return corners;
+}
+
+/// Reads one file after the other into one set.
+class CocoReader {
+ public:
+  CocoReader(LabelSet& target, const LabelReading& manner) : set(target), reading(manner) {}
+
+  void read(const std::string& path) {
+    const auto content = readFile(path);
+    if (!content) return set.reject(path, 0, "file cannot be read");
+    const auto root = parse(*content, path);
+    if (!root) return set.reject(path, 0, "file cannot be read");
+    file = path;
+    addCategories(listOf(*root, "categories"));
+    addImages(listOf(*root, "images"));
+    const Lines lines(*content);
+    for (const Json::Value& annotation : listOf(*root, "annotations"))
+      addAnnotation(annotation, lines.of(annotation));
+  }
+
+ private:
+  struct Picture {
+    std::optional<std::size_t> place;  ///< in the set; nothing for one that is not there
+    cv::Size size;
+  };
+
+  void addCategories(const Json::Value& categories) {
+    classes.clear();
+    std::map<long long, std::string> byId;
+    for (const Json::Value& category : categories) {
+      const Json::Value& id = memberOf(category, "id");
+      if (id.isInt64()) byId[id.asInt64()] = category.isObject() ? textOf(category, "name") : "";
+    }
+    for (const auto& [id, name] : byId)
+      classes[id] = classNumberOf(name);
+  }
+
+  long long classNumberOf(const std::string& name) {
+    const auto known = std::find(set.classNames.begin(), set.classNames.end(), name);
+    const auto place = static_cast<long long>(known - set.classNames.begin());
+    if (known == set.classNames.end()) {
+      set.classNames.push_back(name);
+      set.classNumbers.push_back(place);
+    }
+    return place;
+  }
+
+  void addImages(const Json::Value& images) {
+    pictures.clear();
+    const PictureFinder finder(file, reading.pictures);
+    for (const Json::Value& image : images) {
+      if (!image.isObject()) continue;
+      Picture picture;
+      picture.size = {sideOf(image, "width"), sideOf(image, "height")};
+      if (const auto path = finder.find(textOf(image, "file_name")))
+        picture.place = placeOf(*path, picture.size);
+      pictures.emplace(idOf(memberOf(image, "id")), picture);
+    }
+  }
+
+  std::size_t placeOf(const std::string& path, cv::Size size) {
+    const auto [place, isNew] = places.emplace(path, set.pictures.size());
+    if (isNew) set.pictures.push_back({path, file, size, {}});
+    return place->second;
+  }
+
+  void addAnnotation(const Json::Value& annotation, std::size_t line) {
+    const auto rejectFor = [&](const char* reason) { set.reject(file, line, reason); };
+    if (!annotation.isObject()) return rejectFor("no annotation");
+    const auto picture = pictures.find(idOf(memberOf(annotation, "image_id")));
+    if (picture == pictures.end()) return rejectFor("unknown picture");
+    if (!picture->second.place) return rejectFor("no picture");
+    if (picture->second.size.empty()) return rejectFor("size of the picture is unknown");
+    const Json::Value& crowd = memberOf(annotation, "iscrowd");
+    if (crowd.isIntegral() && crowd.asLargestInt() != 0) return rejectFor("a crowd, no object");
+    FoundLabel label;
+    label.line = line;
+    label.classNumber = numberOf(memberOf(annotation, "category_id"));
+    if (!fillPlace(label, annotation, picture->second.size)) return rejectFor("no box");
+    LabelledPicture& target = set.pictures[*picture->second.place];
+    target.labelFile = file;
+    set.take(target, label, reading.clip);
+  }
+
+  /// The place of the category in the set, or a number that no class has.
+  long long numberOf(const Json::Value& category) const {
+    if (!category.isInt64()) return -1;
+    const auto place = classes.find(category.asInt64());
+    return place == classes.end() ? -1 : place->second;
+  }
+
+  static bool fillPlace(FoundLabel& label, const Json::Value& annotation, cv::Size size) {
+    const double width = size.width;
+    const double height = size.height;
+    for (const cv::Point2d& corner : outlineOf(annotation))
+      label.outline.emplace_back(corner.x / width, corner.y / height);
+    if (!label.outline.empty()) return true;
+    const Numbers box = numbersOf(memberOf(annotation, "bbox"));
+    if (box.size() != kCoordinatesOfBox) return false;
+    label.box = {box[0] / width, box[1] / height, box[2] / width, box[3] / height};
+    return true;
+  }
+
+  LabelSet& set;
+  const LabelReading& reading;
+  std::string file;
+  std::unordered_map<long long, long long> classes;
+  std::unordered_map<std::string, Picture> pictures;
+  std::unordered_map<std::string, std::size_t> places;
+};
+
+/// A text with its quotes.
+std::string quoted(const std::string& text) {
+  return Json::valueToQuotedString(text.c_str());
+}
+
+std::string boxText(const cv::Rect2d& box) {
+  return "[" + pixelText(box.x) + "," + pixelText(box.y) + "," + pixelText(box.width) + "," +
+         pixelText(box.height) + "]";
+}
+
+cv::Point2d inPixels(cv::Point2d point, cv::Size size) {
+  return {point.x * size.width, point.y * size.height};
+}
+
+double areaOf(const std::vector<cv::Point2d>& outline) {
+  double doubled = 0.0;
+  for (std::size_t i = 0; i < outline.size(); ++i)
+    doubled += outline[i].cross(outline[(i + 1) % outline.size()]);
+  return std::abs(doubled) / 2;
+}
+
+std::string annotationText(const Label& label, cv::Size size, std::size_t id, std::size_t image) {
+  const cv::Point2d origin = inPixels(label.box.tl(), size);
+  const cv::Rect2d box(origin.x, origin.y, label.box.width * size.width,
+                       label.box.height * size.height);
+  std::vector<cv::Point2d> outline;
+  std::string corners;
+  for (const cv::Point2d& corner : label.outline) {
+    outline.push_back(inPixels(corner, size));
+    corners += (corners.empty() ? "" : ",") + pixelText(outline.back().x) + "," +
+               pixelText(outline.back().y);
+  }
+  const double area = outline.empty() ? box.area() : areaOf(outline);
+  return "{\"id\":" + std::to_string(id) + ",\"image_id\":" + std::to_string(image) +
+         ",\"category_id\":" + std::to_string(label.classPlace + 1) + ",\"bbox\":" + boxText(box) +
+         ",\"segmentation\":" + (corners.empty() ? "[]" : "[[" + corners + "]]") +
+         ",\"area\":" + pixelText(area) + ",\"iscrowd\":0}";
+}
+
+/// A list with an entry a line.
+class JsonList {
+ public:
+  JsonList(std::string& target, std::string_view key) : text(target) {
+    text += "\"" + std::string(key) + "\":[";
+  }
+
+  void add(const std::string& entry) {
+    text += (isEmpty ? "\n" : ",\n") + entry;
+    isEmpty = false;
+  }
+
+  void end() { text += "\n]"; }
+
+ private:
+  std::string& text;
+  bool isEmpty = true;
+};
+
+std::string documentOf(const LabelSet& set, const std::vector<std::string>& fileNames) {
+  std::string text = "{";
+  JsonList categories(text, "categories");
+  for (std::size_t i = 0; i < set.classNames.size(); ++i)
+    categories.add("{\"id\":" + std::to_string(i + 1) + ",\"name\":" + quoted(set.classNames[i]) +
+                   "}");
+  categories.end();
+  text += ",\n";
+  JsonList images(text, "images");
+  for (std::size_t i = 0; i < set.pictures.size(); ++i)
+    images.add("{\"id\":" + std::to_string(i + 1) + ",\"file_name\":" + quoted(fileNames[i]) +
+               ",\"width\":" + std::to_string(set.pictures[i].size.width) +
+               ",\"height\":" + std::to_string(set.pictures[i].size.height) + "}");
+  images.end();
+  text += ",\n";
+  JsonList annotations(text, "annotations");
+  std::size_t id = 0;
+  for (std::size_t i = 0; i < set.pictures.size(); ++i) {
+    for (const Label& label : set.pictures[i].labels)
+      annotations.add(annotationText(label, set.pictures[i].size, ++id, i + 1));
+  }
+  annotations.end();
+  return text + "}\n";
+}
+
+}  // namespace
+
+bool isCocoLabels(const std::string& path) {
+  const std::vector<std::string> files = filesOf(path);
+  return !files.empty() && holdsBoxes(files.front());
+}
+
+std::optional<LabelSet> readCocoLabels(const std::string& path, const LabelReading& reading) {
+  const std::vector<std::string> files = filesOf(path);
+  if (files.empty()) {
+    logLine(std::string(kReadWho) + ": There is no COCO file at '" + path + "'!");
+    return std::nullopt;
+  }
+  LabelSet set;
+  CocoReader reader(set, reading);
+  for (const std::string& file : files)
+    reader.read(file);
+  return set;
+}
+
+bool writeCocoLabels(const LabelSet& set, const std::string& directory,
+                     const LabelWriting& writing) {
+  const std::string root = asDirectory(directory);
+  if (!makeDirectory(root, kWriteWho)) return false;
+  bool written = true;
+  std::vector<std::string> fileNames;
+  if (writing.copy) {
+    fileNames = outputNames(set);
+    const std::string images = root + std::string(kImagesDirectory);
+    written = makeDirectory(images, kWriteWho) && copyPictures(set, fileNames, images, kWriteWho);
+    for (std::size_t i = 0; i < fileNames.size(); ++i)
+      fileNames[i] += pictureExtension(set.pictures[i].path);
+  } else {
+    for (const LabelledPicture& picture : set.pictures)
+      fileNames.push_back(picture.path);
+  }
+  return writeWhole(root + std::string(kOutputFile), documentOf(set, fileNames), kWriteWho) &&
+         written;
+}
+
+}  // namespace tnv

@@ -1,0 +1,302 @@
+#include "tools/LabelsVoc.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <sstream>
+#include <string_view>
+#include <unordered_map>
+
+#include <pugixml.hpp>
+
+#include "foundation/Files.h"
+#include "foundation/Log.h"
+#include "tools/LabelFiles.h"
+
+namespace tnv {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kReadWho = "readVocLabels";
+constexpr std::string_view kWriteWho = "writeVocLabels";
+
+constexpr std::string_view kClassesFile = "classes.txt";
+constexpr std::string_view kLabelsDirectory = "Annotations/";
+constexpr std::string_view kImagesDirectory = "JPEGImages/";
+
+constexpr auto kRoot = "annotation";
+constexpr auto kCorners = {"xmin", "ymin", "xmax", "ymax"};
+
+bool isXml(const fs::path& path) {
+  std::error_code error;
+  return path.extension() == ".xml" && fs::is_regular_file(path, error);
+}
+
+bool isAnnotation(const std::string& file) {
+  const auto content = readFile(file);
+  return content && content->find("<annotation") != content->npos;
+}
+
+std::vector<std::string> xmlFilesIn(const fs::path& directory) {
+  std::vector<std::string> files;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(directory, error)) {
+    if (isXml(entry.path())) files.push_back(withForwardSlashes(entry.path().string()));
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::vector<std::string> filesOf(const std::string& path) {
+  if (isXml(path)) return {absolutePicturePath(path)};
+  const fs::path root(absolutePicturePath(path));
+  auto files = xmlFilesIn(root / kLabelsDirectory);
+  return files.empty() ? xmlFilesIn(root) : files;
+}
+
+/// The text of an element below this one, without blanks at its ends.
+std::string textOf(const pugi::xml_node& node, const char* name) {
+  return std::string(trimmed(node.child_value(name)));
+}
+
+std::optional<double> numberOf(const pugi::xml_node& node, const char* name) {
+  const std::string text = textOf(node, name);
+  double number = 0.0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (result.ec != std::errc() || result.ptr != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+cv::Size sizeOf(const pugi::xml_node& annotation) {
+  const pugi::xml_node size = annotation.child("size");
+  const auto width = numberOf(size, "width");
+  const auto height = numberOf(size, "height");
+  constexpr double most = 1e6;
+  if (!width || !height || !(*width >= 1) || !(*height >= 1) || *width > most || *height > most)
+    return {};
+  return {static_cast<int>(*width), static_cast<int>(*height)};
+}
+
+/// Counts lines up to an offset. Offsets come in rising order.
+class LineCounter {
+ public:
+  explicit LineCounter(std::string_view content) : text(content) {}
+
+  std::size_t lineAt(std::ptrdiff_t offset) {
+    const auto end = std::min(static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0)), text.size());
+    for (; place < end; ++place) {
+      if (text[place] == '\n') ++line;
+    }
+    return line;
+  }
+
+ private:
+  std::string_view text;
+  std::size_t place = 0;
+  std::size_t line = 1;
+};
+
+/// Reads one file after the other into one set.
+class VocReader {
+ public:
+  VocReader(LabelSet& target, const LabelReading& manner) : set(target), reading(manner) {}
+
+  void addNames(const std::vector<std::string>& names) {
+    for (const std::string& name : names)
+      classNumberOf(name);
+  }
+
+  void read(const std::string& file) {
+    const auto content = readFile(file);
+    pugi::xml_document document;
+    if (!content || !document.load_buffer(content->data(), content->size()))
+      return set.reject(file, 0, "file cannot be read");
+    const pugi::xml_node annotation = document.child(kRoot);
+    if (!annotation) return logOther(file);
+    LabelledPicture picture;
+    picture.labelFile = file;
+    picture.size = sizeOf(annotation);
+    const auto path = pathOf(annotation, file);
+    picture.path = path.value_or("");
+    LineCounter lines(*content);
+    for (const pugi::xml_node& object : annotation.children("object"))
+      addObject(picture, object, lines.lineAt(object.offset_debug()));
+    if (path) {
+      set.pictures.push_back(std::move(picture));
+    } else if (!annotation.child("object")) {
+      set.reject(file, 0, kNoPicture);
+    }
+  }
+
+ private:
+  static constexpr auto kNoPicture = "no picture";
+
+  static void logOther(const std::string& file) {
+    logLine(std::string(kReadWho) + ": '" + file + "' has no labels, passed over");
+  }
+
+  void addObject(LabelledPicture& picture, const pugi::xml_node& object, std::size_t line) {
+    const auto rejectFor = [&](const char* reason) { set.reject(picture.labelFile, line, reason); };
+    if (picture.path.empty()) return rejectFor(kNoPicture);
+    if (picture.size.empty()) return rejectFor("size of the picture is unknown");
+    const std::string name = textOf(object, "name");
+    if (name.empty()) return rejectFor("class without a name");
+    std::vector<double> corners;
+    for (const char* corner : kCorners) {
+      const auto number = numberOf(object.child("bndbox"), corner);
+      if (!number) return rejectFor("no box");
+      corners.push_back(*number);
+    }
+    const double left = (corners[0] - reading.base) / picture.size.width;
+    const double top = (corners[1] - reading.base) / picture.size.height;
+    FoundLabel label;
+    label.line = line;
+    label.classNumber = classNumberOf(name);
+    label.box = {left, top, corners[2] / picture.size.width - left,
+                 corners[3] / picture.size.height - top};
+    set.take(picture, label, reading.clip);
+  }
+
+  long long classNumberOf(const std::string& name) {
+    const auto [number, isNew] =
+        numbers.emplace(name, static_cast<long long>(set.classNames.size()));
+    if (isNew) {
+      set.classNames.push_back(name);
+      set.classNumbers.push_back(number->second);
+    }
+    return number->second;
+  }
+
+  /// Where the picture of a file lies; nothing if it is nowhere.
+  std::optional<std::string> pathOf(const pugi::xml_node& annotation, const std::string& file) const {
+    std::string name = textOf(annotation, "filename");
+    if (name.empty()) name = fs::path(file).stem().string();
+    for (const std::string& directory : directoriesFor(file)) {
+      const auto path = pathBelow(directory, name);
+      if (!path) break;
+      if (const auto found = withType(*path)) return found;
+    }
+    // A set that was made on this machine may tell the whole path.
+    const std::string whole = textOf(annotation, "path");
+    if (!fs::path(whole).is_absolute()) return std::nullopt;
+    return ifThere(absolutePicturePath(whole));
+  }
+
+  std::vector<std::string> directoriesFor(const std::string& file) const {
+    if (!reading.pictures.empty()) return {asDirectory(reading.pictures)};
+    const fs::path here = fs::path(file).parent_path();
+    return {(here.parent_path() / kImagesDirectory).string(), asDirectory(here.string()),
+            (here.parent_path() / "images/").string(), (here / kImagesDirectory).string()};
+  }
+
+  static std::optional<std::string> ifThere(const std::string& path) {
+    std::error_code error;
+    return fs::is_regular_file(path, error) ? std::optional(path) : std::nullopt;
+  }
+
+  /// Some files leave the extension out.
+  static std::optional<std::string> withType(const std::string& path) {
+    if (!pictureExtension(path).empty()) return ifThere(path);
+    for (const std::string& type : kPictureTypes) {
+      if (const auto found = ifThere(path + "." + type)) return found;
+    }
+    return std::nullopt;
+  }
+
+  LabelSet& set;
+  const LabelReading& reading;
+  std::unordered_map<std::string, long long> numbers;
+};
+
+void appendText(pugi::xml_node node, const char* name, const std::string& text) {
+  node.append_child(name).text().set(text.c_str());
+}
+
+void appendObject(pugi::xml_node annotation, const std::string& name, const Label& label,
+                  cv::Size size, int base) {
+  pugi::xml_node object = annotation.append_child("object");
+  appendText(object, "name", name);
+  appendText(object, "difficult", "0");
+  pugi::xml_node box = object.append_child("bndbox");
+  appendText(box, "xmin", pixelText(label.box.x * size.width + base));
+  appendText(box, "ymin", pixelText(label.box.y * size.height + base));
+  appendText(box, "xmax", pixelText((label.box.x + label.box.width) * size.width));
+  appendText(box, "ymax", pixelText((label.box.y + label.box.height) * size.height));
+}
+
+std::string documentOf(const LabelSet& set, const LabelledPicture& picture,
+                       const std::string& fileName, const LabelWriting& writing) {
+  pugi::xml_document document;
+  pugi::xml_node annotation = document.append_child(kRoot);
+  appendText(annotation, "filename", fileName);
+  if (!writing.copy) appendText(annotation, "path", picture.path);
+  pugi::xml_node size = annotation.append_child("size");
+  appendText(size, "width", std::to_string(picture.size.width));
+  appendText(size, "height", std::to_string(picture.size.height));
+  appendText(size, "depth", "3");
+  for (const Label& label : picture.labels)
+    appendObject(annotation, set.classNames[label.classPlace], label, picture.size, writing.base);
+  std::ostringstream text;
+  document.save(text, "  ", pugi::format_default | pugi::format_no_declaration);
+  return text.str();
+}
+
+std::string namesText(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names)
+    text += name + "\n";
+  return text;
+}
+
+}  // namespace
+
+bool isVocLabels(const std::string& path) {
+  const std::vector<std::string> files = filesOf(path);
+  return std::any_of(files.begin(), files.end(), isAnnotation);
+}
+
+std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReading& reading) {
+  const std::vector<std::string> files = filesOf(path);
+  if (files.empty()) {
+    logLine(std::string(kReadWho) + ": There is no Pascal VOC file at '" + path + "'!");
+    return std::nullopt;
+  }
+  LabelSet set;
+  VocReader reader(set, reading);
+  const std::string beside = asDirectory(path) + std::string(kClassesFile);
+  const auto names = readNames(reading.names.empty() ? beside : reading.names);
+  if (!names && !reading.names.empty()) {
+    logLine(std::string(kReadWho) + ": No class names in '" + reading.names + "'!");
+    return std::nullopt;
+  }
+  if (names) reader.addNames(*names);
+  for (const std::string& file : files)
+    reader.read(file);
+  return set;
+}
+
+bool writeVocLabels(const LabelSet& set, const std::string& directory,
+                    const LabelWriting& writing) {
+  const std::string root = asDirectory(directory);
+  const std::string labels = root + std::string(kLabelsDirectory);
+  if (!makeDirectory(labels, kWriteWho)) return false;
+  const auto names = outputNames(set);
+  const std::string images = root + std::string(kImagesDirectory);
+  bool written = !writing.copy || (makeDirectory(images, kWriteWho) &&
+                                   copyPictures(set, names, images, kWriteWho));
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const LabelledPicture& picture = set.pictures[i];
+    const std::string fileName =
+        writing.copy ? names[i] + pictureExtension(picture.path)
+                     : fs::path(picture.path).filename().string();
+    written = writeWhole(labels + names[i] + ".xml", documentOf(set, picture, fileName, writing),
+                         kWriteWho) &&
+              written;
+  }
+  return writeWhole(root + std::string(kClassesFile), namesText(set.classNames), kWriteWho) &&
+         written;
+}
+
+}  // namespace tnv

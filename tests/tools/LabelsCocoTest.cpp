@@ -1,0 +1,280 @@
+#include "tools/LabelsCoco.h"
+
+#include <json/reader.h>
+#include <json/value.h>
+
+#include <random>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/LogCapture.h"
+#include "support/TempDirectory.h"
+#include "tools/LabelTools.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr auto kCategories = R"("categories":[{"id":7,"name":"nut"},{"id":3,"name":"screw"}])";
+constexpr auto kImages =
+    R"("images":[{"id":1,"file_name":"a.jpg","width":200,"height":100},)"
+    R"({"id":"b","file_name":"b.jpg","width":200,"height":100}])";
+
+/// A file with those annotations, one a line, from line 4 on.
+std::string fileWith(const std::vector<std::string>& annotations) {
+  std::string text = "{" + std::string(kCategories) + ",\n" + kImages + ",\n\"annotations\":[\n";
+  for (std::size_t i = 0; i < annotations.size(); ++i)
+    text += (i == 0 ? "" : ",\n") + annotations[i];
+  // Recognised by its keys, among them the boxes.
+  return text + "\n], \"info\":{\"bbox\":0}}\n";
+}
+
+std::string annotation(const std::string& rest, const std::string& image = "1",
+                       const std::string& category = "3") {
+  return R"({"image_id":)" + image + R"(,"category_id":)" + category + "," + rest + "}";
+}
+
+constexpr auto kBox = R"("bbox":[20,10,50,40])";
+
+class LabelsCoco : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const char* name : {"a.jpg", "b.jpg"})
+      temp.write(name, "");
+  }
+
+  tnv::LabelSet read(const std::vector<std::string>& annotations,
+                     const tnv::LabelReading& reading = {}) const {
+    const auto set = tnv::readCocoLabels(temp.write("labels.json", fileWith(annotations)), reading);
+    EXPECT_TRUE(set.has_value());
+    return set.value_or(tnv::LabelSet());
+  }
+
+  TempDirectory temp;
+};
+
+}  // namespace
+
+TEST_F(LabelsCoco, BoxesAreInPixelsAndClassesInTheOrderOfTheirIds) {
+  const auto set = read({annotation(kBox), annotation(kBox, "\"b\"", "7")});
+  EXPECT_THAT(set.classNames, ElementsAre("screw", "nut"));
+  EXPECT_THAT(picturesIn(set), ElementsAre("a.jpg: 1", "b.jpg: 1"));
+  EXPECT_EQ(set.pictures[0].size, cv::Size(200, 100));
+  EXPECT_EQ(set.pictures[0].path, temp / "a.jpg");
+  const auto& label = set.pictures[0].labels[0];
+  EXPECT_EQ(label.classPlace, 0U);
+  EXPECT_EQ(label.line, 4U);
+  EXPECT_LT(moved({0.1, 0.1, 0.25, 0.4}, label.box, {200, 100}), 1e-9);
+  EXPECT_EQ(set.pictures[1].labels[0].classPlace, 1U);
+  EXPECT_EQ(set.found(), 2U);
+}
+
+TEST_F(LabelsCoco, OnePolygonIsAnOutlineAndAllElseItsBox) {
+  const auto set = read({
+      annotation(std::string(kBox) + R"(,"segmentation":[[20,10,70,10,45,50]])"),
+      annotation(std::string(kBox) + R"(,"segmentation":[[20,10,70,10,45,50],[1,1,2,1,2,2]])"),
+      annotation(std::string(kBox) + R"(,"segmentation":{"counts":[5],"size":[100,200]})"),
+      annotation(std::string(kBox) + R"(,"segmentation":[[20,10,70,10]])"),
+      annotation(std::string(kBox) + R"(,"segmentation":[[20,10,70,10,"x",50]])"),
+      annotation(R"("segmentation":[[20,10,70,10,45,50]])"),
+  });
+  ASSERT_THAT(rejectionsIn(set), IsEmpty());
+  const auto& labels = set.pictures[0].labels;
+  ASSERT_EQ(labels.size(), 6U);
+  EXPECT_THAT(labels[0].outline, ElementsAre(cv::Point2d(0.1, 0.1), cv::Point2d(0.35, 0.1),
+                                             cv::Point2d(0.225, 0.5)));
+  EXPECT_LT(moved({0.1, 0.1, 0.25, 0.4}, labels[0].box, {200, 100}), 1e-9);
+  for (std::size_t i = 1; i < 5; ++i) {
+    EXPECT_THAT(labels[i].outline, IsEmpty()) << i;
+    EXPECT_LT(moved({0.1, 0.1, 0.25, 0.4}, labels[i].box, {200, 100}), 1e-9) << i;
+  }
+  EXPECT_EQ(labels[5].outline.size(), 3U);
+}
+
+TEST_F(LabelsCoco, WhatCannotBeTakenIsRejectedWithItsLine) {
+  const auto set = read({
+      annotation(kBox, "99"),
+      annotation(kBox, "null"),
+      annotation(kBox, "1", "5"),
+      annotation(kBox, "1", "\"screw\""),
+      annotation(std::string(kBox) + R"(,"iscrowd":1)"),
+      annotation(R"("bbox":[1,2,3])"),
+      annotation(R"("bbox":[1,2,3,"4"])"),
+      annotation(R"("area":4)"),
+      annotation(R"("bbox":[20,10,0,40])"),
+      annotation(R"("bbox":[180,10,50,40])"),
+      "[]",
+      annotation(kBox),
+  });
+  EXPECT_THAT(rejectionsIn(set),
+              ElementsAre("labels.json:4: unknown picture", "labels.json:5: unknown picture",
+                          "labels.json:6: unknown class", "labels.json:7: unknown class",
+                          "labels.json:8: a crowd, no object", "labels.json:9: no box",
+                          "labels.json:10: no box", "labels.json:11: no box",
+                          "labels.json:12: no width or no height",
+                          "labels.json:13: reaches beyond the picture",
+                          "labels.json:14: no annotation"));
+  EXPECT_EQ(set.accepted, 1U);
+  EXPECT_EQ(set.found(), 12U);
+}
+
+TEST_F(LabelsCoco, LabelsAreCutAtTheEdgesWhenTold) {
+  tnv::LabelReading reading;
+  reading.clip = true;
+  const auto set = read({annotation(R"("bbox":[180,10,50,40])")}, reading);
+  EXPECT_THAT(rejectionsIn(set), IsEmpty());
+  EXPECT_LT(moved({0.9, 0.1, 0.1, 0.4}, set.pictures[0].labels[0].box, {200, 100}), 1e-9);
+}
+
+TEST_F(LabelsCoco, PicturesWithoutSizeOrFileLoseTheirLabelsAloud) {
+  temp.write("labels.json",
+             R"({"categories":[{"id":1,"name":"screw"}],"images":[
+{"id":1,"file_name":"a.jpg"},
+{"id":2,"file_name":"absent.jpg","width":9,"height":9},
+{"id":3,"file_name":"../a.jpg","width":9,"height":9},
+{"id":4,"width":9,"height":9},
+{"id":5,"file_name":"b.jpg","width":-4,"height":1e99}],"annotations":[
+{"image_id":1,"category_id":1,"bbox":[0,0,1,1]},
+{"image_id":2,"category_id":1,"bbox":[0,0,1,1]},
+{"image_id":3,"category_id":1,"bbox":[0,0,1,1]},
+{"image_id":4,"category_id":1,"bbox":[0,0,1,1]},
+{"image_id":5,"category_id":1,"bbox":[0,0,1,1]}]})");
+  const auto set = tnv::readCocoLabels(temp / "labels.json", {});
+  ASSERT_TRUE(set);
+  EXPECT_THAT(rejectionsIn(*set),
+              ElementsAre("labels.json:7: size of the picture is unknown",
+                          "labels.json:8: no picture", "labels.json:9: no picture",
+                          "labels.json:10: no picture",
+                          "labels.json:11: size of the picture is unknown"));
+}
+
+TEST_F(LabelsCoco, PicturesAreFoundWhereSetsHaveThem) {
+  struct Row {
+    std::string file;
+    std::string picture;
+  };
+  for (const auto& [file, picture] :
+       {Row{"annotations/all.json", "images/c.jpg"}, Row{"annotations/all.json", "c.jpg"},
+        Row{"annotations/instances_train.json", "train/c.jpg"},
+        Row{"annotations/instances_train.json", "images/train/c.jpg"},
+        Row{"all.json", "images/c.jpg"}, Row{"all.json", "elsewhere/c.jpg"}}) {
+    const TempDirectory other;
+    other.write(picture, "");
+    other.write(file, R"({"categories":[{"id":1,"name":"screw"}],"images":[{"id":1,"file_name":)"
+                      R"("c.jpg","width":9,"height":9}],"annotations":[{"image_id":1,)"
+                      R"("category_id":1,"bbox":[0,0,1,1]}]})");
+    tnv::LabelReading reading;
+    if (picture.starts_with("elsewhere")) reading.pictures = other / "elsewhere";
+    EXPECT_TRUE(tnv::isCocoLabels(other.path()));
+    const auto set = tnv::readCocoLabels(other.path(), reading);
+    ASSERT_TRUE(set) << picture;
+    ASSERT_EQ(set->pictures.size(), 1U) << picture;
+    EXPECT_EQ(set->pictures[0].path, other / picture);
+  }
+}
+
+TEST_F(LabelsCoco, SeveralFilesShareTheirClassesByName) {
+  temp.write("one.json", R"({"categories":[{"id":1,"name":"nut"},{"id":2,"name":"screw"}],"images":
+[{"id":1,"file_name":"a.jpg","width":9,"height":9}],"annotations":
+[{"image_id":1,"category_id":2,"bbox":[0,0,1,1]}]})");
+  temp.write("two.json", R"({"categories":[{"id":1,"name":"screw"},{"id":9,"name":"clip"}],"images":
+[{"id":1,"file_name":"b.jpg","width":9,"height":9}],"annotations":
+[{"image_id":1,"category_id":1,"bbox":[0,0,1,1]},{"image_id":1,"category_id":9,"bbox":[0,0,1,1]}]})");
+  const auto set = tnv::readCocoLabels(temp.path(), {});
+  ASSERT_TRUE(set);
+  EXPECT_THAT(set->classNames, ElementsAre("nut", "screw", "clip"));
+  EXPECT_EQ(set->pictures[0].labels[0].classPlace, 1U);
+  EXPECT_EQ(set->pictures[1].labels[0].classPlace, 1U);
+  EXPECT_EQ(set->pictures[1].labels[1].classPlace, 2U);
+}
+
+TEST_F(LabelsCoco, OtherFilesAreNotTakenForOnes) {
+  temp.write("captions.json",
+             R"({"images":[],"annotations":[{"caption":"a cat"}],"categories":[]})");
+  EXPECT_FALSE(tnv::isCocoLabels(temp.path()));
+  EXPECT_FALSE(tnv::isCocoLabels(temp / "absent"));
+  LogCapture log;
+  EXPECT_FALSE(tnv::readCocoLabels(temp / "absent", {}));
+  EXPECT_THAT(log.text(), HasSubstr("readCocoLabels: There is no COCO file at '"));
+}
+
+TEST_F(LabelsCoco, ADamagedFileIsARejectionAndNeverMore) {
+  const std::string whole = fileWith({annotation(kBox), annotation(kBox, "\"b\"", "7")});
+  for (std::size_t length = 0; length + 2 < whole.size(); ++length) {
+    const auto set =
+        tnv::readCocoLabels(temp.write("labels.json", whole.substr(0, length)), {});
+    ASSERT_TRUE(set);
+    EXPECT_THAT(rejectionsIn(*set), ElementsAre("labels.json:0: file cannot be read")) << length;
+  }
+  std::mt19937 random(5);
+  for (int round = 0; round < 300; ++round) {
+    std::string damaged = whole;
+    for (int i = 0; i < 3; ++i)
+      damaged[random() % damaged.size()] = static_cast<char>(random() % 256);
+    tnv::readCocoLabels(temp.write("labels.json", damaged), {});
+  }
+  tnv::readCocoLabels(temp.write("labels.json", std::string(1000000, '[')), {});
+  tnv::readCocoLabels(temp.write("labels.json", "{\"images\":" + std::string(100000, '{')), {});
+}
+
+TEST_F(LabelsCoco, AByteOrderMarkIsPassedOver) {
+  temp.write("labels.json", "\xEF\xBB\xBF" + fileWith({annotation(kBox)}));
+  EXPECT_EQ(tnv::readCocoLabels(temp / "labels.json", {})->accepted, 1U);
+}
+
+TEST_F(LabelsCoco, WhatIsWrittenComesBack) {
+  for (const bool copy : {false, true}) {
+    const TempDirectory target;
+    tnv::LabelWriting writing;
+    writing.copy = copy;
+    const auto before = sampleSet(temp / "a.jpg", temp / "b.jpg");
+    ASSERT_TRUE(tnv::writeCocoLabels(before, target.path(), writing));
+    const auto set = tnv::readCocoLabels(target.path(), {});
+    ASSERT_TRUE(set);
+    EXPECT_EQ(set->classNames, before.classNames);
+    EXPECT_THAT(rejectionsIn(*set), IsEmpty());
+    ASSERT_EQ(set->pictures.size(), 2U);
+    EXPECT_EQ(set->pictures[0].path, copy ? target / "images/a.jpg" : temp / "a.jpg");
+    for (std::size_t i = 0; i < 2; ++i) {
+      ASSERT_EQ(set->pictures[i].labels.size(), before.pictures[i].labels.size());
+      for (std::size_t j = 0; j < set->pictures[i].labels.size(); ++j) {
+        const auto& from = before.pictures[i].labels[j];
+        const auto& to = set->pictures[i].labels[j];
+        EXPECT_EQ(from.classPlace, to.classPlace);
+        EXPECT_EQ(from.outline.size(), to.outline.size());
+        EXPECT_LT(moved(from.box, to.box, {640, 480}), 1e-5);
+      }
+    }
+  }
+}
+
+TEST_F(LabelsCoco, WhatIsWrittenIsWhatOthersRead) {
+  const TempDirectory target;
+  ASSERT_TRUE(tnv::writeCocoLabels(sampleSet(temp / "a.jpg", temp / "b.jpg"), target.path(), {}));
+  std::istringstream text(readFile(target / "annotations.json"));
+  Json::Value root;
+  text >> root;
+  EXPECT_EQ(root["categories"][0]["id"].asInt(), 1);
+  EXPECT_EQ(root["categories"][1]["name"].asString(), "a & \"b\" <ü>");
+  EXPECT_EQ(root["images"][1]["file_name"].asString(), temp / "b.jpg");
+  EXPECT_EQ(root["images"][1]["height"].asInt(), 480);
+  const auto& box = root["annotations"][0];
+  // 0.1 and a third of 640, 0.2 and a seventh of 480.
+  EXPECT_DOUBLE_EQ(box["bbox"][0].asDouble(), 64);
+  EXPECT_NEAR(box["bbox"][2].asDouble(), 213.333333, 1e-6);
+  EXPECT_NEAR(box["bbox"][3].asDouble(), 68.571429, 1e-6);
+  EXPECT_NEAR(box["area"].asDouble(), 213.333333 * 68.571429, 1e-3);
+  EXPECT_EQ(box["iscrowd"].asInt(), 0);
+  EXPECT_EQ(box["segmentation"].size(), 0U);
+  const auto& outline = root["annotations"][2];
+  EXPECT_EQ(outline["id"].asInt(), 3);
+  EXPECT_EQ(outline["image_id"].asInt(), 2);
+  EXPECT_EQ(outline["category_id"].asInt(), 2);
+  EXPECT_EQ(outline["segmentation"][0].size(), 6U);
+  // Half of |384 * 384 - 128 * 112|: the sides from the first corner are (384, 112), (128, 384).
+  EXPECT_NEAR(outline["area"].asDouble(), (384.0 * 384 - 128.0 * 112) / 2, 1e-3);
+}

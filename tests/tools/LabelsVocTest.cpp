@@ -1,0 +1,210 @@
+#include "tools/LabelsVoc.h"
+
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/LogCapture.h"
+#include "support/TempDirectory.h"
+#include "tools/LabelTools.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+std::string object(const std::string& name, const std::string& box) {
+  return "<object><name>" + name + "</name><bndbox>" + box + "</bndbox></object>\n";
+}
+
+std::string corners(const std::string& left, const std::string& top, const std::string& right,
+                    const std::string& bottom) {
+  return "<xmin>" + left + "</xmin><ymin>" + top + "</ymin><xmax>" + right + "</xmax><ymax>" +
+         bottom + "</ymax>";
+}
+
+/// Objects stand from line 3 on.
+std::string fileWith(const std::string& objects, const std::string& picture = "a.jpg") {
+  return "<annotation><filename>" + picture +
+         "</filename>\n<size><width>200</width><height>100</height></size>\n" + objects +
+         "</annotation>\n";
+}
+
+class LabelsVoc : public testing::Test {
+ protected:
+  void SetUp() override { temp.write("a.jpg", ""); }
+
+  tnv::LabelSet read(const std::string& text, const tnv::LabelReading& reading = {}) const {
+    const auto set = tnv::readVocLabels(temp.write("a.xml", text), reading);
+    EXPECT_TRUE(set.has_value());
+    return set.value_or(tnv::LabelSet());
+  }
+
+  TempDirectory temp;
+};
+
+}  // namespace
+
+TEST_F(LabelsVoc, TheBaseIsThatOfTheFirstPixel) {
+  tnv::LabelReading reading;
+  const auto text = fileWith(object("screw", corners("21", "11", "70", "50")) +
+                             object("screw", corners("1", "1", "200", "100")));
+  const auto one = read(text, reading);
+  ASSERT_EQ(one.accepted, 2U);
+  EXPECT_LT(moved({0.1, 0.1, 0.25, 0.4}, one.pictures[0].labels[0].box, {200, 100}), 1e-9);
+  EXPECT_LT(moved({0, 0, 1, 1}, one.pictures[0].labels[1].box, {200, 100}), 1e-9);
+  EXPECT_EQ(one.pictures[0].labels[0].line, 3U);
+  EXPECT_EQ(one.pictures[0].labels[1].line, 4U);
+  EXPECT_EQ(one.pictures[0].size, cv::Size(200, 100));
+  reading.base = 0;
+  const auto zero = read(text, reading);
+  EXPECT_LT(moved({21.0 / 200, 0.11, 49.0 / 200, 0.39}, zero.pictures[0].labels[0].box, {200, 100}),
+            1e-9);
+}
+
+TEST_F(LabelsVoc, PartsOfAnObjectAreNoObjects) {
+  const auto set = read(fileWith(
+      "<object><name>person</name><bndbox>" + corners("21", "11", "70", "50") +
+      "</bndbox><part><name>head</name><bndbox>" + corners("22.5", "12", "30", "20") +
+      "</bndbox></part></object>\n" + object("nut", corners("22.5", "12", "30.25", "20"))));
+  EXPECT_THAT(set.classNames, ElementsAre("person", "nut"));
+  EXPECT_EQ(set.found(), 2U);
+  EXPECT_LT(moved({21.5 / 200, 0.11, 8.75 / 200, 0.09}, set.pictures[0].labels[1].box, {200, 100}),
+            1e-9);
+}
+
+TEST_F(LabelsVoc, ClassesComeInTheOrderOfAListAndThenAsTheyAreMet) {
+  temp.write("classes.txt", "nut\nscrew\n");
+  const auto text = fileWith(object("screw", corners("21", "11", "70", "50")) +
+                             object("clip", corners("21", "11", "70", "50")));
+  temp.write("a.xml", text);
+  EXPECT_THAT(tnv::readVocLabels(temp.path(), {})->classNames, ElementsAre("nut", "screw", "clip"));
+  tnv::LabelReading reading;
+  reading.names = temp.write("other.names", "clip\n");
+  EXPECT_THAT(tnv::readVocLabels(temp.path(), reading)->classNames, ElementsAre("clip", "screw"));
+  reading.names = temp / "absent.names";
+  LogCapture log;
+  EXPECT_FALSE(tnv::readVocLabels(temp.path(), reading));
+  EXPECT_THAT(log.text(), HasSubstr("readVocLabels: No class names in '"));
+}
+
+TEST_F(LabelsVoc, WhatCannotBeTakenIsRejectedWithItsLine) {
+  const auto set = read(fileWith(object("", corners("21", "11", "70", "50")) +
+                                 object("nut", corners("21", "x", "70", "50")) +
+                                 object("nut", "<xmin>1</xmin>") + "<object/>\n" +
+                                 object("nut", corners("71", "11", "70", "50")) +
+                                 object("nut", corners("21", "11", "270", "50")) +
+                                 object("nut", corners("nan", "11", "70", "50"))));
+  EXPECT_THAT(rejectionsIn(set),
+              ElementsAre("a.xml:3: class without a name", "a.xml:4: no box", "a.xml:5: no box",
+                          "a.xml:6: class without a name", "a.xml:7: no width or no height",
+                          "a.xml:8: reaches beyond the picture", "a.xml:9: not a finite number"));
+  EXPECT_EQ(set.found(), 7U);
+}
+
+TEST_F(LabelsVoc, WithoutSizeOrPictureTheLabelsAreRejected) {
+  const auto box = object("nut", corners("21", "11", "70", "50"));
+  EXPECT_THAT(rejectionsIn(read("<annotation><filename>a.jpg</filename>\n" + box + "</annotation>")),
+              ElementsAre("a.xml:2: size of the picture is unknown"));
+  EXPECT_THAT(rejectionsIn(read(fileWith(box, "absent.jpg"))), ElementsAre("a.xml:3: no picture"));
+  EXPECT_THAT(rejectionsIn(read(fileWith(box, "../a.jpg"))), ElementsAre("a.xml:3: no picture"));
+  EXPECT_THAT(rejectionsIn(read(fileWith("", "absent.jpg"))), ElementsAre("a.xml:0: no picture"));
+  EXPECT_THAT(picturesIn(read(fileWith(""))), ElementsAre("a.jpg: 0"));
+}
+
+TEST_F(LabelsVoc, PicturesAreFoundWhereSetsHaveThem) {
+  struct Row {
+    std::string file;
+    std::string picture;
+    std::string name;
+  };
+  for (const auto& [file, picture, name] :
+       {Row{"Annotations/c.xml", "JPEGImages/c.jpg", "c.jpg"}, Row{"c.xml", "c.jpg", "c.jpg"},
+        Row{"Annotations/c.xml", "images/c.jpg", "c"}, Row{"c.xml", "JPEGImages/c.jpg", ""},
+        Row{"c.xml", "elsewhere/c.jpg", "c.jpg"}}) {
+    const TempDirectory other;
+    other.write(picture, "");
+    other.write(file, fileWith(object("nut", corners("21", "11", "70", "50")), name));
+    tnv::LabelReading reading;
+    if (picture.starts_with("elsewhere")) reading.pictures = other / "elsewhere";
+    EXPECT_TRUE(tnv::isVocLabels(other.path()));
+    const auto set = tnv::readVocLabels(other.path(), reading);
+    ASSERT_TRUE(set) << picture;
+    ASSERT_EQ(set->pictures.size(), 1U) << picture;
+    EXPECT_EQ(set->pictures[0].path, other / picture);
+  }
+}
+
+TEST_F(LabelsVoc, OtherFilesArePassedOver) {
+  temp.write("task.xml", "<tree/>");
+  EXPECT_FALSE(tnv::isVocLabels(temp.path()));
+  EXPECT_FALSE(tnv::isVocLabels(temp / "absent"));
+  const auto set = tnv::readVocLabels(temp.path(), {});
+  ASSERT_TRUE(set);
+  EXPECT_EQ(set->found(), 0U);
+  EXPECT_FALSE(tnv::readVocLabels(temp / "absent", {}));
+}
+
+TEST_F(LabelsVoc, ADamagedFileIsNeverMoreThanRejections) {
+  const std::string whole = fileWith(object("nut", corners("21", "11", "70", "50")));
+  for (std::size_t length = 0; length + 2 < whole.size(); ++length) {
+    const auto set = read(whole.substr(0, length));
+    EXPECT_THAT(rejectionsIn(set), ElementsAre("a.xml:0: file cannot be read")) << length;
+  }
+  std::mt19937 random(5);
+  for (int round = 0; round < 300; ++round) {
+    std::string damaged = whole;
+    for (int i = 0; i < 3; ++i)
+      damaged[random() % damaged.size()] = static_cast<char>(random() % 256);
+    read(damaged);
+  }
+  std::string deep;
+  for (int i = 0; i < 100000; ++i)
+    deep += "<annotation>";
+  read(deep);
+}
+
+TEST_F(LabelsVoc, WhatIsWrittenComesBack) {
+  temp.write("b.jpg", "");
+  for (const bool copy : {false, true}) {
+    for (const int base : {0, 1}) {
+      const TempDirectory target;
+      tnv::LabelWriting writing;
+      writing.copy = copy;
+      writing.base = base;
+      const auto before = sampleSet(temp / "a.jpg", temp / "b.jpg");
+      ASSERT_TRUE(tnv::writeVocLabels(before, target.path(), writing));
+      tnv::LabelReading reading;
+      reading.base = base;
+      const auto set = tnv::readVocLabels(target.path(), reading);
+      ASSERT_TRUE(set);
+      EXPECT_EQ(set->classNames, before.classNames);
+      EXPECT_THAT(rejectionsIn(*set), IsEmpty());
+      ASSERT_THAT(picturesIn(*set), ElementsAre("a.jpg: 2", "b.jpg: 1"));
+      EXPECT_EQ(set->pictures[0].path, copy ? target / "JPEGImages/a.jpg" : temp / "a.jpg");
+      for (std::size_t i = 0; i < 2; ++i) {
+        for (std::size_t j = 0; j < set->pictures[i].labels.size(); ++j) {
+          const auto& from = before.pictures[i].labels[j];
+          const auto& to = set->pictures[i].labels[j];
+          EXPECT_EQ(from.classPlace, to.classPlace);
+          EXPECT_LT(moved(from.box, to.box, {640, 480}), 1e-5);
+        }
+      }
+    }
+  }
+}
+
+TEST_F(LabelsVoc, WhatIsWrittenIsWhatOthersRead) {
+  const TempDirectory target;
+  ASSERT_TRUE(tnv::writeVocLabels(sampleSet(temp / "a.jpg", temp / "b.jpg"), target.path(), {}));
+  EXPECT_EQ(readFile(target / "Annotations/b.xml"),
+            "<annotation>\n  <filename>b.jpg</filename>\n  <path>" + (temp / "b.jpg") +
+                "</path>\n  <size>\n    <width>640</width>\n    <height>480</height>\n"
+                "    <depth>3</depth>\n  </size>\n  <object>\n"
+                "    <name>a &amp; \"b\" &lt;ü&gt;</name>\n    <difficult>0</difficult>\n"
+                "    <bndbox>\n      <xmin>65</xmin>\n      <ymin>49</ymin>\n"
+                "      <xmax>448</xmax>\n      <ymax>432</ymax>\n    </bndbox>\n  </object>\n"
+                "</annotation>\n");
+}
