@@ -14,9 +14,21 @@ cmake --build "$place/consumer" >/dev/null
 export PKG_CONFIG_PATH
 PKG_CONFIG_PATH=$(dirname "$(find "$place/prefix" -name TNV_SampleBenchNative.pc)")
 # shellcheck disable=SC2046
-c++ -std=c++20 tests/consumer/main.cpp -o "$place/by-pkg-config" \
+c++ -std=c++20 tests/consumer/consumer.cpp -o "$place/by-pkg-config" \
   $(pkg-config --cflags --libs TNV_SampleBenchNative) -Wl,-rpath,"$(pkg-config --variable=libdir TNV_SampleBenchNative)"
 "$place/by-pkg-config" "$place/more-projects/"
+
+# The front end of the documentation, which shows its source.
+diff <(sed -n '/^```cpp$/,/^```$/p' docs/frontend.md | sed '1d;$d') tests/consumer/frontend.cpp ||
+  { echo "check-install: docs/frontend.md shows another source than tests/consumer/frontend.cpp" >&2; exit 1; }
+samplebench() { "$place/prefix/bin/samplebench" --projects "$place/front" --quiet "$@"; }
+samplebench create clicks >/dev/null
+samplebench class add clicks leaf >/dev/null
+samplebench import clicks first docs >/dev/null
+printf '0.1 0.2 0.4 0.5\n\n0.3 0.3 0.6 0.6\n' |
+  "$place/consumer/frontend" "$place/front/" clicks "$place/seen.ppm" >"$place/front.log"
+[ "$(head -c 2 "$place/seen.ppm")" = P6 ]
+samplebench list clicks | grep -q 'total: 2 pictures, 2 marks'
 
 "$place/prefix/bin/samplebench" demo "$place/demo" >"$place/demo.txt" 2>"$place/demo.log" ||
   { cat "$place/demo.log" >&2; exit 1; }

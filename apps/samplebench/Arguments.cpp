@@ -5,6 +5,7 @@
 
 #include <opencv2/core.hpp>
 
+#include "ClassCommand.h"
 #include "CropCommand.h"
 #include "DemoCommand.h"
 #include "GalleryCommand.h"
@@ -18,6 +19,7 @@
 #include "RenderCommand.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 #include "UserCommand.h"
+#include "VerifyCommand.h"
 #include "ViewCommand.h"
 #include "WeightsCommand.h"
 
@@ -63,6 +65,7 @@ struct Request {
   std::string project;
   std::vector<std::string> classNames;
   std::string classColor;
+  ClassEditOptions classEdit;
   ImportOptions import;
   MarkOptions mark;
   RenderOptions render;
@@ -72,6 +75,7 @@ struct Request {
   GenerateOptions generate;
   DemoOptions demo;
   ViewOptions view;
+  VerifyOptions verify;
   WeightsOptions weights;
   UserOptions user;
   LabelsOptions labels;
@@ -131,6 +135,44 @@ void addClassList(CLI::App& classes, Request& request) {
   });
 }
 
+using ClassEdit = void (*)(const Locations&, const ClassEditOptions&, Output&);
+
+CLI::App* addClassEdit(CLI::App& classes, Request& request, const std::string& name,
+                       const std::string& purpose, const std::string& example, ClassEdit run) {
+  auto* command = addCommand(classes, name, purpose, "class " + example);
+  addProjectArgument(*command, request.classEdit.project);
+  command->callback([&request, run] {
+    request.run = [&request, run](Output& output) {
+      run(request.locations, request.classEdit, output);
+    };
+  });
+  return command;
+}
+
+void addClassEdits(CLI::App& classes, Request& request) {
+  auto& options = request.classEdit;
+  auto* rename = addClassEdit(classes, request, "rename", "Gives a class another name.",
+                              "rename parts screw bolt", runClassRename);
+  rename->add_option("NAME", options.name, "present name")->required();
+  rename->add_option("NEW", options.target, "new name")->required();
+  auto* merge = addClassEdit(classes, request, "merge",
+                             "Gives the marks of classes to another one and removes those classes. "
+                             "Numbers run from 0 without gaps afterwards.",
+                             "merge parts bolt stud --into screw", runClassMerge);
+  merge->add_option("NAME", options.names, "classes that go away")->required();
+  merge->add_option("--into", options.target, "the class that stays")->required();
+  auto* remove =
+      addClassEdit(classes, request, "delete", "Removes classes, and takes them out of all marks.",
+                   "delete parts dirt --with-marks", runClassDelete);
+  remove->add_option("NAME", options.names, "classes")->required();
+  remove->add_flag("--with-marks", options.withMarks,
+                   "delete the marks, too, that have no other class");
+  addClassEdit(classes, request, "order", "Numbers the classes from 0 on in the order given.",
+               "order parts nut screw", runClassOrder)
+      ->add_option("NAME", options.names, "all classes")
+      ->required();
+}
+
 void addClass(CLI::App& app, Request& request) {
   auto* command =
       addCommand(app, "class", "The classes that marks carry and a network is to learn.",
@@ -138,6 +180,7 @@ void addClass(CLI::App& app, Request& request) {
   command->require_subcommand(1);
   addClassAdd(*command, request);
   addClassList(*command, request);
+  addClassEdits(*command, request);
 }
 
 void addImport(CLI::App& app, Request& request) {
@@ -303,7 +346,13 @@ void addGenerate(CLI::App& app, Request& request) {
   addGenerateTemplates(*command, options);
   command->add_flag("--relative-paths", options.relativePaths,
                     "write paths relative to the working directory");
+  auto* together = command->add_option(
+      "--keep-together", options.keepTogether,
+      "samples that go into one list: none (each for itself), source (all of one picture), or "
+      "group=REGEX (all of the pictures whose file names have the part in common that it finds)");
+  command->add_option("--seed", options.seed, "repeats a division into groups")->needs(together);
   command->callback([&request] {
+    parseGrouping(request.generate.keepTogether);
     request.run = [&](Output& output) { runGenerate(request.locations, request.generate, output); };
   });
 }
@@ -396,6 +445,19 @@ void addLabels(CLI::App& app, Request& request) {
   command->require_subcommand(1);
   addLabelsImport(*command, request);
   addLabelsExport(*command, request);
+}
+
+void addVerify(CLI::App& app, Request& request) {
+  auto& options = request.verify;
+  auto* command = addCommand(
+      app, "verify",
+      "Checks a training set as trainers of the Darknet family and their successors read it, and "
+      "says file, line and rule of each finding. Exit code 3 if there are any.",
+      "verify set/");
+  command->add_option("SET", options.set, "directory of the set, or its data file")->required();
+  command->add_option("--net", options.network, "network file (default: the one beside the set)");
+  command->callback(
+      [&request] { request.run = [&](Output& output) { runVerify(request.verify, output); }; });
 }
 
 using WeightsRun = void (*)(const WeightsOptions&, Output&);
@@ -519,6 +581,7 @@ void addCommands(CLI::App& app, Request& request) {
   addGallery(app, request);
   addGenerate(app, request);
   addView(app, request);
+  addVerify(app, request);
   addWeights(app, request);
   addLabels(app, request);
   addUser(app, request);
@@ -554,6 +617,9 @@ int runProgram(int argc, const char* const* argv, Output& output) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error, output.data(), std::cerr) == 0 ? exitOk : exitUsage;
+  } catch (const CommandError& error) {
+    output.error(error.what());
+    return error.exitCode();
   }
   request.locations = withSlashes(request.locations);
   // Records are found by their paths, from whatever directory the program is run in.

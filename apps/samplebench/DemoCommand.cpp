@@ -164,10 +164,10 @@ void buildProject(const Locations& locations, const DemoOptions& options, const 
     addClass(*project, name, color);
   importPictures(*project, setName, material.directory, false);
   if (!options.pictures.empty()) markAsWhole(*project, material, output);
-  saveProject(*project, true);
+  saveProject(*project, true, output);
   output.note("marking " + counted(material.marks.size(), "object"));
   addMarks(*project, material.marks, {}, output);
-  saveProject(*project, true);
+  saveProject(*project, true, output);
 }
 
 }  // namespace
@@ -190,7 +190,7 @@ void runDemo(const Locations& locations, const DemoOptions& options, Output& out
   const auto pictures = readPictures(*project, output);
   requireSameMarks(pictures, material);
   renderOne(*project, fullestPicture(pictures), directory / "rendered.png", output);
-  const auto [paths, content] = generateSet(*project, places, generate, output);
+  const auto [paths, content, division] = generateSet(*project, places, generate, output);
   writeSummary(material, pictures.size(), content, output);
   writePlaces(paths, output);
   output.data() << "\nLook around with: samplebench --projects " << places.projects << " list "

@@ -49,9 +49,6 @@ struct Thumbnail {
 /// Gives the thumbnail of a cut. A page asks for one at a time, so that they need not all be held.
 using ThumbnailSource = std::function<Thumbnail(int cut)>;
 
-/// The text as it may stand in HTML, in attributes, too.
-std::string htmlText(std::string_view text);
-
 std::string base64(std::string_view bytes);
 
 /// Writes one page that needs nothing beside it. Names are hostile input and are escaped.

@@ -6,6 +6,7 @@
 #include <opencv2/imgcodecs.hpp>
 
 #include "CommandError.h"
+#include "Numbers.h"
 #include "Platform.h"
 #include "Progress.h"
 #include "TNV_SampleBenchNative/WTNVGenerationDarknet.h"
@@ -127,10 +128,11 @@ void removePartialSet(const TrainingSetPaths& paths) {
 }
 
 void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSetPaths& paths,
-             Output& output) {
+             SampleSources& sources, Output& output) {
   const auto trainSets = project.wGetTrainSets();
   Progress progress(trainSets.size(), output);
-  const WatchedRun<WTNVHandlerAugment> run(handler, progress);
+  const WatchedRun<WTNVHandlerAugment> run(
+      handler, progress, [&](std::size_t place) { sources.add(trainSets[place].getImagePath()); });
   const platform::InterruptCatcher catcher;
   handler.setCBGenerationUpdate(run.onUpdate);
   const auto complete = handler.wProcess(trainSets, project.wGetGeneration());
@@ -183,33 +185,77 @@ GenerateResult generateSet(WTNVProject& project, const Locations& locations,
   setDarknet(darknet, options, paths);
   setTemplates(darknet, project.wGetGeneration(), options, paths);
 
-  process(project, handler, paths, output);
+  const auto grouping = parseGrouping(options.keepTogether);
+  const auto seed = options.seed ? options.seed : earlierSeed(paths, grouping);
+  SampleSources sources(paths.samples);
+  process(project, handler, paths, sources, output);
+  sources.write(paths.sources);
+  std::optional<GroupedDivision> division;
+  if (grouping.kind != Grouping::Kind::none)
+    division = divideByGroups(paths, sources, grouping, options.testRatio, seed);
   fs::create_directories(paths.backup);
   writeNames(project, paths.names);
   requireFilled(paths.data);
   requireFilled(paths.net);
-  return {paths, readTrainingSet(paths, project.wGetDNNClasses().size())};
+  return {paths, readTrainingSet(paths, project.wGetDNNClasses().size()), division};
 }
 
+namespace {
+
+std::string percent(double share) {
+  return formatFixed(100 * share, 1) + " %";
+}
+
+void writeDivision(const GroupedDivision& division, const GenerateOptions& options,
+                   Output& output) {
+  output.fact("groups", static_cast<Json::UInt64>(division.groups));
+  output.fact("seed", division.seed);
+  output.fact("testShare", division.testShare());
+  output.say("kept together by " + options.keepTogether + ": " + counted(division.groups, "group") +
+             "; the test list has " + percent(division.testShare()) +
+             " of the samples, asked were " + percent(options.testRatio));
+  output.say("seed " + std::to_string(division.seed) +
+             "; a set in the same place keeps it, --seed " + std::to_string(division.seed) +
+             " gives the same division elsewhere");
+}
+
+void writeBoxes(const WTNVProject& project, const TrainingSetContent& content, Output& output) {
+  std::vector<TableRow> rows;
+  for (const auto& dnnClass : classesByNumber(project))
+    rows.push_back({dnnClass.wGetDNNId(), dnnClass.wGetName(),
+                    content.boxes[static_cast<std::size_t>(dnnClass.wGetDNNId())]});
+  output.table("classes", {"number", "class", "boxes"}, rows);
+  if (content.withoutBoxes > 0)
+    output.say(counted(content.withoutBoxes, "sample") + " without a box");
+  output.fact("samplesWithoutBoxes", static_cast<Json::UInt64>(content.withoutBoxes));
+}
+
+}  // namespace
+
 void writePlaces(const TrainingSetPaths& paths, Output& output) {
-  writeTable(output.data(), {{"samples", paths.samples},
-                             {"training list", paths.trainList},
-                             {"test list", paths.testList},
-                             {"data description", paths.data},
-                             {"network", paths.net},
-                             {"class names", paths.names},
-                             {"trained weights go to", paths.backup}});
+  output.properties("places", {{"samples", paths.samples},
+                               {"training list", paths.trainList},
+                               {"test list", paths.testList},
+                               {"data description", paths.data},
+                               {"network", paths.net},
+                               {"class names", paths.names},
+                               {"sources of the samples", paths.sources},
+                               {"trained weights go to", paths.backup}});
 }
 
 void runGenerate(const Locations& locations, const GenerateOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
-  const auto [paths, content] = generateSet(*project, locations, options, output);
-  writeTable(output.data(), {{"pictures", "samples", "training", "test", "boxes"},
-                             {std::to_string(project->wGetTrainSets().size()),
-                              std::to_string(content.samples()), std::to_string(content.training),
-                              std::to_string(content.test), std::to_string(content.boxCount())}});
+  const auto [paths, content, division] = generateSet(*project, locations, options, output);
+  output.table("set", {"pictures", "samples", "training", "test", "boxes"},
+               {{project->wGetTrainSets().size(), content.samples(), content.training, content.test,
+                 content.boxCount()}});
+  if (division) writeDivision(*division, options, output);
   if (content.test == 0)
-    output.note("the test list is empty; a larger --test-ratio puts some samples there");
-  output.data() << '\n';
+    output.note(division ? "the test list is empty, for the groups are few; a larger --test-ratio "
+                           "puts one there"
+                         : "the test list is empty; a larger --test-ratio puts some samples there");
+  output.say();
+  writeBoxes(*project, content, output);
+  output.say();
   writePlaces(paths, output);
 }

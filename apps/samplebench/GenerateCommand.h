@@ -1,9 +1,10 @@
 #pragma once
 
-#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "KeepTogether.h"
 #include "ProjectAccess.h"
 #include "TrainingSet.h"
 
@@ -20,6 +21,10 @@ struct GenerateOptions {
   /// Texts KEY=VALUE.
   std::vector<std::string> settings;
   bool relativePaths = false;
+  /// Samples that must not be torn apart, see `parseGrouping`.
+  std::string keepTogether = "none";
+  /// For the division into groups; without one that of an earlier set, or the best, is taken.
+  std::optional<std::uint32_t> seed;
 };
 
 /// Writes a training set. All is checked before anything is deleted. Throws CommandError, with the
@@ -32,6 +37,7 @@ void requireOutputPath(const std::string& path);
 struct GenerateResult {
   TrainingSetPaths paths;
   TrainingSetContent content;
+  std::optional<GroupedDivision> division;
 };
 
 /// The same for a project that is open, without the report.

@@ -52,7 +52,7 @@ ImportResult addPictures(WTNVProject& project, const std::string& set,
 void runImport(const Locations& locations, const ImportOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   const auto result = importPictures(*project, options.set, options.directory, options.recursive);
-  saveProject(*project, true);
+  saveProject(*project, true, output);
   output.data() << "set " << options.set << ": " << counted(result.added, "picture") << " added, "
                 << result.alreadyThere << " already there\n";
 }

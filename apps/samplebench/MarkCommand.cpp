@@ -136,7 +136,7 @@ void runMark(const Locations& locations, const MarkOptions& options, Output& out
   const auto requests = requestsFor(options);
   const MarkManner manner{options.pixels ? PointUnit::pixels : PointUnit::relative, options.assist};
   const auto pictures = addMarks(*project, requests, manner, output);
-  saveProject(*project, false);
+  saveProject(*project, false, output);
   output.data() << counted(requests.size(), "mark") << " added on " << counted(pictures, "picture")
                 << '\n';
 }

@@ -28,6 +28,10 @@ std::optional<double> parseNumber(std::string_view text) {
   return number;
 }
 
+std::optional<std::uint32_t> parseSeed(std::string_view text) {
+  return parseWhole<std::uint32_t>(text);
+}
+
 Point parsePoint(std::string_view text) {
   const auto comma = text.find(',');
   if (comma != std::string_view::npos) {
@@ -73,6 +77,13 @@ Color parseColor(std::string_view text) {
 std::string numberText(double number) {
   char text[32];
   const auto result = std::to_chars(text, text + sizeof text, number);
+  return {text, result.ptr};
+}
+
+std::string formatFixed(double number, int digits) {
+  char text[512];  // the largest number has 309 digits before its point
+  const auto result =
+      std::to_chars(text, text + sizeof text, number, std::chars_format::fixed, digits);
   return {text, result.ptr};
 }
 

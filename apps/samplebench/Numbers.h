@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +10,9 @@
 
 /// The finite number that the whole text stands for.
 std::optional<double> parseNumber(std::string_view text);
+
+/// The number from 0 to 4294967295 that the whole text stands for.
+std::optional<std::uint32_t> parseSeed(std::string_view text);
 
 struct Point {
   double x = 0;
@@ -42,6 +46,9 @@ struct Color {
 
 /// The colour "RRGGBB" in hexadecimal; throws CommandError for anything else.
 Color parseColor(std::string_view text);
+
+/// With that many digits behind the point.
+std::string formatFixed(double number, int digits);
 
 /// The shortest text that reads back as the same number.
 std::string numberText(double number);

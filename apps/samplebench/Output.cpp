@@ -16,7 +16,7 @@ std::size_t displayWidth(const std::string& text) {
 }
 
 bool isNumber(const std::string& text) {
-  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+  return !text.empty() && text.find_first_not_of("0123456789.") == std::string::npos;
 }
 
 std::vector<std::size_t> columnWidths(const std::vector<TableRow>& rows) {
@@ -138,6 +138,6 @@ std::string joined(const std::vector<std::string>& texts) {
   return result;
 }
 
-std::string counted(std::size_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+std::string counted(std::size_t count, const std::string& noun, const std::string& plural) {
+  return std::to_string(count) + " " + (count == 1 ? noun : plural.empty() ? noun + "s" : plural);
 }

@@ -90,12 +90,12 @@ class Output {
   Json::Value facts{Json::objectValue};
 };
 
-/// Writes the rows with their columns aligned, two blanks apart. Cells that are whole numbers stand
-/// to the right.
+/// Writes the rows with their columns aligned, two blanks apart. Cells that are numbers stand to the
+/// right.
 void writeTable(std::ostream& stream, const std::vector<TableRow>& rows);
 
 /// The texts with ", " between them.
 std::string joined(const std::vector<std::string>& texts);
 
-/// "1 picture", "2 pictures".
-std::string counted(std::size_t count, const std::string& noun);
+/// "1 picture", "2 pictures"; with a plural of its own "2 boxes".
+std::string counted(std::size_t count, const std::string& noun, const std::string& plural = "");

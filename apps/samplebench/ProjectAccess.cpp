@@ -76,10 +76,22 @@ std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::
   return project;
 }
 
-void saveProject(WTNVProject& project, bool full) {
+void saveProject(WTNVProject& project, bool full, const Output& output) {
+  if (output.isDryRun()) return;
   if (!project.wUpdate(full))
     throw CommandError("project '" + project.wGetProjectName() +
                        "' cannot be saved; see that its directory can be written to");
+}
+
+bool isClassName(const std::string& name) {
+  return name.find_first_of(",={}\"\\\n\r\t") == std::string::npos;
+}
+
+void requireClassName(const std::string& name) {
+  if (!isClassName(name))
+    throw CommandError(
+        "class '" + name +
+        "' cannot be added; use a name without comma, equals sign, brace, quote, backslash or tab");
 }
 
 namespace {

@@ -27,8 +27,16 @@ std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std
 /// Loads a project; throws CommandError, which lists the projects, if there is none of that name.
 std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name);
 
-/// Saves all (`full`), or only pictures with changed marks; throws CommandError if that fails.
-void saveProject(WTNVProject& project, bool full);
+/// Saves all (`full`), or only pictures with changed marks; throws CommandError if that fails. In a
+/// dry run nothing is saved.
+void saveProject(WTNVProject& project, bool full, const Output& output);
+
+/// Whether the project's settings give that name of a class back: its list of names is cut at
+/// commas, for one.
+bool isClassName(const std::string& name);
+
+/// Throws CommandError unless it is one.
+void requireClassName(const std::string& name);
 
 /// One picture of a project, with its data in memory.
 struct PictureRecord {

@@ -17,14 +17,6 @@ std::string colorText(const WTNVDNNClass& dnnClass) {
   return text;
 }
 
-void writeClasses(const WTNVProject& project, Output& output) {
-  std::vector<TableRow> rows{{"number", "class", "colour"}};
-  for (const auto& dnnClass : project.wGetDNNClasses())
-    rows.push_back(
-        {std::to_string(dnnClass.wGetDNNId()), dnnClass.wGetName(), colorText(dnnClass)});
-  writeTable(output.data(), rows);
-}
-
 struct Totals {
   std::size_t pictures = 0;
   std::size_t marks = 0;
@@ -49,6 +41,13 @@ Totals writePictures(const std::string& set, const std::vector<PictureRecord>& p
 
 }  // namespace
 
+void writeClasses(const WTNVProject& project, Output& output) {
+  std::vector<TableRow> rows;
+  for (const auto& dnnClass : project.wGetDNNClasses())
+    rows.push_back({dnnClass.wGetDNNId(), dnnClass.wGetName(), colorText(dnnClass)});
+  output.table("classes", {"number", "class", "colour"}, rows);
+}
+
 void runCreate(const Locations& locations, const std::string& project, Output& output) {
   createProject(locations, project);
   output.data() << "made project " << project << " in " << locations.projects << '\n';
@@ -67,13 +66,10 @@ void runClassAdd(const Locations& locations, const std::string& projectName,
                  const std::vector<std::string>& names, const std::string& color, Output& output) {
   const auto project = openProject(locations, projectName);
   for (const auto& name : names) {
-    // The list of names in the settings file is cut at commas, and an equals sign is lost.
-    if (name.find_first_of(",=\"\n\r\t") != std::string::npos)
-      throw CommandError("class '" + name +
-                         "' cannot be added; use a name without comma, equals sign, quote or tab");
+    requireClassName(name);
     addClass(*project, name, color);
   }
-  saveProject(*project, true);
+  saveProject(*project, true, output);
   writeClasses(*project, output);
 }
 

@@ -18,5 +18,8 @@ void runClassList(const Locations& locations, const std::string& project, Output
 /// Classes, pictures with the number of their marks, totals.
 void runList(const Locations& locations, const std::string& project, Output& output);
 
+/// Shows the classes of a project that is open.
+void writeClasses(const WTNVProject& project, Output& output);
+
 /// Adds a class, in memory only.
 void addClass(WTNVProject& project, const std::string& name, const std::string& color);

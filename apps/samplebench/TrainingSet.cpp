@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <limits>
 #include <numeric>
 #include <optional>
 #include <regex>
-#include <sstream>
 
 #include "CommandError.h"
-#include "Numbers.h"
+#include "verify/LabelCheck.h"
 
 namespace fs = std::filesystem;
 
@@ -20,9 +18,8 @@ constexpr auto trainName = "train.txt";
 constexpr auto testName = "test.txt";
 constexpr auto samplesName = "samples";
 constexpr auto backupName = "backup";
-
-// A box may pass the edge by what six written digits leave out.
-constexpr double labelTolerance = 1e-5;
+constexpr auto sourcesName = "sources.txt";
+constexpr auto divisionName = "division.txt";
 
 std::string withoutBlanks(std::string text) {
   std::replace_if(
@@ -32,7 +29,7 @@ std::string withoutBlanks(std::string text) {
 
 bool isOurs(const fs::path& entry) {
   static const std::regex ours(
-      R"(train\.txt|test\.txt|samples|backup|.+\.(data|cfg|names|weights))");
+      R"(train\.txt|test\.txt|sources\.txt|division\.txt|samples|backup|.+\.(data|cfg|names|weights))");
   return std::regex_match(entry.filename().string(), ours);
 }
 
@@ -58,38 +55,30 @@ bool hasTrainedWeights(const fs::path& directory) {
   return fs::is_directory(backup) && !fs::is_empty(backup);
 }
 
-std::vector<double> numbersOf(const std::string& line) {
-  std::istringstream stream(line);
-  std::vector<double> numbers;
-  for (std::string field; stream >> field;)
-    numbers.push_back(parseNumber(field).value_or(std::numeric_limits<double>::quiet_NaN()));
-  return numbers;
-}
-
-bool liesWithin(double center, double size) {
-  return size > 0 && center - size / 2 >= -labelTolerance &&
-         center + size / 2 <= 1 + labelTolerance;
+bool liesWithin(double begin, double size) {
+  return size > 0 && begin >= -labelEdgeTolerance && begin + size <= 1 + labelEdgeTolerance;
 }
 
 // The class number of the label; nothing if the line is no proper label.
 std::optional<std::size_t> parseLabel(const std::string& line, std::size_t classCount) {
-  const auto fields = numbersOf(line);
-  if (fields.size() != 5) return std::nullopt;
-  const bool classIsKnown = fields[0] >= 0 && fields[0] < static_cast<double>(classCount);
-  if (!classIsKnown || !liesWithin(fields[1], fields[3]) || !liesWithin(fields[2], fields[4]))
-    return std::nullopt;
-  return static_cast<std::size_t>(fields[0]);
+  const auto label = parseLabelLine(line);
+  if (!label || label->classNumber >= classCount) return std::nullopt;
+  const auto& box = label->box;
+  if (!liesWithin(box.x, box.width) || !liesWithin(box.y, box.height)) return std::nullopt;
+  return label->classNumber;
 }
 
 void readLabels(const fs::path& file, TrainingSetContent& content) {
   std::ifstream stream(file);
   if (!stream) throw CommandError("the label text '" + file.string() + "' is missing");
-  for (std::string line; std::getline(stream, line);) {
+  bool hasBoxes = false;
+  for (std::string line; std::getline(stream, line); hasBoxes = true) {
     const auto label = parseLabel(line, content.boxes.size());
     if (!label)
       throw CommandError("'" + file.string() + "' has a label that cannot be right: " + line);
     ++content.boxes[*label];
   }
+  if (!hasBoxes) ++content.withoutBoxes;
 }
 
 std::size_t readList(const std::string& list, TrainingSetContent& content) {
@@ -121,7 +110,9 @@ TrainingSetPaths trainingSetPaths(const std::string& output, const std::string& 
           stem + ".data",
           stem + ".cfg",
           stem + ".names",
-          directory + backupName + "/"};
+          directory + backupName + "/",
+          directory + sourcesName,
+          directory + divisionName};
 }
 
 void requireReplaceable(const std::string& path) {

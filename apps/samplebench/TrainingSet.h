@@ -14,6 +14,10 @@ struct TrainingSetPaths {
   std::string net;
   std::string names;
   std::string backup;
+  /// Which picture each sample was made of.
+  std::string sources;
+  /// How samples were kept together, if they were.
+  std::string division;
 };
 
 /// `output` as it is to stand in the lists. Blanks in the project's name become underscores, for
@@ -30,6 +34,7 @@ struct TrainingSetContent {
   std::size_t test = 0;
   /// By class number.
   std::vector<std::size_t> boxes;
+  std::size_t withoutBoxes = 0;
 
   std::size_t samples() const { return training + test; }
   std::size_t boxCount() const;

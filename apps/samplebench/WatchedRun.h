@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "Platform.h"
 #include "Progress.h"
 
@@ -8,10 +10,15 @@
 template <class Handler>
 class WatchedRun {
  public:
-  WatchedRun(Handler& handler, Progress& progress) { run = {&handler, &progress, false}; }
+  /// `afterPicture`, if given, is called after each picture with its place.
+  WatchedRun(Handler& handler, Progress& progress,
+             std::function<void(std::size_t)> afterPicture = nullptr) {
+    run = {&handler, &progress, std::move(afterPicture), false};
+  }
 
   /// To be called after each picture.
   static void onUpdate() {
+    if (run.afterPicture) run.afterPicture(run.progress->done());
     run.progress->step();
     if (!platform::InterruptCatcher::interrupted()) return;
     run.stopped = true;
@@ -24,6 +31,7 @@ class WatchedRun {
   struct State {
     Handler* handler = nullptr;
     Progress* progress = nullptr;
+    std::function<void(std::size_t)> afterPicture;
     bool stopped = false;
   };
   static inline State run;

@@ -2,6 +2,7 @@
 
 #include "boundary/Handles.h"
 #include "marks/TNVMark.h"
+#include "project/TNVDNNClass.h"
 #include "project/TNVTrainSet.h"
 #include "project/TNVWorkflow.h"
 
@@ -46,6 +47,15 @@ void WTNVTrainSet::getImageSize(int& width, int& height) const {
   const cv::Size size = native->getImageSize();
   width = size.width;
   height = size.height;
+}
+
+int WTNVTrainSet::wReplaceClass(const WTNVDNNClass& from, const WTNVDNNClass& to) const {
+  return native->replaceClass(from.getNativeDNNClass()->uniqueIdx,
+                              to.getNativeDNNClass()->uniqueIdx);
+}
+
+int WTNVTrainSet::wRemoveClass(const WTNVDNNClass& dnnClass) const {
+  return native->removeClass(dnnClass.getNativeDNNClass()->uniqueIdx);
 }
 
 bool WTNVTrainSet::wLoadData() const {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -200,6 +201,37 @@ void TNVTrainSet::removeMark(TNVMark* mark) {
   }
   removedMarks.push_back(std::move(*place));
   marks.erase(place);
+}
+
+int TNVTrainSet::replaceClass(int from, int to) {
+  if (from == to) return 0;
+  int count = 0;
+  for (const MarkPointer& mark : marks) {
+    std::vector<int>& classes = mark->classIdx;
+    const auto first = std::find(classes.begin(), classes.end(), from);
+    if (first == classes.end()) continue;
+    std::replace(first, classes.end(), from, to);
+    const auto kept = std::find(classes.begin(), classes.end(), to);
+    classes.erase(std::remove(std::next(kept), classes.end(), to), classes.end());
+    mark->renewChangeTag();
+    changed = true;
+    ++count;
+  }
+  return count;
+}
+
+int TNVTrainSet::removeClass(int idx) {
+  int count = 0;
+  const auto gone = std::stable_partition(marks.begin(), marks.end(), [&](const MarkPointer& mark) {
+    if (std::erase(mark->classIdx, idx) == 0) return true;
+    mark->renewChangeTag();
+    changed = true;
+    ++count;
+    return !mark->classIdx.empty();
+  });
+  std::move(gone, marks.end(), std::back_inserter(removedMarks));
+  marks.erase(gone, marks.end());
+  return count;
 }
 
 std::vector<TNVMark*> TNVTrainSet::markPointers() const {

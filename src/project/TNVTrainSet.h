@@ -40,6 +40,14 @@ class TNVTrainSet {
   /// Takes the mark out. It is no longer drawn nor saved, but stays readable as long as the record.
   void removeMark(TNVMark* mark);
 
+  /// Puts one class for another in all marks, by their unique indices. A mark that has both keeps
+  /// one. Returns the number of marks that changed.
+  int replaceClass(int from, int to);
+
+  /// Takes a class out of all marks, and with it the marks that have no other. Returns the number
+  /// of marks that carried it.
+  int removeClass(int idx);
+
   /// The marks in the order of addition, which is the drawing order.
   std::vector<TNVMark*> markPointers() const;
 

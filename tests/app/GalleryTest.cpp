@@ -9,6 +9,7 @@
 
 #include "GalleryReport.h"
 #include "GalleryStatistics.h"
+#include "HtmlPage.h"
 #include "ProgramRunner.h"
 #include "support/Pictures.h"
 

@@ -1,8 +1,12 @@
 #include "TNV_SampleBenchNative/WTNVTrainSet.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "marks/TNVMarkRect.h"
+#include "project/TNVDNNClass.h"
 #include "project/TNVTrainSet.h"
 #include "support/ProjectBuilder.h"
 #include "support/TempDirectory.h"
@@ -58,4 +62,64 @@ TEST(WTNVTrainSet, WorkflowIsFoundAmongThoseOfTheProject) {
   EXPECT_FALSE(trainSet.wGetWorkflow({WTNVWorkflow()}).isValid());
   trainSet.getNativeTrainSet()->dataLoaded = false;
   EXPECT_FALSE(trainSet.wGetWorkflow(workflows).isValid());
+}
+
+namespace {
+
+/// A train set whose marks carry those classes.
+void fill(TNVTrainSet& trainSet, const std::vector<std::vector<int>>& classes) {
+  for (const std::vector<int>& ofMark : classes) {
+    TNVMarkRect mark = rectangleAt(0.5);
+    mark.classIdx = ofMark;
+    trainSet.addMark(mark);
+  }
+  trainSet.changed = false;
+}
+
+WTNVDNNClass classAt(int idx) {
+  static std::map<int, TNVDNNClass> classes;
+  return WTNVDNNClass(&classes.emplace(idx, idx).first->second);
+}
+
+std::vector<std::vector<int>> classesOf(const TNVTrainSet& trainSet) {
+  std::vector<std::vector<int>> classes;
+  for (const auto& mark : trainSet.marks)
+    classes.push_back(mark->classIdx);
+  return classes;
+}
+
+}  // namespace
+
+TEST(WTNVTrainSet, AReplacedClassStandsOnceInEachMark) {
+  TNVTrainSet trainSet("a.jpg", "/base/");
+  fill(trainSet, {{3}, {4, 3}, {3, 5, 4}, {5}, {}});
+  const int tag = trainSet.marks[0]->changeTag;
+  const int untouched = trainSet.marks[3]->changeTag;
+  EXPECT_EQ(WTNVTrainSet(&trainSet).wReplaceClass(classAt(3), classAt(4)), 3);
+  EXPECT_THAT(classesOf(trainSet),
+              testing::ElementsAre(std::vector{4}, std::vector{4}, std::vector{4, 5},
+                                   std::vector{5}, std::vector<int>{}));
+  EXPECT_TRUE(trainSet.changed);
+  EXPECT_NE(trainSet.marks[0]->changeTag, tag);
+  EXPECT_EQ(trainSet.marks[3]->changeTag, untouched);
+}
+
+TEST(WTNVTrainSet, NothingToReplaceChangesNothing) {
+  TNVTrainSet trainSet("a.jpg", "/base/");
+  fill(trainSet, {{3}, {}});
+  EXPECT_EQ(WTNVTrainSet(&trainSet).wReplaceClass(classAt(7), classAt(4)), 0);
+  EXPECT_EQ(WTNVTrainSet(&trainSet).wReplaceClass(classAt(3), classAt(3)), 0);
+  EXPECT_EQ(WTNVTrainSet(&trainSet).wRemoveClass(classAt(7)), 0);
+  EXPECT_FALSE(trainSet.changed);
+}
+
+TEST(WTNVTrainSet, ARemovedClassTakesTheMarksAlongThatHaveNoOther) {
+  TNVTrainSet trainSet("a.jpg", "/base/");
+  fill(trainSet, {{3}, {4, 3}, {}, {5}, {3}});
+  const WTNVMark first = WTNVTrainSet(&trainSet).wGetMarks().front();
+  EXPECT_EQ(WTNVTrainSet(&trainSet).wRemoveClass(classAt(3)), 3);
+  EXPECT_THAT(classesOf(trainSet),
+              testing::ElementsAre(std::vector{4}, std::vector<int>{}, std::vector{5}));
+  EXPECT_TRUE(trainSet.changed);
+  EXPECT_EQ(first.wGetType(), "Rect") << "a removed mark stays readable";
 }

@@ -1,0 +1,339 @@
+#include "verify/SetVerifier.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "CommandError.h"
+#include "ProjectAccess.h"
+#include "SampleSources.h"
+#include "verify/LabelPlaces.h"
+#include "verify/PictureCheck.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Pictures whose looks differ in no more than this many of 64 features are near twins.
+constexpr int twinDistance = 3;
+
+enum class List { train, test };
+
+/// A picture of the set.
+struct Sample {
+  std::string path;
+  List list = List::train;
+  std::string label;  ///< empty if it has none
+  std::optional<PictureMarks> marks;
+};
+
+std::string lowered(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+  return text;
+}
+
+bool isPicture(const fs::path& path) {
+  static const std::set<std::string> endings{".jpg", ".jpeg", ".png", ".bmp"};
+  return endings.contains(lowered(path.extension().string()));
+}
+
+bool isText(const fs::path& path) {
+  return lowered(path.extension().string()) == ".txt";
+}
+
+/// The regular files right in a directory, sorted.
+std::vector<fs::path> filesIn(const fs::path& directory) {
+  std::vector<fs::path> files;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(directory, error))
+    if (entry.is_regular_file(error)) files.push_back(entry.path());
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::vector<std::string> picturesBelow(const fs::path& directory) {
+  std::vector<std::string> pictures;
+  std::error_code error;
+  for (const auto& entry : fs::recursive_directory_iterator(directory, error))
+    if (entry.is_regular_file(error) && isPicture(entry.path()))
+      pictures.push_back(entry.path().generic_string());
+  std::sort(pictures.begin(), pictures.end());
+  return pictures;
+}
+
+std::string ifThere(const fs::path& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error) ? path.generic_string() : "";
+}
+
+/// The only file of that ending; empty if there is none, and with several as `several` says.
+std::string onlyFile(const fs::path& directory, const std::string& ending, bool severalFail) {
+  std::vector<std::string> found;
+  for (const auto& file : filesIn(directory))
+    if (file.extension() == ending) found.push_back(file.generic_string());
+  if (found.size() > 1 && severalFail)
+    throw CommandError("there are several sets in '" + directory.string() + "'; name one of " +
+                       joined(found));
+  return found.size() == 1 ? found.front() : "";
+}
+
+std::string valueOf(const DataFile& data, const std::string& key) {
+  const auto value = data.values.find(key);
+  return value == data.values.end() ? "" : value->second;
+}
+
+void addFilesOfDirectory(const fs::path& directory, SetLayout& layout) {
+  layout.trainList = ifThere(directory / "train.txt");
+  for (const auto* name : {"test.txt", "valid.txt", "val.txt"})
+    if (layout.testList.empty()) layout.testList = ifThere(directory / name);
+  layout.namesFile = onlyFile(directory, ".names", false);
+  if (layout.namesFile.empty()) layout.namesFile = ifThere(directory / "classes.txt");
+  if (!layout.trainList.empty()) return;
+  const auto images = directory / "images";
+  std::error_code error;
+  layout.pictures = picturesBelow(fs::is_directory(images, error) ? images : directory);
+  if (layout.pictures.empty())
+    throw CommandError("'" + directory.string() +
+                       "' is no training set: it has no data file, no train.txt and no pictures");
+}
+
+void addFilesOfDataFile(const std::string& file, SetLayout& layout, Findings& findings) {
+  layout.dataFile = file;
+  layout.data = checkDataFile(file, findings);
+  layout.namesFile = valueOf(layout.data, "names");
+  layout.trainList = valueOf(layout.data, "train");
+  layout.testList = valueOf(layout.data, "valid");
+}
+
+/// Checks a set step by step.
+class Verifier {
+ public:
+  Verifier(const SetLayout& files, VerifiedSet& verified)
+      : layout(files), result(verified), places(verified.findings) {}
+
+  void run(const VerifyProgress& progress) {
+    readRules();
+    readLists();
+    progress.start(samples.size());
+    for (auto& sample : samples) {
+      checkSample(sample);
+      progress.step();
+    }
+    findStrays();
+    findSameContent();
+    findTwins();
+    result.pictures = samples.size();
+  }
+
+ private:
+  void report(const std::string& file, const char* rule, const std::string& text,
+              std::size_t line = 0) {
+    result.findings.push_back({file, line, rule, text});
+  }
+
+  void readRules() {
+    if (layout.namesFile.empty()) {
+      if (layout.dataFile.empty())
+        report(layout.trainList, "missing-names", "there is no file of class names");
+    } else {
+      rules.classCount = checkNames(layout.namesFile, result.findings);
+    }
+    if (!layout.dataFile.empty() && rules.classCount)
+      checkDeclaredClasses(layout.dataFile, layout.data, *rules.classCount, result.findings);
+    if (!layout.network.empty())
+      rules.networkInput = checkNetwork(layout.network, rules.classCount, result.findings);
+  }
+
+  void readLists() {
+    for (const auto& picture : layout.pictures)
+      samples.push_back({absolutePath(picture), List::train, "", {}});
+    readList(layout.trainList, List::train);
+    readList(layout.testList, List::test);
+  }
+
+  void readList(const std::string& file, List list) {
+    if (file.empty()) return;
+    for (const auto& entry : checkList(file, result.findings)) {
+      const auto [first, isNew] = listed.emplace(entry.picture, file);
+      if (isNew) {
+        samples.push_back({entry.picture, list, "", {}});
+      } else {
+        report(file, "listed-twice",
+               entry.picture + " stands in " +
+                   (first->second == file ? "this list already" : first->second + ", too"),
+               entry.line);
+      }
+    }
+  }
+
+  void checkSample(Sample& sample) {
+    std::error_code error;
+    if (!fs::exists(sample.path, error)) {
+      report(sample.path, "missing-picture", "a listed picture is not there");
+      return;
+    }
+    sample.marks = checkPicture(sample.path, result.findings);
+    sample.label = places.labelOf(sample.path);
+    if (sample.label.empty()) {
+      report(sample.path, "missing-label",
+             "there is no label text; make an empty one for a picture without objects");
+      return;
+    }
+    result.labels += checkLabels(readTextFile(sample.label), rules, result.findings);
+  }
+
+  /// Looks at all files in the directories of the samples and of their labels.
+  void findStrays() {
+    std::set<fs::path> directories;
+    std::unordered_set<std::string> known;
+    for (const auto& file : {layout.trainList, layout.testList, layout.namesFile, layout.sources})
+      if (!file.empty()) known.insert(absolutePath(file));
+    for (const auto& sample : samples) {
+      known.insert(sample.path);
+      directories.insert(fs::path(sample.path).parent_path());
+      if (sample.label.empty()) continue;
+      known.insert(sample.label);
+      directories.insert(fs::path(sample.label).parent_path());
+    }
+    for (const auto& directory : directories)
+      findStraysIn(directory, known);
+  }
+
+  void findStraysIn(const fs::path& directory, const std::unordered_set<std::string>& known) {
+    std::map<std::string, std::string> byStem;
+    for (const auto& file : filesIn(directory)) {
+      const auto path = file.generic_string();
+      if (isPicture(file)) {
+        const auto [first, isNew] = byStem.emplace(file.stem().string(), path);
+        if (!isNew) report(path, "same-stem", "shares its label text with " + first->second);
+        if (!known.contains(path)) report(path, "stray-picture", "the picture is in no list");
+      } else if (isText(file) && !known.contains(path)) {
+        report(path, "stray-text", "the text belongs to no picture of the set");
+      }
+    }
+  }
+
+  void findSameContent() {
+    std::unordered_map<std::uint64_t, std::vector<const Sample*>> byContent;
+    for (const auto& sample : samples)
+      if (sample.marks) byContent[sample.marks->content].push_back(&sample);
+    for (const auto& sample : samples) {
+      if (sample.list != List::test || !sample.marks) continue;
+      for (const auto* other : byContent[sample.marks->content]) {
+        if (other->list != List::train || other->marks->bytes != sample.marks->bytes ||
+            !haveSameContent(other->path, sample.path))
+          continue;
+        report(sample.path, "same-picture",
+               "the same picture is in the training list: " + other->path);
+        same.insert(sample.path);
+        break;
+      }
+    }
+  }
+
+  void findTwins() {
+    const auto sources = readSampleSources(layout.sources);
+    if (sources.empty()) {
+      findTwinsByLook();
+    } else {
+      findTwinsBySource(sources);
+    }
+  }
+
+  void findTwinsBySource(const std::vector<std::pair<std::string, std::string>>& sources) {
+    const std::map<std::string, std::string> sourceOf(sources.begin(), sources.end());
+    const auto source = [&](const Sample& sample) {
+      const auto found = sourceOf.find(fs::path(sample.path).filename().string());
+      return found == sourceOf.end() ? std::string() : found->second;
+    };
+    std::unordered_map<std::string, std::string> training;
+    for (const auto& sample : samples)
+      if (sample.list == List::train) training.emplace(source(sample), sample.path);
+    for (const auto& sample : samples) {
+      if (sample.list != List::test || source(sample).empty()) continue;
+      const auto twin = training.find(source(sample));
+      if (twin != training.end()) reportTwin(sample, twin->second, "made of one picture");
+    }
+  }
+
+  /// Of 64 features in four parts, three that differ leave one part whole: only looks that share a
+  /// part have to be compared.
+  void findTwinsByLook() {
+    std::unordered_map<std::uint64_t, std::vector<const Sample*>> byPart;
+    const auto parts = [](std::uint64_t look) {
+      std::vector<std::uint64_t> keys;
+      for (unsigned part = 0; part < 4; ++part)
+        keys.push_back((look >> (16 * part) & 0xffffU) | std::uint64_t{part} << 16U);
+      return keys;
+    };
+    for (const auto& sample : samples)
+      if (sample.list == List::train && sample.marks && sample.marks->look)
+        for (const auto key : parts(*sample.marks->look))
+          byPart[key].push_back(&sample);
+    for (const auto& sample : samples) {
+      if (sample.list != List::test || !sample.marks || !sample.marks->look) continue;
+      if (const auto* twin = twinOf(sample, parts(*sample.marks->look), byPart))
+        reportTwin(sample, twin->path, "all but the same");
+    }
+  }
+
+  static const Sample* twinOf(
+      const Sample& sample, const std::vector<std::uint64_t>& keys,
+      const std::unordered_map<std::uint64_t, std::vector<const Sample*>>& byPart) {
+    for (const auto key : keys) {
+      const auto candidates = byPart.find(key);
+      if (candidates == byPart.end()) continue;
+      for (const auto* candidate : candidates->second)
+        if (lookDistance(*candidate->marks->look, *sample.marks->look) <= twinDistance)
+          return candidate;
+    }
+    return nullptr;
+  }
+
+  void reportTwin(const Sample& sample, const std::string& twin, const std::string& how) {
+    if (same.contains(sample.path)) return;
+    report(sample.path, "near-twin",
+           how + " as a picture of the training list, " + twin +
+               ": the test would be too easy (see generate --keep-together)");
+  }
+
+  const SetLayout& layout;
+  VerifiedSet& result;
+  LabelPlaces places;
+  LabelRules rules;
+  std::vector<Sample> samples;
+  std::unordered_map<std::string, std::string> listed;  ///< picture and its list
+  std::unordered_set<std::string> same;
+};
+
+}  // namespace
+
+SetLayout findSet(const std::string& path, const std::string& network, Findings& findings) {
+  std::error_code error;
+  const bool isDirectory = fs::is_directory(path, error);
+  if (!isDirectory && !fs::is_regular_file(path, error))
+    throw CommandError("there is no training set at '" + path +
+                       "'; give its directory or its data file");
+  const fs::path directory = isDirectory ? fs::path(path) : fs::path(path).parent_path();
+  const auto dataFile = isDirectory ? onlyFile(directory, ".data", true) : path;
+  SetLayout layout;
+  if (dataFile.empty()) {
+    addFilesOfDirectory(directory, layout);
+  } else {
+    addFilesOfDataFile(dataFile, layout, findings);
+  }
+  layout.network = network.empty() ? onlyFile(directory, ".cfg", false) : network;
+  layout.sources = ifThere(directory / "sources.txt");
+  return layout;
+}
+
+VerifiedSet verifySet(const SetLayout& layout, Findings found, const VerifyProgress& progress) {
+  VerifiedSet result;
+  result.findings = std::move(found);
+  Verifier(layout, result).run(progress);
+  return result;
+}

@@ -1,0 +1,115 @@
+#include <filesystem>
+#include <sstream>
+
+#include "ProgramRunner.h"
+#include "support/Pictures.h"
+
+namespace {
+
+class ProgramClasses : public ProgramTest {
+ protected:
+  void SetUp() override {
+    makeProject();
+    succeed({"class", "add", "parts", "bolt", "--color", "ff8000"});
+    mark("a.png", "screw");
+    mark("a.png", "nut");
+    mark("b.png", "screw");
+    mark("b.png", "bolt");
+  }
+
+  void mark(const std::string& picture, const std::string& name) const {
+    succeed({"mark", "parts", picture, "Rect", "0.25,0.25", "0.5,0.75", "--class", name});
+  }
+
+  /// The class numbers of all labels of a set, in the order of the marks.
+  std::string numbers() const {
+    succeed({"generate", "parts", "--output", "set"});
+    std::string result;
+    for (const auto* name : {"set/samples/img_0.txt", "set/samples/img_1.txt"}) {
+      std::istringstream lines(readFile(place / name));
+      for (std::string line; std::getline(lines, line);)
+        result += line.substr(0, line.find(' '));
+      result += '|';
+    }
+    return result;
+  }
+};
+
+}  // namespace
+
+TEST_F(ProgramClasses, ARenamedClassKeepsNumberColourAndMarks) {
+  succeed({"class", "rename", "parts", "bolt", "stud"});
+  EXPECT_EQ(succeed({"class", "list", "parts"}),
+            "number  class  colour\n"
+            "     0  screw  9dc423\n"
+            "     1  nut    9dc423\n"
+            "     2  stud   ff8000\n");
+  EXPECT_EQ(numbers(), "01|02|");
+}
+
+TEST_F(ProgramClasses, ANameThatIsTakenOrWouldNotBeReadBackIsRefused) {
+  fail({"class", "rename", "parts", "bolt", "nut"}, "another class's");
+  fail({"class", "rename", "parts", "bolt", "a,b"}, "without comma");
+  fail({"class", "rename", "parts", "clip", "stud"}, "there is no class 'clip'");
+  EXPECT_EQ(occurrences(succeed({"class", "list", "parts"}), "bolt"), 1U);
+}
+
+TEST_F(ProgramClasses, MergedClassesGiveTheirMarksAndLeaveNoGap) {
+  EXPECT_EQ(succeed({"class", "merge", "parts", "screw", "--into", "bolt"}),
+            "merged screw into bolt; 2 marks changed\n"
+            "number  class  colour\n"
+            "     0  nut    9dc423\n"
+            "     1  bolt   ff8000\n");
+  EXPECT_EQ(numbers(), "10|11|");
+}
+
+TEST_F(ProgramClasses, AMergeIntoItselfIsWrongUsage) {
+  fail({"class", "merge", "parts", "screw", "bolt", "--into", "bolt"}, "into itself", 2);
+  fail({"class", "merge", "parts", "screw", "screw", "--into", "bolt"}, "named twice", 2);
+  EXPECT_EQ(numbers(), "01|02|");
+}
+
+TEST_F(ProgramClasses, DeletingMarksHasToBeAskedFor) {
+  fail({"class", "delete", "parts", "screw"}, "2 marks would be deleted with screw");
+  EXPECT_EQ(numbers(), "01|02|");
+  succeed({"class", "delete", "parts", "screw", "--with-marks"});
+  EXPECT_EQ(numbers(), "0|1|");
+  EXPECT_EQ(occurrences(succeed({"class", "list", "parts"}), "screw"), 0U);
+}
+
+TEST_F(ProgramClasses, AClassWithoutMarksGoesWithoutAWord) {
+  succeed({"class", "add", "parts", "dirt"});
+  succeed({"class", "delete", "parts", "dirt"});
+  EXPECT_EQ(numbers(), "01|02|");
+}
+
+TEST_F(ProgramClasses, TheOrderGivesTheNumbers) {
+  EXPECT_EQ(succeed({"class", "order", "parts", "bolt", "screw", "nut"}),
+            "numbered the classes anew; 0 marks changed\n"
+            "number  class  colour\n"
+            "     0  bolt   ff8000\n"
+            "     1  screw  9dc423\n"
+            "     2  nut    9dc423\n");
+  EXPECT_EQ(numbers(), "12|10|");
+  fail({"class", "order", "parts", "bolt", "screw"}, "name all 3 classes", 2);
+}
+
+TEST_F(ProgramClasses, ADryRunCountsAndChangesNothing) {
+  const auto out = succeed({"class", "merge", "parts", "screw", "--into", "bolt", "--dry-run"});
+  EXPECT_EQ(out.substr(0, out.find('\n')),
+            "would have merged screw into bolt; 2 marks would change");
+  const auto deleted = succeed({"class", "delete", "parts", "screw", "--dry-run"});
+  EXPECT_EQ(deleted.substr(0, deleted.find('\n')),
+            "would have deleted screw with 2 marks; 2 marks would change");
+  EXPECT_EQ(numbers(), "01|02|");
+}
+
+TEST_F(ProgramClasses, NothingChangesWhileARecordCannotBeRead) {
+  for (const auto& entry : std::filesystem::directory_iterator(place / "projects/parts/is_day1"))
+    if (entry.path().extension() == ".xml") {
+      place.write("projects/parts/is_day1/" + entry.path().filename().string(), "<?xml");
+      break;
+    }
+  fail({"class", "merge", "parts", "screw", "--into", "bolt"}, "nothing was changed");
+  EXPECT_EQ(occurrences(succeed({"class", "list", "parts"}), "screw"), 1U);
+}

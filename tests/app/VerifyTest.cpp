@@ -1,0 +1,349 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "CommandError.h"
+#include "ProgramRunner.h"
+#include "support/Pictures.h"
+#include "verify/SetVerifier.h"
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+/// A picture of its own look.
+cv::Mat scene(unsigned seed, cv::Size size = {64, 48}) {
+  cv::RNG random(seed);
+  cv::Mat coarse(6, 8, CV_8UC3);
+  random.fill(coarse, cv::RNG::UNIFORM, 0, 256);
+  cv::Mat picture;
+  cv::resize(coarse, picture, size, 0, 0, cv::INTER_LINEAR);
+  return picture;
+}
+
+/// A sound set of four samples, two in each list, of two classes.
+class VerifiedSetTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    place.makeDirectory("samples");
+    for (unsigned i = 0; i < 4; ++i) {
+      cv::imwrite(sample(i, ".png"), scene(i + 1));
+      place.write("samples/img_" + std::to_string(i) + ".txt",
+                  std::to_string(i % 2) + " 0.5 0.5 0.25 0.5\n");
+    }
+    writeList("train.txt", {0, 1});
+    writeList("test.txt", {2, 3});
+    place.write("parts.names", "screw\nnut\n");
+    place.write("parts.data", "classes = 2\ntrain = " + (place / "train.txt") +
+                                  "\nvalid = " + (place / "test.txt") +
+                                  "\nnames = " + (place / "parts.names") + "\n");
+    place.write("parts.cfg", network(2, 21));
+  }
+
+  std::string sample(unsigned number, const std::string& ending) const {
+    return place / ("samples/img_" + std::to_string(number) + ending);
+  }
+
+  void writeList(const std::string& name, const std::vector<unsigned>& numbers) const {
+    std::string text;
+    for (const auto number : numbers)
+      text += sample(number, ".png") + "\n";
+    place.write(name, text);
+  }
+
+  /// Of 64 by 64 pixels, with one output layer of three boxes a place.
+  static std::string network(int classes, int filters) {
+    return "[net]\nwidth=64\nheight=64\n\n[convolutional]\nfilters=" + std::to_string(filters) +
+           "\n\n[yolo]\nmask=0,1,2\nclasses=" + std::to_string(classes) + "\nnum=6\n";
+  }
+
+  void label(const std::string& text) const { place.write("samples/img_0.txt", text); }
+
+  VerifiedSet verify(const std::string& path) const {
+    Findings found;
+    const auto layout = findSet(path, "", found);
+    return verifySet(layout, found, {[](std::size_t) {}, [] {}});
+  }
+
+  /// "file:line rule" of each finding, the file below the set.
+  std::vector<std::string> findings(const std::string& path = "") const {
+    std::vector<std::string> texts;
+    for (const auto& finding : verify(path.empty() ? place.path() : path).findings)
+      texts.push_back(fs::path(finding.file).lexically_relative(place.path()).string() + ":" +
+                      std::to_string(finding.line) + " " + finding.rule);
+    std::sort(texts.begin(), texts.end());
+    return texts;
+  }
+
+  TempDirectory place;
+};
+
+TEST_F(VerifiedSetTest, ASoundSetHasNoFindings) {
+  EXPECT_THAT(findings(), IsEmpty());
+  EXPECT_THAT(findings(place / "parts.data"), IsEmpty());
+  const auto verified = verify(place.path());
+  EXPECT_EQ(verified.pictures, 4U);
+  EXPECT_EQ(verified.labels, 4U);
+}
+
+TEST_F(VerifiedSetTest, BoxesUpToTheEdgesAndEmptyTextsAreSound) {
+  label("0 0.5 0.5 1 1\n1 1 0.25 0.00002 0.5\n\n");
+  place.write("samples/img_1.txt", "");
+  EXPECT_THAT(findings(), ElementsAre("samples/img_0.txt:2 small-box"))
+      << "the box is sound but for its width";
+}
+
+TEST_F(VerifiedSetTest, LabelsThatTrainersReadWrong) {
+  struct Row {
+    std::string line;
+    std::string rule;
+  };
+  for (const auto& [line, rule] :
+       {Row{"0 0.5 0.5 0.25", "fields"}, Row{"0 0.5 0.5 0.25 0.5 0.9", "fields"},
+        Row{"2 0.5 0.5 0.25 0.5", "class-number"}, Row{"-1 0.5 0.5 0.25 0.5", "class-number"},
+        Row{"1.0 0.5 0.5 0.25 0.5", "class-number"}, Row{"nut 0.5 0.5 0.25 0.5", "class-number"},
+        Row{"0 0,5 0.5 0.25 0.5", "number"}, Row{"0 nan 0.5 0.25 0.5", "number"},
+        Row{"0 0.5 0.5 inf 0.5", "number"}, Row{"0 0.5 0.5 0 0.5", "size"},
+        Row{"0 0.5 0.5 0.25 -0.5", "size"}, Row{"0 0.2 0.5 0.5 0.5", "box-outside"},
+        Row{"0 0.5 0.8 0.25 0.5", "box-outside"},
+        // 0.015 of 64 pixels.
+        Row{"0 0.5 0.5 0.015 0.5", "small-box"}, Row{"0 0.5 0.5 0.25 0.015", "small-box"}}) {
+    label("1 0.5 0.5 0.5 0.5\n" + line + "\n");
+    EXPECT_THAT(findings(), ElementsAre("samples/img_0.txt:2 " + rule)) << line;
+  }
+}
+
+TEST_F(VerifiedSetTest, ACentreOutsideIsSaidAsSuch) {
+  label("0 0 0.5 0.25 0.5\n0 0.5 1.1 0.25 0.5\n");
+  EXPECT_THAT(findings(),
+              ElementsAre("samples/img_0.txt:1 box-outside", "samples/img_0.txt:1 centre",
+                          "samples/img_0.txt:2 box-outside", "samples/img_0.txt:2 centre"));
+}
+
+TEST_F(VerifiedSetTest, ARowThatStandsTwice) {
+  label("0 0.5 0.5 0.25 0.5\n1 0.5 0.5 0.25 0.5\n0  0.5 0.5 0.25\t0.5\n");
+  EXPECT_THAT(findings(), ElementsAre("samples/img_0.txt:3 duplicate-row"));
+}
+
+TEST_F(VerifiedSetTest, AByteOrderMarkInEachKindOfText) {
+  for (const std::string file :
+       {"samples/img_0.txt", "parts.names", "parts.data", "parts.cfg", "train.txt", "test.txt"}) {
+    const auto before = readFile(place / file);
+    place.write(file, "\xEF\xBB\xBF" + before);
+    EXPECT_THAT(findings(), ElementsAre(file + ":1 byte-order-mark"));
+    place.write(file, before);
+  }
+}
+
+TEST_F(VerifiedSetTest, DefectsOfFiles) {
+  struct Row {
+    std::string name;
+    std::function<void()> defect;
+    std::vector<std::string> found;
+  };
+  const auto append = [&](const std::string& file, const std::string& text) {
+    place.write(file, readFile(place / file) + text);
+  };
+  const auto data = [&](const std::string& from, const std::string& to) {
+    auto text = readFile(place / "parts.data");
+    text.replace(text.find(from), from.size(), to);
+    place.write("parts.data", text);
+  };
+  const std::vector<Row> rows{
+      {"no label text",
+       [&] { fs::remove(sample(1, ".txt")); },
+       {"samples/img_1.png:0 missing-label"}},
+      {"no picture",
+       [&] { fs::remove(sample(1, ".png")); },
+       {"samples/img_1.png:0 missing-picture", "samples/img_1.txt:0 stray-text"}},
+      {"picture in no list",
+       [&] { cv::imwrite(place / "samples/more.png", scene(9)); },
+       {"samples/more.png:0 stray-picture"}},
+      {"text without picture",
+       [&] { place.write("samples/more.txt", ""); },
+       {"samples/more.txt:0 stray-text"}},
+      {"two pictures for one text",
+       [&] {
+         cv::imwrite(place / "samples/img_1.jpg", scene(9));
+         append("train.txt", place / "samples/img_1.jpg\n");
+       },
+       {"samples/img_1.png:0 same-stem"}},
+      {"listed twice",
+       [&] { append("train.txt", sample(0, ".png") + "\n"); },
+       {"train.txt:3 listed-twice"}},
+      {"in both lists",
+       [&] { append("test.txt", sample(0, ".png") + "\n"); },
+       {"test.txt:3 listed-twice"}},
+      {"empty line", [&] { append("train.txt", "\n"); }, {"train.txt:3 empty-line"}},
+      {"white space",
+       [&] {
+         place.write("test.txt", sample(2, ".png") + " \n");
+         append("train.txt", sample(3, ".png") + "\n");
+       },
+       {"test.txt:1 list-space"}},
+      {"carriage returns",
+       [&] { place.write("test.txt", sample(2, ".png") + "\r\n" + sample(3, ".png") + "\r\n"); },
+       {"test.txt:0 line-end"}},
+      {"no list",
+       [&] { fs::remove(place / "test.txt"); },
+       {"samples/img_2.png:0 stray-picture", "samples/img_2.txt:0 stray-text",
+        "samples/img_3.png:0 stray-picture", "samples/img_3.txt:0 stray-text",
+        "test.txt:0 missing-file"}},
+      {"white space in a value",
+       [&] { append("parts.data", "backup = my weights/\n"); },
+       {"parts.data:5 data-space"}},
+      {"no pair", [&] { append("parts.data", "backup\n"); }, {"parts.data:5 data-line"}},
+      {"wrong number of classes",
+       [&] { data("classes = 2", "classes = 3"); },
+       {"parts.data:0 class-count"}},
+      {"no number of classes", [&] { data("classes = 2", "# none"); }, {"parts.data:0 data-key"}},
+      {"no names", [&] { fs::remove(place / "parts.names"); }, {"parts.names:0 missing-file"}},
+      {"blank name",
+       [&] { place.write("parts.names", "screw\n \n"); },
+       {"parts.names:2 blank-name"}},
+      {"name twice",
+       [&] { place.write("parts.names", "nut\nnut\n"); },
+       {"parts.names:2 same-name"}},
+      {"network's classes",
+       [&] { place.write("parts.cfg", network(80, 21)); },
+       {"parts.cfg:8 network-classes"}},
+      {"network's filters",
+       [&] { place.write("parts.cfg", network(2, 255)); },
+       {"parts.cfg:5 network-filters"}},
+      {"network without output",
+       [&] { place.write("parts.cfg", "[net]\nwidth=64\nheight=64\n"); },
+       {"parts.cfg:0 network-output"}},
+      {"network without input",
+       [&] { place.write("parts.cfg", "[net]\nwidth=64\n" + network(2, 21).substr(26)); },
+       {"parts.cfg:1 network-input"}},
+      {"trash",
+       [&] { place.write("samples/img_1.png", "no picture"); },
+       {"samples/img_1.png:0 unreadable-picture"}},
+      {"empty picture",
+       [&] { place.write("samples/img_1.png", ""); },
+       {"samples/img_1.png:0 unreadable-picture"}},
+      {"tiny picture",
+       [&] {
+         cv::imwrite(sample(1, ".png"), scene(9, {64, 9}));
+       },
+       {"samples/img_1.png:0 tiny-picture"}},
+      {"the same picture in both lists",
+       [&] {
+         fs::copy(sample(0, ".png"), sample(2, ".png"), fs::copy_options::overwrite_existing);
+       },
+       {"samples/img_2.png:0 same-picture"}},
+      {"a turned copy in the other list",
+       [&] {
+         cv::Mat turned;
+         cv::rotate(scene(1), turned, cv::ROTATE_90_CLOCKWISE);
+         cv::imwrite(sample(3, ".png"), turned);
+       },
+       {"samples/img_3.png:0 near-twin"}},
+      {"samples of one source in both lists",
+       [&] {
+         place.write("sources.txt",
+                     "img_0.png\ta.jpg\nimg_1.png\tb.jpg\nimg_2.png\tc.jpg\nimg_3.png\ta.jpg\n");
+       },
+       {"samples/img_3.png:0 near-twin"}},
+  };
+  for (const auto& [name, defect, found] : rows) {
+    fs::remove_all(place / "samples");
+    fs::remove(place / "sources.txt");
+    SetUp();
+    defect();
+    EXPECT_THAT(findings(), testing::ElementsAreArray(found)) << name;
+  }
+}
+
+TEST_F(VerifiedSetTest, AnOrientationTagIsFound) {
+  std::vector<uchar> jpeg;
+  cv::imencode(".jpg", scene(1), jpeg);
+  // An APP1 segment with one entry: orientation (0x0112), a short, 6.
+  const std::string tiff("II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x06\0\0\0\0\0\0\0", 26);
+  const std::string exif = std::string("Exif\0\0", 6) + tiff;
+  const std::string segment =
+      std::string("\xFF\xE1\0", 3) + static_cast<char>(exif.size() + 2) + exif;
+  std::string file(jpeg.begin(), jpeg.end());
+  file.insert(2, segment);
+  place.write("samples/img_9.jpg", file);
+  place.write("samples/img_9.txt", "");
+  place.write("train.txt", readFile(place / "train.txt") + (place / "samples/img_9.jpg\n"));
+  auto found = findings();
+  EXPECT_THAT(found, ElementsAre("samples/img_9.jpg:0 orientation"));
+}
+
+TEST_F(VerifiedSetTest, PlainPicturesAreNoTwins) {
+  cv::imwrite(sample(0, ".png"), cv::Mat(48, 64, CV_8UC3, cv::Scalar(90, 90, 90)));
+  cv::imwrite(sample(2, ".png"), cv::Mat(48, 64, CV_8UC3, cv::Scalar(200, 90, 20)));
+  EXPECT_THAT(findings(), IsEmpty());
+}
+
+TEST_F(VerifiedSetTest, LabelsMayLieInATreeOfTheirOwn) {
+  const TempDirectory other;
+  other.makeDirectory("images/day1");
+  other.makeDirectory("labels/day1");
+  other.write("classes.txt", "screw\n");
+  cv::imwrite(other / "images/day1/a.png", scene(1));
+  other.write("labels/day1/a.txt", "0 0.5 0.5 0.25 0.5\n");
+  EXPECT_THAT(verify(other.path()).findings, IsEmpty());
+  EXPECT_EQ(verify(other.path()).labels, 1U);
+  fs::rename(other / "labels/day1/a.txt", other / "images/day1/a.txt");
+  const auto found = verify(other.path()).findings;
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(found[0].rule, "images-folder");
+  EXPECT_EQ(found[0].file, other / "images/day1");
+}
+
+TEST_F(VerifiedSetTest, RelativePathsAreFoundBesideTheList) {
+  place.write("train.txt", "samples/img_0.png\n./samples/img_1.png\n");
+  EXPECT_THAT(findings(), IsEmpty());
+}
+
+TEST_F(VerifiedSetTest, WhatIsNoSetIsAnError) {
+  const TempDirectory empty;
+  EXPECT_THROW(verify(empty.path()), CommandError);
+  EXPECT_THROW(verify(empty / "absent"), CommandError);
+  place.write("other.data", "");
+  EXPECT_THROW(verify(place.path()), CommandError) << "two data files";
+}
+
+class ProgramVerify : public ProgramTest {};
+
+TEST_F(ProgramVerify, AGeneratedSetIsSoundAndABrokenOneIsFound) {
+  makeProject();
+  cv::imwrite(place / "photos/b.png", scene(7, {128, 64}));
+  succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
+  succeed({"generate", "parts", "--output", "set", "--test-ratio", "0.5", "--keep-together",
+           "source", "--augmentation", "resize-quarter-turns.xml"});
+  EXPECT_THAT(succeed({"verify", "set"}), HasSubstr("10 pictures, 5 labels, 0 findings\n"));
+  place.write("set/samples/img_0.txt", "7 0.5 0.5 0.5 0.5\n");
+  const auto broken = run({"verify", "set"});
+  EXPECT_EQ(broken.exitCode, 3);
+  EXPECT_THAT(broken.out, HasSubstr("/samples/img_0.txt:1: class-number: there is no class 7"));
+  const auto json = run({"verify", "set", "--json"});
+  EXPECT_EQ(json.exitCode, 3);
+  EXPECT_THAT(json.out, HasSubstr("\"rule\" : \"class-number\""));
+}
+
+TEST_F(ProgramVerify, TheLibrarysOwnDivisionTearsCopiesApart) {
+  makeProject();
+  succeed({"generate", "parts", "--output", "set", "--test-ratio", "0.5", "--augmentation",
+           "resize-quarter-turns.xml"});
+  const auto result = run({"verify", "set"});
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_THAT(result.out, HasSubstr("near-twin"));
+  EXPECT_THAT(result.out, HasSubstr("generate --keep-together"));
+}
+
+TEST_F(ProgramVerify, WithoutASetTheErrorSaysWhatToGive) {
+  fail({"verify", "nowhere"}, "give its directory or its data file");
+}
+
+}  // namespace
