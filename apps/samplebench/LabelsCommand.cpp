@@ -59,11 +59,6 @@ void reportRejections(const WTNVToolLabelExchange& exchange, const LabelsOptions
   noteRejections(rejections, output);
 }
 
-// The list of names in the settings file would not give others back.
-bool canBeKept(const std::string& className) {
-  return className.find_first_of(",={}\"\\\n\r\t") == std::string::npos;
-}
-
 // The labels of a class that is not added are rejected later on.
 std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::string>& names,
                               Output& output) {
@@ -73,7 +68,7 @@ std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::strin
   std::size_t added = 0;
   for (const auto& name : names) {
     if (name.empty() || !present.insert(name).second) continue;
-    if (!canBeKept(name)) {
+    if (!isClassName(name)) {
       output.note("class '" + name + "' is not added; use a name without , = { } \" \\ or tab");
       output.setFindings();
     } else if (project.wAddDNNClass(name, -1, -1).isValid()) {

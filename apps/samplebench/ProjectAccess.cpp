@@ -83,10 +83,15 @@ void saveProject(WTNVProject& project, bool full, const Output& output) {
                        "' cannot be saved; see that its directory can be written to");
 }
 
+bool isClassName(const std::string& name) {
+  return name.find_first_of(",={}\"\\\n\r\t") == std::string::npos;
+}
+
 void requireClassName(const std::string& name) {
-  if (name.find_first_of(",=\"\n\r\t") != std::string::npos)
-    throw CommandError("class '" + name +
-                       "' cannot be added; use a name without comma, equals sign, quote or tab");
+  if (!isClassName(name))
+    throw CommandError(
+        "class '" + name +
+        "' cannot be added; use a name without comma, equals sign, brace, quote, backslash or tab");
 }
 
 namespace {

@@ -31,8 +31,11 @@ std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::
 /// dry run nothing is saved.
 void saveProject(WTNVProject& project, bool full, const Output& output);
 
-/// Throws CommandError unless the project's settings give that name of a class back: its list of
-/// names is cut at commas, for one.
+/// Whether the project's settings give that name of a class back: its list of names is cut at
+/// commas, for one.
+bool isClassName(const std::string& name);
+
+/// Throws CommandError unless it is one.
 void requireClassName(const std::string& name);
 
 /// One picture of a project, with its data in memory.

@@ -101,7 +101,8 @@ class Lines {
   }
 
   std::size_t of(const Json::Value& value) const {
-    const auto offset = static_cast<std::size_t>(std::max<std::ptrdiff_t>(value.getOffsetStart(), 0));
+    const auto offset =
+        static_cast<std::size_t>(std::max<std::ptrdiff_t>(value.getOffsetStart(), 0));
     const auto end = std::lower_bound(ends.begin(), ends.end(), offset);
     return static_cast<std::size_t>(end - ends.begin()) + 1;
   }

@@ -85,7 +85,8 @@ class LineCounter {
   explicit LineCounter(std::string_view content) : text(content) {}
 
   std::size_t lineAt(std::ptrdiff_t offset) {
-    const auto end = std::min(static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0)), text.size());
+    const auto end =
+        std::min(static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0)), text.size());
     for (; place < end; ++place) {
       if (text[place] == '\n') ++line;
     }
@@ -170,7 +171,8 @@ class VocReader {
   }
 
   /// Where the picture of a file lies; nothing if it is nowhere.
-  std::optional<std::string> pathOf(const pugi::xml_node& annotation, const std::string& file) const {
+  std::optional<std::string> pathOf(const pugi::xml_node& annotation,
+                                    const std::string& file) const {
     std::string name = textOf(annotation, "filename");
     if (name.empty()) name = fs::path(file).stem().string();
     for (const std::string& directory : directoriesFor(file)) {
@@ -284,13 +286,12 @@ bool writeVocLabels(const LabelSet& set, const std::string& directory,
   if (!makeDirectory(labels, kWriteWho)) return false;
   const auto names = outputNames(set);
   const std::string images = root + std::string(kImagesDirectory);
-  bool written = !writing.copy || (makeDirectory(images, kWriteWho) &&
-                                   copyPictures(set, names, images, kWriteWho));
+  bool written = !writing.copy ||
+                 (makeDirectory(images, kWriteWho) && copyPictures(set, names, images, kWriteWho));
   for (std::size_t i = 0; i < names.size(); ++i) {
     const LabelledPicture& picture = set.pictures[i];
-    const std::string fileName =
-        writing.copy ? names[i] + pictureExtension(picture.path)
-                     : fs::path(picture.path).filename().string();
+    const std::string fileName = writing.copy ? names[i] + pictureExtension(picture.path)
+                                              : fs::path(picture.path).filename().string();
     written = writeWhole(labels + names[i] + ".xml", documentOf(set, picture, fileName, writing),
                          kWriteWho) &&
               written;

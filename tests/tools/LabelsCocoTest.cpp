@@ -20,9 +20,8 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr auto kCategories = R"("categories":[{"id":7,"name":"nut"},{"id":3,"name":"screw"}])";
-constexpr auto kImages =
-    R"("images":[{"id":1,"file_name":"a.jpg","width":200,"height":100},)"
-    R"({"id":"b","file_name":"b.jpg","width":200,"height":100}])";
+constexpr auto kImages = R"("images":[{"id":1,"file_name":"a.jpg","width":200,"height":100},)"
+                         R"({"id":"b","file_name":"b.jpg","width":200,"height":100}])";
 
 /// A file with those annotations, one a line, from line 4 on.
 std::string fileWith(const std::vector<std::string>& annotations) {
@@ -85,8 +84,8 @@ TEST_F(LabelsCoco, OnePolygonIsAnOutlineAndAllElseItsBox) {
   ASSERT_THAT(rejectionsIn(set), IsEmpty());
   const auto& labels = set.pictures[0].labels;
   ASSERT_EQ(labels.size(), 6U);
-  EXPECT_THAT(labels[0].outline, ElementsAre(cv::Point2d(0.1, 0.1), cv::Point2d(0.35, 0.1),
-                                             cv::Point2d(0.225, 0.5)));
+  EXPECT_THAT(labels[0].outline,
+              ElementsAre(cv::Point2d(0.1, 0.1), cv::Point2d(0.35, 0.1), cv::Point2d(0.225, 0.5)));
   EXPECT_LT(moved({0.1, 0.1, 0.25, 0.4}, labels[0].box, {200, 100}), 1e-9);
   for (std::size_t i = 1; i < 5; ++i) {
     EXPECT_THAT(labels[i].outline, IsEmpty()) << i;
@@ -110,14 +109,14 @@ TEST_F(LabelsCoco, WhatCannotBeTakenIsRejectedWithItsLine) {
       "[]",
       annotation(kBox),
   });
-  EXPECT_THAT(rejectionsIn(set),
-              ElementsAre("labels.json:4: unknown picture", "labels.json:5: unknown picture",
-                          "labels.json:6: unknown class", "labels.json:7: unknown class",
-                          "labels.json:8: a crowd, no object", "labels.json:9: no box",
-                          "labels.json:10: no box", "labels.json:11: no box",
-                          "labels.json:12: no width or no height",
-                          "labels.json:13: reaches beyond the picture",
-                          "labels.json:14: no annotation"));
+  EXPECT_THAT(
+      rejectionsIn(set),
+      ElementsAre("labels.json:4: unknown picture", "labels.json:5: unknown picture",
+                  "labels.json:6: unknown class", "labels.json:7: unknown class",
+                  "labels.json:8: a crowd, no object", "labels.json:9: no box",
+                  "labels.json:10: no box", "labels.json:11: no box",
+                  "labels.json:12: no width or no height",
+                  "labels.json:13: reaches beyond the picture", "labels.json:14: no annotation"));
   EXPECT_EQ(set.accepted, 1U);
   EXPECT_EQ(set.found(), 12U);
 }
@@ -145,11 +144,11 @@ TEST_F(LabelsCoco, PicturesWithoutSizeOrFileLoseTheirLabelsAloud) {
 {"image_id":5,"category_id":1,"bbox":[0,0,1,1]}]})");
   const auto set = tnv::readCocoLabels(temp / "labels.json", {});
   ASSERT_TRUE(set);
-  EXPECT_THAT(rejectionsIn(*set),
-              ElementsAre("labels.json:7: size of the picture is unknown",
-                          "labels.json:8: no picture", "labels.json:9: no picture",
-                          "labels.json:10: no picture",
-                          "labels.json:11: size of the picture is unknown"));
+  EXPECT_THAT(
+      rejectionsIn(*set),
+      ElementsAre("labels.json:7: size of the picture is unknown", "labels.json:8: no picture",
+                  "labels.json:9: no picture", "labels.json:10: no picture",
+                  "labels.json:11: size of the picture is unknown"));
 }
 
 TEST_F(LabelsCoco, PicturesAreFoundWhereSetsHaveThem) {
@@ -205,8 +204,7 @@ TEST_F(LabelsCoco, OtherFilesAreNotTakenForOnes) {
 TEST_F(LabelsCoco, ADamagedFileIsARejectionAndNeverMore) {
   const std::string whole = fileWith({annotation(kBox), annotation(kBox, "\"b\"", "7")});
   for (std::size_t length = 0; length + 2 < whole.size(); ++length) {
-    const auto set =
-        tnv::readCocoLabels(temp.write("labels.json", whole.substr(0, length)), {});
+    const auto set = tnv::readCocoLabels(temp.write("labels.json", whole.substr(0, length)), {});
     ASSERT_TRUE(set);
     EXPECT_THAT(rejectionsIn(*set), ElementsAre("labels.json:0: file cannot be read")) << length;
   }

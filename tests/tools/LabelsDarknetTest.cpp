@@ -181,6 +181,8 @@ TEST(LabelsDarknet, PicturesAndLabelsMayLieInTwoTrees) {
 TEST(LabelsDarknet, SplitsAreReadTogetherInTheOrderOfTheirPaths) {
   const TempDirectory temp;
   addPictures(temp, {"valid/images/c.jpg", "train/images/b.jpg", "train/images/a.jpg"});
+  // What the description does not name is no part of the set.
+  addPictures(temp, {"extra/x.jpg"});
   temp.write("train/labels/a.txt", kBox);
   temp.write("valid/labels/c.txt", std::string(kBox) + kBox);
   temp.write("data.yaml", "train: ../train/images\nval: ../valid/images\nnames: [screw]\n");

@@ -106,8 +106,9 @@ TEST_F(LabelsVoc, WhatCannotBeTakenIsRejectedWithItsLine) {
 
 TEST_F(LabelsVoc, WithoutSizeOrPictureTheLabelsAreRejected) {
   const auto box = object("nut", corners("21", "11", "70", "50"));
-  EXPECT_THAT(rejectionsIn(read("<annotation><filename>a.jpg</filename>\n" + box + "</annotation>")),
-              ElementsAre("a.xml:2: size of the picture is unknown"));
+  EXPECT_THAT(
+      rejectionsIn(read("<annotation><filename>a.jpg</filename>\n" + box + "</annotation>")),
+      ElementsAre("a.xml:2: size of the picture is unknown"));
   EXPECT_THAT(rejectionsIn(read(fileWith(box, "absent.jpg"))), ElementsAre("a.xml:3: no picture"));
   EXPECT_THAT(rejectionsIn(read(fileWith(box, "../a.jpg"))), ElementsAre("a.xml:3: no picture"));
   EXPECT_THAT(rejectionsIn(read(fileWith("", "absent.jpg"))), ElementsAre("a.xml:0: no picture"));
