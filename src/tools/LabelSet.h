@@ -64,10 +64,10 @@ class LabelSet {
 
 /// How a set is to be read.
 struct LabelReading {
-  std::string names;       ///< file with class names, for formats that have them elsewhere; or empty
-  std::string pictures;    ///< directory of the pictures, if they lie elsewhere; or empty
-  int base = 1;            ///< of the pixel coordinates of Pascal VOC, 0 or 1
-  bool clip = false;       ///< cut at the edges what reaches beyond the picture
+  std::string names;     ///< file with class names, for formats that have them elsewhere; or empty
+  std::string pictures;  ///< directory of the pictures, if they lie elsewhere; or empty
+  int base = 1;          ///< of the pixel coordinates of Pascal VOC, 0 or 1
+  bool clip = false;     ///< cut at the edges what reaches beyond the picture
 };
 
 /// How a set is to be written.

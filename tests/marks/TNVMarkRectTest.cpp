@@ -415,6 +415,19 @@ TEST_F(TNVMarkRectOnView, HostileGeometryIsDrawnInNoTime) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
 
+TEST_F(TNVMarkRectOnView, BoxFarLargerThanTheViewIsDrawnInNoTime) {
+  const auto start = std::chrono::steady_clock::now();
+  mark.center = {0.5, 0.5};
+  mark.size = {1.4e6, 1.4e6};
+  mark.classIdx.clear();
+  cv::Mat view = patternedPicture(1000, 600);
+  // Without a known class the box is filled.
+  for (int i = 0; i < 20; ++i)
+    mark.draw(view, imageSize, styleNamed("Colored"), infoOf(0), classes.list(), false);
+  EXPECT_TRUE(samePixels(cv::Mat(600, 1000, CV_8UC3, cv::Scalar()), view));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
 TEST(TNVMarkRect, HostileGeometryIsAnsweredSomehow) {
   const LogCapture log;
   for (const double a : hostileNumbers()) {
