@@ -70,7 +70,9 @@ void runClassAdd(const Locations& locations, const std::string& projectName,
     // The list of names in the settings file is cut at commas, and an equals sign is lost.
     if (name.find_first_of(",=\"\n\r\t") != std::string::npos)
       throw CommandError("class '" + name +
-                         "' cannot be added; use a name without comma, equals sign, quote or tab");
+                             "' cannot be added; use a name without comma, equals sign, quote or "
+                             "tab",
+                         exitUsage);
     addClass(*project, name, color);
   }
   saveProject(*project, true);
