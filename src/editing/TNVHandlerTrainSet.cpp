@@ -39,8 +39,7 @@ TNVTrainSet* TNVHandlerTrainSet::trainSetCurrent() {
 void TNVHandlerTrainSet::leaveLast() {
   if (idxLast < 0 || static_cast<std::size_t>(idxLast) >= trainSets.size()) return;
   TNVTrainSet& left = *trainSets[static_cast<std::size_t>(idxLast)];
-  // One that could not be read was never there to be changed, and saving it would fail again.
-  if (left.dataLoaded) left.changed = true;
+  left.changed = true;
   left.current = false;
   left.designedMark = nullptr;
   left.designPoints.clear();
