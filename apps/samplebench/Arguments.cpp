@@ -93,6 +93,13 @@ CLI::Validator numberBetween(double least, double most) {
           range};
 }
 
+CLI::Validator notEmpty() {
+  return {[](const std::string& text) {
+            return text.empty() ? std::string("the text is empty") : std::string();
+          },
+          ""};
+}
+
 CLI::App* addCommand(CLI::App& parent, const std::string& name, const std::string& purpose,
                      const std::string& example) {
   auto* command = parent.add_subcommand(name, purpose);
@@ -222,7 +229,7 @@ void addMark(CLI::App& app, Request& request) {
   command->add_option("FORM", options.form, "form of the mark, see below");
   command->add_option("POINT", options.points, "points x,y, 0 to 1 from the top left");
   command->add_option("--class", options.className, "class of the mark");
-  command->add_option("--list", options.list, "file with many marks");
+  command->add_option("--list", options.list, "file with many marks")->check(notEmpty());
   command->add_flag("--pixels", options.pixels, "points are in pixels of the picture");
   command->add_flag("--assist", options.assist,
                     "let each mark snap to the outline of the object under it");
@@ -301,7 +308,9 @@ void addCrop(CLI::App& app, Request& request) {
   addProjectArgument(*command, options.project);
   command->add_option("PICTURE", options.picture, "path, or file name if there is only one")
       ->required();
-  command->add_option("-o,--output", options.directory, "directory to write to")->required();
+  command->add_option("-o,--output", options.directory, "directory to write to")
+      ->required()
+      ->check(notEmpty());
   command->callback([&request] {
     request.run = [&](Output& output) { runCrop(request.locations, request.crop, output); };
   });

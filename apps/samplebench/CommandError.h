@@ -11,7 +11,8 @@ enum ExitCode {
   exitInterrupted = 130
 };
 
-/// A command cannot go on. The text is for the user: what is wrong, and what to do about it.
+/// A command cannot go on. What is wrong in the command line alone, whatever the project, is wrong
+/// usage. The text is for the user: what is wrong, and what to do about it.
 class CommandError : public std::runtime_error {
  public:
   explicit CommandError(const std::string& message, ExitCode exitCode = exitFailed)

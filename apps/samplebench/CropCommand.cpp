@@ -1,10 +1,16 @@
 #include "CropCommand.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <vector>
+
+#include <opencv2/imgcodecs.hpp>
 
 #include "CommandError.h"
 #include "Editor.h"
 #include "PictureFile.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -15,18 +21,60 @@ bool hasArea(const WTNVMark& mark, const Editor& editor) {
   return width * editor.width() >= 1 && height * editor.height() >= 1;
 }
 
-std::string cropName(const std::string& picture, std::size_t number) {
-  return std::filesystem::path(picture).stem().string() + "-" + std::to_string(number) + ".png";
+// What the names of a picture's crops may begin with, the shortest first.
+std::vector<std::string> possibleNames(const PictureRecord& picture) {
+  const fs::path path(picture.path);
+  const auto stem = path.stem().string();
+  auto whole = path.relative_path().generic_string();
+  std::replace(whole.begin(), whole.end(), '/', '-');
+  return {stem, picture.set + "-" + stem, picture.set + "-" + whole};
 }
 
-void writeCrop(Editor& editor, const WTNVMark& mark, const std::string& directory,
-               const std::string& name, Output& output) {
-  const auto file = editor.view.wSaveROIImage(mark, directory, name);
+// The shortest that no other picture of the project may have.
+std::string nameOf(const std::vector<PictureRecord>& pictures, std::size_t place) {
+  auto names = possibleNames(pictures[place]);
+  const auto isTaken = [&](const std::string& name) {
+    for (std::size_t i = 0; i < pictures.size(); ++i) {
+      if (i == place || pictures[i].path.empty()) continue;
+      const auto others = possibleNames(pictures[i]);
+      if (std::find(others.begin(), others.end(), name) != others.end()) return true;
+    }
+    return false;
+  };
+  while (names.size() > 1 && isTaken(names.front()))
+    names.erase(names.begin());
+  return names.front();
+}
+
+// The directory with a slash at its end.
+std::string madeDirectory(const std::string& given) {
   std::error_code error;
-  if (!std::filesystem::is_regular_file(file, error))
-    throw CommandError("'" + directory + name + "' cannot be written; see that '" + directory +
-                       "' is a directory of yours");
-  output.data() << file << '\n';
+  fs::create_directories(given, error);
+  if (!fs::is_directory(given, error))
+    throw CommandError("'" + given + "' cannot be written to; give a directory of yours");
+  return (fs::path(given) / "").string();
+}
+
+// The library does not tell whether it wrote a file: what is there afterwards has to be new.
+void removeEarlierCrop(const std::string& file) {
+  std::error_code error;
+  const auto earlier = fs::symlink_status(file, error).type();
+  if (earlier == fs::file_type::not_found) return;
+  if (earlier != fs::file_type::regular)
+    throw CommandError("'" + file + "' is in the way and no earlier crop; move it away");
+  if (!fs::remove(file, error))
+    throw CommandError("'" + file + "' cannot be replaced; see that its directory is yours");
+}
+
+bool writeCrop(Editor& editor, const WTNVMark& mark, const std::string& directory,
+               const std::string& name) {
+  removeEarlierCrop(directory + name);
+  const auto file = editor.view.wSaveROIImage(mark, directory, name);
+  if (file.empty()) return false;
+  if (cv::imread(file).empty())
+    throw CommandError("'" + file + "' cannot be written; see that '" + directory +
+                       "' is a directory of yours with room");
+  return true;
 }
 
 }  // namespace
@@ -40,15 +88,21 @@ void runCrop(const Locations& locations, const CropOptions& options, Output& out
   const auto marks = editor.marks.getAllMarks();
   if (marks.empty())
     throw CommandError("picture '" + pictures[place].path + "' has no marks to cut out");
-  const auto directory = (std::filesystem::path(options.directory) / "").string();
+  const auto directory = madeDirectory(options.directory);
+  const auto picture = nameOf(pictures, place);
   for (std::size_t i = 0; i < marks.size(); ++i) {
-    const auto name = cropName(pictures[place].path, i + 1);
-    if (hasArea(marks[i], editor)) {
-      requireWritable(directory + name, pictures);
-      writeCrop(editor, marks[i], directory, name, output);
+    const auto name = picture + "-" + std::to_string(i + 1) + ".png";
+    const auto mark = "mark " + std::to_string(i + 1) + " (" + marks[i].wGetType() + ")";
+    if (!hasArea(marks[i], editor)) {
+      output.note(mark + " has no area to cut out");
+      continue;
+    }
+    requireWritable(directory + name, pictures);
+    if (writeCrop(editor, marks[i], directory, name)) {
+      output.data() << directory << name << '\n';
     } else {
-      output.note("mark " + std::to_string(i + 1) + " (" + marks[i].wGetType() +
-                  ") has no area to cut out");
+      output.note(mark + " cannot be cut out: it lies off the picture or is far too large");
+      output.setFindings();
     }
   }
 }

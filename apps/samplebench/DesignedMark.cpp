@@ -4,8 +4,6 @@
 #include <array>
 #include <cmath>
 
-#include "CommandError.h"
-
 namespace {
 
 // A form whose last point follows the cursor as soon as there are more points than that.
@@ -18,6 +16,9 @@ constexpr std::array<CursorForm, 4> cursorForms{
 
 // A mark that is larger, in widths or heights of the picture, comes of points on a line.
 constexpr double largestExtent = 10;
+
+// The least extent in pixels, short of what is lost between relative coordinates and pixels.
+constexpr double onePixel = 1 - 1e-6;
 
 bool hasCursor(const std::string& form, std::size_t count) {
   return std::any_of(cursorForms.begin(), cursorForms.end(), [&](const CursorForm& row) {
@@ -80,19 +81,31 @@ Design designFor(const std::string& form, const std::vector<Point>& points) {
   return design;
 }
 
-void checkExtent(const std::string& form, const std::vector<Point>& points) {
+void checkExtent(const std::string& form, const std::vector<Point>& points, PointUnit unit,
+                 ExitCode code) {
   if (form == "Point" || form == "Image") return;
-  const auto first = points.front();
+  const auto least = unit == PointUnit::pixels ? onePixel : 0;
+  const auto refuse = [&](const char* none, const char* little, const char* advice) {
+    throw CommandError(std::string("the ") + (unit == PointUnit::pixels ? little : none) + advice,
+                       code);
+  };
+  const auto isShort = [&](double length) { return !(length > 0 && length >= least); };
+  const auto corners = designFor(form, points).points;
+  const auto first = corners.front();
   if (form == "Rect" || form == "Rect Center") {
-    if (first.x == points.at(1).x || first.y == points.at(1).y)
-      throw CommandError("the points enclose no area; give two that differ in both directions");
+    if (isShort(std::abs(corners[1].x - first.x)) || isShort(std::abs(corners[1].y - first.y)))
+      refuse("points enclose no area", "points enclose less than a pixel",
+             "; give two that differ in both directions");
     return;
   }
-  const auto isFirst = [&](Point point) { return point == first; };
-  if (form == "Ellipse" && std::any_of(points.begin() + 1, points.end(), isFirst))
-    throw CommandError("an axis of the ellipse has no length; give points apart from its centre");
-  if (std::all_of(points.begin(), points.end(), isFirst))
-    throw CommandError("the points all lie at one place");
+  const auto isAtFirst = [&](Point point) {
+    return isShort(std::hypot(point.x - first.x, point.y - first.y));
+  };
+  if (form == "Ellipse" && std::any_of(points.begin() + 1, points.end(), isAtFirst))
+    refuse("ellipse has an axis of no length", "ellipse has an axis shorter than a pixel",
+           "; give points apart from its centre");
+  if (std::all_of(points.begin(), points.end(), isAtFirst))
+    refuse("points all lie at one place", "points all lie within a pixel", "");
 }
 
 bool addDesigned(Editor& editor, const Design& design, const WTNVDNNClass& dnnClass, bool assist) {

@@ -45,7 +45,8 @@ ImportResult addPictures(WTNVProject& project, const std::string& set,
   const auto added =
       static_cast<std::size_t>(project.wAddImagesToImageSet(pictures, use, set, false));
   if (!hasSet(project, set))
-    throw CommandError("'" + set + "' cannot name an image set; use a name without slashes");
+    throw CommandError("'" + set + "' cannot name an image set; use a name without slashes",
+                       exitUsage);
   return {added, pictures.size() - added};
 }
 

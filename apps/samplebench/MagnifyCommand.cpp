@@ -1,5 +1,7 @@
 #include "MagnifyCommand.h"
 
+#include <algorithm>
+
 #include "CommandError.h"
 #include "Editor.h"
 #include "Numbers.h"
@@ -10,35 +12,61 @@ namespace {
 Point spot(const std::string& at) {
   const auto position = parsePoint(at);
   if (!isWithinPicture(position))
-    throw CommandError("the spot " + at + " lies outside the picture; use 0 to 1");
+    throw CommandError("the spot " + at + " lies outside the picture; use 0 to 1", exitUsage);
   return position;
 }
 
-void choose(WTNVHandlerImageView& view, const MagnifyOptions& options) {
-  requireChoice("mode", options.mode, view.getHelperModes());
-  const auto [width, height] = parseSize(options.size);
-  if (width > largestWindow || height > largestWindow)
+std::string atSizeAndZoom(const MagnifyOptions& options) {
+  return "at size " + options.size + " and zoom " + numberText(options.zoom);
+}
+
+Size windowSize(const MagnifyOptions& options) {
+  const auto size = parseSize(options.size);
+  if (size.width > largestWindow || size.height > largestWindow)
     throw CommandError("the size " + options.size + " is too large; use up to " +
-                       std::to_string(largestWindow) + "x" + std::to_string(largestWindow));
+                           std::to_string(largestWindow) + "x" + std::to_string(largestWindow),
+                       exitUsage);
+  // Half a pixel is rounded down to none.
+  if (std::min(size.width, size.height) <= options.zoom / 2)
+    throw CommandError(atSizeAndZoom(options) +
+                           " the file would show nothing of the picture; give a larger --size or "
+                           "a smaller --zoom",
+                       exitUsage);
+  return size;
+}
+
+void choose(WTNVHandlerImageView& view, const MagnifyOptions& options, Size window) {
+  requireChoice("mode", options.mode, view.getHelperModes(), exitUsage);
   view.setHelperMode(options.mode);
   view.setHelperZoomLevel(options.zoom);
-  view.setHelperWindowSize(width, height);
+  view.setHelperWindowSize(window.width, window.height);
   view.setHelperShowCross(options.cross);
+}
+
+cv::Mat magnified(WTNVHandlerImageView& view, const MagnifyOptions& options) {
+  try {
+    return pictureFrom([&](auto... parts) { view.wGetHelperImage(parts...); });
+  } catch (const CommandError&) {
+    throw CommandError(atSizeAndZoom(options) +
+                       " the picture cannot be magnified, of which the file would show far more "
+                       "than there is; give a smaller --size or a larger --zoom");
+  }
 }
 
 }  // namespace
 
 void runMagnify(const Locations& locations, const MagnifyOptions& options, Output& output) {
   const auto at = spot(options.at);
+  const auto window = windowSize(options);
   const auto project = openProject(locations, options.project);
   const auto pictures = readPictures(*project, output);
   const auto place = PictureIndex(pictures).find(options.picture);
   requireWritable(options.file, pictures);
   Editor editor(*project);
-  choose(editor.view, options);
+  choose(editor.view, options, window);
   editor.goTo(place);
   editor.view.wSetCrossPosition(at.x, at.y);
-  const auto picture = pictureFrom([&](auto... parts) { editor.view.wGetHelperImage(parts...); });
+  const auto picture = magnified(editor.view, options);
   writePicture(options.file, picture);
   output.data() << "wrote " << options.file << " (" << picture.cols << "x" << picture.rows
                 << " pixels around " << pointText(at) << ", " << numberText(options.zoom)

@@ -6,7 +6,6 @@
 #include <set>
 
 #include "CommandError.h"
-#include "DesignedMark.h"
 #include "Editor.h"
 
 namespace {
@@ -25,16 +24,18 @@ void checkPointCount(const WTNVHandlerMark& marks, const MarkRequest& request) {
   if (count >= fewest && count <= most) return;
   const auto wanted = fewest == most ? std::to_string(fewest)
                                      : std::to_string(fewest) + " to " + std::to_string(most);
-  throw CommandError("form '" + request.form + "' takes " + wanted + " points, not " +
-                     std::to_string(count));
+  throw CommandError(
+      "form '" + request.form + "' takes " + wanted + " points, not " + std::to_string(count),
+      exitUsage);
 }
 
 void checkWithinPicture(const std::vector<Point>& points) {
   for (const auto& point : points) {
     if (!isWithinPicture(point))
       throw CommandError("point " + pointText(point) +
-                         " lies outside the picture; relative coordinates go from 0 to 1 "
-                         "(--pixels takes pixels)");
+                             " lies outside the picture; relative coordinates go from 0 to 1 "
+                             "(--pixels takes pixels)",
+                         exitUsage);
   }
 }
 
@@ -50,12 +51,19 @@ std::vector<Point> relativePoints(const std::vector<Point>& points, const Editor
   return relative;
 }
 
-// Puts the place in the list before the reason.
+std::vector<Point> pixelPoints(std::vector<Point> points, const Editor& editor) {
+  for (auto& point : points)
+    point = {point.x * editor.width(), point.y * editor.height()};
+  return points;
+}
+
+// Puts the place in the list before the reason. What is wrong there is no wrong usage.
 template <typename Function>
 auto named(const MarkRequest& request, Function function) {
   try {
     return function();
   } catch (const CommandError& error) {
+    if (request.where.empty()) throw;
     throw CommandError(request.where + error.what());
   }
 }
@@ -68,9 +76,9 @@ std::vector<Job> checkedJobs(const WTNVProject& project, const std::vector<Pictu
   std::vector<Job> jobs;
   for (const auto& request : requests) {
     jobs.push_back(named(request, [&] {
-      requireChoice("form", request.form, forms);
+      requireChoice("form", request.form, forms, exitUsage);
       checkPointCount(marks, request);
-      checkExtent(request.form, request.points);
+      checkExtent(request.form, request.points, unit, exitUsage);
       if (unit == PointUnit::relative) checkWithinPicture(request.points);
       return Job{&request, index.find(request.picture), findClass(project, request.className)};
     }));
@@ -83,6 +91,7 @@ bool addMark(Editor& editor, const Job& job, const MarkManner& manner) {
   const auto& request = *job.request;
   const auto points =
       manner.unit == PointUnit::pixels ? relativePoints(request.points, editor) : request.points;
+  checkExtent(request.form, pixelPoints(points, editor), PointUnit::pixels, exitFailed);
   return addDesigned(editor, designFor(request.form, points), job.dnnClass, manner.assist);
 }
 

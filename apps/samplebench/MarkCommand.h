@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "DesignedMark.h"
 #include "MarkList.h"
 #include "ProjectAccess.h"
 
@@ -20,8 +21,6 @@ struct MarkOptions {
 /// Marks one picture, or all that a list names, and saves. Nothing is saved if one mark will not
 /// do. Throws CommandError.
 void runMark(const Locations& locations, const MarkOptions& options, Output& output);
-
-enum class PointUnit { relative, pixels };
 
 struct MarkManner {
   PointUnit unit = PointUnit::relative;

@@ -18,5 +18,5 @@ struct MarkRequest {
 
 /// Reads a list of marks, one a line: picture, form, class and points, parted by tabs, the points
 /// "x,y" by blanks. Empty lines and lines that begin with '#' are passed over. Throws CommandError
-/// with file name, line and reason for any other line.
+/// with file name, line and reason for any other line, and if the list cannot be read to its end.
 std::vector<MarkRequest> parseMarkList(std::istream& list, const std::string& fileName);

@@ -39,7 +39,8 @@ Point parsePoint(std::string_view text) {
     const auto y = parseNumber(text.substr(comma + 1));
     if (x && y) return {*x, *y};
   }
-  throw CommandError(quoted(text) + " is no point; write two numbers as x,y, like 0.25,0.5");
+  throw CommandError(quoted(text) + " is no point; write two numbers as x,y, like 0.25,0.5",
+                     exitUsage);
 }
 
 std::vector<Point> parsePoints(std::string_view text) {
@@ -64,14 +65,15 @@ Size parseSize(std::string_view text) {
     const auto height = parseWhole<int>(text.substr(cross + 1));
     if (width && height && *width >= 1 && *height >= 1) return {*width, *height};
   }
-  throw CommandError(quoted(text) + " is no size; write it as WIDTHxHEIGHT, like 800x600");
+  throw CommandError(quoted(text) + " is no size; write it as WIDTHxHEIGHT, like 800x600",
+                     exitUsage);
 }
 
 Color parseColor(std::string_view text) {
   const auto number = parseWhole<int>(text, 16);
   if (text.size() == 6 && text[0] != '-' && number)
     return {*number >> 16, (*number >> 8) & 255, *number & 255};
-  throw CommandError(quoted(text) + " is no colour; write it as RRGGBB, like ff8000");
+  throw CommandError(quoted(text) + " is no colour; write it as RRGGBB, like ff8000", exitUsage);
 }
 
 std::string numberText(double number) {

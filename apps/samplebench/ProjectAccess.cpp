@@ -36,6 +36,16 @@ std::string listed(const std::vector<std::string>& names) {
   return names.empty() ? "none" : joined(names);
 }
 
+// What can name a directory, and survives in a settings file.
+bool canNameProject(const std::string& name) {
+  const auto isRefused = [](unsigned char letter) {
+    return letter < ' ' || letter == 127 ||
+           std::string_view("/\\=\"").find(static_cast<char>(letter)) != std::string_view::npos;
+  };
+  return !name.empty() && name != "." && name != ".." &&
+         std::none_of(name.begin(), name.end(), isRefused);
+}
+
 }  // namespace
 
 std::string defaultPlatforms() {
@@ -47,24 +57,28 @@ std::string defaultAugments() {
 }
 
 std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
+  if (!canNameProject(name))
+    throw CommandError("'" + name +
+                           "' cannot name a project; use a name without slashes, equals sign and "
+                           "double quote",
+                       exitUsage);
   if (contains(sortedProjects(locations), name))
     throw CommandError("project '" + name + "' is there already in " + locations.projects +
                        "; choose another name");
-  if (name.find_first_of("=\"") != std::string::npos)
-    throw CommandError("the name of a project must not hold = or a double quote");
   auto project = projectAt(locations, name);
   if (!project->wCreate())
     throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
-                       "; use a name without slashes, and a directory that can be written to");
+                       "; use a directory that can be written to");
   return project;
 }
 
 std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name) {
   const auto names = sortedProjects(locations);
   if (!contains(names, name))
-    throw CommandError("there is no project '" + name + "' in " + locations.projects +
-                       "; projects there: " + listed(names) +
-                       ". Make it with: samplebench create " + name);
+    throw CommandError(
+        "there is no project '" + name + "' in " + locations.projects +
+        "; projects there: " + listed(names) +
+        (canNameProject(name) ? ". Make it with: samplebench create " + name : std::string()));
   auto project = projectAt(locations, name);
   if (!project->wLoad())
     throw CommandError("project '" + name + "' in " + locations.projects + " cannot be read");
@@ -96,12 +110,12 @@ void requireClassName(const std::string& name) {
 
 namespace {
 
-bool isLoaded(const WTNVTrainSet& trainSet, Output& output) {
+// Why the record cannot be read; empty if it is in memory now.
+std::string readRecord(const WTNVTrainSet& trainSet, const std::string& name) {
   try {
-    return trainSet.wLoadData();
+    return trainSet.wLoadData() ? "" : "the file of " + name + " is missing or empty";
   } catch (const cv::Exception& error) {
-    output.note(error.err + "; restore or remove that file");
-    return false;
+    return name + ": " + error.err;
   }
 }
 
@@ -111,9 +125,14 @@ std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& outp
   std::vector<PictureRecord> pictures;
   std::size_t unreadable = 0;
   for (const auto& set : project.wGetImageSets()) {
+    std::size_t number = 0;
     for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set)) {
-      if (!isLoaded(trainSet, output)) ++unreadable;
-      pictures.push_back({set, trainSet.getImagePath(), trainSet});
+      const auto damage =
+          readRecord(trainSet, "record " + std::to_string(++number) + " of set '" + set + "'");
+      pictures.push_back({set, trainSet.getImagePath(), trainSet, damage});
+      if (damage.empty()) continue;
+      ++unreadable;
+      output.note(damage + "; restore or remove that file");
     }
   }
   if (unreadable > 0)
@@ -136,13 +155,21 @@ PictureIndex::PictureIndex(const std::vector<PictureRecord>& pictures) : records
 
 std::size_t PictureIndex::find(const std::string& name) const {
   const auto places = placesOf(name);
-  if (places.empty())
-    throw CommandError("the project has no picture '" + name +
-                       "'; samplebench list shows its pictures");
+  if (places.empty()) throw CommandError(missing(name));
   if (places.size() > 1)
     throw CommandError("'" + name + "' may be one of " + candidates(places) +
                        "; give the path of one that is in a single set");
   return places.front();
+}
+
+std::string PictureIndex::missing(const std::string& name) const {
+  std::vector<std::string> damages;
+  for (const auto& record : records)
+    if (!record.damage.empty()) damages.push_back(record.damage);
+  if (damages.empty())
+    return "the project has no picture '" + name + "'; samplebench list shows its pictures";
+  return "the project has no picture '" + name + "' among those that can be read; it may be in " +
+         joined(damages) + ". Restore that";
 }
 
 std::vector<std::size_t> PictureIndex::placesOf(const std::string& name) const {
@@ -161,11 +188,12 @@ std::string PictureIndex::candidates(const std::vector<std::size_t>& places) con
 }
 
 void requireChoice(const std::string& what, const std::string& value,
-                   const std::vector<std::string>& choices) {
+                   const std::vector<std::string>& choices, ExitCode code) {
   if (contains(choices, value)) return;
   auto sorted = choices;
   std::sort(sorted.begin(), sorted.end());
-  throw CommandError("there is no " + what + " '" + value + "'; choose from: " + listed(sorted));
+  throw CommandError("there is no " + what + " '" + value + "'; choose from: " + listed(sorted),
+                     code);
 }
 
 WTNVDNNClass findClass(const WTNVProject& project, const std::string& name) {

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "CommandError.h"
 #include "Output.h"
 #include "TNV_SampleBenchNative/WTNVProject.h"
 
@@ -43,6 +44,8 @@ struct PictureRecord {
   std::string set;
   std::string path;
   WTNVTrainSet trainSet;
+  /// Why the record cannot be read, and where it is; empty if it can.
+  std::string damage;
 };
 
 /// All pictures of the project, in the order in which the library counts them. Those whose record
@@ -58,12 +61,14 @@ class PictureIndex {
   explicit PictureIndex(const std::vector<PictureRecord>& pictures);
 
   /// Place of the picture in the list. A file name will do if it is the only one; throws
-  /// CommandError, with the candidates, if it is not, and if there is no such picture.
+  /// CommandError, with the candidates, if it is not, and if there is no such picture, with the
+  /// records that cannot be read, for it may be in one of them.
   std::size_t find(const std::string& name) const;
 
  private:
   std::vector<std::size_t> placesOf(const std::string& name) const;
   std::string candidates(const std::vector<std::size_t>& places) const;
+  std::string missing(const std::string& name) const;
 
   std::vector<PictureRecord> records;
   std::unordered_map<std::string, std::vector<std::size_t>> byPath;
@@ -71,9 +76,9 @@ class PictureIndex {
 };
 
 /// Throws CommandError, which lists the choices, if the value is none of them. `what` says what is
-/// chosen.
+/// chosen; the exit code is that of wrong usage where the choices are always the same.
 void requireChoice(const std::string& what, const std::string& value,
-                   const std::vector<std::string>& choices);
+                   const std::vector<std::string>& choices, ExitCode code = exitFailed);
 
 /// The class of that name; throws CommandError, which lists the classes, if there is none.
 WTNVDNNClass findClass(const WTNVProject& project, const std::string& name);

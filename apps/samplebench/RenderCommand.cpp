@@ -8,9 +8,9 @@
 namespace {
 
 void choose(WTNVHandlerImageView& view, const RenderOptions& options) {
-  requireChoice("style", options.style, view.getAvailableMarkStyles());
-  requireChoice("info", options.info, view.getAvailableMarkDrawInfos());
-  requireChoice("cross style", options.crossStyle, view.getAvailableCrossStyles());
+  requireChoice("style", options.style, view.getAvailableMarkStyles(), exitUsage);
+  requireChoice("info", options.info, view.getAvailableMarkDrawInfos(), exitUsage);
+  requireChoice("cross style", options.crossStyle, view.getAvailableCrossStyles(), exitUsage);
   view.setMarkStyle(options.style);
   view.setMarkDrawInfo(options.info);
   view.setCrossStyle(options.crossStyle);
@@ -22,7 +22,7 @@ Point crossPosition(const std::string& cross) {
   if (cross.empty()) return {1, 1};
   const auto position = parsePoint(cross);
   if (!isWithinPicture(position))
-    throw CommandError("the cross " + cross + " lies outside the picture; use 0 to 1");
+    throw CommandError("the cross " + cross + " lies outside the picture; use 0 to 1", exitUsage);
   return position;
 }
 

@@ -8,10 +8,10 @@
 
 namespace {
 
-void requireUsable(const std::string& key, const std::string& value) {
+void requireUsable(const std::string& key, const std::string& value, ExitCode code) {
   // A value that holds a keyword would be filled in without end.
   if (value.find("###") != std::string::npos || value.find('\n') != std::string::npos)
-    throw CommandError("the value of " + key + " must not hold ### or a line break");
+    throw CommandError("the value of " + key + " must not hold ### or a line break", code);
 }
 
 TemplateValues valuesOf(const TemplateValues& defaults, const TemplateValues& settings,
@@ -41,10 +41,10 @@ TemplateValues parseSettings(const std::vector<std::string>& settings) {
   for (const auto& setting : settings) {
     const auto equals = setting.find('=');
     if (equals == std::string::npos || equals == 0)
-      throw CommandError("'" + setting + "' is no setting; write it as KEY=VALUE");
+      throw CommandError("'" + setting + "' is no setting; write it as KEY=VALUE", exitUsage);
     const auto key = setting.substr(0, equals);
     values[key] = setting.substr(equals + 1);
-    requireUsable(key, values[key]);
+    requireUsable(key, values[key], exitUsage);
   }
   return values;
 }
@@ -53,7 +53,7 @@ std::vector<TemplateValues> valuesFor(const WTNVGeneration& generation,
                                       const std::vector<TemplateChoice>& templates,
                                       const TemplateValues& settings, const TemplateValues& own) {
   for (const auto& [key, value] : own)
-    requireUsable(key, value);
+    requireUsable(key, value, exitFailed);
   std::vector<TemplateValues> result;
   std::set<std::string> keys;
   std::set<std::string> missing;

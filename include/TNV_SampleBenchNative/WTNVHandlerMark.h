@@ -108,10 +108,12 @@ class TNV_SAMPLEBENCH_API WTNVHandlerMark : public TNVHandlerMarkObserver {
   bool addDesignedMark();
 
   /// Fits the mark under design to the object that the chosen assist finds in the picture within
-  /// the mark and a quarter of its size around it; may take some ten milliseconds. When something
-  /// was found, the event of a designed mark comes. Otherwise the mark stays as it is, without an
-  /// event: with the assist "None", and, with a log line, without a mark under design, without a
-  /// readable picture, and for a mark that lies off the picture, is too small or covers all of it.
+  /// the mark and a quarter of its size around it. That takes some ten milliseconds, and some
+  /// hundred for a mark over much of a picture of many megapixels, which has to be reduced first.
+  /// When something was found, the event of a designed mark comes. Otherwise the mark stays as it
+  /// is, without an event: with the assist "None", and, with a log line, without a mark under
+  /// design, without a readable picture, and for a mark that lies off the picture, is too small or
+  /// covers all of it.
   void wApplyAssistDesignMark();
 
   /// Calls for a fresh preview by the event of a designed mark, and does nothing else: no assist

@@ -30,5 +30,6 @@ class TNVMainProcess final : public TNVHandlerTrainSetMPObserver, public TNVProj
 
  private:
   void createHandlers();
+  void bindFirst();
   void refreshTrainSets();
 };

@@ -95,9 +95,9 @@ Points dividedCircle(cv::Point2d centre, double radius, int count) {
   return points;
 }
 
-bool isOverOutline(const Points& outline, cv::Point2d pixel) {
+bool isOverOutline(const Points& outline, double margin, cv::Point2d pixel) {
   if (outline.size() < 2) return false;
-  return cv::pointPolygonTest(toSinglePrecision(outline), pixel, true) > -kHitDistance;
+  return cv::pointPolygonTest(toSinglePrecision(outline), pixel, true) > -margin;
 }
 
 }  // namespace tnv

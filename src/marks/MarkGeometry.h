@@ -32,22 +32,24 @@ cv::Point2d resizedAbout(cv::Point2d centre, cv::Point2d point, cv::Point2d scal
                          cv::Point2d newCentre);
 
 /// `count` points at equal distances along an open path, both ends included. Empty for a count
-/// below 2, and for one beyond 2^24, for which no picture has room.
+/// below 2, and for one beyond 2^24, for which no picture has room; empty, with a log line, for a
+/// path of less than two points.
 Points dividedPath(const Points& path, int count);
 
 /// The same for a path of relative points. The distances are equal in pixels.
 Points dividedRelativePath(const Points& path, cv::Size size, int count);
 
 /// `count` points at equal distances around a closed outline, starting with its first point, which
-/// is not repeated at its end. Empty, with a log line, for a count below 1.
+/// is not repeated at its end. Empty, with a log line, for a count below 1; empty without one for a
+/// count beyond 2^24 and for an outline without points.
 Points dividedOutline(Points outline, int count);
 
 /// `count` points at equal distances around a circle: right, then below the centre. Empty for a
-/// count below 1.
+/// count below 1 or beyond 2^24.
 Points dividedCircle(cv::Point2d centre, double radius, int count);
 
-/// Whether the pixel hits the outline, which counts as closed: lies within it or less than the hit
-/// distance away from it. Never hits less than two points.
-bool isOverOutline(const Points& outline, cv::Point2d pixel);
+/// Whether the pixel hits the outline, which counts as closed: lies within it or less than `margin`
+/// pixels away from it. Never hits less than two points.
+bool isOverOutline(const Points& outline, double margin, cv::Point2d pixel);
 
 }  // namespace tnv

@@ -29,7 +29,7 @@ constexpr int kMostCurvePoints = 1 << 16;
 /// Pixels from the origin beyond which nothing is followed or drawn.
 constexpr int kFarthestPixel = 1 << 20;
 
-/// Pixels around a picture within which the ends of lines are left alone, if the picture itself is
+/// Pixels around a picture within which lines and boxes are left alone, if the picture itself is
 /// not larger.
 constexpr int kLeastMargin = 1 << 10;
 
@@ -170,17 +170,24 @@ bool isDrawable(cv::Point2d centre, double radius) {
          std::abs(centre.y) + radius <= kFarthestPixel;
 }
 
+/// In integers that the far ends of any box fit.
+using WideRect = cv::Rect_<std::int64_t>;
+
+/// What lies around the picture, edges that are too thick to end within it included.
+WideRect surroundingsOf(cv::Size picture) {
+  const std::int64_t margin = std::max({picture.width, picture.height, kLeastMargin});
+  return {-margin, -margin, picture.width + 2 * margin, picture.height + 2 * margin};
+}
+
 /// Cuts the ends of the line off that lie far from the picture: a thick line would be followed
 /// along its whole length. False if nothing is left.
 bool cutToSurroundings(cv::Size picture, cv::Point& from, cv::Point& to) {
-  const std::int64_t margin = std::max({picture.width, picture.height, kLeastMargin});
-  const cv::Point2l origin(margin, margin);
-  cv::Point2l start = cv::Point2l(from) + origin;
-  cv::Point2l end = cv::Point2l(to) + origin;
-  const cv::Size2l surroundings(picture.width + 2 * margin, picture.height + 2 * margin);
-  if (!cv::clipLine(surroundings, start, end)) return false;
-  from = start - origin;
-  to = end - origin;
+  const WideRect surroundings = surroundingsOf(picture);
+  cv::Point2l start = cv::Point2l(from) - surroundings.tl();
+  cv::Point2l end = cv::Point2l(to) - surroundings.tl();
+  if (!cv::clipLine(surroundings.size(), start, end)) return false;
+  from = start + surroundings.tl();
+  to = end + surroundings.tl();
   return true;
 }
 
@@ -371,6 +378,11 @@ void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& co
               int thickness) {
   if (!cutToSurroundings(image.size(), from, to)) return;
   cv::line(image, from, to, colour, std::max(thickness, 1), cv::LINE_AA);
+}
+
+void drawRectangle(cv::Mat& image, const cv::Rect& box, const cv::Scalar& colour, int thickness) {
+  const WideRect near = WideRect(box) & surroundingsOf(image.size());
+  cv::rectangle(image, cv::Rect(near), colour, thickness, cv::LINE_AA, 0);
 }
 
 void drawCircle(cv::Mat& image, cv::Point centre, int radius, const cv::Scalar& colour,

@@ -71,6 +71,10 @@ void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv:
 void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour,
               int thickness);
 
+/// `cv::rectangle` with smooth edges. Of a box that reaches far out of the picture, which would be
+/// followed row by row, only the near part is drawn.
+void drawRectangle(cv::Mat& image, const cv::Rect& box, const cv::Scalar& colour, int thickness);
+
 /// `cv::circle`, which throws for a negative radius. Such a circle is not drawn, nor is one that
 /// reaches out further than a million pixels.
 void drawCircle(cv::Mat& image, cv::Point centre, int radius, const cv::Scalar& colour,

@@ -61,7 +61,8 @@ std::vector<cv::Point> drawSample(const Points& points, std::mt19937& generator)
   return sample;
 }
 
-/// Nothing where the library refuses the points.
+/// Nothing where the library refuses the points. No sample is known that it does refuse; this is a
+/// guard, since a fit has to answer whatever was clicked.
 std::optional<cv::RotatedRect> fitted(const std::vector<cv::Point>& sample) {
   try {
     return cv::fitEllipseAMS(sample);

@@ -295,10 +295,9 @@ TNVMark::Points TNVMark::resizedPoints(const Points& points, cv::Point2d newCent
   return resized;
 }
 
-bool TNVMark::isOverPath(const Points& path, cv::Point2d point, cv::Size imageSize,
-                         double* distance) const {
-  const cv::Point2d cursor = tnv::toPixels(point, imageSize);
-  if (!tnv::isOverOutline(tnv::toPixels(path, imageSize), cursor)) return false;
+bool TNVMark::isOverOutline(const Points& outline, double margin, cv::Point2d point,
+                            cv::Size imageSize, double* distance) const {
+  if (!tnv::isOverOutline(outline, margin, tnv::toPixels(point, imageSize))) return false;
   if (distance != nullptr) *distance = pixelsFromCentre(point, imageSize);
   return true;
 }
@@ -356,7 +355,7 @@ void TNVMark::drawSelectionFrame(cv::Mat& view, cv::Size imageSize,
 
 void TNVMark::drawPOIs(cv::Mat& view, const MarkDrawStyle& pen) const {
   for (const cv::Point2d& poi : pois) {
-    cv::rectangle(view, roundedBox(poi, poiSize, view.size()), pen.colour, pen.thickness,
-                  cv::LINE_AA, 0);
+    TNVContour::drawRectangle(view, roundedBox(poi, poiSize, view.size()), pen.colour,
+                              pen.thickness);
   }
 }

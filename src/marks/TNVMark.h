@@ -136,10 +136,10 @@ class TNVMark {
   Points resizedPoints(const Points& points, cv::Point2d newCentre, cv::Point2d newSize,
                        cv::Size imageSize) const;
 
-  /// The hit test of a mark that is a path of relative points. The distance, which is that to the
-  /// centre, is given for a hit only.
-  bool isOverPath(const Points& path, cv::Point2d point, cv::Size imageSize,
-                  double* distance) const;
+  /// The hit test of a mark by its outline in pixels. The distance, which is that to the centre, is
+  /// given for a hit only.
+  bool isOverOutline(const Points& outline, double margin, cv::Point2d point, cv::Size imageSize,
+                     double* distance) const;
 
   /// Writes the classes or the length of a path of relative points at the centre.
   void drawPathLabel(cv::Mat& view, cv::Size imageSize, const TNVTypeDrawInfo& info,

@@ -3,8 +3,6 @@
 #include <cmath>
 #include <utility>
 
-#include <opencv2/imgproc.hpp>
-
 #include "foundation/XmlStorage.h"
 #include "marks/MarkGeometry.h"
 #include "marks/MarkNames.h"
@@ -133,13 +131,8 @@ void TNVMarkEllipse::draw(cv::Mat& view, cv::Size imageSize, const TNVTypeMarkSt
 }
 
 bool TNVMarkEllipse::isMouseOver(cv::Point2d point, cv::Size imageSize, double* distance) const {
-  const Points rim = rimIn(*this, imageSize, kCoarseDelta);
-  if (rim.empty()) return false;
-  const cv::Point2f cursor = tnv::toPixels(point, imageSize);
-  const double inside = cv::pointPolygonTest(tnv::toSinglePrecision(rim), cursor, true);
-  if (!(inside > -kHitMargin)) return false;
-  if (distance != nullptr) *distance = pixelsFromCentre(point, imageSize);
-  return true;
+  return isOverOutline(rimIn(*this, imageSize, kCoarseDelta), kHitMargin, point, imageSize,
+                       distance);
 }
 
 std::string TNVMarkEllipse::getTypeName(bool variant) const {

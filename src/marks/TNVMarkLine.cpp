@@ -69,7 +69,8 @@ void TNVMarkLine::draw(cv::Mat& view, cv::Size imageSize, const TNVTypeMarkStyle
 }
 
 bool TNVMarkLine::isMouseOver(cv::Point2d point, cv::Size imageSize, double* distance) const {
-  return isOverPath(ends(), point, imageSize, distance);
+  return isOverOutline(tnv::toPixels(ends(), imageSize), tnv::kHitDistance, point, imageSize,
+                       distance);
 }
 
 std::string TNVMarkLine::getTypeName(bool /*variant*/) const {

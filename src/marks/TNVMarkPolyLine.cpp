@@ -90,7 +90,8 @@ void TNVMarkPolyLine::draw(cv::Mat& view, cv::Size imageSize, const TNVTypeMarkS
 }
 
 bool TNVMarkPolyLine::isMouseOver(cv::Point2d point, cv::Size imageSize, double* distance) const {
-  return isOverPath(polyPoints, point, imageSize, distance);
+  return isOverOutline(tnv::toPixels(polyPoints, imageSize), tnv::kHitDistance, point, imageSize,
+                       distance);
 }
 
 std::string TNVMarkPolyLine::getTypeName(bool variant) const {

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include <opencv2/imgproc.hpp>
-
 #include "editing/TNVType.h"
 #include "foundation/Numbers.h"
 #include "foundation/XmlStorage.h"
@@ -116,7 +114,7 @@ void TNVMarkRect::draw(cv::Mat& view, cv::Size imageSize, const TNVTypeMarkStyle
   if (designing) {
     drawDashedEdges(view, corners(pixels), pen, true);
   } else {
-    cv::rectangle(view, pixels, pen.colour, pen.thickness, cv::LINE_AA, 0);
+    TNVContour::drawRectangle(view, pixels, pen.colour, pen.thickness);
   }
   drawRing(view, tnv::toPixels(center, view.size()), pen);
   drawLabels(view, imageSize, info, classes, box, pen.colour);

@@ -55,6 +55,19 @@ std::vector<std::string> imageSetsOnDisk(const std::string& projectDirectory) {
   return sets;
 }
 
+/// Whether the record is in memory. One that cannot be read has nothing to be written, and must not
+/// keep a project from being saved as long as it is there.
+bool loadUnlessDamaged(TNVTrainSet& record) {
+  try {
+    if (!record.dataLoaded) record.load();
+    return true;
+  } catch (const cv::Exception&) {
+    tnv::logLine("TNVProject::_updateImageFiles(): Record '" + record.dataPath +
+                 "' is damaged and left as it is!");
+    return false;
+  }
+}
+
 }  // namespace
 
 std::string TNVProject::_imageSetDirectory(const std::string& set) const {
@@ -216,7 +229,7 @@ bool TNVProject::_saveChangedTrainSets() {
     for (auto& trainSet : trainSets) {
       if (!trainSet->changed) continue;
       errors.attempt([&, &record = *trainSet] {
-        if (!record.dataLoaded) record.load();
+        if (!loadUnlessDamaged(record)) return;
         written = record.save(directory) && written;
       });
     }
@@ -277,8 +290,7 @@ void TNVProject::_updateImageCache(TNVTrainSet& trainSet) {
     if (trainSet.hasImageCache()) trainSet.dropImageCache();
     return;
   }
-  if (!trainSet.dataLoaded) trainSet.load();
-  if (trainSet.hasImageCache()) return;
+  if (!loadUnlessDamaged(trainSet) || trainSet.hasImageCache()) return;
   trainSet.addImageCache(projectDirectory + cacheDirectory, cacheImagesMaxSize, cacheImagesQuality);
   trainSet.releaseImage();
 }

@@ -1,6 +1,7 @@
 #include "tools/TNVHandlerValidation.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include <opencv2/imgcodecs.hpp>
 
@@ -24,6 +25,11 @@ cv::Mat takePicture(TNVTrainSet& trainSet) {
   const cv::Mat picture = trainSet.loadImage();
   trainSet.releaseImage();
   return picture;
+}
+
+void logNotCut(const TNVMark& mark, const TNVTrainSet& trainSet) {
+  tnv::logLine("TNVHandlerValidation::createDNNImages: Could not cut mark " +
+               std::to_string(mark.uniqueId) + " out of image '" + trainSet.imagePath + "'!");
 }
 
 }  // namespace
@@ -95,9 +101,14 @@ void TNVHandlerValidation::cutMark(const TNVMark& mark, const cv::Mat& picture, 
   const cv::Mat cut = cutOf(mark, picture, trainSetIndex);
   if (cut.empty()) return;
   const auto id = static_cast<int>(imageInfo.size());
+  // A cut may have more columns or rows than the format takes.
+  if (!cv::imwrite(imagePath(id), cut)) {
+    std::remove(imagePath(id).c_str());
+    logNotCut(mark, *trainSets[static_cast<std::size_t>(trainSetIndex)]);
+    return;
+  }
   dnnImages[labelOf(*dnnClass)].push_back(id);
   imageInfo[id] = {trainSetIndex, mark.uniqueId};
-  cv::imwrite(imagePath(id), cut);
 }
 
 cv::Mat TNVHandlerValidation::cutOf(const TNVMark& mark, const cv::Mat& picture,
@@ -106,9 +117,7 @@ cv::Mat TNVHandlerValidation::cutOf(const TNVMark& mark, const cv::Mat& picture,
     return mark.getROIImage(picture);
   } catch (const cv::Exception&) {
     // One damaged mark is no reason to show none of the others.
-    tnv::logLine("TNVHandlerValidation::createDNNImages: Could not cut mark " +
-                 std::to_string(mark.uniqueId) + " out of image '" +
-                 trainSets[static_cast<std::size_t>(trainSetIndex)]->imagePath + "'!");
+    logNotCut(mark, *trainSets[static_cast<std::size_t>(trainSetIndex)]);
     return {};
   }
 }

@@ -114,8 +114,8 @@ TEST_F(ProgramGenerate, RefusesWhatWillNotDoAndDeletesNothing) {
       {{"--net", "absent.tmp"}, "choose from: yolo-tiny-cpu.tmp, yolov4-tiny.tmp"},
       {{"--weights", "absent.weights"}, "there is no weights file 'absent.weights'"},
       {{"--set", "WIDHT=8"}, "there is no key 'WIDHT'; choose from: BACKUP, BATCH, CLASSES"},
-      {{"--set", "WIDTH"}, "write it as KEY=VALUE"},
-      {{"--set", "WIDTH=###WIDTH=416###"}, "must not hold ###"},
+      {{"--set", "WIDTH"}, "write it as KEY=VALUE", 2},
+      {{"--set", "WIDTH=###WIDTH=416###"}, "must not hold ###", 2},
       {{"--test-ratio", "1.5"}, "no number from 0 to 1", 2},
       {{"--test-ratio", "nan"}, "no number from 0 to 1", 2}};
   for (auto [arguments, message, exitCode] : rows) {

@@ -29,21 +29,29 @@ TEST_F(ProgramMark, RefusesWhatWillNotDoAndSavesNothing) {
   struct Row {
     std::vector<std::string> arguments;
     std::string message;
+    int exitCode;
   };
   const std::vector<Row> rows{
-      {{"c.png", "Rect", "0,0", "1,1", "--class", "nut"}, "no picture 'c.png'"},
-      {{"a.png", "rect", "0,0", "1,1", "--class", "nut"}, "choose from: Circle, Circle Multiple"},
-      {{"a.png", "Rect", "0,0", "1,1", "--class", "bolt"}, "choose from: screw, nut"},
-      {{"a.png", "Rect", "0,0", "--class", "nut"}, "takes 2 points, not 1"},
-      {{"a.png", "Rect", "0,0", "1,1", "0,1", "--class", "nut"}, "takes 2 points, not 3"},
-      {{"a.png", "Rect", "0,0", "1.1,1", "--class", "nut"}, "point 1.1,1 lies outside"},
-      {{"a.png", "Rect", "0,0", "1,nan", "--class", "nut"}, "'1,nan' is no point"},
-      {{"a.png", "Rect", "0,0", "inf,1", "--class", "nut"}, "'inf,1' is no point"},
-      {{"a.png", "Rect", "0,0", "1;1", "--class", "nut"}, "'1;1' is no point"},
-      {{"a.png", "Rect", "0,0", "129,64", "--class", "nut", "--pixels"}, "128x64 pixels"}};
-  for (auto [arguments, message] : rows) {
+      {{"c.png", "Rect", "0,0", "1,1", "--class", "nut"}, "no picture 'c.png'", 1},
+      {{"a.png", "rect", "0,0", "1,1", "--class", "nut"},
+       "choose from: Circle, Circle Multiple",
+       2},
+      {{"a.png", "Rect", "0,0", "1,1", "--class", "bolt"}, "choose from: screw, nut", 1},
+      {{"a.png", "Rect", "0,0", "--class", "nut"}, "takes 2 points, not 1", 2},
+      {{"a.png", "Rect", "0,0", "1,1", "0,1", "--class", "nut"}, "takes 2 points, not 3", 2},
+      {{"a.png", "Rect", "0,0", "1.1,1", "--class", "nut"}, "point 1.1,1 lies outside", 2},
+      {{"a.png", "Rect", "0,0", "1,nan", "--class", "nut"}, "'1,nan' is no point", 2},
+      {{"a.png", "Rect", "0,0", "inf,1", "--class", "nut"}, "'inf,1' is no point", 2},
+      {{"a.png", "Rect", "0,0", "1;1", "--class", "nut"}, "'1;1' is no point", 2},
+      {{"a.png", "Rect", "0,0", "129,64", "--class", "nut", "--pixels"}, "128x64 pixels", 1},
+      {{"a.png", "Rect", "0,0", "0,1", "--class", "nut"}, "the points enclose no area", 2},
+      {{"a.png", "Rect", "0,0", "0.0078,1", "--class", "nut"}, "enclose less than a pixel", 1},
+      {{"a.png", "Rect", "1,1", "1.9,9", "--class", "nut", "--pixels"},
+       "enclose less than a pixel",
+       2}};
+  for (auto [arguments, message, exitCode] : rows) {
     arguments.insert(arguments.begin(), {"mark", "parts"});
-    fail(arguments, message);
+    fail(arguments, message, exitCode);
   }
   EXPECT_TRUE(hasMarks("0 marks"));
 }
@@ -52,6 +60,9 @@ TEST_F(ProgramMark, WantsEitherOneMarkOrAList) {
   fail({"mark", "parts"}, "or --list FILE", 2);
   fail({"mark", "parts", "a.png", "Rect", "0,0", "1,1"}, "--class NAME", 2);
   fail({"mark", "parts", "a.png", "--list", "x"}, "of its own", 2);
+  fail({"mark", "parts", "a.png", "Rect", "0,0", "1,1", "--class", "nut", "--list", ""}, "--list",
+       2);
+  fail({"mark", "parts", "--list", ""}, "--list", 2);
 }
 
 TEST_F(ProgramMark, AFileNameInTwoSetsIsAnErrorWithTheCandidates) {
@@ -105,6 +116,43 @@ TEST_F(ProgramMark, ABadLineIsNamedAndNothingIsSaved) {
   EXPECT_TRUE(hasMarks("0 marks"));
   fail({"mark", "parts", "--list", "absent.txt"}, "the list 'absent.txt' cannot be read");
   fail({"mark", "parts", "--list", "photos"}, "the list 'photos' cannot be read");
+}
+
+TEST_F(ProgramMark, AListThatEndsBeforeItsTimeMarksNothing) {
+  const std::string good = "a.png\tRect\tnut\t0,0 0.5,0.5\n";
+  place.write("marks.txt", good + "#" + std::string((1 << 20) - 1, 'x') + "\n");
+  EXPECT_EQ(succeed({"mark", "parts", "--list", "marks.txt"}), "1 mark added on 1 picture\n");
+  place.write("marks.txt", good + "#" + std::string(1 << 20, 'x') + "\n" + good);
+  fail({"mark", "parts", "--list", "marks.txt"},
+       "the list 'marks.txt' cannot be read to its end; see line 2");
+  EXPECT_TRUE(hasMarks("1 mark"));
+  // Opens, and fails at the first read.
+  fail({"mark", "parts", "--list", "/proc/self/mem"}, "cannot be read to its end");
+}
+
+TEST_F(ProgramMark, ADamagedFirstRecordLeavesTheOtherPicturesToWorkOn) {
+  succeed({"mark", "parts", "b.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
+  std::string record;
+  for (const auto& entry : std::filesystem::directory_iterator(place / "projects/parts/is_day1")) {
+    if (readFile(entry.path()).find("photos/a.png") != std::string::npos) record = entry.path();
+  }
+  ASSERT_NE(record, "");
+  std::filesystem::resize_file(record, 50);
+  succeed({"mark", "parts", "b.png", "Point", "0.5,0.5", "--class", "nut"});
+  EXPECT_EQ(succeed({"crop", "parts", "b.png", "-o", "cut"}), "cut/b-1.png\n");
+  succeed({"magnify", "parts", "b.png", "--at", "0.5,0.5", "-o", "spot.png"});
+  succeed({"render", "parts", "b.png", "-o", "seen.png"});
+  EXPECT_EQ(readFile(record).size(), 50U);
+  const std::string reason =
+      "no picture 'a.png' among those that can be read; it may be in record 1 of set 'day1': No "
+      "whole XML file: " +
+      record;
+  fail({"--quiet", "mark", "parts", "a.png", "Point", "0.5,0.5", "--class", "nut"}, reason);
+  fail({"--quiet", "crop", "parts", "a.png", "-o", "cut"}, reason);
+  fail({"--quiet", "magnify", "parts", "a.png", "--at", "0.5,0.5", "-o", "x.png"}, reason);
+  std::filesystem::remove(record);
+  fail({"--quiet", "crop", "parts", "a.png", "-o", "cut"},
+       "the file of record 1 of set 'day1' is missing or empty");
 }
 
 TEST_F(ProgramMark, LabelTextsBecomeAListOfMarks) {
@@ -201,7 +249,15 @@ TEST_F(ProgramForms, RefusesPointsWithoutExtent) {
       {"Circle", "0.5,0.5 0.5,0.5", "all lie at one place"},
       {"Line", "0.5,0.5 0.5,0.5", "all lie at one place"},
       {"PolyLine", "0.5,0.5 0.5,0.5 0.5,0.5", "all lie at one place"},
-      {"Ellipse", "0.5,0.5 0.7,0.5 0.5,0.5", "an axis of the ellipse has no length"},
+      {"Ellipse", "0.5,0.5 0.7,0.5 0.5,0.5", "the ellipse has an axis of no length"},
+      // On 128 by 64 pixels.
+      {"Circle", "0.5,0.5 0.5,0.515", "all lie within a pixel"},
+      {"Line", "0.5,0.5 0.507,0.5", "all lie within a pixel"},
+      {"PolyLine Closed", "0.5,0.5 0.5,0.5001 0.5001,0.5", "all lie within a pixel"},
+      {"Ellipse", "0.5,0.5 0.7,0.5 0.5,0.515", "an axis shorter than a pixel"},
+      {"Rect", "0.5,0.5 0.9,0.515", "enclose less than a pixel"},
+      {"Rect", "0.5,0.5 0.507,0.9", "enclose less than a pixel"},
+      {"Rect Center", "0.5,0.5 0.9,0.507", "enclose less than a pixel"},
       {"Ellipse Multiple", "0.5,0.5 0.5,0.5 0.5,0.5 0.5,0.5 0.6,0.5", "fits these points"},
       {"Circle Multiple", "0.1,0.1 0.2,0.2 0.3,0.3", "fits these points"},
       {"Circle Multiple", "0.1,0.1 0.2,0.2", "takes 3 to 99 points, not 2"}};
@@ -210,6 +266,17 @@ TEST_F(ProgramForms, RefusesPointsWithoutExtent) {
     fail({"mark", "parts", "--list", "marks.txt"}, message);
   }
   EXPECT_TRUE(hasMarks("0 marks"));
+}
+
+TEST_F(ProgramForms, TakesMarksOfOnePixel) {
+  place.write("marks.txt",
+              "a.png\tRect\tnut\t10,10 11,11\n"
+              "a.png\tRect Center\tnut\t10.5,10.5 11,11\n"
+              "a.png\tLine\tnut\t33,7 34,7\n"
+              "a.png\tCircle\tnut\t77,30 77,31\n"
+              "a.png\tEllipse\tnut\t77,30 78,30 77,31\n");
+  succeed({"mark", "parts", "--list", "marks.txt", "--pixels"});
+  EXPECT_TRUE(hasMarks("5 marks"));
 }
 
 TEST_F(ProgramForms, TheAssistSnapsToTheObject) {

@@ -58,6 +58,18 @@ TEST(ProgramMarkList, GivesPlaceAndFields) {
   EXPECT_THAT(requests[0].points, ElementsAre(Point{0, 0.5}, Point{1, 1}));
 }
 
+TEST(ProgramMarkList, TheLastLineNeedsNoLineFeed) {
+  for (const auto* text :
+       {"a\tPoint\tnut\t0,0", "a\tPoint\tnut\t0,0\n", "a\tPoint\tnut\t0,0\r\n"}) {
+    std::istringstream list(text);
+    const auto requests = parseMarkList(list, "l.txt");
+    ASSERT_EQ(requests.size(), 1U) << text;
+    EXPECT_THAT(requests[0].points, ElementsAre(Point{0, 0}));
+  }
+  std::istringstream nothing("");
+  EXPECT_TRUE(parseMarkList(nothing, "l.txt").empty());
+}
+
 TEST(ProgramMarkDesign, ARectangleByItsCentreBecomesOneByItsCorners) {
   const auto design = designFor("Rect Center", {{0.5, 0.5}, {0.75, 0.625}});
   EXPECT_EQ(design.form, "Rect");

@@ -54,12 +54,12 @@ TEST_F(ProgramRender, RefusesWhatWillNotDo) {
     int exitCode;
   };
   const std::vector<Row> rows{
-      {{"a.png", "-o", "x.png", "--style", "Pink"}, "choose from: Black, Blue, Colored, Red", 1},
-      {{"a.png", "-o", "x.png", "--info", "All"}, "there is no info 'All'; choose from: DNN", 1},
-      {{"a.png", "-o", "x.png", "--cross", "0,0", "--cross-style", "Star"}, "Black Circle", 1},
-      {{"a.png", "-o", "x.png", "--cross", "2,0"}, "lies outside the picture", 1},
-      {{"a.png", "-o", "x.png", "--fit", "80"}, "is no size", 1},
-      {{"a.png", "-o", "x.png", "--fit", "0x80"}, "is no size", 1},
+      {{"a.png", "-o", "x.png", "--style", "Pink"}, "choose from: Black, Blue, Colored, Red", 2},
+      {{"a.png", "-o", "x.png", "--info", "All"}, "there is no info 'All'; choose from: DNN", 2},
+      {{"a.png", "-o", "x.png", "--cross", "0,0", "--cross-style", "Star"}, "Black Circle", 2},
+      {{"a.png", "-o", "x.png", "--cross", "2,0"}, "lies outside the picture", 2},
+      {{"a.png", "-o", "x.png", "--fit", "80"}, "is no size", 2},
+      {{"a.png", "-o", "x.png", "--fit", "0x80"}, "is no size", 2},
       {{"a.png", "-o", "x.png", "--fit", "5x5"}, "give a larger size", 1},
       {{"a.png", "-o", "absent/x.png"}, "cannot be written", 1},
       {{"z.png", "-o", "x.png"}, "no picture 'z.png'", 1},

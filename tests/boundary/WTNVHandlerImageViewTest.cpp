@@ -85,6 +85,12 @@ TEST_F(HelperOfTheView, CentreIsRoundedToTheNearestEven) {
     EXPECT_TRUE(samePixels(wide({column - 5, 145, 10, 10}).clone(), handedOut().picture()))
         << width;
   }
+  for (const auto& [height, row] : {std::pair{302, 151}, {306, 153}, {303, 152}, {301, 150}}) {
+    const cv::Mat high = patternedPicture(400, height);
+    trainSet.image = high;
+    view.bind(&trainSet);
+    EXPECT_TRUE(samePixels(high({95, row - 5, 10, 10}).clone(), handedOut().picture())) << height;
+  }
 }
 
 TEST_F(HelperOfTheView, CornerOfThePictureLiesInTheMiddleOfBlack) {

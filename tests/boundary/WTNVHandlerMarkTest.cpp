@@ -9,6 +9,8 @@
 #include "editing/TNVAssistGrabCut.h"
 #include "marks/MarkTools.h"
 #include "marks/TNVContour.h"
+#include "marks/TNVMarkLine.h"
+#include "marks/TNVMarkPolyLine.h"
 #include "marks/TNVMarkRect.h"
 #include "support/LogCapture.h"
 #include "support/ObjectScene.h"
@@ -100,6 +102,70 @@ TEST_F(Assist, StartsFromTheOutlineOfTheMark) {
   cv::setRNGSeed(1);
   wrapper.wApplyAssistDesignMark();
   EXPECT_NEAR(width, designed().size.x, 1e-9);
+}
+
+TEST_F(Assist, ClosedPathTakesTheOutlineAsItIs) {
+  // Its box reaches from 96, 56 to 224, 184, thus over 129 pixels each way.
+  const TNVAssist::Points corners{{96, 80}, {130, 56}, {224, 60}, {220, 184}, {100, 180}};
+  std::vector<std::vector<double>> clicked;
+  for (const cv::Point2d& corner : corners)
+    clicked.push_back({corner.x / kWidth, corner.y / kHeight});
+  clicked.push_back({0.9, 0.9});  // the cursor
+  ASSERT_TRUE(wrapper.designMark(clicked, "PolyLine Closed", {}));
+  designedEvents();
+  cv::setRNGSeed(1);
+  const auto outline = TNVAssistGrabCut().apply(
+      {0.5 - 64.5 / kWidth, 0.5 - 64.5 / kHeight, 129.0 / kWidth, 129.0 / kHeight}, scene.picture,
+      corners);
+  ASSERT_GT(outline.size(), 4U);
+  cv::setRNGSeed(1);
+  wrapper.wApplyAssistDesignMark();
+  EXPECT_EQ(1, designedEvents());
+  const auto& path = dynamic_cast<TNVMarkPolyLine&>(*handler.markDesigned);
+  ASSERT_EQ(outline.size(), path.polyPoints.size());
+  for (std::size_t i = 0; i < outline.size(); ++i)
+    EXPECT_LT(cv::norm(outline[i] - path.polyPoints[i]), 1e-12) << i;
+  EXPECT_EQ(cv::Point2d(0.5, 0.5), path.center);
+}
+
+TEST_F(Assist, LineStartsFromItsBoxAlone) {
+  // 96, 56 to 224, 184, thus over 129 pixels each way.
+  ASSERT_TRUE(wrapper.designMark({{0.3, 56.0 / kHeight}, {0.7, 184.0 / kHeight}}, "Line", {}));
+  designedEvents();
+  cv::setRNGSeed(1);
+  const auto outline = TNVAssistGrabCut().apply(
+      {0.5 - 64.5 / kWidth, 0.5 - 64.5 / kHeight, 129.0 / kWidth, 129.0 / kHeight}, scene.picture,
+      {});
+  const cv::Rect2d box = TNVContour::boundingRectOfPoints(outline);
+  cv::setRNGSeed(1);
+  wrapper.wApplyAssistDesignMark();
+  EXPECT_EQ(1, designedEvents());
+  const auto& line = dynamic_cast<TNVMarkLine&>(*handler.markDesigned);
+  EXPECT_NEAR(box.x + box.width / 2, line.center.x, 1e-9);
+  EXPECT_NEAR(box.y + box.height / 2, line.center.y, 1e-9);
+  // The ends lay 128 of 129 pixels apart and do so still, at the new size.
+  EXPECT_NEAR(box.width * 128 / 129, line.pointB.x - line.pointA.x, 1e-9);
+  EXPECT_NEAR(box.height * 128 / 129, line.pointB.y - line.pointA.y, 1e-9);
+}
+
+TEST_F(Assist, TwoPointsAreEnoughToFit) {
+  // Neither enlarged nor reduced. Of the steps of a slanted bar no corner is off its middle line by
+  // half a pixel, so that of its outline only the two ends are left.
+  trainSet.image = cv::Mat(128, 128, CV_8UC3, cv::Scalar(20, 200, 20));
+  for (const cv::Point& pixel : {cv::Point(60, 60), {61, 60}, {61, 61}, {62, 61}})
+    trainSet.image.at<cv::Vec3b>(pixel) = {200, 20, 200};
+  const double side = 128;
+  cv::setRNGSeed(1);
+  ASSERT_EQ(2U, TNVAssistGrabCut()
+                    .apply({20.5 / side, 20.5 / side, 86 / side, 86 / side}, trainSet.image, {})
+                    .size());
+  ASSERT_TRUE(wrapper.designMark({{21 / side, 21 / side}, {106 / side, 106 / side}}, "Line", {}));
+  designedEvents();
+  cv::setRNGSeed(1);
+  wrapper.wApplyAssistDesignMark();
+  EXPECT_EQ(1, designedEvents());
+  EXPECT_NEAR(61 / side, handler.markDesigned->center.x, 1e-9);
+  EXPECT_NEAR(60.5 / side, handler.markDesigned->center.y, 1e-9);
 }
 
 TEST_F(Assist, KeepsTheClassesAndAddsTheFittedMark) {

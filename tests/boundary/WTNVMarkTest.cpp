@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "marks/TNVMarkCircle.h"
 #include "marks/TNVMarkImage.h"
 #include "marks/TNVMarkRect.h"
 #include "project/TNVDNNClass.h"
@@ -115,6 +116,29 @@ TEST(WTNVMark, PoiModesAreThoseOfTheKind) {
   EXPECT_EQ(handle.wGetPOICountForSize(64, 32), 24);
 }
 
+TEST(WTNVMark, CircleTakesWidthHeightAndCountInTheirPlaces) {
+  // A radius of 20 pixels on 200 by 100.
+  TNVMarkCircle mark({0.5, 0.5}, {0.6, 0.5});
+  mark.poiSize = {0.05, 0.05};
+  const WTNVMark handle(&mark);
+  double w = 0;
+  double h = 0;
+  handle.wGetRelSize(w, h, 200, 100);
+  EXPECT_NEAR(w, 0.2, 1e-12);
+  EXPECT_NEAR(h, 0.4, 1e-12);
+  Pairs points;
+  handle.wGetPOIsGenerated("Divided", 200, 100, 4, points);
+  const Pairs expected{{0.6, 0.5}, {0.5, 0.7}, {0.4, 0.5}, {0.5, 0.3}};
+  ASSERT_EQ(points.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    ASSERT_EQ(points[i].size(), 2U);
+    EXPECT_NEAR(points[i][0], expected[i][0], 1e-12) << i;
+    EXPECT_NEAR(points[i][1], expected[i][1], 1e-12) << i;
+  }
+  // A rim of 125.7 pixels, boxes of 5.
+  EXPECT_EQ(handle.wGetPOICountForSize(200, 100), 25);
+}
+
 TEST_F(WTNVMarkWithClasses, FirstClassIsThatOfTheMarksFirstIndex) {
   mark.classIdx = {3, 1};
   EXPECT_EQ(handle.wGetFirstDNNClass(all).getNativeDNNClass(), &three);
@@ -134,6 +158,14 @@ TEST_F(WTNVMarkWithClasses, ClassesFollowTheGivenList) {
   mark.classIdx = {3, 9, 1};
   EXPECT_EQ(natives(handle.wGetDNNClasses(all)), (Classes{&one, &three}));
   EXPECT_TRUE(handle.wGetDNNClasses({}).empty());
+}
+
+TEST_F(WTNVMarkWithClasses, NullHandlesAreNoClasses) {
+  mark.classIdx = {3, 1};
+  all.insert(all.begin() + 1, WTNVDNNClass());
+  all.insert(all.begin(), WTNVDNNClass());
+  EXPECT_EQ(natives(handle.wGetDNNClasses(all)), (Classes{&one, &three}));
+  EXPECT_EQ(handle.wGetFirstDNNClass(all).getNativeDNNClass(), &three);
 }
 
 TEST_F(WTNVMarkWithClasses, ClassCarriedTwiceComesTwice) {

@@ -164,6 +164,43 @@ TEST_F(MarkDesignTest, AddingEndsTheDesign) {
   EXPECT_EQ(1, CallCounter<1>::count);
 }
 
+namespace {
+
+/// What stood when an event was last called.
+struct Standing {
+  static void record() {
+    previewed = trainSet->designedMark;
+    owned = handler->markDesigned.get();
+    points = trainSet->designPoints.size();
+  }
+
+  static inline const TNVHandlerMark* handler = nullptr;
+  static inline const TNVTrainSet* trainSet = nullptr;
+  static inline const TNVMark* previewed = nullptr;
+  static inline const TNVMark* owned = nullptr;
+  static inline std::size_t points = 0;
+};
+
+}  // namespace
+
+TEST_F(MarkDesignTest, EventsComeWhenTheDesignStandsAndWhenItIsGone) {
+  Standing::handler = &open->marks();
+  Standing::trainSet = &current();
+  wrapper->setCBMarkDesigned(Standing::record);
+  wrapper->setCBMarkAdded(Standing::record);
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(design({{0.1, 0.1}, {0.2, 0.2}}, "Rect"));
+    EXPECT_NE(nullptr, Standing::previewed);
+    EXPECT_EQ(current().designedMark, Standing::previewed);
+    EXPECT_EQ(Standing::previewed, Standing::owned);
+    EXPECT_EQ(2U, Standing::points);
+    ASSERT_TRUE(wrapper->addDesignedMark());
+    EXPECT_EQ(nullptr, Standing::previewed);
+    EXPECT_EQ(nullptr, Standing::owned);
+    EXPECT_EQ(0U, Standing::points);
+  }
+}
+
 TEST_F(MarkDesignTest, POISizeComesFromTheProject) {
   struct Row {
     int use;

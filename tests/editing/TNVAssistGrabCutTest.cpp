@@ -322,41 +322,62 @@ TEST(TNVAssistGrabCut, OutlineStartsFromItsCoreWithFiveIterations) {
   }
 }
 
+namespace {
+
+/// The outermost points found, in pixels of the reduced picture.
+cv::Rect2d reducedBoxOf(const Points& found, cv::Size image, cv::Point2d origin, double factor) {
+  cv::Point2d low(1e9, 1e9);
+  cv::Point2d high(-1e9, -1e9);
+  for (const cv::Point2d& point : found) {
+    const cv::Point2d pixel(point.x * image.width, point.y * image.height);
+    const cv::Point2d reduced = (pixel - origin) * factor;
+    low = {std::min(low.x, reduced.x), std::min(low.y, reduced.y)};
+    high = {std::max(high.x, reduced.x), std::max(high.y, reduced.y)};
+  }
+  return {low, high};
+}
+
+/// An object of one colour on ground of another.
+cv::Mat plainScene(cv::Size image, const cv::Rect& object) {
+  cv::Mat picture(image, CV_8UC3, cv::Scalar(20, 200, 20));
+  cv::rectangle(picture, object, cv::Scalar(200, 20, 200), cv::FILLED);
+  return picture;
+}
+
+}  // namespace
+
 TEST(TNVAssistGrabCut, OutlineWithoutAKernelIsShrunkByThreeTimesThree) {
-  // The object begins below the first row of reduced pixels, and fills the mark from there on.
-  const ObjectScene scene = objectScene(kThin.image, {320, 1243}, {1000, 1000}, 5);
-  cv::setRNGSeed(1);
-  const Points expected = resultByHand(kThin, scene.picture, true);
-  ASSERT_GE(expected.size(), 2u);
-  expectNear(expected, applied(kThin.rect, scene.picture, contourOf(kThin)), kThin.name);
+  // Of the 4 reduced rows the outline fills 1 to 3, of the columns 21 to 107. A kernel of three
+  // takes the first row, the first and the last column; the last row stays, since nothing lies
+  // below it. The object, which begins in the row and the column that go, would hold them.
+  const cv::Mat picture = plainScene(kThin.image, {160, 242, 320, 60});
+  const Points found = applied(kThin.rect, picture, contourOf(kThin));
+  ASSERT_FALSE(found.empty());
+  const cv::Rect2d reduced = reducedBoxOf(found, kThin.image, kThin.origin, kThin.factor);
+  EXPECT_NEAR(21 + 1, reduced.x, 1e-3);
+  EXPECT_NEAR(107 - 1, reduced.br().x, 1e-3);
+  EXPECT_NEAR(1 + 1, reduced.y, 1e-3);
+  EXPECT_NEAR(3, reduced.br().y, 1e-3);
 }
 
 TEST(TNVAssistGrabCut, CoreIsShrunkByAThirdRoundedDown) {
-  // 160, 121.5, 320 x 243 pixels; 80, 60.75, 480 x 364.5 with the margin, of which 480 become 128.
-  // The 243 become 64.8, a third of which is 21.6: a kernel of 21 takes 10 from each side.
-  const cv::Rect2d rect(0.25, 0.25, 0.5, 0.5);
-  const cv::Size image(640, 486);
-  const double factor = 128.0 / 480;
-  // Just the core, whose first row and column a larger kernel would lose.
-  cv::Mat picture(image, CV_8UC3, cv::Scalar(20, 200, 20));
-  cv::rectangle(picture, cv::Rect(196, 158, 252, 174), cv::Scalar(200, 20, 200), cv::FILLED);
-  const cv::Rect2d mark(160, 121.5, 320, 243);
+  // 160, 120, 320 x 235 pixels; 80, 61.25, 480 x 352.5 with the margin, of which 480 become 128.
+  // The outline fills the columns 21 to 107 and the rows 16 to 78. The 235 pixels become 62.67, of
+  // which 62 count, a third of which is 20: a kernel of 20 takes 10 before and 9 behind, one of 21
+  // would take 10 on both sides.
+  const cv::Size image(640, 480);
+  const cv::Rect2d mark(160, 120, 320, 235);
+  const cv::Rect2d rect(0.25, 0.25, 0.5, 235.0 / 480);
+  // Just the core, columns 31 to 98 and rows 26 to 69, 3.75 pixels each.
+  const cv::Mat picture = plainScene(image, {196, 158, 255, 165});
   const Points found =
       applied(rect, picture, {mark.tl(), {mark.br().x, mark.y}, mark.br(), {mark.x, mark.br().y}});
-  std::vector<cv::Point2f> reduced;
-  for (const cv::Point2d& point : found) {
-    reduced.emplace_back(cv::Point2d((point.x * image.width - 80) * factor,
-                                     (point.y * image.height - 60.75) * factor));
-  }
-  ASSERT_FALSE(reduced.empty());
-  const auto [left, right] =
-      std::minmax_element(reduced.begin(), reduced.end(), [](auto a, auto b) { return a.x < b.x; });
-  const auto [top, bottom] =
-      std::minmax_element(reduced.begin(), reduced.end(), [](auto a, auto b) { return a.y < b.y; });
-  EXPECT_NEAR(21 + 10, left->x, 1e-3);
-  EXPECT_NEAR(107 - 10, right->x, 1e-3);
-  EXPECT_NEAR(16 + 10, top->y, 1e-3);
-  EXPECT_NEAR(81 - 10, bottom->y, 1e-3);
+  ASSERT_FALSE(found.empty());
+  const cv::Rect2d reduced = reducedBoxOf(found, image, {80, 61.25}, 128.0 / 480);
+  EXPECT_NEAR(21 + 10, reduced.x, 1e-3);
+  EXPECT_NEAR(107 - 9, reduced.br().x, 1e-3);
+  EXPECT_NEAR(16 + 10, reduced.y, 1e-3);
+  EXPECT_NEAR(78 - 9, reduced.br().y, 1e-3);
 }
 
 TEST(TNVAssistGrabCut, WithoutAnOutlineTheBoxIsTakenWithThreeIterations) {

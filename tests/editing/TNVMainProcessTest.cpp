@@ -177,16 +177,27 @@ TEST(TNVMainProcess, EditedMarksReachTheDiskAndComeBack) {
   EXPECT_THAT(open.marks().getAllMarks()[0]->classIdx, ElementsAre(0));
 }
 
-TEST(TNVMainProcess, DamagedTrainSetThrowsAndLeavesTheProjectAlone) {
+TEST(TNVMainProcess, DamagedFirstTrainSetLeavesTheOthersToWorkOn) {
   ProjectBuilder builder;
-  builder.withPictures({"a.png"});
+  builder.withPictures({"a.png", "b.png", "c.png"});
   ASSERT_TRUE(builder.project().wUpdate(true));
   const std::string file = builder.project().getNativeProject()->imageSets.at("set")[0]->dataPath;
   std::filesystem::resize_file(file, 100);
+  const std::string damaged = readFile(file);
   builder.reopened();
-  EXPECT_THROW(OpenProject open(builder), cv::Exception);
-  EXPECT_EQ(nullptr, builder.project().getNativeProject()->observer);
-  EXPECT_TRUE(builder.project().wLoad());
+  const LogCapture log;
+  OpenProject open(builder);
+  EXPECT_THAT(log.text(), testing::HasSubstr("First train set cannot be read, none is current"));
+  EXPECT_EQ(nullptr, open.marks().trainSet);
+  EXPECT_EQ(3u, WTNVHandlerTrainSet(&open.trainSets()).wGetTrainSetCount());
+  EXPECT_THROW(open.trainSets().trainSetCurrent(), cv::Exception);
+  const TNVTrainSet* second = open.trainSets().setTrainSetForward(1);
+  EXPECT_EQ(second, open.marks().trainSet);
+  ASSERT_TRUE(open.marks().designMark({{0.25, 0.25}, {0.5, 0.75}}, "Rect", {}));
+  ASSERT_TRUE(open.marks().addDesignedMark());
+  EXPECT_FALSE(open.view().getARImage().empty());
+  EXPECT_TRUE(builder.project().wUpdate(false));
+  EXPECT_EQ(damaged, readFile(file));
 }
 
 TEST(TNVMainProcess, LoadingIsNotAnnouncedAsSaving) {

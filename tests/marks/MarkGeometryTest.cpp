@@ -76,6 +76,15 @@ TEST(MarkGeometry, CountsBelowTwoAndBeyondAllPicturesDivideNothing) {
   EXPECT_EQ(log.lines().size(), 3U) << "a line each, from the division";
 }
 
+TEST(MarkGeometry, PathOfLessThanTwoPointsIsToldInTheLog) {
+  for (const Points& path : {Points{}, Points{{3, 4}}}) {
+    const LogCapture log;
+    EXPECT_THAT(tnv::dividedPath(path, 5), IsEmpty());
+    EXPECT_THAT(log.lines(), ElementsAre("TNVContour::consistentDevidePointLine: Can not devide "
+                                         "points, line has to less points < 2!"));
+  }
+}
+
 TEST(MarkGeometry, RelativePathIsDividedByPixels) {
   // 32 pixels to the right and 16 down, a point each 16.
   expectPoints({{0.25, 0.25}, {0.5, 0.25}, {0.75, 0.25}, {0.75, 0.75}},
@@ -124,7 +133,15 @@ TEST(MarkGeometry, OutlineIsHitWithinAndLessThanNineteenPixelsAway) {
         Row{segment, {82, 100}, true}, Row{segment, {81, 100}, false}, Row{{}, {0, 0}, false},
         Row{{{5, 5}}, {5, 5}, false}, Row{{{5, 5}, {5, 5}}, {5, 23}, true},
         Row{{{5, 5}, {5, 5}}, {5, 24}, false}}) {
-    EXPECT_EQ(tnv::isOverOutline(row.outline, row.pixel), row.over) << row.pixel;
+    EXPECT_EQ(tnv::isOverOutline(row.outline, 19, row.pixel), row.over) << row.pixel;
+  }
+}
+
+TEST(MarkGeometry, OutlineIsHitWithinItsMargin) {
+  const Points triangle{{100, 100}, {200, 100}, {100, 200}};
+  for (const double margin : {0.5, 5.0, 40.0}) {
+    EXPECT_TRUE(tnv::isOverOutline(triangle, margin, {150, 100.25 - margin})) << margin;
+    EXPECT_FALSE(tnv::isOverOutline(triangle, margin, {150, 99.75 - margin})) << margin;
   }
 }
 
@@ -133,7 +150,7 @@ TEST(MarkGeometry, HostileNumbersAreAnswered) {
   for (const double x : hostileNumbers()) {
     for (const double y : hostileNumbers()) {
       const Points points{{x, y}, {1, x}, {y, 2}};
-      tnv::isOverOutline(points, {y, x});
+      tnv::isOverOutline(points, y, {y, x});
       const cv::Point2d size = tnv::relSizeOfPixels(points, {1, 1});
       EXPECT_GE(size.x, 1.0);
       EXPECT_LE(size.x, 2.0 * (1 << 20) + 1);

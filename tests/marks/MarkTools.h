@@ -1,17 +1,20 @@
 #pragma once
 
+#include <chrono>
 #include <climits>
 #include <limits>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
 
 #include "editing/TNVType.h"
 #include "foundation/XmlStorage.h"
 #include "marks/TNVMark.h"
 #include "project/TNVDNNClass.h"
+#include "support/Pictures.h"
 
 /// What the tests of all kinds of marks need.
 
@@ -21,6 +24,9 @@ inline const std::vector<double>& hostileNumbers() {
                                            -std::numeric_limits<double>::infinity(),
                                            1e300,
                                            -1e300,
+                                           1e4,
+                                           1e5,
+                                           1.4e6,
                                            1e7,
                                            -1e7,
                                            0.0,
@@ -115,4 +121,46 @@ inline void frameReference(cv::Mat& view, const std::vector<cv::Point>& corners,
       if (position % 15 < 8) view.at<cv::Vec3b>(it.pos()) = colour;
     }
   }
+}
+
+/// Draws the mark in all states with each pair of hostile numbers, which `shape(a, b, variant)`
+/// puts into its geometry in the variants 0, 1 and 2.
+template <class Shape>
+void expectHostileGeometryIsDrawnInNoTime(TNVMark& mark, Shape shape) {
+  const ThreeClasses classes;
+  const auto start = std::chrono::steady_clock::now();
+  for (const double a : hostileNumbers()) {
+    for (const double b : hostileNumbers()) {
+      for (int state = 0; state < 12; ++state) {
+        shape(a, b, state % 3);
+        mark.designPoint = {a, b};
+        mark.pois = {{a, b}, {0.5, a}};
+        mark.poiSize = {b, a};
+        mark.hovered = (state & 1) != 0;
+        mark.selected = (state & 2) != 0;
+        mark.poiVisible = (state & 2) != 0;
+        mark.classIdx.assign(static_cast<std::size_t>(state % 3), 11);
+        cv::Mat view = patternedPicture(100, 60);
+        mark.draw(view, {1000, 600}, styleNamed(state < 6 ? "Colored" : "White", state % 2 == 0),
+                  infoOf(state % 6), classes.list(), (state & 4) != 0);
+      }
+    }
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+}
+
+/// Asks and changes a mark of such geometry in every way.
+inline void useHostileMark(TNVMark& mark, double a, double b) {
+  mark.poiSize = {b, a};
+  mark.pois = {{a, b}};
+  double distance = 0;
+  mark.isMouseOver({0.5, a}, {640, 480}, &distance);
+  mark.getRelSize({640, 480});
+  mark.getPixelRect({640, 480});
+  mark.getPOICountForSize({640, 480});
+  EXPECT_LE(mark.getContour({640, 480}).size(), 65U);
+  for (const std::string& mode : mark.getPOIModes())
+    EXPECT_LE(mark.getPOIsGenerated(mode, {640, 480}, 9).size(), 10U);
+  mark.update({b, a}, {a, b}, {}, {640, 480});
+  mark.fitToPoints({{a, b}, {b, 0.5}}, {640, 480});
 }

@@ -9,26 +9,56 @@
 #include "marks/MarkTools.h"
 #include "support/Pictures.h"
 
-/// What the tests of lines, points and polylines need. Marks are drawn on a patterned view of 200
-/// by 120 pixels, which shows a picture of 1000 by 600.
+/// What the tests of all kinds but rectangles need. Marks are drawn on a patterned view of 200 by
+/// 120 pixels, which shows a picture of 1000 by 600 unless the test says otherwise.
 
 inline cv::Mat emptyView() {
   return patternedPicture(200, 120);
 }
 
-inline cv::Mat viewWith(TNVMark& mark, const TNVTypeMarkStyleSet& style, int info, bool designing) {
+inline cv::Mat viewWith(TNVMark& mark, const TNVTypeMarkStyleSet& style, int info, bool designing,
+                        cv::Size imageSize = {1000, 600}) {
   const ThreeClasses classes;
   cv::Mat view = emptyView();
-  mark.draw(view, {1000, 600}, style, infoOf(info), classes.list(), designing);
+  mark.draw(view, imageSize, style, infoOf(info), classes.list(), designing);
   return view;
 }
 
-inline void expectPoints(const TNVMark::Points& expected, const TNVMark::Points& actual) {
+inline void expectPoints(const TNVMark::Points& expected, const TNVMark::Points& actual,
+                         double tolerance = 1e-12) {
   ASSERT_EQ(expected.size(), actual.size());
   for (std::size_t i = 0; i < expected.size(); ++i) {
-    EXPECT_NEAR(expected[i].x, actual[i].x, 1e-12) << "x of point " << i;
-    EXPECT_NEAR(expected[i].y, actual[i].y, 1e-12) << "y of point " << i;
+    EXPECT_NEAR(expected[i].x, actual[i].x, tolerance) << "x of point " << i;
+    EXPECT_NEAR(expected[i].y, actual[i].y, tolerance) << "y of point " << i;
   }
+}
+
+inline void expectPoint(cv::Point2d expected, cv::Point2d actual, double tolerance = 1e-12) {
+  expectPoints({expected}, {actual}, tolerance);
+}
+
+inline std::vector<cv::Point> roundedPath(const TNVMark::Points& points) {
+  std::vector<cv::Point> path;
+  for (const cv::Point2d& point : points)
+    path.emplace_back(cvRound(point.x), cvRound(point.y));
+  return path;
+}
+
+/// The points at whole multiples of the same share of the path's length, both ends included.
+inline TNVMark::Points evenlyAlong(const TNVMark::Points& path, int count) {
+  std::vector<double> walked{0.0};
+  for (std::size_t i = 1; i < path.size(); ++i)
+    walked.push_back(walked.back() + cv::norm(path[i] - path[i - 1]));
+  TNVMark::Points points;
+  for (int i = 0; i < count; ++i) {
+    const double target = walked.back() * i / (count - 1);
+    std::size_t edge = 1;
+    while (edge + 1 < path.size() && walked[edge] < target)
+      ++edge;
+    const double share = (target - walked[edge - 1]) / (walked[edge] - walked[edge - 1]);
+    points.push_back(path[edge - 1] + (path[edge] - path[edge - 1]) * share);
+  }
+  return points;
 }
 
 inline void circleReference(cv::Mat& view, cv::Point centre, const cv::Scalar& colour,
@@ -39,6 +69,13 @@ inline void circleReference(cv::Mat& view, cv::Point centre, const cv::Scalar& c
 inline void lineReference(cv::Mat& view, cv::Point from, cv::Point to, const cv::Scalar& colour,
                           int thickness) {
   cv::line(view, from, to, colour, thickness, cv::LINE_AA, 0);
+}
+
+/// POI boxes of 10 by 12 pixels, with thickness 1.
+inline void boxReference(cv::Mat& view, const std::vector<cv::Point>& corners,
+                         const cv::Scalar& colour) {
+  for (const cv::Point& corner : corners)
+    cv::rectangle(view, cv::Rect(corner, cv::Size(10, 12)), colour, 1, cv::LINE_AA, 0);
 }
 
 inline void textReference(cv::Mat& view, const std::string& text, cv::Point position,
@@ -92,6 +129,11 @@ inline const std::vector<PenState>& penStates() {
       // No class that is known: the thickness is negative, which fills circles.
       {"Colored", false, false, {99}, {0, 0, 0}, cv::FILLED}};
   return states;
+}
+
+inline std::string nameOf(const PenState& state, bool designing, bool filled) {
+  return state.style + (state.hovered ? ", hovered" : "") + (state.selected ? ", selected" : "") +
+         (designing ? ", designing" : "") + (filled ? ", filled" : "");
 }
 
 inline void take(TNVMark& mark, const PenState& state) {

@@ -676,6 +676,43 @@ TEST(TNVContour, ManyThickLinesFromFarAwayAreDrawnInNoTime) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
+TEST(TNVContour, RectangleThatLeavesThePictureIsDrawnAsItIs) {
+  for (const cv::Rect& box :
+       {cv::Rect(5, 6, 20, 30), cv::Rect(-3, -2, 40, 30), cv::Rect(20, 10, 900, 800),
+        cv::Rect(-900, -950, 940, 980), cv::Rect(-1022, 3, 1050, 2), cv::Rect(-4, -4, 68, 48),
+        cv::Rect(-5000, -3000, 5020, 3010), cv::Rect(30, 20, 7000, 9000),
+        cv::Rect(-6000, 7, 20000, 21), cv::Rect(70, 45, 9, 9), cv::Rect(63, -3, 9, 90),
+        cv::Rect(9, 9, 1, 1), cv::Rect(9, 9, 0, 5), cv::Rect(9, 9, 5, -5)}) {
+    for (const int thickness : {INT_MIN, -1, 0, 1, 2, 9}) {
+      cv::Mat seen = patternedPicture(60, 40);
+      TNVContour::drawRectangle(seen, box, {10, 20, 30}, thickness);
+      cv::Mat expected = patternedPicture(60, 40);
+      cv::rectangle(expected, box, {10, 20, 30}, thickness, cv::LINE_AA, 0);
+      EXPECT_TRUE(samePixels(expected, seen)) << box << thickness;
+    }
+  }
+}
+
+TEST(TNVContour, RectangleFarAroundThePictureIsDrawnInNoTime) {
+  const auto start = std::chrono::steady_clock::now();
+  const int half = INT_MAX / 2;
+  for (const int thickness : {-1, 1, 2}) {
+    cv::Mat seen = patternedPicture(1000, 600);
+    for (int i = 0; i < 20; ++i)
+      TNVContour::drawRectangle(seen, {-half, -half, INT_MAX, INT_MAX}, {1, 2, 3}, thickness);
+    const cv::Mat filled(600, 1000, CV_8UC3, cv::Scalar(1, 2, 3));
+    EXPECT_TRUE(samePixels(thickness < 0 ? filled : patternedPicture(1000, 600), seen));
+    for (const cv::Rect& box :
+         {cv::Rect(INT_MAX, INT_MAX, INT_MAX, INT_MAX),
+          cv::Rect(INT_MIN, INT_MIN, INT_MAX, INT_MAX), cv::Rect(INT_MAX, 5, INT_MIN, INT_MIN)}) {
+      cv::Mat untouched = patternedPicture(60, 40);
+      TNVContour::drawRectangle(untouched, box, {1, 2, 3}, thickness);
+      EXPECT_TRUE(samePixels(patternedPicture(60, 40), untouched)) << box;
+    }
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
 namespace {
 
 /// An outline that runs up and down between the two rows, at a new column each time.

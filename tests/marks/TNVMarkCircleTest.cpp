@@ -1,15 +1,12 @@
 #include "marks/TNVMarkCircle.h"
 
-#include <chrono>
 #include <cmath>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "marks/MarkTools.h"
-#include "marks/TNVContour.h"
+#include "marks/PathTools.h"
 #include "support/LogCapture.h"
-#include "support/Pictures.h"
 
 namespace {
 
@@ -17,17 +14,6 @@ using Points = TNVMark::Points;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-
-void expectPoint(cv::Point2d expected, cv::Point2d actual, double tolerance = 1e-12) {
-  EXPECT_NEAR(expected.x, actual.x, tolerance);
-  EXPECT_NEAR(expected.y, actual.y, tolerance);
-}
-
-void expectNear(const Points& expected, const Points& actual) {
-  ASSERT_EQ(expected.size(), actual.size());
-  for (std::size_t i = 0; i < expected.size(); ++i)
-    expectPoint(expected[i], actual[i]);
-}
 
 Points rim(cv::Point2d centre, double radius, int count) {
   Points points;
@@ -165,7 +151,7 @@ TEST(TNVMarkCircle, RimAtTheCentreHasNoDirection) {
 
 TEST(TNVMarkCircle, ContourHas64Points) {
   const TNVMarkCircle mark({0.5, 0.25}, {0.65, 0.65});
-  expectNear(rim({100, 25}, 50, 64), mark.getContour({200, 100}));
+  expectPoints(rim({100, 25}, 50, 64), mark.getContour({200, 100}));
   EXPECT_THAT(TNVMarkCircle().getContour({200, 100}), IsEmpty());
 }
 
@@ -196,9 +182,9 @@ TEST(TNVMarkCircle, WithoutARimPointNothingHitsAndNoDistanceIsTold) {
 
 TEST(TNVMarkCircle, DividedWalksFromTheRightClockwise) {
   const TNVMarkCircle mark({0.5, 0.5}, {0.6, 0.5});  // r = 20 on 200 by 100
-  expectNear({{0.6, 0.5}, {0.5, 0.7}, {0.4, 0.5}, {0.5, 0.3}},
-             mark.getPOIsGenerated("Divided", {200, 100}, 4));
-  expectNear({{0.6, 0.5}}, mark.getPOIsGenerated("Divided", {200, 100}, 1));
+  expectPoints({{0.6, 0.5}, {0.5, 0.7}, {0.4, 0.5}, {0.5, 0.3}},
+               mark.getPOIsGenerated("Divided", {200, 100}, 4));
+  expectPoints({{0.6, 0.5}}, mark.getPOIsGenerated("Divided", {200, 100}, 1));
   for (const int count : {0, -1, INT_MIN, INT_MAX})
     EXPECT_THAT(mark.getPOIsGenerated("Divided", {200, 100}, count), IsEmpty()) << count;
   EXPECT_THAT(TNVMarkCircle().getPOIsGenerated("Divided", {200, 100}, 4), IsEmpty());
@@ -245,142 +231,109 @@ TEST(TNVMarkCircle, ReadsBackBitForBit) {
 
 namespace {
 
-/// A mark on a view of 200 by 120 pixels that shows a picture of 1000 by 660.
+/// The picture has 1000 by 660 pixels, so that circles on the view and on the picture differ.
 struct TNVMarkCircleOnView : ::testing::Test {
-  TNVMarkCircleOnView() { mark.classIdx = {12, 11}; }
-
-  void drawAndCompare(const TNVTypeMarkStyleSet& style, int info, bool designing,
-                      const cv::Mat& expected) {
-    cv::Mat seen = patternedPicture(200, 120);
-    mark.draw(seen, imageSize, style, infoOf(info), classes.list(), designing);
-    EXPECT_TRUE(samePixels(expected, seen));
+  void expectDrawn(const cv::Mat& expected, const std::string& style, bool filled, int info,
+                   bool designing) {
+    EXPECT_TRUE(samePixels(
+        expected, viewWith(mark, styleNamed(style, filled), info, designing, {1000, 660})));
   }
 
   /// The circle, the ring in the middle and the line to the rim.
-  static cv::Mat withCircle(const cv::Scalar& colour, int thickness,
-                            cv::Mat view = patternedPicture(200, 120)) {
-    cv::circle(view, {91, 61}, 31, colour, thickness, cv::LINE_AA, 0);
-    return withMiddle(colour, thickness, view);
+  void drawCircleReference(cv::Mat& view, const PenState& pen, bool designing) const {
+    const int line = std::max(pen.thickness, 1);
+    if (designing) {
+      dashedReference(view, dashedRim(), pen.colour, 7, 3, line);
+      if (cursor) dashedReference(view, {middle, {180, 30}}, pen.colour, 2, 7, line);
+    } else {
+      cv::circle(view, middle, 31, pen.colour, pen.thickness, cv::LINE_AA, 0);
+    }
+    circleReference(view, middle, pen.colour, pen.thickness);
+    lineReference(view, middle, {112, 85}, pen.colour, line);
   }
 
-  static cv::Mat withMiddle(const cv::Scalar& colour, int thickness, cv::Mat view) {
-    cv::circle(view, {91, 61}, 3, colour, thickness, cv::LINE_AA, 0);
-    cv::line(view, {91, 61}, {112, 85}, colour, std::max(thickness, 1), cv::LINE_AA, 0);
-    return view;
+  /// 31 pixels have a rim of 194.8, one corner for 16 of them.
+  static std::vector<cv::Point> dashedRim() {
+    std::vector<cv::Point> path = roundedPath(rim({90.7, 60.78}, 31, 12));
+    path.push_back(path.front());
+    return path;
   }
 
   /// From (90.7, 60.78) to (111.7, 84.78): (21, 24) pixels, which are 31.89.
   TNVMarkCircle mark{{0.4535, 0.5065}, {0.5585, 0.7065}};
-  cv::Size imageSize{1000, 660};
-  ThreeClasses classes;
+  cv::Point middle{91, 61};
+  bool cursor = false;
 };
 
 }  // namespace
 
 TEST_F(TNVMarkCircleOnView, EachStateHasItsPen) {
-  drawAndCompare(styleNamed("White"), 0, false, withCircle({255, 255, 255}, 1));
-  drawAndCompare(styleNamed("Black"), 0, false, withCircle({0, 0, 0}, 1));
-  mark.hovered = true;
-  drawAndCompare(styleNamed("White"), 0, false, withCircle({0, 255, 0}, 2));
-}
-
-TEST_F(TNVMarkCircleOnView, SelectedMarkHasItsFrameUnderTheCircle) {
-  // (105, 132) pixels of the picture are 168.67, which give a box of 0.33734 by 0.51112 from
-  // (0.28483, 0.25094) to (0.62217, 0.76206): 56.97, 30.11 to 124.43, 91.45 on the view.
-  mark.selected = true;
-  for (const bool designing : {false, true}) {
-    cv::Mat view = patternedPicture(200, 120);
-    frameReference(view, {{56, 30}, {124, 30}, {124, 91}, {56, 91}}, {0, 0, 255});
-    if (designing) {
-      TNVContour::drawDashedCircle(view, {90.7, 60.78}, 31, {0, 0, 255}, 1);
-      withMiddle({0, 0, 255}, 1, view);
-    } else {
-      withCircle({0, 0, 255}, 1, view);
+  const std::vector<cv::Point> outline = roundedPath(rim({90.7, 60.78}, std::hypot(21, 24), 64));
+  for (const PenState& state : penStates()) {
+    for (const bool designing : {false, true}) {
+      for (const bool filled : {false, true}) {
+        SCOPED_TRACE(nameOf(state, designing, filled));
+        take(mark, state);
+        cv::Mat expected = emptyView();
+        if (filled) fillReference(expected, outline, pixelOf(state.colour));
+        // (105, 132) pixels of the picture are 168.67, which give a box of 0.33734 by 0.51112 from
+        // (0.28483, 0.25094) to (0.62217, 0.76206): 56.97, 30.11 to 124.43, 91.45 on the view.
+        if (state.selected) {
+          frameReference(expected, {{56, 30}, {124, 30}, {124, 91}, {56, 91}},
+                         pixelOf(state.colour));
+        }
+        drawCircleReference(expected, state, designing);
+        expectDrawn(expected, state.style, filled, 0, designing);
+      }
     }
-    drawAndCompare(styleNamed("White"), 0, designing, view);
   }
-}
-
-TEST_F(TNVMarkCircleOnView, FillingLiesUnderTheCircle) {
-  std::vector<cv::Point> outline;
-  for (const cv::Point2d& point : rim({90.7, 60.78}, std::hypot(21, 24), 64))
-    outline.emplace_back(cvRound(point.x), cvRound(point.y));
-  cv::Mat view = patternedPicture(200, 120);
-  fillReference(view, outline, {64, 64, 255});
-  drawAndCompare(styleNamed("Red", true), 0, false, withCircle({64, 64, 255}, 1, view));
 }
 
 TEST_F(TNVMarkCircleOnView, PoisLieUnderTheCircle) {
   mark.poiVisible = true;
   mark.pois = {{0.25, 0.5}, {0.45, 0.58}};
   mark.poiSize = {0.05, 0.1};
-  cv::Mat view = patternedPicture(200, 120);
-  // Boxes of 10 by 12: 50 - 5, 60 - 6; 90 - 5, 69.6 - 6.
-  cv::rectangle(view, cv::Rect(45, 54, 10, 12), {64, 64, 255}, 1, cv::LINE_AA, 0);
-  cv::rectangle(view, cv::Rect(85, 64, 10, 12), {64, 64, 255}, 1, cv::LINE_AA, 0);
-  drawAndCompare(styleNamed("Red"), 0, false, withCircle({64, 64, 255}, 1, view));
-}
-
-TEST_F(TNVMarkCircleOnView, ColoredThicknessFollowsTheClasses) {
-  struct Row {
-    std::vector<int> classIdx;
-    cv::Scalar colour;
-    int thickness;
-  };
-  // Without a known class the thickness is negative, which fills; a line needs a thickness of 1.
-  for (const Row& row : {Row{{}, {0, 0, 0}, cv::FILLED}, Row{{12}, {100, 101, 102}, 1},
-                         Row{{12, 11}, {55, 60, 66}, 0}}) {
-    mark.classIdx = row.classIdx;
-    drawAndCompare(styleNamed("Colored"), 0, false, withCircle(row.colour, row.thickness));
+  for (const bool designing : {false, true}) {
+    cv::Mat expected = emptyView();
+    // Boxes of 10 by 12: 50 - 5, 60 - 6; 90 - 5, 69.6 - 6.
+    boxReference(expected, {{45, 54}, {85, 64}}, {255, 255, 255});
+    drawCircleReference(expected, penStates().front(), designing);
+    expectDrawn(expected, "White", false, 0, designing);
   }
 }
 
-TEST_F(TNVMarkCircleOnView, LabelsOfEachInfo) {
-  struct Row {
-    int info;
-    std::string text;
-  };
+TEST_F(TNVMarkCircleOnView, LabelOfEachInfoStandsRightOfTheRim) {
+  mark.classIdx = {12, 11};
   // 168.67 pixels of the picture, 31.89 of the view, 31.89 / 200.
-  for (const Row& row : {Row{0, ""}, Row{1, "0,5"}, Row{2, "cat,dog"}, Row{3, "168"}, Row{4, "31"},
-                         Row{5, "0.16"}}) {
-    cv::Mat view = withCircle({255, 64, 64}, 1);
-    // (90.7 + 31.89 + 5, 60.78), truncated.
-    cv::putText(view, row.text, {127, 60}, 3, 0.4, {255, 64, 64}, 1, cv::LINE_AA, false);
-    SCOPED_TRACE(row.info);
-    drawAndCompare(styleNamed("Blue"), row.info, false, view);
+  const std::vector<std::string> labels{"", "0,5", "cat,dog", "168", "31", "0.16"};
+  for (std::size_t info = 0; info < labels.size(); ++info) {
+    for (const PenState& state : {penStates()[0], penStates()[2]}) {
+      for (const bool designing : {false, true}) {
+        SCOPED_TRACE(labels[info] + (designing ? ", designing" : ""));
+        mark.hovered = state.hovered;
+        cv::Mat expected = emptyView();
+        drawCircleReference(expected, state, designing);
+        // (90.7 + 31.89 + 5, 60.78), truncated.
+        textReference(expected, labels[info], {127, 60}, state.colour);
+        expectDrawn(expected, state.style, false, static_cast<int>(info), designing);
+      }
+    }
   }
 }
 
-TEST_F(TNVMarkCircleOnView, TextStaysThinOnAThickMark) {
-  mark.hovered = true;
-  cv::Mat view = withCircle({0, 255, 0}, 2);
-  cv::putText(view, "0,5", {127, 60}, 3, 0.4, {0, 255, 0}, 1, cv::LINE_AA, false);
-  drawAndCompare(styleNamed("White"), 1, false, view);
-}
-
-TEST_F(TNVMarkCircleOnView, DesignedCircleIsDashed) {
-  for (const auto& [styleName, thickness] : {std::pair{"White", 1}, std::pair{"Colored", 0}}) {
-    const cv::Scalar colour = thickness == 1 ? cv::Scalar(255, 255, 255) : cv::Scalar(55, 60, 66);
-    cv::Mat view = patternedPicture(200, 120);
-    // 31 pixels have a rim of 194.8, one corner for 16 of them.
-    TNVContour::drawDashedPolyline(view, rim({90.7, 60.78}, 31, 12), colour, 7, 3, thickness, true);
-    withMiddle(colour, thickness, view);
-    cv::putText(view, "31", {127, 60}, 3, 0.4, colour, 1, cv::LINE_AA, false);
-    drawAndCompare(styleNamed(styleName), 4, true, view);
-  }
-}
-
-TEST_F(TNVMarkCircleOnView, DottedLineLeadsToTheCursor) {
+TEST_F(TNVMarkCircleOnView, DottedLineLeadsToTheCursorWhileDesigning) {
   for (const double x : {0.9, 0.0, -1.0}) {
     mark.designPoint = {x, 0.25};
-    cv::Mat view = patternedPicture(200, 120);
-    TNVContour::drawDashedCircle(view, {90.7, 60.78}, 31, {255, 255, 255}, 1);
-    if (x > 0) {
-      TNVContour::drawDashedPolyline(view, {{90.7, 60.78}, {180, 30}}, {255, 255, 255}, 2, 7, 1,
-                                     false);
+    cursor = x > 0;
+    for (const PenState& state : {penStates()[0], penStates()[2]}) {
+      for (const bool designing : {false, true}) {
+        SCOPED_TRACE(nameOf(state, designing, false));
+        mark.hovered = state.hovered;
+        cv::Mat expected = emptyView();
+        drawCircleReference(expected, state, designing);
+        expectDrawn(expected, "White", false, 0, designing);
+      }
     }
-    drawAndCompare(styleNamed("White"), 0, true, withMiddle({255, 255, 255}, 1, view));
-    drawAndCompare(styleNamed("White"), 0, false, withCircle({255, 255, 255}, 1));
   }
 }
 
@@ -388,44 +341,29 @@ TEST_F(TNVMarkCircleOnView, SmallDesignedCircleShowsItsMiddleOnly) {
   // 2 pixels of radius have no corner for 16 pixels of the rim.
   mark.center = {0.5, 0.5};
   mark.radius = {{0.512, 0.5}};
-  cv::Mat view = patternedPicture(200, 120);
-  cv::circle(view, {100, 60}, 3, {255, 255, 255}, 1, cv::LINE_AA, 0);
-  cv::line(view, {100, 60}, {102, 60}, {255, 255, 255}, 1, cv::LINE_AA, 0);
-  drawAndCompare(styleNamed("White"), 0, true, view);
+  cv::Mat expected = emptyView();
+  circleReference(expected, {100, 60}, {255, 255, 255}, 1);
+  lineReference(expected, {100, 60}, {102, 60}, {255, 255, 255}, 1);
+  expectDrawn(expected, "White", false, 0, true);
 }
 
 TEST_F(TNVMarkCircleOnView, WithoutARimPointOnlyThePoisAreDrawn) {
   mark.radius.clear();
+  mark.classIdx = {12};
   mark.poiVisible = true;
   mark.pois = {{0.25, 0.5}};
   mark.poiSize = {0.05, 0.1};
-  cv::Mat view = patternedPicture(200, 120);
-  cv::rectangle(view, cv::Rect(45, 54, 10, 12), {64, 64, 255}, 1, cv::LINE_AA, 0);
+  cv::Mat expected = emptyView();
+  boxReference(expected, {{45, 54}}, {255, 255, 255});
   for (const bool designing : {false, true})
-    drawAndCompare(styleNamed("Red", true), 1, designing, view);
+    expectDrawn(expected, "White", true, 1, designing);
 }
 
 TEST_F(TNVMarkCircleOnView, HostileGeometryIsDrawnInNoTime) {
-  const auto start = std::chrono::steady_clock::now();
-  for (const double a : hostileNumbers()) {
-    for (const double b : hostileNumbers()) {
-      for (int state = 0; state < 12; ++state) {
-        mark.center = state % 3 == 0 ? cv::Point2d(0.5, 0.5) : cv::Point2d(a, b);
-        mark.radius = {state % 3 == 1 ? cv::Point2d(0.5, 0.7) : cv::Point2d(b, a)};
-        mark.designPoint = {a, b};
-        mark.pois = {{a, b}, {0.5, a}};
-        mark.poiSize = {b, a};
-        mark.hovered = (state & 1) != 0;
-        mark.selected = (state & 2) != 0;
-        mark.poiVisible = (state & 2) != 0;
-        mark.classIdx.resize(static_cast<std::size_t>(state % 3), 11);
-        cv::Mat view = patternedPicture(100, 60);
-        mark.draw(view, imageSize, styleNamed(state < 6 ? "Colored" : "White", state % 2 == 0),
-                  infoOf(state % 6), classes.list(), (state & 4) != 0);
-      }
-    }
-  }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+  expectHostileGeometryIsDrawnInNoTime(mark, [&](double a, double b, int variant) {
+    mark.center = variant == 0 ? cv::Point2d(0.5, 0.5) : cv::Point2d(a, b);
+    mark.radius = {variant == 1 ? cv::Point2d(0.5, 0.7) : cv::Point2d(b, a)};
+  });
 }
 
 TEST(TNVMarkCircle, HostileGeometryIsAnsweredSomehow) {
@@ -433,16 +371,9 @@ TEST(TNVMarkCircle, HostileGeometryIsAnsweredSomehow) {
   for (const double a : hostileNumbers()) {
     for (const double b : hostileNumbers()) {
       TNVMarkCircle mark({a, b}, {b, a});
-      mark.poiSize = {b, a};
-      mark.pois = {{a, b}};
-      double distance = 0;
-      mark.isMouseOver({0.5, a}, {640, 480}, &distance);
-      mark.getRelSize({640, 480});
-      mark.getPOICountForSize({640, 480});
       EXPECT_EQ(mark.getContour({640, 480}).size(), 64U);
       EXPECT_EQ(mark.getPOIsGenerated("Divided", {640, 480}, 9).size(), 9U);
-      mark.update({b, a}, {a, b}, {}, {640, 480});
-      mark.fitToPoints({{a, b}, {b, 0.5}}, {640, 480});
+      useHostileMark(mark, a, b);
       EXPECT_NO_THROW(TNVMarkCircle({{a, b}, {b, a}, {a, a}, {0.5, 0.5}}, {640, 480}));
       EXPECT_NO_THROW(TNVMarkCircle({{a, b}, {0.1, 0.2}, {0.7, 0.5}}, {0, 0}));
     }

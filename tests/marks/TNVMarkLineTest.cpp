@@ -267,7 +267,7 @@ TEST_F(TNVMarkLineOnView, EachStateHasItsPen) {
     for (const bool designing : {false, true}) {
       // Without an area there is nothing to fill.
       for (const bool filled : {false, true}) {
-        SCOPED_TRACE(state.style + (designing ? ", designing" : "") + (filled ? ", filled" : ""));
+        SCOPED_TRACE(nameOf(state, designing, filled));
         take(mark, state);
         cv::Mat expected = emptyView();
         // In the picture 501 by 348 pixels: from (50.3, 32.34) to (150.5, 101.94) on the view.
@@ -287,12 +287,13 @@ TEST_F(TNVMarkLineOnView, PoisLieUnderTheLine) {
   mark.poiVisible = true;
   mark.pois = {{0.25, 0.25}, {0.5, 0.55}};
   mark.poiSize = {0.05, 0.1};
-  cv::Mat expected = emptyView();
-  // Boxes of 10 by 12 around (50, 30) and (100, 66).
-  cv::rectangle(expected, cv::Rect(45, 24, 10, 12), {255, 255, 255}, 1, cv::LINE_AA, 0);
-  cv::rectangle(expected, cv::Rect(95, 60, 10, 12), {255, 255, 255}, 1, cv::LINE_AA, 0);
-  drawLineReference(expected, penStates().front(), false);
-  EXPECT_TRUE(samePixels(expected, viewWith(mark, styleNamed("White"), 0, false)));
+  for (const bool designing : {false, true}) {
+    cv::Mat expected = emptyView();
+    // Boxes of 10 by 12 around (50, 30) and (100, 66).
+    boxReference(expected, {{45, 24}, {95, 60}}, {255, 255, 255});
+    drawLineReference(expected, penStates().front(), designing);
+    EXPECT_TRUE(samePixels(expected, viewWith(mark, styleNamed("White"), 0, designing)));
+  }
 }
 
 TEST_F(TNVMarkLineOnView, LabelOfEachInfoStandsAtTheCentre) {
@@ -301,12 +302,14 @@ TEST_F(TNVMarkLineOnView, LabelOfEachInfoStandsAtTheCentre) {
   const std::vector<std::string> labels{"", "0,5", "cat,dog", "608", "121", "0.77"};
   for (std::size_t info = 0; info < labels.size(); ++info) {
     for (const PenState& state : {penStates()[0], penStates()[2]}) {
-      mark.hovered = state.hovered;
-      cv::Mat expected = emptyView();
-      drawLineReference(expected, state, false);
-      textReference(expected, labels[info], {100, 67}, state.colour);
-      const cv::Mat seen = viewWith(mark, styleNamed("White"), static_cast<int>(info), false);
-      EXPECT_TRUE(samePixels(expected, seen)) << labels[info];
+      for (const bool designing : {false, true}) {
+        mark.hovered = state.hovered;
+        cv::Mat expected = emptyView();
+        drawLineReference(expected, state, designing);
+        textReference(expected, labels[info], {100, 67}, state.colour);
+        const cv::Mat seen = viewWith(mark, styleNamed("White"), static_cast<int>(info), designing);
+        EXPECT_TRUE(samePixels(expected, seen)) << labels[info] << designing;
+      }
     }
   }
 }

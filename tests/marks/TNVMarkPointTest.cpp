@@ -149,7 +149,7 @@ TEST_F(TNVMarkPointOnView, EachStateHasItsPen) {
   for (const PenState& state : penStates()) {
     for (const bool designing : {false, true}) {
       for (const bool filled : {false, true}) {
-        SCOPED_TRACE(state.style + (designing ? ", designing" : "") + (filled ? ", filled" : ""));
+        SCOPED_TRACE(nameOf(state, designing, filled));
         take(mark, state);
         mark.designPoint = {0.5, 0.125};
         cv::Mat expected = emptyView();
@@ -167,21 +167,25 @@ TEST_F(TNVMarkPointOnView, PoisLieUnderThePoint) {
   mark.poiVisible = true;
   mark.pois = {{0.45, 0.58}};
   mark.poiSize = {0.05, 0.1};
-  cv::Mat expected = emptyView();
-  cv::rectangle(expected, cv::Rect(85, 64, 10, 12), {255, 255, 255}, 1, cv::LINE_AA, 0);
-  drawPointReference(expected, pixel, region, penStates().front());
-  EXPECT_TRUE(samePixels(expected, viewWith(mark, styleNamed("White"), 0, false)));
+  for (const bool designing : {false, true}) {
+    cv::Mat expected = emptyView();
+    boxReference(expected, {{85, 64}}, {255, 255, 255});
+    drawPointReference(expected, pixel, region, penStates().front());
+    EXPECT_TRUE(samePixels(expected, viewWith(mark, styleNamed("White"), 0, designing)));
+  }
 }
 
 TEST_F(TNVMarkPointOnView, LabelsAreTheClassesAlone) {
   mark.classIdx = {12, 11};
   const std::vector<std::string> labels{"", "0,5", "cat,dog", "", "", ""};
   for (std::size_t info = 0; info < labels.size(); ++info) {
-    cv::Mat expected = emptyView();
-    drawPointReference(expected, pixel, region, penStates().front());
-    textReference(expected, labels[info], {111, 70}, {255, 255, 255});
-    const cv::Mat seen = viewWith(mark, styleNamed("White"), static_cast<int>(info), false);
-    EXPECT_TRUE(samePixels(expected, seen)) << info;
+    for (const bool designing : {false, true}) {
+      cv::Mat expected = emptyView();
+      drawPointReference(expected, pixel, region, penStates().front());
+      textReference(expected, labels[info], {111, 70}, {255, 255, 255});
+      const cv::Mat seen = viewWith(mark, styleNamed("White"), static_cast<int>(info), designing);
+      EXPECT_TRUE(samePixels(expected, seen)) << info << designing;
+    }
   }
 }
 

@@ -343,8 +343,7 @@ TEST_F(TNVMarkPolyLineOnView, EachStateHasItsPen) {
       mark.closed = (row & 1) != 0;
       const bool designing = (row & 2) != 0;
       const bool filled = (row & 4) != 0;
-      SCOPED_TRACE(state.style + (mark.closed ? ", closed" : "") +
-                   (designing ? ", designing" : "") + (filled ? ", filled" : ""));
+      SCOPED_TRACE(nameOf(state, designing, filled) + (mark.closed ? ", closed" : ""));
       take(mark, state);
       cv::Mat expected = emptyView();
       if (filled && mark.closed) fillReference(expected, vertices, pixelOf(state.colour));
@@ -363,10 +362,12 @@ TEST_F(TNVMarkPolyLineOnView, PoisLieUnderThePath) {
   mark.poiVisible = true;
   mark.pois = {{0.25, 0.25}};
   mark.poiSize = {0.05, 0.1};
-  cv::Mat expected = emptyView();
-  cv::rectangle(expected, cv::Rect(45, 24, 10, 12), {255, 255, 255}, 1, cv::LINE_AA, 0);
-  drawPathReference(expected, penStates().front(), false);
-  EXPECT_TRUE(samePixels(expected, viewWith(mark, styleNamed("White"), 0, false)));
+  for (const bool designing : {false, true}) {
+    cv::Mat expected = emptyView();
+    boxReference(expected, {{45, 24}}, {255, 255, 255});
+    drawPathReference(expected, penStates().front(), designing);
+    EXPECT_TRUE(samePixels(expected, viewWith(mark, styleNamed("White"), 0, designing)));
+  }
 }
 
 TEST_F(TNVMarkPolyLineOnView, LabelOfEachInfoStandsAtTheCentre) {

@@ -584,6 +584,18 @@ TEST_F(TNVMarkOnView, HostileGeometryIsDrawnInNoTime) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
+TEST_F(TNVMarkOnView, PoiBoxesFarLargerThanTheViewAreDrawnInNoTime) {
+  const auto start = std::chrono::steady_clock::now();
+  mark.poiVisible = true;
+  mark.pois.assign(20, {0.5, 0.5});
+  mark.poiSize = {1.4e6, 1.4e6};
+  cv::Mat view = patternedPicture(1000, 600);
+  // Without a known class the boxes are filled.
+  mark.draw(view, {1000, 600}, styleNamed("Colored"), infoOf(0), {}, false);
+  EXPECT_TRUE(samePixels(cv::Mat(600, 1000, CV_8UC3, cv::Scalar()), view));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
 TEST_F(TNVMarkOnView, EmptyViewIsLeftAlone) {
   mark.selected = mark.poiVisible = true;
   mark.outline = {{0.1, 0.1}, {0.8, 0.1}, {0.8, 0.8}};

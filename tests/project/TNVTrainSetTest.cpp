@@ -507,4 +507,13 @@ TEST_F(TNVTrainSetTest, AllKindsButTheRectangleAreAdoptedUnderTheirOwnName) {
   TNVMarkPolyLine path({{0.1, 0.2}, {0.3, 0.4}}, true);
   path.type = "PolyLine Closed";
   EXPECT_EQ(record.addMark(path)->type, "PolyLine");
+  TNVMarkEllipse ellipse({0.5, 0.5}, {0.6, 0.5}, {0.5, 0.7});
+  ellipse.type = "Ellipse Multiple";
+  EXPECT_EQ(record.addMark(ellipse)->type, "Ellipse");
+  TNVMarkLine line({0.1, 0.2}, {0.3, 0.4});
+  line.type = "Rect";
+  EXPECT_EQ(record.addMark(line)->type, "Line");
+  TNVMarkPoint point({0.1, 0.9});
+  point.type = "Circle";
+  EXPECT_EQ(record.addMark(point)->type, "Point");
 }

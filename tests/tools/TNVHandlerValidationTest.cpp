@@ -151,6 +151,26 @@ TEST_F(Validation, DamagedMarksAreLeftOut) {
   EXPECT_EQ(fileCount(), 1U);
 }
 
+TEST_F(Validation, CutsThatTheFormatDoesNotTakeAreLoggedAndConsumeNoNumber) {
+  // 70000 columns, of which a JPEG has 65500 at most.
+  const auto addWide = [&] {
+    dynamic_cast<TNVMarkRect*>(addMark(0, {8, 8, 16, 12}, {0}))->size = {70000 / 64.0, 1 / 48.0};
+  };
+  addWide();
+  addMark(0, {8, 8, 16, 12}, {0});
+  addWide();
+  const LogCapture log;
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Screw (0)"), ElementsAre(0));
+  EXPECT_EQ(gallery.wGetMarkUniqueId(0), 1);
+  EXPECT_EQ(cut(0).size(), cv::Size(16, 12));
+  const std::string line = "TNVHandlerValidation::createDNNImages: Could not cut mark ";
+  const std::string image = " out of image '" + trainSet(0).imagePath + "'!";
+  EXPECT_THAT(log.lines(), testing::Contains(line + "0" + image));
+  EXPECT_THAT(log.lines(), testing::Contains(line + "2" + image));
+  EXPECT_EQ(fileCount(), 1U);
+}
+
 TEST_F(Validation, AnUnreadablePictureIsLoggedAndHasNoUpdate) {
   addMark(1, {8, 8, 16, 12}, {0});
   addMark(2, {8, 8, 16, 12}, {0});
