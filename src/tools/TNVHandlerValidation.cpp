@@ -2,10 +2,9 @@
 
 #include <algorithm>
 
-#include <opencv2/imgcodecs.hpp>
-
 #include "TNV_SampleBenchNative/TNVObserver.h"
 #include "foundation/Log.h"
+#include "foundation/PictureFile.h"
 #include "foundation/TNVDirectory.h"
 #include "generation/RunGuard.h"
 #include "marks/TNVMark.h"
@@ -97,7 +96,7 @@ void TNVHandlerValidation::cutMark(const TNVMark& mark, const cv::Mat& picture, 
   const auto id = static_cast<int>(imageInfo.size());
   dnnImages[labelOf(*dnnClass)].push_back(id);
   imageInfo[id] = {trainSetIndex, mark.uniqueId};
-  cv::imwrite(imagePath(id), cut);
+  tnv::writePicture(imagePath(id), cut);
 }
 
 cv::Mat TNVHandlerValidation::cutOf(const TNVMark& mark, const cv::Mat& picture,
@@ -140,7 +139,7 @@ std::vector<int> TNVHandlerValidation::getDNNImageIndices(const std::string& lab
 cv::Mat TNVHandlerValidation::loadImage(int id) {
   const auto held = images.find(id);
   if (held != images.end()) return held->second;
-  const cv::Mat cut = cv::imread(imagePath(id), cv::IMREAD_COLOR);
+  const cv::Mat cut = tnv::readPicture(imagePath(id));
   images[id] = cut;
   return cut;
 }

@@ -154,14 +154,28 @@ TEST_F(Validation, DamagedMarksAreLeftOut) {
 TEST_F(Validation, AnUnreadablePictureIsLoggedAndHasNoUpdate) {
   addMark(1, {8, 8, 16, 12}, {0});
   addMark(2, {8, 8, 16, 12}, {0});
-  std::filesystem::remove(trainSet(1).imagePath);
-  const LogCapture log;
-  EXPECT_TRUE(gallery.wProcessGeneration());
-  EXPECT_THAT(log.lines(),
-              testing::Contains("TNVHandlerValidation::createDNNImages: Could not load image '" +
-                                trainSet(1).imagePath + "'!"));
-  EXPECT_THAT(events, ElementsAre("started", "update", "update", "finished"));
-  EXPECT_EQ(gallery.wGetTrainSetIndex(0), 2);
+  for (const std::string& path : unreadablePictures(builder.temp)) {
+    trainSet(1).imagePath = path;
+    events.clear();
+    const LogCapture log;
+    EXPECT_TRUE(gallery.wProcessGeneration());
+    EXPECT_THAT(log.lines(),
+                testing::Contains("TNVHandlerValidation::createDNNImages: Could not load image '" +
+                                  path + "'!"));
+    EXPECT_THAT(events, ElementsAre("started", "update", "update", "finished"));
+    EXPECT_EQ(gallery.wGetTrainSetIndex(0), 2);
+  }
+}
+
+TEST_F(Validation, WhatCannotBeReadAsACutGivesZeros) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  for (const std::string& path : unreadablePictures(builder.temp)) {
+    std::filesystem::remove_all(fileOf(0));
+    if (std::filesystem::exists(path)) std::filesystem::rename(path, fileOf(0));
+    EXPECT_TRUE(cut(0).empty()) << path;
+    gallery.wUnloadAll();
+  }
 }
 
 TEST_F(Validation, TrainSetsGiveTheirPicturesUp) {

@@ -134,6 +134,26 @@ TEST_F(DarknetViewer, AnUnreadablePictureLeavesItsNamesAndNoPicture) {
   EXPECT_EQ(viewer.wGetSelectedDataFile(), "b.txt");
 }
 
+TEST_F(DarknetViewer, WhateverCannotBeReadAsAPictureIsLoggedAndEmpty) {
+  for (const std::string& path : unreadablePictures(temp)) {
+    const std::string name = std::filesystem::path(path).stem();
+    temp.write(name + ".txt", "0 0.5 0.5 0.25 0.25\n");
+    viewer.wReadImages();
+    const LogCapture log;
+    EXPECT_FALSE(viewer.wSelectImage(name)) << path;
+    EXPECT_EQ(log.lines().size(), 1U);
+    EXPECT_TRUE(selectedImage().empty());
+  }
+}
+
+TEST_F(DarknetViewer, ALabelTextBehindLinksInACircleCountsAsNone) {
+  sample("a", "");
+  writePicture(temp / "b.png", 8, 8);
+  std::filesystem::create_symlink(temp / "b.txt", temp / "c.txt");
+  std::filesystem::create_symlink(temp / "c.txt", temp / "b.txt");
+  EXPECT_THAT(viewer.wReadImages(), ElementsAre("a"));
+}
+
 TEST_F(DarknetViewer, BoxesAreDrawnInRed) {
   // 20 x 15 around (40, 30); 8 x 6 around (12, 45).
   expectBoxes("0 0.5 0.5 0.25 0.25\n7 0.15 0.75 0.1 0.1\n", {{30, 22, 20, 15}, {8, 42, 8, 6}});
