@@ -1,6 +1,8 @@
 #include "downloads/TNVHandlerDownload.h"
 
+#include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
@@ -37,6 +39,22 @@ TNVDownloadFile fileNamed(const std::string& name, const std::string& address = 
   file.downloadAddress = address;
   return file;
 }
+
+/// A variable of the environment with another value as long as this object lives.
+class Environment {
+ public:
+  Environment(const char* name, const char* value) : variable(name) {
+    if (const char* const before = std::getenv(name)) kept = before;
+    ::setenv(name, value, 1);
+  }
+  ~Environment() { kept ? ::setenv(variable, kept->c_str(), 1) : ::unsetenv(variable); }
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
+
+ private:
+  const char* variable;
+  std::optional<std::string> kept;
+};
 
 class Download : public testing::Test {
  protected:
@@ -417,6 +435,12 @@ TEST_F(Download, ARemovalThatThePlatformRefusesIsFalse) {
   EXPECT_EQ(content("w.bin/kept"), "x");
 }
 
+TEST_F(Download, AnEmptyDirectoryIsNoFileToRemove) {
+  temp.makeDirectory("weights/below");
+  EXPECT_FALSE(wrapper.wRemoveFile(WTNVDownloadFile(fileNamed("below")), weights()));
+  EXPECT_TRUE(std::filesystem::is_directory(weights() + "below"));
+}
+
 TEST_F(Download, RecordsAreCopiesOfTheirOwn) {
   TNVDownloadFile record = offered("a", 5, "h");
   const WTNVDownloadFile first(record);
@@ -499,6 +523,18 @@ TEST_F(Download, WhatIsNoDirectoryToReadIsLoggedAndEmpty) {
       ElementsAre("dwnds: 0",
                   "TNVHandlerDownload::getAllFiles: Could not read directory '" + file + "'!",
                   "locals: 0", "cmb: 0"));
+}
+
+TEST_F(Download, AProxyOfTheEnvironmentIsNotAsked) {
+  // Nothing answers there.
+  const char* const proxy = "http://127.0.0.1:1";
+  const Environment http("http_proxy", proxy);
+  const Environment all("ALL_PROXY", proxy);
+  const Environment none("no_proxy", "");
+  const Environment upperNone("NO_PROXY", "");
+  offer({offered("a", 1, "h")});
+  EXPECT_THAT(handler.downloadList(server.listAddress()), SizeIs(1));
+  EXPECT_TRUE(download("/file"));
 }
 
 TEST_F(Download, APortalThatSendsWithoutEndIsCutOff) {
