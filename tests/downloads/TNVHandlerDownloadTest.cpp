@@ -202,7 +202,17 @@ TEST_F(Download, UpdatesComeBeforeTheShareIsStored) {
   EXPECT_LE(shares.back(), 1.0);
 }
 
+TEST_F(Download, TheShareIsThatOfTheBytes) {
+  const LogCapture log;
+  EXPECT_FALSE(download("/cut"));
+  EXPECT_EQ(handler.progress, 0.5) << "half of the file came";
+}
+
 TEST_F(Download, WithoutALengthThereAreNoUpdates) {
+  wrapper.setCBDownloadFinished([] {
+    EXPECT_EQ(watched->progress, 1.0) << "without a share on the way, too";
+    events.emplace_back("finished");
+  });
   EXPECT_TRUE(download("/endless"));
   EXPECT_EQ(content().size(), kServedSize);
   EXPECT_THAT(shares, IsEmpty());
@@ -419,6 +429,23 @@ TEST_F(Download, ImportingOverAFileRaisesTheFilesystemError) {
   EXPECT_THROW(wrapper.wImportFile(source, weights()), std::filesystem::filesystem_error);
   EXPECT_EQ(content(), "earlier");
   EXPECT_THROW(wrapper.wImportFile(temp / "absent", weights()), std::filesystem::filesystem_error);
+}
+
+TEST_F(Download, WhatHasNoPlainNameIsNotImported) {
+  temp.write("from/below/w.bin", "hello");
+  const LogCapture log;
+  for (const std::string& source : {temp.write("from/a\nb", "hello"), temp / "from/below/..",
+                                    temp / "from/below/.", temp / "from/below/"})
+    EXPECT_FALSE(wrapper.wImportFile(source, weights())) << source;
+  EXPECT_THAT(log.lines(), Each(StartsWith("TNVHandlerDownload::importFile: File name '")));
+  EXPECT_TRUE(std::filesystem::is_empty(weights()));
+}
+
+TEST_F(Download, ACopyOfTheWrapperHearsTheEventsToo) {
+  WTNVHandlerDownload copy(wrapper);
+  copy.setCBDownloadFinished([] { events.emplace_back("finished for the copy"); });
+  EXPECT_TRUE(download("/file"));
+  EXPECT_THAT(events, Contains("finished for the copy"));
 }
 
 TEST_F(Download, RemovingSucceedsAlsoForAFileThatWasNeverThere) {

@@ -22,8 +22,8 @@ std::string encoded(const char* extension, const cv::Mat& picture, const std::ve
 
 TEST(PictureFile, APictureComesAsItWasWritten) {
   const TempDirectory temp;
-  EXPECT_TRUE(samePixels(patternedPicture(20, 10),
-                         tnv::readPicture(writePicture(temp / "a.png", 20, 10))));
+  EXPECT_TRUE(
+      samePixels(patternedPicture(20, 10), tnv::readPicture(writePicture(temp / "a.png", 20, 10))));
 }
 
 TEST(PictureFile, GreyAndTransparentPicturesComeInColour) {

@@ -77,6 +77,7 @@ TEST_F(DarknetViewer, PicturesOfThreeTypesAreListedWithoutThoseBelow) {
     temp.write(name, "");
     temp.write(std::string(name).substr(0, std::string(name).find('.')) + ".txt", "");
   }
+  temp.write("e.txt", "");
   EXPECT_THAT(viewer.wReadImages(), UnorderedElementsAre("a", "b", "c"));
 }
 
@@ -169,6 +170,10 @@ TEST_F(DarknetViewer, BlanksTabsAndCarriageReturnsBetweenFieldsDoNotMatter) {
   expectBoxes("0  0.5 0.5\t 0.25   0.25 \r\n", {{30, 22, 20, 15}});
 }
 
+TEST_F(DarknetViewer, WhiteSpaceWithinFieldsIsRemoved) {
+  expectBoxes("0 0.\v5 0.5\f \v\f 0.25 0\t.25\n", {{30, 22, 20, 15}});
+}
+
 TEST_F(DarknetViewer, ATabAloneDoesNotPartFields) {
   expectBoxes("0\t0.5 0.5 0.25 0.25\n", {});
 }
@@ -180,6 +185,8 @@ TEST_F(DarknetViewer, LinesOfAnotherNumberOfFieldsDrawNothing) {
 TEST_F(DarknetViewer, TextIsZeroAndTheClassIsNotLookedAt) {
   expectBoxes("screw 0.5 0.5 0.25 0.25\n", {{30, 22, 20, 15}});
   expectBoxes("0 x 0.5 0.25 0.25\n", {{-10, 22, 20, 15}});
+  expectBoxes("0 0.5 0.5 0.25 x\n", {});
+  expectBoxes("0 0.5a 0.5b 0.25c 0.25d\n", {{30, 22, 20, 15}});
 }
 
 TEST_F(DarknetViewer, ABoxOverTheEdgeIsClipped) {
