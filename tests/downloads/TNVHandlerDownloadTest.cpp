@@ -9,11 +9,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "PortalServer.h"
 #include "TNV_SampleBenchNative/WTNVHandlerDownload.h"
 #include "TNV_SampleBenchNative/WTNVProject.h"
 #include "foundation/TNVDirectory.h"
 #include "support/LogCapture.h"
+#include "support/PortalServer.h"
 #include "support/TempDirectory.h"
 
 using testing::Contains;
