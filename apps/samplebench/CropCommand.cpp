@@ -44,7 +44,7 @@ void runCrop(const Locations& locations, const CropOptions& options, Output& out
   for (std::size_t i = 0; i < marks.size(); ++i) {
     const auto name = cropName(pictures[place].path, i + 1);
     if (hasArea(marks[i], editor)) {
-      requireWritable(directory + name, pictures);
+      requireWritablePicture(directory + name, *project, pictures);
       writeCrop(editor, marks[i], directory, name, output);
     } else {
       output.note("mark " + std::to_string(i + 1) + " (" + marks[i].wGetType() +

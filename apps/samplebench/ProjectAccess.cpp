@@ -1,6 +1,7 @@
 #include "ProjectAccess.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include <opencv2/core.hpp>
 
@@ -50,13 +51,17 @@ std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std
   if (contains(sortedProjects(locations), name))
     throw CommandError("project '" + name + "' is there already in " + locations.projects +
                        "; choose another name");
-  if (name.find_first_of("=\"") != std::string::npos)
-    throw CommandError("the name of a project must not hold = or a double quote");
+  requireStorable("the name of a project", name);
   auto project = projectAt(locations, name);
   if (!project->wCreate())
     throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
                        "; use a name without slashes, and a directory that can be written to");
   return project;
+}
+
+void requireStorable(const std::string& what, const std::string& text) {
+  if (text.find_first_of("=\"\\\n") != std::string::npos)
+    throw CommandError(what + " must not hold =, a double quote, a backslash or a line break");
 }
 
 std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name) {
@@ -84,13 +89,46 @@ void saveProject(WTNVProject& project, bool full) {
 
 namespace {
 
-bool isLoaded(const WTNVTrainSet& trainSet, Output& output) {
-  try {
-    return trainSet.wLoadData();
-  } catch (const cv::Exception& error) {
-    output.note(error.err + "; restore or remove that file");
-    return false;
+constexpr auto whatToDo = "; restore or remove that file";
+
+// The library does not tell which file of a record is empty.
+std::vector<std::string> emptyRecords(const WTNVProject& project, const std::string& set) {
+  std::vector<std::string> problems;
+  std::error_code error;
+  for (const auto& entry :
+       fs::directory_iterator(projectDirectory(project) / ("is_" + set), error)) {
+    const bool isEmpty = entry.is_regular_file(error) && entry.file_size(error) == 0;
+    if (isEmpty) problems.push_back("the record " + entry.path().string() + " is empty" + whatToDo);
   }
+  return problems;
+}
+
+// The pictures of a set, and what is wrong with records that cannot be read.
+struct SetReading {
+  std::vector<PictureRecord> pictures;
+  std::vector<std::string> problems;
+  std::size_t unreadable = 0;
+};
+
+SetReading readSet(const WTNVProject& project, const std::string& set) {
+  SetReading reading;
+  bool isUnexplained = false;
+  for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set)) {
+    try {
+      if (!trainSet.wLoadData()) {
+        isUnexplained = true;
+        ++reading.unreadable;
+      }
+    } catch (const cv::Exception& error) {
+      reading.problems.push_back(error.err + whatToDo);
+      ++reading.unreadable;
+    }
+    reading.pictures.push_back({set, trainSet.getImagePath(), trainSet});
+  }
+  if (!isUnexplained) return reading;
+  for (auto& problem : emptyRecords(project, set))
+    reading.problems.push_back(std::move(problem));
+  return reading;
 }
 
 }  // namespace
@@ -99,14 +137,34 @@ std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& outp
   std::vector<PictureRecord> pictures;
   std::size_t unreadable = 0;
   for (const auto& set : project.wGetImageSets()) {
-    for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set)) {
-      if (!isLoaded(trainSet, output)) ++unreadable;
-      pictures.push_back({set, trainSet.getImagePath(), trainSet});
-    }
+    auto reading = readSet(project, set);
+    for (const auto& problem : reading.problems)
+      output.note(problem);
+    unreadable += reading.unreadable;
+    std::move(reading.pictures.begin(), reading.pictures.end(), std::back_inserter(pictures));
   }
   if (unreadable > 0)
     output.note("the records of " + counted(unreadable, "picture") + " cannot be read");
   return pictures;
+}
+
+void requireWholeRecords(const WTNVProject& project) {
+  for (const auto& set : project.wGetImageSets()) {
+    const auto reading = readSet(project, set);
+    if (!reading.problems.empty()) throw CommandError(reading.problems.front());
+  }
+}
+
+fs::path projectDirectory(const WTNVProject& project) {
+  // The samples lie right in it; their path ends in a slash.
+  return fs::path(project.wGetSamplesDirectoryPath()).parent_path().parent_path();
+}
+
+bool liesWithin(const fs::path& path, const fs::path& directory) {
+  std::error_code error;
+  const auto way =
+      fs::weakly_canonical(path, error).lexically_relative(fs::weakly_canonical(directory, error));
+  return !way.empty() && *way.begin() != "..";
 }
 
 std::string absolutePath(const std::string& path) {
