@@ -323,8 +323,10 @@ void addGallery(CLI::App& app, Request& request) {
                              "prints how many there are of each class.",
                              "gallery parts --report marks.html");
   addProjectArgument(*command, options.project);
-  command->add_option("--report", options.report,
-                      "page to write, with all cuts, what looks wrong, and plots");
+  command
+      ->add_option("--report", options.report,
+                   "page to write, with all cuts, what looks wrong, and plots")
+      ->check(notEmpty());
   command->callback([&request] {
     request.run = [&](Output& output) { runGallery(request.locations, request.gallery, output); };
   });
@@ -490,7 +492,9 @@ void addWeights(CLI::App& app, Request& request) {
                  "weights list --address URL --directory weights/");
   weights->require_subcommand(1);
   const auto addAddress = [&](CLI::App* command) {
-    command->add_option("--address", options.address, "address of the portal")->required();
+    command->add_option("--address", options.address, "address of the portal")
+        ->required()
+        ->check(notEmpty());
   };
   addAddress(addWeightsCommand(*weights, request, "list", "Lists the files and their states.",
                                "list --address URL --directory weights/", runWeightsList));

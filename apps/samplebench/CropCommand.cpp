@@ -97,7 +97,7 @@ void runCrop(const Locations& locations, const CropOptions& options, Output& out
       output.note(mark + " has no area to cut out");
       continue;
     }
-    requireWritable(directory + name, pictures);
+    requireWritablePicture(directory + name, *project, pictures);
     if (writeCrop(editor, marks[i], directory, name)) {
       output.data() << directory << name << '\n';
     } else {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <opencv2/imgcodecs.hpp>
 
 #include "CommandError.h"
 #include "ContactSheet.h"
@@ -11,6 +10,7 @@
 #include "GenerateCommand.h"
 #include "ImportCommand.h"
 #include "MarkCommand.h"
+#include "PictureFile.h"
 #include "ProjectCommands.h"
 #include "RenderCommand.h"
 
@@ -59,9 +59,7 @@ void clearDirectory(const fs::path& directory) {
 
 // Clearing the directory would take the user's pictures along.
 void requireApart(const std::string& pictures, const fs::path& directory) {
-  const auto inside =
-      fs::weakly_canonical(pictures).lexically_relative(fs::weakly_canonical(directory));
-  if (!inside.empty() && *inside.begin() != "..")
+  if (liesWithin(pictures, directory))
     throw CommandError("'" + pictures + "' lies in '" + directory.string() +
                        "', which is cleared; give another directory");
 }
@@ -77,11 +75,6 @@ std::vector<Point> relativeCorners(const cv::Rect& box) {
           {1.0 * box.br().x / demoWidth, 1.0 * box.br().y / demoHeight}};
 }
 
-void writeImage(const fs::path& file, const cv::Mat& image) {
-  if (!cv::imwrite(file.string(), image))
-    throw CommandError("'" + file.string() + "' cannot be written");
-}
-
 Material drawMaterial(const fs::path& directory) {
   const auto pictures = directory / "pictures";
   fs::create_directories(pictures);
@@ -92,14 +85,14 @@ Material drawMaterial(const fs::path& directory) {
   for (unsigned int number = 0; number < drawnPictures; ++number) {
     const auto picture = drawDemoPicture(number);
     const auto file = pictures / drawnName(number);
-    writeImage(file, picture.image);
+    writePicture(file.string(), picture.image);
     cells.push_back(fitted(picture.image, {demoWidth / 2, demoHeight / 2}));
     for (const auto& object : picture.objects)
       material.marks.push_back({"", absolutePath(file.string()), "Rect",
                                 names[static_cast<std::size_t>(object.part)],
                                 relativeCorners(object.box)});
   }
-  writeImage(directory / "contact.png", contactSheet(cells, contactColumns));
+  writePicture((directory / "contact.png").string(), contactSheet(cells, contactColumns));
   return material;
 }
 

@@ -1,6 +1,6 @@
 #include "GalleryCommand.h"
 
-#include <fstream>
+#include <algorithm>
 #include <map>
 
 #include <opencv2/imgcodecs.hpp>
@@ -8,6 +8,7 @@
 
 #include "CommandError.h"
 #include "GalleryReport.h"
+#include "OutputFile.h"
 #include "PictureFile.h"
 #include "Platform.h"
 #include "Progress.h"
@@ -21,21 +22,15 @@ namespace {
 constexpr int thumbnailSide = 96;
 constexpr int thumbnailQuality = 85;
 
-std::string partOf(const std::string& file) {
-  return file + ".part";
-}
-
-void requireReportPlace(const std::string& file, const std::vector<PictureRecord>& pictures) {
-  const auto directory = fs::absolute(file).parent_path();
-  if (!fs::is_directory(directory))
+void requireReportPlace(const std::string& file, const WTNVProject& project,
+                        const std::vector<PictureRecord>& pictures) {
+  requireWritable(file, project, pictures);
+  if (!fs::is_directory(destinationOf(file).parent_path()))
     throw CommandError("'" + file + "' cannot be written; see that its directory exists");
-  if (fs::is_directory(file))
-    throw CommandError("'" + file + "' is a directory; name a file, like marks.html");
-  requireNoPicture(file, pictures);
-  requireNoPicture(partOf(file), pictures);
 }
 
-void cutMarks(WTNVHandlerValidation& handler, std::size_t pictures, Output& output) {
+// How many of the pictures could be read.
+std::size_t cutMarks(WTNVHandlerValidation& handler, std::size_t pictures, Output& output) {
   Progress progress(pictures, output);
   const WatchedRun<WTNVHandlerValidation> run(handler, progress);
   handler.setCBValidGenUpdate(run.onUpdate);
@@ -44,7 +39,7 @@ void cutMarks(WTNVHandlerValidation& handler, std::size_t pictures, Output& outp
   progress.finish();
   if (run.wasStopped())
     throw CommandError("interrupted after " + counted(progress.done(), "picture"), exitInterrupted);
-  if (complete) return;
+  if (complete) return progress.done();
   throw CommandError(output.isQuiet() ? "the marks could not be cut out; --quiet hides the reason"
                                       : "the marks could not be cut out; see the lines above");
 }
@@ -79,8 +74,11 @@ std::string labelOf(const WTNVDNNClass& dnnClass) {
 // Puts the marks of a project into classes.
 class GalleryBuilder {
  public:
-  GalleryBuilder(const WTNVProject& project, const WTNVHandlerValidation& handler)
-      : classes(project.wGetDNNClasses()), cuts(cutsByMark(handler)) {
+  // Of the files among the pictures all can be read, or only some.
+  GalleryBuilder(const WTNVProject& project, const WTNVHandlerValidation& handler, bool allReadable)
+      : classes(project.wGetDNNClasses()),
+        cuts(cutsByMark(handler)),
+        filesAreReadable(allReadable) {
     gallery.project = project.wGetProjectName();
     for (const auto& dnnClass : classes) {
       places[dnnClass.getNativeDNNClass()] = gallery.classes.size();
@@ -106,13 +104,21 @@ class GalleryBuilder {
   // The library knows the size of every picture that it could cut from. Of others it would wait for
   // a reader that is not there, if they cannot be read.
   cv::Size sizeOf(const PictureRecord& picture, std::size_t place) const {
-    const std::pair first(static_cast<int>(place), 0);
-    const auto cut = cuts.lower_bound(first);
-    const bool hasCut = cut != cuts.end() && cut->first.first == first.first;
-    if (!hasCut && cv::imread(picture.path).empty()) return {};
+    if (!isReadable(picture, place)) return {};
     cv::Size size;
     picture.trainSet.getImageSize(size.width, size.height);
     return size;
+  }
+
+  bool isReadable(const PictureRecord& picture, std::size_t place) const {
+    if (!isFile(picture.path)) return false;
+    return filesAreReadable || hasCut(place) || !readPicture(picture.path).empty();
+  }
+
+  bool hasCut(std::size_t place) const {
+    const std::pair first(static_cast<int>(place), 0);
+    const auto cut = cuts.lower_bound(first);
+    return cut != cuts.end() && cut->first.first == first.first;
   }
 
   void addMark(const WTNVMark& mark, GalleryMark entry) {
@@ -137,6 +143,7 @@ class GalleryBuilder {
 
   std::vector<WTNVDNNClass> classes;
   Cuts cuts;
+  bool filesAreReadable;
   std::map<const TNVDNNClass*, std::size_t> places;
 };
 
@@ -166,25 +173,6 @@ Thumbnail thumbnailOf(WTNVHandlerValidation& handler, int cut) {
   return {{packed.begin(), packed.end()}, thumbnailSize};
 }
 
-// Under its name the file stands whole or not at all.
-void writeWhole(const std::string& file, const std::function<void(std::ostream&)>& write) {
-  const auto part = partOf(file);
-  std::error_code error;
-  try {
-    std::ofstream stream(part, std::ios::binary);
-    if (stream) write(stream);
-    stream.close();
-    if (stream) fs::rename(part, file, error);
-    if (!stream || error)
-      throw CommandError("'" + file +
-                         "' cannot be written; see that there is space and that its "
-                         "directory is yours");
-  } catch (...) {
-    fs::remove(part, error);
-    throw;
-  }
-}
-
 void writeReport(const std::string& file, const Gallery& gallery, WTNVHandlerValidation& handler) {
   writeWhole(file, [&](std::ostream& page) {
     writeGalleryPage(page, gallery, [&](int cut) { return thumbnailOf(handler, cut); });
@@ -195,17 +183,20 @@ void writeReport(const std::string& file, const Gallery& gallery, WTNVHandlerVal
 
 void runGallery(const Locations& locations, const GalleryOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
+  requireWholeRecords(*project);
   const auto pictures = readPictures(*project, output);
   if (pictures.empty())
     throw CommandError("the project has no pictures; add some with: samplebench import " +
                        options.project + " SET DIRECTORY");
-  if (!options.report.empty()) requireReportPlace(options.report, pictures);
+  if (!options.report.empty()) requireReportPlace(options.report, *project, pictures);
   auto handler = project->getHndValidation();
   const platform::InterruptCatcher catcher;
-  cutMarks(handler, pictures.size(), output);
+  const auto read = cutMarks(handler, pictures.size(), output);
   writeCounts(handler, output);
   if (options.report.empty()) return;
-  GalleryBuilder builder(*project, handler);
+  const auto files = std::count_if(pictures.begin(), pictures.end(),
+                                   [](const auto& picture) { return isFile(picture.path); });
+  GalleryBuilder builder(*project, handler, static_cast<std::size_t>(files) == read);
   for (const auto& picture : pictures)
     builder.add(picture);
   writeReport(options.report, builder.gallery, handler);

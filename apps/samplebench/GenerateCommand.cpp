@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <fstream>
 
-#include <opencv2/imgcodecs.hpp>
-
 #include "CommandError.h"
 #include "Numbers.h"
+#include "PictureFile.h"
 #include "Platform.h"
 #include "Progress.h"
 #include "TNV_SampleBenchNative/WTNVGenerationDarknet.h"
@@ -53,7 +52,7 @@ void requirePictures(const std::vector<PictureRecord>& pictures, Output& output)
   for (const auto& picture : pictures) {
     // A record that cannot be read has no path, and was told of already.
     if (picture.path.empty()) continue;
-    if (cv::haveImageReader(picture.path)) {
+    if (looksLikePicture(picture.path)) {
       ++readable;
     } else {
       output.note("left out, for it is no picture that can be read: " + picture.path);

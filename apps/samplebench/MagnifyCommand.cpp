@@ -61,7 +61,7 @@ void runMagnify(const Locations& locations, const MagnifyOptions& options, Outpu
   const auto project = openProject(locations, options.project);
   const auto pictures = readPictures(*project, output);
   const auto place = PictureIndex(pictures).find(options.picture);
-  requireWritable(options.file, pictures);
+  requireWritablePicture(options.file, *project, pictures);
   Editor editor(*project);
   choose(editor.view, options, window);
   editor.goTo(place);

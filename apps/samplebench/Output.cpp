@@ -15,6 +15,24 @@ std::size_t displayWidth(const std::string& text) {
   return text.size() - static_cast<std::size_t>(continuations);
 }
 
+// From U+0080 to U+009F in UTF-8.
+bool isUpperControl(std::string_view text, std::size_t i) {
+  return i + 1 < text.size() && text[i] == '\xC2' && isContinuationByte(text[i + 1]) &&
+         static_cast<unsigned char>(text[i + 1]) < 0xA0U;
+}
+
+bool isLowerControl(char byte) {
+  const auto value = static_cast<unsigned char>(byte);
+  return value < 0x20U || value == 0x7FU;
+}
+
+std::vector<TableRow> printableRows(std::vector<TableRow> rows) {
+  for (auto& row : rows)
+    for (auto& cell : row)
+      cell.text = printable(cell.text);
+  return rows;
+}
+
 bool isNumber(const std::string& text) {
   return !text.empty() && text.find_first_not_of("0123456789.") == std::string::npos;
 }
@@ -68,7 +86,7 @@ void Output::setDryRun() {
 }
 
 void Output::say(std::string_view line) {
-  if (!json) dataStream << line << '\n';
+  if (!json) dataStream << printable(line) << '\n';
 }
 
 void Output::fact(const std::string& key, const Json::Value& value) {
@@ -116,18 +134,29 @@ bool Output::finish() {
 void Output::note(std::string_view text) {
   if (quiet) return;
   log.finish();
-  errors.line(text);
+  errors.line(printable(text));
 }
 
 void Output::error(std::string_view text) {
   log.finish();
-  errors.line("samplebench: " + std::string(text));
+  errors.line("samplebench: " + printable(text));
   fact("error", std::string(text));
 }
 
+std::string printable(std::string_view text) {
+  std::string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool isUpper = isUpperControl(text, i);
+    result += isUpper || isLowerControl(text[i]) ? '?' : text[i];
+    if (isUpper) ++i;
+  }
+  return result;
+}
+
 void writeTable(std::ostream& stream, const std::vector<TableRow>& rows) {
-  const auto widths = columnWidths(rows);
-  for (const auto& row : rows)
+  const auto lines = printableRows(rows);
+  const auto widths = columnWidths(lines);
+  for (const auto& row : lines)
     stream << rowText(row, widths) << '\n';
 }
 

@@ -90,8 +90,12 @@ class Output {
   Json::Value facts{Json::objectValue};
 };
 
+/// The text with `?` for each control character, which a terminal would obey: texts may come from
+/// files and portals of others.
+std::string printable(std::string_view text);
+
 /// Writes the rows with their columns aligned, two blanks apart. Cells that are numbers stand to
-/// the right.
+/// the right. Control characters are shown as in `printable`.
 void writeTable(std::ostream& stream, const std::vector<TableRow>& rows);
 
 /// The texts with ", " between them.

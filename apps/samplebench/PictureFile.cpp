@@ -3,6 +3,28 @@
 #include <opencv2/imgcodecs.hpp>
 
 #include "CommandError.h"
+#include "OutputFile.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void requireFormat(const std::string& file) {
+  if (!cv::haveImageWriter(file))
+    throw CommandError("'" + file + "' is of no format that can be written; use .png or .jpg");
+}
+
+std::vector<unsigned char> encoded(const std::string& file, const cv::Mat& picture) {
+  std::vector<unsigned char> bytes;
+  try {
+    cv::imencode(fs::path(file).extension().string(), picture, bytes);
+  } catch (const cv::Exception& error) {
+    throw CommandError("'" + file + "' cannot be written: " + error.err);
+  }
+  return bytes;
+}
+
+}  // namespace
 
 cv::Mat pictureFrom(const PictureCall& call) {
   unsigned char* data = nullptr;
@@ -14,21 +36,39 @@ cv::Mat pictureFrom(const PictureCall& call) {
   return {height, width, CV_8UC(channels), data};
 }
 
-void requireNoPicture(const std::string& file, const std::vector<PictureRecord>& pictures) {
-  for (const auto& picture : pictures) {
-    std::error_code error;
-    if (std::filesystem::equivalent(file, picture.path, error))
-      throw CommandError("'" + file + "' is a picture of the project; choose another file");
+bool isFile(const std::string& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error);
+}
+
+bool looksLikePicture(const std::string& file) {
+  return isFile(file) && cv::haveImageReader(file);
+}
+
+cv::Mat readPicture(const std::string& file) {
+  if (!isFile(file)) return {};
+  try {
+    return cv::imread(file);
+  } catch (const std::exception&) {
+    return {};
   }
 }
 
-void requireWritable(const std::string& file, const std::vector<PictureRecord>& pictures) {
-  if (!cv::haveImageWriter(file))
-    throw CommandError("'" + file + "' is of no format that can be written; use .png or .jpg");
-  requireNoPicture(file, pictures);
+void requireWritablePicture(const std::string& file) {
+  requireFormat(file);
+  requireWritable(file);
+}
+
+void requireWritablePicture(const std::string& file, const WTNVProject& project,
+                            const std::vector<PictureRecord>& pictures) {
+  requireFormat(file);
+  requireWritable(file, project, pictures);
 }
 
 void writePicture(const std::string& file, const cv::Mat& picture) {
-  if (!cv::imwrite(file, picture))
-    throw CommandError("'" + file + "' cannot be written; see that its directory exists");
+  const auto bytes = encoded(file, picture);
+  writeWhole(file, [&](std::ostream& stream) {
+    stream.write(reinterpret_cast<const char*>(bytes.data()),
+                 static_cast<std::streamsize>(bytes.size()));
+  });
 }

@@ -14,12 +14,20 @@ using PictureCall = std::function<void(unsigned char**, int*, int*, int*)>;
 /// none.
 cv::Mat pictureFrom(const PictureCall& call);
 
-/// Throws CommandError if the file is one of the project's own pictures.
-void requireNoPicture(const std::string& file, const std::vector<PictureRecord>& pictures);
+/// Whether that is a file: looking into a pipe might never end.
+bool isFile(const std::string& path);
 
-/// Throws CommandError if a picture cannot be written there, or if that is one of the project's
-/// own.
-void requireWritable(const std::string& file, const std::vector<PictureRecord>& pictures);
+/// Whether the file begins like a picture that can be read.
+bool looksLikePicture(const std::string& file);
+
+/// The picture of a file, in colour; empty if it cannot be read.
+cv::Mat readPicture(const std::string& file);
+
+/// Throws CommandError if a picture cannot be written there, or if something of the project or no
+/// file at all would be written over.
+void requireWritablePicture(const std::string& file);
+void requireWritablePicture(const std::string& file, const WTNVProject& project,
+                            const std::vector<PictureRecord>& pictures);
 
 /// Throws CommandError if the file cannot be written.
 void writePicture(const std::string& file, const cv::Mat& picture);

@@ -49,7 +49,8 @@ Progress::Progress(std::size_t total, Output& target)
 void Progress::moveTo(std::size_t done) {
   state.done = done;
   state.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  if (output.isQuiet()) return;
+  // Of nothing there is no share.
+  if (output.isQuiet() || state.total == 0) return;
   if (onTerminal) {
     output.errorLines().redraw(progressBar(state));
   } else if (percent(state) / 10 > tenths) {

@@ -1,6 +1,7 @@
 #include "ProjectAccess.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include <opencv2/core.hpp>
 
@@ -65,11 +66,17 @@ std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std
   if (contains(sortedProjects(locations), name))
     throw CommandError("project '" + name + "' is there already in " + locations.projects +
                        "; choose another name");
+  requireStorable("the name of a project", name);
   auto project = projectAt(locations, name);
   if (!project->wCreate())
     throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
                        "; use a directory that can be written to");
   return project;
+}
+
+void requireStorable(const std::string& what, const std::string& text) {
+  if (text.find_first_of("=\"\\\n") != std::string::npos)
+    throw CommandError(what + " must not hold =, a double quote, a backslash or a line break");
 }
 
 std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name) {
@@ -110,13 +117,39 @@ void requireClassName(const std::string& name) {
 
 namespace {
 
-// Why the record cannot be read; empty if it is in memory now.
-std::string readRecord(const WTNVTrainSet& trainSet, const std::string& name) {
+constexpr auto whatToDo = "; restore or remove that file";
+
+// The library does not tell which file of a set is empty.
+std::string emptyFiles(const WTNVProject& project, const std::string& set) {
+  std::vector<std::string> files;
+  std::error_code error;
+  const auto directory = projectDirectory(project) / ("is_" + set);
+  for (const auto& entry : fs::directory_iterator(directory, error))
+    if (entry.is_regular_file(error) && entry.file_size(error) == 0)
+      files.push_back(entry.path().string());
+  return files.empty() ? ""
+                       : " (" + joined(files) + (files.size() == 1 ? " is" : " are") + " empty)";
+}
+
+// A record of a set, and why it cannot be read if that is so.
+PictureRecord readRecord(const WTNVProject& project, const std::string& set,
+                         const WTNVTrainSet& trainSet, std::size_t number) {
+  const auto name = "record " + std::to_string(number) + " of set '" + set + "'";
+  std::string damage;
   try {
-    return trainSet.wLoadData() ? "" : "the file of " + name + " is missing or empty";
+    if (!trainSet.wLoadData())
+      damage = "the file of " + name + " is missing or empty" + emptyFiles(project, set);
   } catch (const cv::Exception& error) {
-    return name + ": " + error.err;
+    damage = name + ": " + error.err;
   }
+  return {set, trainSet.getImagePath(), trainSet, damage};
+}
+
+std::vector<PictureRecord> readSet(const WTNVProject& project, const std::string& set) {
+  std::vector<PictureRecord> records;
+  for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set))
+    records.push_back(readRecord(project, set, trainSet, records.size() + 1));
+  return records;
 }
 
 }  // namespace
@@ -125,19 +158,35 @@ std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& outp
   std::vector<PictureRecord> pictures;
   std::size_t unreadable = 0;
   for (const auto& set : project.wGetImageSets()) {
-    std::size_t number = 0;
-    for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set)) {
-      const auto damage =
-          readRecord(trainSet, "record " + std::to_string(++number) + " of set '" + set + "'");
-      pictures.push_back({set, trainSet.getImagePath(), trainSet, damage});
-      if (damage.empty()) continue;
-      ++unreadable;
-      output.note(damage + "; restore or remove that file");
+    for (auto& record : readSet(project, set)) {
+      if (!record.damage.empty()) {
+        ++unreadable;
+        output.note(record.damage + whatToDo);
+      }
+      pictures.push_back(std::move(record));
     }
   }
   if (unreadable > 0)
     output.note("the records of " + counted(unreadable, "picture") + " cannot be read");
   return pictures;
+}
+
+void requireWholeRecords(const WTNVProject& project) {
+  for (const auto& set : project.wGetImageSets())
+    for (const auto& record : readSet(project, set))
+      if (!record.damage.empty()) throw CommandError(record.damage + whatToDo);
+}
+
+fs::path projectDirectory(const WTNVProject& project) {
+  // The samples lie right in it; their path ends in a slash.
+  return fs::path(project.wGetSamplesDirectoryPath()).parent_path().parent_path();
+}
+
+bool liesWithin(const fs::path& path, const fs::path& directory) {
+  std::error_code error;
+  const auto way =
+      fs::weakly_canonical(path, error).lexically_relative(fs::weakly_canonical(directory, error));
+  return !way.empty() && *way.begin() != "..";
 }
 
 std::string absolutePath(const std::string& path) {

@@ -25,6 +25,10 @@ std::string defaultAugments();
 /// will not do.
 std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name);
 
+/// Throws CommandError if the library's settings files would lose a part of the text. `what` says
+/// what it is.
+void requireStorable(const std::string& what, const std::string& text);
+
 /// Loads a project; throws CommandError, which lists the projects, if there is none of that name.
 std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name);
 
@@ -51,6 +55,16 @@ struct PictureRecord {
 /// All pictures of the project, in the order in which the library counts them. Those whose record
 /// cannot be read keep an empty path and are noted.
 std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& output);
+
+/// Throws CommandError, which names the file, if a record is damaged or empty. One that is missing
+/// is none.
+void requireWholeRecords(const WTNVProject& project);
+
+/// The directory that holds the project's own files.
+std::filesystem::path projectDirectory(const WTNVProject& project);
+
+/// Whether the path, links followed, is the directory or lies below it.
+bool liesWithin(const std::filesystem::path& path, const std::filesystem::path& directory);
 
 /// The path from the root, without detours.
 std::string absolutePath(const std::string& path);

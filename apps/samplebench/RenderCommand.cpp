@@ -44,7 +44,7 @@ void renderPicture(WTNVProject& project, const RenderOptions& options, Output& o
   const auto cross = crossPosition(options.cross);
   const auto pictures = readPictures(project, output);
   const auto place = PictureIndex(pictures).find(options.picture);
-  requireWritable(options.file, pictures);
+  requireWritablePicture(options.file, project, pictures);
   Editor editor(project);
   choose(editor.view, options);
   editor.goTo(place);

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "CommandError.h"
+#include "ProjectAccess.h"
 #include "TNV_SampleBenchNative/WTNVAppConfig.h"
 #include "TNV_SampleBenchNative/WTNVUser.h"
 
@@ -16,10 +17,29 @@ std::string usersDirectory(const UserOptions& options) {
 }
 
 std::vector<std::string> userNames(const std::string& users) {
-  if (!fs::is_directory(users)) return {};
+  std::error_code error;
+  if (!fs::is_directory(users, error))
+    throw CommandError("there is no directory '" + users +
+                       "'; samplebench user create makes it with its first user");
   auto names = WTNVUser::wReadAvailableUsers(users);
   std::sort(names.begin(), names.end());
   return names;
+}
+
+void requireName(const std::string& name) {
+  requireStorable("the name of a user", name);
+  if (name.find('.') != std::string::npos && name.find('/') == std::string::npos)
+    throw CommandError("user '" + name +
+                       "' cannot be made; a name must not hold a dot, at which lists cut it");
+}
+
+void makeDirectory(const std::string& users) {
+  std::error_code error;
+  fs::create_directories(users, error);
+  if (!fs::is_directory(users, error))
+    throw CommandError("'" + users +
+                       "' cannot be made a directory; see that no file is in the way and that the "
+                       "place is yours");
 }
 
 void requireUser(const std::string& users, const std::string& name) {
@@ -32,7 +52,8 @@ void requireUser(const std::string& users, const std::string& name) {
 
 void runUserCreate(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
-  fs::create_directories(users);
+  requireName(options.name);
+  makeDirectory(users);
   WTNVUser user(options.name, users);
   if (!user.wCreate() || !user.wLoad())
     throw CommandError("user '" + options.name +
@@ -53,6 +74,7 @@ void runUserList(const UserOptions& options, Output& output) {
 void runUserSet(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
   requireUser(users, options.name);
+  requireStorable("the name of a project", options.project);
   WTNVUser user(options.name, users);
   if (!user.wLoad()) throw CommandError("user '" + options.name + "' cannot be read");
   user.wSetLastProject(options.project);

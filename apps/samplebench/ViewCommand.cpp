@@ -4,6 +4,7 @@
 
 #include "CommandError.h"
 #include "ContactSheet.h"
+#include "OutputFile.h"
 #include "PictureFile.h"
 #include "TNV_SampleBenchNative/WTNVToolDarknetViewer.h"
 
@@ -28,42 +29,54 @@ std::vector<std::string> sampleNames(WTNVToolDarknetViewer& viewer, const std::s
   return names;
 }
 
+// Empty if it cannot be read; borrowed until the next one is.
 cv::Mat sampleNamed(WTNVToolDarknetViewer& viewer, const std::string& name) {
-  if (!viewer.wSelectImage(name))
-    throw CommandError("there is no sample '" + name + "' that can be read");
+  if (!viewer.wSelectImage(name)) return {};
   return pictureFrom([&](auto... parts) { viewer.wGetSelectedImage(parts...); });
 }
 
-cv::Mat sheetOf(WTNVToolDarknetViewer& viewer, const std::vector<std::string>& names) {
+cv::Mat cellOf(const cv::Mat& sample) {
+  return sample.empty() ? cv::Mat(sheetCell, CV_8UC3, cv::Scalar()) : fitted(sample, sheetCell);
+}
+
+cv::Mat sheetOf(WTNVToolDarknetViewer& viewer, const std::vector<std::string>& names,
+                Output& output) {
   std::vector<cv::Mat> cells;
-  for (const auto& name : names)
-    cells.push_back(fitted(sampleNamed(viewer, name), sheetCell));
+  for (const auto& name : names) {
+    const auto sample = sampleNamed(viewer, name);
+    if (sample.empty()) output.note("sample '" + name + "' cannot be read; its cell stays blank");
+    cells.push_back(cellOf(sample));
+  }
   return contactSheet(cells, sheetColumns);
 }
 
 // A sample is not to be replaced by what is drawn of it.
 void requireNoSample(const std::string& file, const std::string& directory) {
   std::error_code error;
-  const auto parent = std::filesystem::absolute(file).parent_path();
-  if (std::filesystem::exists(file) && std::filesystem::equivalent(parent, directory, error))
+  const auto destination = destinationOf(file);
+  if (std::filesystem::exists(destination) &&
+      std::filesystem::equivalent(destination.parent_path(), directory, error))
     throw CommandError("'" + file + "' lies among the samples; choose another file");
 }
 
 }  // namespace
 
 void runView(const ViewOptions& options, Output& output) {
-  requireWritable(options.file, {});
+  requireWritablePicture(options.file);
   requireNoSample(options.file, options.directory);
   WTNVToolDarknetViewer viewer;
   auto names = sampleNames(viewer, options.directory);
   if (!options.name.empty()) {
-    writePicture(options.file, sampleNamed(viewer, options.name));
+    const auto sample = sampleNamed(viewer, options.name);
+    if (sample.empty())
+      throw CommandError("there is no sample '" + options.name + "' that can be read");
+    writePicture(options.file, sample);
     output.data() << "wrote " << options.file << " (sample " << options.name << ")\n";
     return;
   }
   const auto all = names.size();
   names.resize(std::min(all, static_cast<std::size_t>(options.count)));
-  writePicture(options.file, sheetOf(viewer, names));
+  writePicture(options.file, sheetOf(viewer, names, output));
   output.data() << "wrote " << options.file << " (" << names.size() << " of "
                 << counted(all, "sample") << ")\n";
 }

@@ -1,7 +1,10 @@
 #include "WeightsCommand.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
+#include <random>
+#include <stdexcept>
 
 #include "CommandError.h"
 #include "Progress.h"
@@ -58,14 +61,67 @@ std::string stateOf(const WTNVDownloadFile& file) {
   return file.wGetStateMD5Valid() ? "here and whole" : "damaged: wrong content";
 }
 
-std::vector<WTNVDownloadFile> filesOf(Downloads& downloads, const WeightsOptions& options) {
+// Also a link that leads nowhere.
+bool isThere(const fs::path& path) {
+  std::error_code error;
+  return fs::exists(fs::symlink_status(path, error));
+}
+
+// The library looks into every file of the directory that it lists. To look one up, it gets a
+// directory with nothing but a link to that one.
+class OneFile {
+ public:
+  OneFile(const std::string& directory, const std::string& name) : listed(directory) {
+    const fs::path file(name);
+    if (file.empty() || file != file.filename()) return;
+    place = newDirectory();
+    if (place.empty()) return;
+    std::error_code error;
+    const auto target = fs::absolute(directory / file);
+    if (isThere(target)) fs::create_symlink(target, place / file, error);
+    // Where there are no links, the whole directory it is.
+    if (!error) listed = (place / "").generic_string();
+  }
+  ~OneFile() {
+    std::error_code error;
+    if (!place.empty()) fs::remove_all(place, error);
+  }
+  OneFile(const OneFile&) = delete;
+  OneFile& operator=(const OneFile&) = delete;
+
+  const std::string& directory() const { return listed; }
+
+ private:
+  static fs::path newDirectory() {
+    std::error_code error;
+    const auto above = fs::temp_directory_path(error);
+    std::random_device random;
+    for (int i = 0; !error && i < 100; ++i) {
+      const auto fresh = above / ("samplebench-" + std::to_string(random()));
+      if (fs::create_directory(fresh, error)) return fresh;
+    }
+    return {};
+  }
+
+  std::string listed;
+  fs::path place;
+};
+
+[[noreturn]] void refuseReply(const std::string& address, const std::string& reason) {
+  throw CommandError("the reply of '" + address + "' is no list of files: " + reason +
+                     "; see that the address is that of the portal");
+}
+
+std::vector<WTNVDownloadFile> filesOf(Downloads& downloads, const std::string& address,
+                                      const std::string& directory) {
   try {
-    return downloads.handler.wGetAllFiles(options.address, directoryOf(options));
-  } catch (const CommandError&) {
-    throw;
-  } catch (const std::exception& error) {
-    throw CommandError("the reply of '" + options.address + "' is no list of files (" +
-                       error.what() + "); see that the address is that of the portal");
+    return downloads.handler.wGetAllFiles(address, directory);
+  } catch (const std::invalid_argument&) {
+    refuseReply(address, "the size of a file is no number");
+  } catch (const std::out_of_range&) {
+    refuseReply(address, "the size of a file is too large");
+  } catch (const std::exception&) {
+    refuseReply(address, "it is built in another way");
   }
 }
 
@@ -73,20 +129,59 @@ bool isOffered(const WTNVDownloadFile& file) {
   return file.wGetStateDownloadable();
 }
 
-WTNVDownloadFile fileNamed(const std::vector<WTNVDownloadFile>& files, const std::string& name) {
+// With its state in the directory.
+WTNVDownloadFile offeredFile(Downloads& downloads, const WeightsOptions& options,
+                             const std::string& directory) {
+  const OneFile one(directory, options.name);
   std::vector<std::string> offered;
-  for (const auto& file : files) {
+  for (const auto& file : filesOf(downloads, options.address, one.directory())) {
     if (!isOffered(file)) continue;
-    if (file.wGetFileName() == name) return file;
+    if (file.wGetFileName() == options.name) return file;
     offered.push_back(file.wGetFileName());
   }
   if (offered.empty())
     throw CommandError("the portal cannot be reached or offers nothing; check the address");
-  throw CommandError("the portal has no file '" + name + "'; choose from: " + joined(offered));
+  throw CommandError("the portal has no file '" + options.name +
+                     "'; choose from: " + joined(offered));
+}
+
+std::string schemeOf(const std::string& link) {
+  const auto end = link.find("://");
+  // What the network library takes such a link for.
+  if (end == std::string::npos) return "http";
+  auto scheme = link.substr(0, end);
+  std::transform(scheme.begin(), scheme.end(), scheme.begin(),
+                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  return scheme;
+}
+
+void requireLink(const std::string& name, const std::string& link) {
+  if (link.empty())
+    throw CommandError("the portal gives no link for '" + name + "'; ask those who run it");
+  const auto scheme = schemeOf(link);
+  const bool isKnown = scheme == "http" || scheme == "https" || scheme == "file";
+  if (!isKnown)
+    throw CommandError("the link of '" + name + "' is none of http, https and file: '" + link +
+                       "'; ask those who run the portal");
+}
+
+void requireFreePlace(const std::string& target) {
+  std::error_code error;
+  if (isThere(target) && !fs::is_regular_file(target, error))
+    throw CommandError("'" + target + "' is no file; move it away first");
+}
+
+std::string whatToDo(const std::string& link, const std::string& directory) {
+  const auto space = "'" + directory + "' can be written to and has space";
+  return schemeOf(link) == "file" ? "see that it is there, and that " + space
+                                  : "see that " + space + ", or try again later";
 }
 
 void fetch(Downloads& downloads, const WTNVDownloadFile& file, const std::string& directory,
            Output& output) {
+  const auto link = file.wGetDownloadAddress();
+  requireLink(file.wGetFileName(), link);
+  requireFreePlace(directory + file.wGetFileName());
   const auto size = static_cast<std::size_t>(std::max(file.wGetFileSize(), 0));
   Progress progress(size, output);
   const fs::path target = fs::path(directory) / file.wGetFileName();
@@ -96,15 +191,15 @@ void fetch(Downloads& downloads, const WTNVDownloadFile& file, const std::string
   progress.finish();
   downloads.handler.setCBDownloadUpdate(nullptr);
   if (!fetched)
-    throw CommandError("'" + file.wGetFileName() + "' could not be fetched from '" +
-                       file.wGetDownloadAddress() + "'; try again later");
+    throw CommandError("'" + file.wGetFileName() + "' could not be fetched from '" + link + "'; " +
+                       whatToDo(link, directory));
 }
 
 }  // namespace
 
 void runWeightsList(const WeightsOptions& options, Output& output) {
   Downloads downloads;
-  const auto files = filesOf(downloads, options);
+  const auto files = filesOf(downloads, options.address, directoryOf(options));
   if (std::none_of(files.begin(), files.end(), isOffered))
     output.note("the portal cannot be reached or offers nothing");
   std::vector<TableRow> rows{{"file", "bytes", "date", "state"}};
@@ -117,8 +212,13 @@ void runWeightsList(const WeightsOptions& options, Output& output) {
 void runWeightsGet(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto directory = directoryOf(options);
-  fetch(downloads, fileNamed(filesOf(downloads, options), options.name), directory, output);
-  const auto file = fileNamed(filesOf(downloads, options), options.name);
+  const auto wanted = offeredFile(downloads, options, directory);
+  if (wanted.wGetStateMD5Valid()) {
+    output.data() << directory << options.name << " is there already and whole\n";
+    return;
+  }
+  fetch(downloads, wanted, directory, output);
+  const auto file = offeredFile(downloads, options, directory);
   if (!file.wGetStateMD5Valid())
     throw CommandError("'" + options.name + "' came, but is " + stateOf(file) +
                        "; fetch it again, or ask those who run the portal");
@@ -141,7 +241,8 @@ void runWeightsImport(const WeightsOptions& options, Output& output) {
 void runWeightsRemove(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto directory = directoryOf(options);
-  for (const auto& file : downloads.handler.wGetAllFiles("", directory)) {
+  const OneFile one(directory, options.name);
+  for (const auto& file : downloads.handler.wGetAllFiles("", one.directory())) {
     if (file.wGetFileName() != options.name) continue;
     if (!downloads.handler.wRemoveFile(file, directory))
       throw CommandError("'" + directory + options.name + "' could not be removed");

@@ -14,9 +14,8 @@ class WTNVUser;
 /// before the project.
 class TNV_SAMPLEBENCH_API WTNVMainProcess {
  public:
-  /// Opens the project's first train set. If its record is damaged, that is logged, and none is
-  /// current until navigation comes to one that can be read. The user is accepted for the sake of
-  /// callers and not used; it may be null.
+  /// Opens the project's first train set; a damaged record of it throws. The user is accepted for
+  /// the sake of callers and not used; it may be null.
   WTNVMainProcess(WTNVProject* project, WTNVUser* user);
   WTNVMainProcess(const WTNVMainProcess&) = delete;
 

@@ -1,9 +1,8 @@
 #include "TNV_SampleBenchNative/WTNVDNNClass.h"
 
-#include <opencv2/imgcodecs.hpp>
-
 #include "boundary/PictureHandOff.h"
 #include "foundation/Numbers.h"
+#include "foundation/PictureFile.h"
 #include "project/TNVDNNClass.h"
 
 WTNVDNNClass::WTNVDNNClass() : native(nullptr) {}
@@ -57,7 +56,7 @@ void WTNVDNNClass::wGetSampleImage(unsigned char** data, int* width, int* height
                                    int* channels) const {
   cv::Mat picture;
   if (!native->samplePath.empty()) {
-    native->sampleImage = cv::imread(native->samplePath, cv::IMREAD_COLOR);
+    native->sampleImage = tnv::readPicture(native->samplePath);
     picture = native->sampleImage;
   }
   tnv::handOutPicture(picture, data, width, height, channels);

@@ -18,6 +18,9 @@ CurlTransfer::CurlTransfer(const std::string& address, bool verifyCertificate)
   if (handle == nullptr) return;
   curl_easy_setopt(handle, CURLOPT_URL, address.c_str());
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, verifyCertificate ? 1L : 0L);
+  // Without a word about a proxy the library takes one from variables of the environment, which
+  // rule nothing else here and may be somebody else's.
+  curl_easy_setopt(handle, CURLOPT_PROXY, "");
   restricted = curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, kProtocols) == CURLE_OK;
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, writeBody);
   curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);

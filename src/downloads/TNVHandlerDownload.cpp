@@ -233,7 +233,7 @@ bool TNVHandlerDownload::removeFile(const TNVDownloadFile& file,
                                     const std::string& directory) const {
   if (refuseName("removeFile", file.fileName)) return false;
   const std::string path = pathIn(directory, file.fileName);
+  tnv::removeFile(path);
   std::error_code error;
-  fs::remove(path, error);
   return !fs::exists(path, error);
 }

@@ -2,11 +2,10 @@
 
 #include <exception>
 
-#include <opencv2/imgcodecs.hpp>
-
 #include "editing/TNVHandlerImageView.h"
 #include "foundation/Log.h"
 #include "foundation/Numbers.h"
+#include "foundation/PictureFile.h"
 #include "foundation/TNVDirectory.h"
 #include "marks/TNVMark.h"
 
@@ -26,7 +25,7 @@ std::string writeRegion(const cv::Mat& region, const std::string& directory,
   }
   const std::string path =
       directory + (name.empty() ? makeUniqueName(directory, ".jpg") + ".jpg" : name);
-  cv::imwrite(path, region);
+  tnv::writePicture(path, region);
   return path;
 }
 

@@ -1,7 +1,5 @@
 #include "editing/TNVMainProcess.h"
 
-#include <exception>
-
 #include "editing/TNVHandlerImageView.h"
 #include "editing/TNVHandlerMark.h"
 #include "foundation/Log.h"
@@ -21,12 +19,13 @@ TNVMainProcess::TNVMainProcess(TNVProject* openProject) : project(openProject) {
   project->observer = this;
   try {
     createHandlers();
+    refreshTrainSets();
+    onTrainSetSwitched();
   } catch (...) {
-    // The project must not report to what never came to be.
+    // A damaged train set, say: the project must not report to what never came to be.
     project->detachObserver();
     throw;
   }
-  bindFirst();
   hndTrainSet->notify(&TNVHandlerTrainSetObserver::onEventProjectOpened);
 }
 
@@ -43,17 +42,6 @@ void TNVMainProcess::createHandlers() {
   hndTrainSet->cacheImages = project->cacheImages;
   // Last, since the worker reads what stands above.
   hndTrainSet->workerInit();
-}
-
-void TNVMainProcess::bindFirst() {
-  try {
-    refreshTrainSets();
-    onTrainSetSwitched();
-  } catch (const std::exception& error) {
-    // One damaged record must not keep all the others from being worked on.
-    tnv::logLine(std::string("TNVMainProcess: First train set cannot be read, none is current: ") +
-                 error.what());
-  }
 }
 
 TNVMainProcess::~TNVMainProcess() {

@@ -30,6 +30,5 @@ class TNVMainProcess final : public TNVHandlerTrainSetMPObserver, public TNVProj
 
  private:
   void createHandlers();
-  void bindFirst();
   void refreshTrainSets();
 };

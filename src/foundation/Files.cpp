@@ -49,6 +49,11 @@ bool replaceFile(const std::string& path, std::string_view content) {
   return false;
 }
 
+void removeFile(const std::string& path) {
+  std::error_code error;
+  if (!fs::is_directory(fs::symlink_status(path, error))) fs::remove(path, error);
+}
+
 std::vector<std::string_view> splitLines(std::string_view text) {
   std::vector<std::string_view> lines;
   while (!text.empty()) {
@@ -62,6 +67,12 @@ std::vector<std::string_view> splitLines(std::string_view text) {
 std::string withForwardSlashes(std::string path) {
   std::replace(path.begin(), path.end(), '\\', '/');
   return path;
+}
+
+std::string withOneSlash(std::string path) {
+  while (path.ends_with('/'))
+    path.pop_back();
+  return path + "/";
 }
 
 bool isPlainName(std::string_view name) {

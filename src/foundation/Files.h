@@ -15,11 +15,18 @@ std::optional<std::string> readFile(const std::string& path);
 /// earlier file is untouched.
 bool replaceFile(const std::string& path, std::string_view content);
 
+/// Deletes what is at the path, a link itself and not what it leads to, but never a directory. A
+/// failure is silent; nothing there is none.
+void removeFile(const std::string& path);
+
 /// The lines of a text, without their line feeds. What follows the last line feed is a line only
 /// when it is not empty.
 std::vector<std::string_view> splitLines(std::string_view text);
 
 std::string withForwardSlashes(std::string path);
+
+/// The path with exactly one slash at its end.
+std::string withOneSlash(std::string path);
 
 /// True when a name given by a person or a file can be a directory entry of its own: not empty, not
 /// "." or "..", without slash, backslash and control characters.

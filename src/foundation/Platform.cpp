@@ -62,7 +62,7 @@ std::string documentsDirectory() {
 std::string documentsDirectoryOf(const std::string& home) {
   const std::string userDirs = readFile(home + "/.config/user-dirs.dirs").value_or("");
   const std::string named = xdgDocumentsDirectory(userDirs, home);
-  return named.empty() ? home + "/Documents/" : named;
+  return named.empty() ? withOneSlash(home) + "Documents/" : named;
 }
 
 #endif

@@ -25,12 +25,6 @@ std::optional<std::string> unquoted(std::string_view value) {
   return std::nullopt;
 }
 
-std::string withOneSlash(std::string path) {
-  while (path.ends_with('/'))
-    path.pop_back();
-  return path + "/";
-}
-
 /// Only absolute paths and those below the home directory count.
 std::optional<std::string> directoryOf(std::string_view value, const std::string& home) {
   if (!value.starts_with('"')) return std::nullopt;

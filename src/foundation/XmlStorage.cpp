@@ -63,7 +63,18 @@ cv::FileStorage openXml(const std::string& path) {
   const auto content = readFile(path);
   if (!content || content->empty()) return {};
   if (!isWholeXml(*content)) CV_Error(cv::Error::StsParseError, "No whole XML file: " + path);
-  return {*content, cv::FileStorage::READ | cv::FileStorage::MEMORY};
+  try {
+    return {*content, cv::FileStorage::READ | cv::FileStorage::MEMORY};
+  } catch (cv::Exception& error) {
+    nameFile(error, path);
+    throw;
+  }
+}
+
+void nameFile(cv::Exception& error, const std::string& path) {
+  if (error.err.find(path) != std::string::npos) return;
+  error.err += " in " + path;
+  error.formatMessage();
 }
 
 cv::FileStorage newXml() {

@@ -16,6 +16,10 @@ constexpr std::size_t kLongestXmlText = 4095;
 /// parsed throws a `cv::Exception`.
 cv::FileStorage openXml(const std::string& path);
 
+/// Adds the path to the text of what the content of that file made the storage throw, if it is not
+/// there yet: whoever is to restore the file has to know which one it is.
+void nameFile(cv::Exception& error, const std::string& path);
+
 /// A storage that builds its document in memory.
 cv::FileStorage newXml();
 

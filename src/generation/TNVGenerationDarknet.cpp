@@ -4,12 +4,12 @@
 #include <cmath>
 #include <filesystem>
 
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "foundation/Numbers.h"
+#include "foundation/PictureFile.h"
 #include "foundation/TNVDirectory.h"
 #include "foundation/TNVSettings.h"
 #include "generation/Random.h"
@@ -195,7 +195,7 @@ bool TNVGenerationDarknet::processBefore() {
 bool TNVGenerationDarknet::process(const TNVAugmentSample& sample) {
   const std::string stem = sampleDirectory + "img_" + std::to_string(sampleCounter++);
   tnv::replaceFile(stem + ".txt", labelText(sample));
-  cv::imwrite(stem + ".jpg", sample.image);
+  tnv::writePicture(stem + ".jpg", sample.image);
   samples.push_back({stem + ".jpg", sample.special});
   return true;
 }

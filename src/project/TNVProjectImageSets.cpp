@@ -55,19 +55,6 @@ std::vector<std::string> imageSetsOnDisk(const std::string& projectDirectory) {
   return sets;
 }
 
-/// Whether the record is in memory. One that cannot be read has nothing to be written, and must not
-/// keep a project from being saved as long as it is there.
-bool loadUnlessDamaged(TNVTrainSet& record) {
-  try {
-    if (!record.dataLoaded) record.load();
-    return true;
-  } catch (const cv::Exception&) {
-    tnv::logLine("TNVProject::_updateImageFiles(): Record '" + record.dataPath +
-                 "' is damaged and left as it is!");
-    return false;
-  }
-}
-
 }  // namespace
 
 std::string TNVProject::_imageSetDirectory(const std::string& set) const {
@@ -229,7 +216,7 @@ bool TNVProject::_saveChangedTrainSets() {
     for (auto& trainSet : trainSets) {
       if (!trainSet->changed) continue;
       errors.attempt([&, &record = *trainSet] {
-        if (!loadUnlessDamaged(record)) return;
+        if (!record.dataLoaded) record.load();
         written = record.save(directory) && written;
       });
     }
@@ -290,7 +277,8 @@ void TNVProject::_updateImageCache(TNVTrainSet& trainSet) {
     if (trainSet.hasImageCache()) trainSet.dropImageCache();
     return;
   }
-  if (!loadUnlessDamaged(trainSet) || trainSet.hasImageCache()) return;
+  if (!trainSet.dataLoaded) trainSet.load();
+  if (trainSet.hasImageCache()) return;
   trainSet.addImageCache(projectDirectory + cacheDirectory, cacheImagesMaxSize, cacheImagesQuality);
   trainSet.releaseImage();
 }

@@ -160,7 +160,15 @@ void TNVTrainSet::load() {
     tnv::logLine("TNVTrainSet::load: File is empty!");
     return;
   }
-  const cv::FileNode root = storage.root();
+  try {
+    readNodes(storage.root());
+  } catch (cv::Exception& error) {
+    tnv::nameFile(error, dataPath);
+    throw;
+  }
+}
+
+void TNVTrainSet::readNodes(const cv::FileNode& root) {
   // The marks first: what a damaged one throws must not leave a record that is half read.
   const auto readMarkList = readMarks(root);
   markIdNext = 0;

@@ -102,6 +102,7 @@ class TNVTrainSet {
 
  private:
   void writeNodes(cv::FileStorage& storage);
+  void readNodes(const cv::FileNode& root);
 
   std::optional<cv::Mat> loadedImage();
 

@@ -1,13 +1,13 @@
 // The picture of a train set: in memory, and reduced in the cache on disk.
 
 #include <chrono>
-#include <filesystem>
 #include <thread>
 
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include "foundation/Files.h"
 #include "foundation/Log.h"
+#include "foundation/PictureFile.h"
 #include "foundation/TNVDirectory.h"
 #include "marks/TNVContour.h"
 #include "project/TNVTrainSet.h"
@@ -17,20 +17,6 @@ namespace {
 /// How often and how long to wait for another thread to deliver the picture.
 constexpr int kWaits = 50;
 constexpr std::chrono::milliseconds kWait{100};
-
-/// Empty for a picture that cannot be read, one out of all proportion among them.
-cv::Mat readPicture(const std::string& path) {
-  try {
-    return cv::imread(path, cv::IMREAD_COLOR);
-  } catch (const cv::Exception&) {
-    return {};
-  }
-}
-
-void deleteFile(const std::string& path) {
-  std::error_code error;
-  std::filesystem::remove(path, error);
-}
 
 }  // namespace
 
@@ -68,7 +54,7 @@ std::optional<cv::Mat> TNVTrainSet::loadedImage() {
 
 cv::Mat TNVTrainSet::loadImage() {
   if (const auto loaded = loadedImage()) return *loaded;
-  cv::Mat picture = readPicture(imagePath);
+  cv::Mat picture = tnv::readPicture(imagePath);
   const std::lock_guard lock(mutex);
   image = std::move(picture);
   imageLoaded = true;
@@ -94,7 +80,7 @@ cv::Mat TNVTrainSet::getImage() {
 
 cv::Mat TNVTrainSet::getImageCached() {
   if (imageCachePath.empty()) return {};
-  cv::Mat reduced = readPicture(imageCachePath);
+  cv::Mat reduced = tnv::readPicture(imageCachePath);
   if (reduced.empty()) {
     tnv::logLine("TNVTrainSet::getImageCached: Image cache is empty!");
     dropImageCache();
@@ -114,7 +100,7 @@ bool TNVTrainSet::addImageCache(const std::string& cacheDirectory, int maxSize, 
     tnv::logLine("TNVTrainSet::addImageCache: MaxSize is <= 0!");
     return false;
   }
-  const cv::Mat source = readPicture(imagePath);
+  const cv::Mat source = tnv::readPicture(imagePath);
   if (source.empty()) {
     tnv::logLine("TNVTrainSet::addImageCache: Image source is empty!");
     return false;
@@ -128,7 +114,7 @@ bool TNVTrainSet::addImageCache(const std::string& cacheDirectory, int maxSize, 
     tnv::logLine("TNVTrainSet::addImageCache: Can not create cache directory!");
     return false;
   }
-  cv::imwrite(path, reduced, {cv::IMWRITE_JPEG_QUALITY, quality});
+  tnv::writePicture(path, reduced, quality);
   if (!TNVDirectory::exists(path)) {
     imageCacheSize = cv::Size();
     tnv::logLine("TNVTrainSet::addImageCache: Can not create cache image!");
@@ -140,7 +126,8 @@ bool TNVTrainSet::addImageCache(const std::string& cacheDirectory, int maxSize, 
 
 void TNVTrainSet::dropImageCache() {
   // A damaged record must not lead to the picture itself.
-  if (imageCachePath != imagePath && imageCachePath != imagePathAbs) deleteFile(imageCachePath);
+  if (imageCachePath != imagePath && imageCachePath != imagePathAbs)
+    tnv::removeFile(imageCachePath);
   imageCachePath.clear();
   imageCacheSize = cv::Size();
 }

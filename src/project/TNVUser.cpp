@@ -1,7 +1,5 @@
 #include "project/TNVUser.h"
 
-#include <filesystem>
-
 #include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "foundation/TNVDirectory.h"
@@ -53,8 +51,7 @@ bool TNVUser::remove() const {
     tnv::logLine("TNVUser::remove: User does not exists!");
     return false;
   }
-  std::error_code ignored;
-  std::filesystem::remove(settingsPath, ignored);
+  tnv::removeFile(settingsPath);
   return true;
 }
 

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include <opencv2/imgcodecs.hpp>
-
 #include "TNV_SampleBenchNative/TNVObserver.h"
 #include "foundation/Log.h"
+#include "foundation/PictureFile.h"
 #include "foundation/TNVDirectory.h"
 #include "generation/RunGuard.h"
 #include "marks/TNVMark.h"
@@ -102,7 +101,7 @@ void TNVHandlerValidation::cutMark(const TNVMark& mark, const cv::Mat& picture, 
   if (cut.empty()) return;
   const auto id = static_cast<int>(imageInfo.size());
   // A cut may have more columns or rows than the format takes.
-  if (!cv::imwrite(imagePath(id), cut)) {
+  if (!tnv::writePicture(imagePath(id), cut)) {
     std::remove(imagePath(id).c_str());
     logNotCut(mark, *trainSets[static_cast<std::size_t>(trainSetIndex)]);
     return;
@@ -149,7 +148,7 @@ std::vector<int> TNVHandlerValidation::getDNNImageIndices(const std::string& lab
 cv::Mat TNVHandlerValidation::loadImage(int id) {
   const auto held = images.find(id);
   if (held != images.end()) return held->second;
-  const cv::Mat cut = cv::imread(imagePath(id), cv::IMREAD_COLOR);
+  const cv::Mat cut = tnv::readPicture(imagePath(id));
   images[id] = cut;
   return cut;
 }

@@ -1,14 +1,15 @@
 #include "tools/TNVToolDarknetViewer.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <optional>
 #include <string_view>
 
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include "foundation/Log.h"
 #include "foundation/Numbers.h"
+#include "foundation/PictureFile.h"
 #include "foundation/TNVDirectory.h"
 
 namespace {
@@ -53,6 +54,12 @@ std::optional<cv::Rect> boxOf(const std::string& line, cv::Size picture) {
                   tnv::roundToInt(w * picture.width), tnv::roundToInt(h * picture.height));
 }
 
+/// A name that cannot be examined, a link in a circle say, is no file.
+bool isThere(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::exists(path, error);
+}
+
 }  // namespace
 
 void TNVToolDarknetViewer::setImageDirectory(const std::string& directory) {
@@ -64,7 +71,7 @@ std::vector<std::string> TNVToolDarknetViewer::readImages() {
   std::vector<std::string> names;
   for (const TNVFileInfo& file : TNVDirectory::readFiles(imageDirectory, kImageTypes, false)) {
     const std::string dataFile = file.baseName + ".txt";
-    if (!TNVDirectory::exists(imageDirectory + dataFile)) continue;
+    if (!isThere(imageDirectory + dataFile)) continue;
     items.push_back({file.baseName, file.fileName, dataFile, {}, {}});
     names.push_back(file.baseName);
   }
@@ -79,7 +86,7 @@ bool TNVToolDarknetViewer::selectImage(const std::string& name) {
     return false;
   }
   selected = *item;
-  selected.image = cv::imread(imageDirectory + selected.imageFile, cv::IMREAD_COLOR);
+  selected.image = tnv::readPicture(imageDirectory + selected.imageFile);
   if (selected.image.empty()) {
     tnv::logLine("TNVToolDarknetViewer::selectImage: Could not load image!");
     return false;

@@ -1,11 +1,15 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <opencv2/imgcodecs.hpp>
 #include <set>
 #include <sstream>
+
+#include <sys/stat.h>
 
 #include "GalleryReport.h"
 #include "GalleryStatistics.h"
@@ -14,6 +18,8 @@
 #include "support/Pictures.h"
 
 namespace fs = std::filesystem;
+
+using namespace std::string_literals;
 
 namespace {
 
@@ -386,6 +392,112 @@ TEST_F(ProgramGallery, AnEarlierReportIsReplacedAndAPictureIsNot) {
   EXPECT_EQ(readFile(place / "photos/b.png"), picture);
 }
 
+TEST_F(ProgramGallery, NoFileOfTheProjectIsWrittenOver) {
+  mark();
+  succeed({"gallery", "parts"});
+  fs::create_symlink("projects/parts/parts.cfg", place / "link.html");
+  fs::create_symlink("projects/parts/new.html", place / "dangling.html");
+  fs::create_directory_symlink("projects/parts", place / "shortcut");
+  const auto before = contents("projects");
+  for (const auto* file :
+       {"projects/parts/parts.cfg", "projects/parts/day1.xml", "projects/parts/validation/0.jpg",
+        "projects/parts/new.html", "photos/../projects/parts/new.html", "link.html",
+        "dangling.html", "shortcut/new.html"})
+    fail({"gallery", "parts", "--report", file}, "lies in the directory of the project");
+  EXPECT_EQ(contents("projects"), before);
+}
+
+TEST_F(ProgramGallery, WhatIsNoFileIsNotReplaced) {
+  mark();
+  ASSERT_EQ(mkfifo((place / "pipe").c_str(), 0600), 0);
+  fs::create_symlink("pipe", place / "link");
+  fs::create_symlink("circle", place / "circle");
+  for (const auto* file : {"pipe", "link", "circle"})
+    fail({"gallery", "parts", "--report", file}, "cannot be written");
+  EXPECT_TRUE(fs::is_fifo(place / "pipe"));
+  EXPECT_TRUE(fs::is_symlink(place / "link"));
+  EXPECT_FALSE(fs::exists(place / "projects/parts/validation/0.jpg"));
+}
+
+TEST_F(ProgramGallery, AReportIsWrittenThroughALink) {
+  mark();
+  place.write("pages/marks.html", "earlier");
+  fs::create_symlink("pages/marks.html", place / "link.html");
+  fs::create_symlink("pages/new.html", place / "dangling.html");
+  for (const auto* file : {"link.html", "dangling.html"}) {
+    succeed({"gallery", "parts", "--report", file});
+    EXPECT_TRUE(fs::is_symlink(place / file));
+  }
+  EXPECT_THAT(readFile(place / "pages/marks.html"), HasSubstr("<!DOCTYPE html>"));
+  EXPECT_THAT(readFile(place / "pages/new.html"), HasSubstr("<!DOCTYPE html>"));
+  EXPECT_EQ(contents("pages").size(), 2U);
+}
+
+TEST_F(ProgramGallery, WhatLiesBesideTheReportIsNotUsedForItsPart) {
+  mark();
+  place.write("marks.html.part", "mine");
+  ASSERT_EQ(mkfifo((place / "pipe.html.part").c_str(), 0600), 0);
+  succeed({"gallery", "parts", "--report", "marks.html"});
+  succeed({"gallery", "parts", "--report", "pipe.html"});
+  EXPECT_EQ(readFile(place / "marks.html.part"), "mine");
+  EXPECT_THAT(readFile(place / "pipe.html"), HasSubstr("<!DOCTYPE html>"));
+}
+
+TEST_F(ProgramGallery, PicturesThatCannotBeReadDoNotKeepTheOthersFromTheReport) {
+  mark();
+  const auto unreadable = unreadablePictures(place);
+  for (const auto& path : unreadable) {
+    fs::remove_all(place / "photos/a.png");
+    if (fs::exists(path)) fs::rename(path, place / "photos/a.png");
+    const auto page = report();
+    EXPECT_THAT(page, HasSubstr("<li>a.png</li>")) << path;
+    EXPECT_EQ(occurrences(page, "data:image/jpeg;base64,"), 1U) << path;
+  }
+}
+
+TEST_F(ProgramGallery, MarksWithoutAreaShowOnlyOnPicturesThatCanBeRead) {
+  succeed({"mark", "parts", "a.png", "Point", "0.5,0.5", "--class", "nut"});
+  succeed({"mark", "parts", "b.png", "Point", "0.5,0.5", "--class", "nut"});
+  EXPECT_EQ(occurrences(report(), "no cut"), 2U);
+  place.write("photos/a.png", "no picture");
+  const auto start = std::chrono::steady_clock::now();
+  const auto page = report();
+  // So long the library waits for a picture that another thread might read.
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_THAT(page, HasSubstr("<li>a.png</li>"));
+  EXPECT_EQ(occurrences(page, "no cut"), 1U);
+}
+
+TEST_F(ProgramGallery, ARecordThatCannotBeReadIsNamedBeforeAnythingIsCut) {
+  mark();
+  succeed({"gallery", "parts"});
+  std::vector<std::string> records;
+  for (const auto& entry : fs::directory_iterator(place / "projects/parts/is_day1"))
+    records.push_back(entry.path().string());
+  ASSERT_EQ(records.size(), 2U);
+  const auto whole = readFile(records[0]);
+  const auto with = [&](const std::string& node) {
+    auto wrong = whole;
+    return wrong.insert(wrong.find(node) + node.size(), "a \"b ");
+  };
+  for (const auto& content : {std::string(), std::string("no record"), whole.substr(0, 200),
+                              "<?xml version=\"1.0\"?><opencv_storage><a>1</b></opencv_storage>"s,
+                              with("<MarkCnt>"), with("<ClassIdx>")}) {
+    std::ofstream(records[0]) << content;
+    const auto result = run({"gallery", "parts", "--report", "marks.html"});
+    EXPECT_EQ(result.exitCode, 1) << content;
+    EXPECT_EQ(result.out, "");
+    const auto message = result.err.substr(result.err.find("samplebench: "));
+    EXPECT_THAT(message, HasSubstr(records[0]));
+    EXPECT_THAT(message, HasSubstr("restore or remove that file"));
+    EXPECT_TRUE(fs::exists(place / "projects/parts/validation/0.jpg"));
+    EXPECT_FALSE(fs::exists(place / "marks.html"));
+    EXPECT_THAT(run({"list", "parts"}).err, HasSubstr(records[0]));
+  }
+  fs::remove(records[0]);
+  succeed({"gallery", "parts"});
+}
+
 TEST_F(ProgramGallery, RefusesWhatWillNotDoBeforeItCuts) {
   succeed({"create", "bare"});
   place.makeDirectory("directory");
@@ -394,6 +506,7 @@ TEST_F(ProgramGallery, RefusesWhatWillNotDoBeforeItCuts) {
   fail({"gallery", "parts", "--report", "missing/marks.html"}, "see that its directory exists");
   fail({"gallery", "parts", "--report", "directory"}, "is a directory");
   fail({"gallery"}, "PROJECT is required", 2);
+  fail({"gallery", "parts", "--report", ""}, "--report", 2);
   EXPECT_FALSE(fs::exists(place / "projects/parts/validation/0.jpg"));
 }
 

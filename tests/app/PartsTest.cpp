@@ -109,6 +109,48 @@ TEST(ProgramOutput, TablesAlignColumnsAndCountLettersNotBytes) {
   EXPECT_EQ(stream.str(), "n   name  x\n10  \xC3\xBC     y\n");
 }
 
+TEST(ProgramOutput, ControlCharactersAreShownAsQuestionMarks) {
+  EXPECT_EQ(printable("a\x1b[2J\r\n\t\x7f"), "a?[2J????");
+  // A terminal takes the upper control characters in UTF-8, too; letters stay.
+  EXPECT_EQ(printable("\xC2\x9B"
+                      "2J\xC3\x9B\xC2\xA0"),
+            "?2J\xC3\x9B\xC2\xA0");
+  EXPECT_EQ(printable("\xC2"), "\xC2");
+  std::ostringstream stream;
+  writeTable(stream, {{"a\x1b[2J", "b\nc"}, {"\xC2\x9B", "\r"}});
+  EXPECT_EQ(stream.str(), "a?[2J  b?c\n?      ?\n");
+}
+
+TEST(ProgramOutput, ATerminalGetsNoControlCharactersAndAProgramGetsTheValues) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  {
+    Output output;
+    output.say("s\x1b");
+    output.note("n\x1b");
+    output.error("e\x1b");
+    output.setJson();
+    output.table("files", {"name"}, {{"t\x1b"}});
+    output.finish();
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "n?\nsamplebench: e?\n");
+  const auto out = testing::internal::GetCapturedStdout();
+  EXPECT_TRUE(out.starts_with("s?\n{")) << out;
+  EXPECT_NE(out.find("\"error\" : \"e\\u001b\""), std::string::npos) << out;
+  EXPECT_NE(out.find("\"name\" : \"t\\u001b\""), std::string::npos) << out;
+}
+
+TEST(ProgramProgress, OfNothingThereIsNone) {
+  testing::internal::CaptureStderr();
+  {
+    Output output;
+    Progress progress(0, output);
+    progress.moveTo(0);
+    progress.finish();
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST(ProgramDemoPictures, TheSameNumberGivesTheSamePicture) {
   const auto picture = drawDemoPicture(5);
   EXPECT_TRUE(samePixels(picture.image, drawDemoPicture(5).image));

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <thread>
 
 #include "support/Pictures.h"
@@ -89,6 +90,13 @@ void ProgramTest::fail(const std::vector<std::string>& arguments, const std::str
   EXPECT_EQ(result.exitCode, exitCode) << result.err;
   EXPECT_NE(result.err.find(text), std::string::npos) << result.err;
   EXPECT_EQ(result.out, "");
+}
+
+std::map<std::string, std::string> ProgramTest::contents(const std::string& directory) const {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(place / directory))
+    files[entry.path().string()] = entry.is_regular_file() ? readFile(entry.path().string()) : "";
+  return files;
 }
 
 void ProgramTest::makeProject() const {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/types.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,9 @@ class ProgramTest : public ::testing::Test {
   /// A project "parts" with the classes "screw" and "nut" and, in the set "day1", the pictures
   /// a.png and b.png of 128 by 64 pixels.
   void makeProject() const;
+
+  /// Everything below the directory: paths, and the contents of files.
+  std::map<std::string, std::string> contents(const std::string& directory) const;
 
   RunningProgram start(const std::vector<std::string>& arguments) const;
 

@@ -1,3 +1,6 @@
+#include <filesystem>
+
+#include <sys/stat.h>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -74,8 +77,54 @@ TEST_F(ProgramRender, RefusesWhatWillNotDo) {
   }
 }
 
+TEST_F(ProgramRender, APictureThatCannotBeReadIsAMessage) {
+  for (const auto& path : unreadablePictures(place)) {
+    std::filesystem::remove_all(place / "photos/a.png");
+    if (std::filesystem::exists(path)) std::filesystem::rename(path, place / "photos/a.png");
+    fail({"render", "parts", "a.png", "-o", "x.png"}, "cannot be read; put it back");
+  }
+}
+
 TEST_F(ProgramRender, AFormatThatNobodyWritesIsAMessage) {
   fail({"render", "parts", "a.png", "-o", "x.nothing"}, "use .png or .jpg");
+}
+
+TEST_F(ProgramRender, NeitherFilesOfTheProjectNorSpecialFilesAreWrittenOver) {
+  succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.75,0.75", "--class", "nut"});
+  succeed({"gallery", "parts"});
+  const auto before = contents("projects");
+  ASSERT_EQ(mkfifo((place / "pipe.png").c_str(), 0600), 0);
+  std::filesystem::create_symlink("projects/parts/new.png", place / "link.png");
+  place.makeDirectory("directory.png");
+  struct Row {
+    const char* file;
+    const char* message;
+  };
+  for (const auto& [file, message] :
+       {Row{"projects/parts/validation/0.jpg", "lies in the directory of the project"},
+        {"projects/parts/new.png", "lies in the directory of the project"},
+        {"link.png", "lies in the directory of the project"},
+        {"pipe.png", "cannot be written"},
+        {"directory.png", "is a directory"}}) {
+    fail({"render", "parts", "a.png", "-o", file}, message);
+    fail({"magnify", "parts", "a.png", "--at", "0.5,0.5", "-o", file}, message);
+  }
+  fail({"crop", "parts", "a.png", "-o", "projects/parts/cuts"},
+       "lies in the directory of the project");
+  place.makeDirectory("cuts");
+  ASSERT_EQ(mkfifo((place / "cuts/a-1.png").c_str(), 0600), 0);
+  fail({"crop", "parts", "a.png", "-o", "cuts"}, "cannot be written");
+  EXPECT_EQ(contents("projects"), before);
+}
+
+TEST_F(ProgramRender, APictureIsWrittenThroughALinkAndWhole) {
+  place.write("seen/earlier.png", "earlier");
+  std::filesystem::create_symlink("seen/earlier.png", place / "link.png");
+  std::filesystem::create_hard_link(place / "seen/earlier.png", place / "kept.png");
+  succeed({"render", "parts", "a.png", "-o", "link.png"});
+  EXPECT_TRUE(std::filesystem::is_symlink(place / "link.png"));
+  EXPECT_TRUE(samePixels(patternedPicture(128, 64), cv::imread(place / "seen/earlier.png")));
+  EXPECT_EQ(readFile(place / "kept.png"), "earlier");
 }
 
 TEST_F(ProgramRender, PicturesOfTheProjectAreNotWrittenOver) {

@@ -1,11 +1,14 @@
+#include <cstdlib>
 #include <filesystem>
 
+#include <sys/stat.h>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include "ContactSheet.h"
 #include "ProgramRunner.h"
 #include "support/Pictures.h"
+#include "support/PortalServer.h"
 
 namespace {
 
@@ -57,6 +60,33 @@ TEST_F(ProgramView, WithoutANameTheFirstSamplesStandOnASheet) {
             "wrote sheet.png (2 of 3 samples)\n");
 }
 
+TEST_F(ProgramView, ASampleThatCannotBeReadLeavesItsCellBlank) {
+  const auto whole =
+      (succeed({"view", "images", "-o", "sheet.png"}), cv::imread(place / "sheet.png"));
+  for (const auto& path : unreadablePictures(place)) {
+    if (!std::filesystem::exists(path)) continue;
+    std::filesystem::remove_all(place / "images/img_2.png");
+    std::filesystem::rename(path, place / "images/img_2.png");
+    const auto result = run({"view", "images", "-o", "sheet.png"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, "wrote sheet.png (3 of 3 samples)\n");
+    EXPECT_NE(result.err.find("sample 'img_2' cannot be read"), std::string::npos) << result.err;
+    auto expected = whole.clone();
+    expected(cv::Rect(240, 0, 240, 180)).setTo(cv::Scalar());
+    EXPECT_TRUE(samePixels(expected, cv::imread(place / "sheet.png"))) << path;
+    fail({"view", "images", "img_2", "-o", "x.png"}, "no sample 'img_2' that can be read");
+  }
+}
+
+TEST_F(ProgramView, NeitherSamplesNorSpecialFilesAreWrittenOver) {
+  std::filesystem::create_symlink("images/img_1.png", place / "link.png");
+  ASSERT_EQ(mkfifo((place / "pipe.png").c_str(), 0600), 0);
+  const auto before = contents("images");
+  fail({"view", "images", "-o", "link.png"}, "lies among the samples");
+  fail({"view", "images", "-o", "pipe.png"}, "cannot be written");
+  EXPECT_EQ(contents("images"), before);
+}
+
 TEST_F(ProgramView, RefusesWhatWillNotDo) {
   fail({"view", "absent", "-o", "x.png"}, "is no directory");
   fail({"view", ".", "-o", "x.png"}, "holds no pictures with a label text");
@@ -66,7 +96,166 @@ TEST_F(ProgramView, RefusesWhatWillNotDo) {
   fail({"view", "images", "-o", "x.png", "--count", "0"}, "--count", 2);
 }
 
-using ProgramWeights = ProgramTest;
+class ProgramWeights : public ProgramTest {
+ protected:
+  ProgramWeights() { place.makeDirectory("weights"); }
+
+  /// A file of a portal; the texts stand in the reply as they are.
+  static std::string offered(const std::string& name, const std::string& size,
+                             const std::string& link, const std::string& hash = md5OfHello) {
+    return "{\"name\":\"" + name + "\",\"hash\":\"" + hash + "\",\"file_size\":\"" + size +
+           "\",\"creation_date\":\"today\",\"download_link\":\"" + link + "\"}";
+  }
+  static std::string replyOf(const std::string& file) { return "{\"0\":" + file + "}"; }
+
+  /// What the program says of a portal on disk with that reply.
+  ProgramResult ofMirror(const std::string& reply, std::vector<std::string> arguments) const {
+    place.write("mirror/list", reply);
+    arguments.insert(arguments.begin(), "weights");
+    arguments.insert(arguments.end(),
+                     {"--address", "file://" + place / "mirror/list", "--directory", "weights"});
+    return run(arguments);
+  }
+
+  static constexpr auto md5OfHello = "5d41402abc4b2a76b9719d911017c592";
+};
+
+TEST_F(ProgramWeights, AFileIsFetchedFromAPortal) {
+  PortalServer server;
+  // By the command md5sum of the bytes that the server has.
+  place.write("served", servedContent());
+  std::system(
+      ("md5sum < " + place / "served" + " | cut -c 1-32 | tr -d '\n' > " + place / "md5").c_str());
+  server.reply = replyOf(offered("w.bin", std::to_string(servedContent().size()),
+                                 server.address("/file"), readFile(place / "md5")));
+  const std::vector<std::string> where{"--address", server.listAddress(), "--directory", "weights"};
+  const auto with = [&](std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), where.begin(), where.end());
+    return arguments;
+  };
+  EXPECT_EQ(succeed(with({"weights", "list"})),
+            "file   bytes  date   state\nw.bin  70000  today  not fetched\n");
+  EXPECT_EQ(succeed(with({"weights", "get", "w.bin"})),
+            "fetched weights/w.bin (70000 bytes, whole)\n");
+  EXPECT_EQ(readFile(place / "weights/w.bin"), servedContent());
+  EXPECT_EQ(succeed(with({"weights", "list"})),
+            "file   bytes  date   state\nw.bin  70000  today  here and whole\n");
+  EXPECT_EQ(server.bodies.size(), 4U);
+  server.stop();
+  fail(with({"weights", "get", "w.bin"}), "cannot be reached");
+}
+
+TEST_F(ProgramWeights, AFailureOfTheNetworkIsWorthASecondTryAndOthersAreNot) {
+  PortalServer server;
+  server.stop();
+  struct Row {
+    std::string link;
+    std::string message;
+    bool again;
+  };
+  for (const Row& row : {Row{server.address("/file"), "could not be fetched", true},
+                         {"HTTPS://localhost:1/w", "could not be fetched", true},
+                         {"localhost:1/w", "could not be fetched", true},
+                         {"file://" + place / "absent", "could not be fetched", false},
+                         {"", "gives no link", false},
+                         {"ftp://localhost/w", "none of http, https and file", false},
+                         {"javascript:alert(1)//://x", "none of http, https and file", false}}) {
+    const auto result = ofMirror(replyOf(offered("w.bin", "5", row.link)), {"get", "w.bin"});
+    EXPECT_EQ(result.exitCode, 1) << row.link;
+    EXPECT_NE(result.err.find(row.message), std::string::npos) << result.err;
+    EXPECT_EQ(result.err.find("again later") != std::string::npos, row.again) << result.err;
+  }
+}
+
+TEST_F(ProgramWeights, WhatIsThereAlreadyIsNotFetchedAgain) {
+  place.write("weights/w.bin", "hello");
+  const auto reply = replyOf(offered("w.bin", "5", "file://" + place / "absent"));
+  const auto result = ofMirror(reply, {"get", "w.bin"});
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(result.out, "weights/w.bin is there already and whole\n");
+}
+
+TEST_F(ProgramWeights, WhatIsNoFileInItsPlaceIsTold) {
+  place.makeDirectory("weights/w.bin");
+  const auto file = place.write("mirror/w.bin", "hello");
+  const auto result = ofMirror(replyOf(offered("w.bin", "5", "file://" + file)), {"get", "w.bin"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_NE(result.err.find("'weights/w.bin' is no file"), std::string::npos) << result.err;
+}
+
+TEST_F(ProgramWeights, AReplyThatIsNoListIsToldInWords) {
+  struct Row {
+    std::string reply;
+    std::string message;
+  };
+  for (const Row& row :
+       {Row{"[{}]", "no list of files: it is built in another way"},
+        {"{\"0\":[]}", "no list of files: it is built in another way"},
+        {replyOf(offered("w", "much", "")), "the size of a file is no number"},
+        {replyOf(offered("w", "", "")), "the size of a file is no number"},
+        {replyOf(offered("w", "9999999999", "")), "the size of a file is too large"}})
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"list"}, {"get", "w"}}) {
+      const auto result = ofMirror(row.reply, command);
+      EXPECT_EQ(result.exitCode, 1) << row.reply;
+      EXPECT_NE(result.err.find(row.message), std::string::npos) << result.err;
+      for (const auto* jargon : {"Json", "stoi", "std::"})
+        EXPECT_EQ(result.err.find(jargon), std::string::npos) << result.err;
+    }
+}
+
+TEST_F(ProgramWeights, ASizeBelowZeroShowsNoProgress) {
+  const auto file = place.write("mirror/w.bin", "hello");
+  const auto result = ofMirror(replyOf(offered("w.bin", "-5", "file://" + file)), {"get", "w.bin"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.err.find(" %"), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("damaged: wrong size"), std::string::npos) << result.err;
+}
+
+TEST_F(ProgramWeights, WhatAPortalSaysCannotCommandATerminal) {
+  const auto reply = replyOf(R"({"name":"w","hash":"","file_size":"1","creation_date":"\u001b[2J",)"
+                             R"("download_link":"gopher://\u001b[2J"})");
+  for (const std::vector<std::string>& command : {std::vector<std::string>{"list"}, {"get", "w"}}) {
+    const auto result = ofMirror(reply, command);
+    EXPECT_EQ((result.out + result.err).find('\x1b'), std::string::npos);
+    EXPECT_NE((result.out + result.err).find("?[2J"), std::string::npos)
+        << result.out << result.err;
+  }
+}
+
+TEST_F(ProgramWeights, OneFileIsLookedUpWithoutLookingIntoTheOthers) {
+  for (const auto* name : {"a", "b", "c"})
+    place.write("weights/" + std::string(name), "hello");
+  // The library counts the files that it looked into.
+  const auto got = ofMirror(replyOf(offered("b", "5", "")), {"get", "b"});
+  EXPECT_EQ(got.exitCode, 0) << got.err;
+  EXPECT_NE(got.err.find("locals: 1\n"), std::string::npos) << got.err;
+  const auto removed = run({"weights", "remove", "b", "--directory", "weights"});
+  EXPECT_EQ(removed.exitCode, 0) << removed.err;
+  EXPECT_NE(removed.err.find("locals: 1\n"), std::string::npos) << removed.err;
+  EXPECT_EQ(contents("weights").size(), 2U);
+  EXPECT_FALSE(std::filesystem::exists(place / "weights/b"));
+}
+
+TEST_F(ProgramWeights, ALinkIsRemovedAndNotWhatItLeadsTo) {
+  place.write("elsewhere", "kept");
+  std::filesystem::create_symlink(place / "elsewhere", place / "weights/link");
+  std::filesystem::create_symlink("nowhere", place / "weights/dangling");
+  place.makeDirectory("weights/below");
+  for (const auto* name : {"link", "dangling"}) {
+    succeed({"weights", "remove", name, "--directory", "weights"});
+    EXPECT_FALSE(std::filesystem::is_symlink(place / "weights/" + name)) << name;
+  }
+  EXPECT_EQ(readFile(place / "elsewhere"), "kept");
+  fail({"weights", "remove", "below", "--directory", "weights"}, "could not be removed");
+  for (const auto* name : {"..", ".", ""})
+    fail({"weights", "remove", name, "--directory", "weights"}, "there is no");
+}
+
+TEST_F(ProgramWeights, AnEmptyAddressIsWrongUsage) {
+  fail({"weights", "list", "--address", "", "--directory", "weights"}, "--address", 2);
+  fail({"weights", "get", "w", "--address", "", "--directory", "weights"}, "--address", 2);
+}
 
 TEST_F(ProgramWeights, WithoutAPortalTheDirectoryIsListed) {
   place.write("weights/own.bin", "hello");
@@ -80,7 +269,6 @@ TEST_F(ProgramWeights, WithoutAPortalTheDirectoryIsListed) {
 
 TEST_F(ProgramWeights, AFileIsFetchedFromAMirrorOnDisk) {
   const auto file = place.write("mirror/small.bin", "hello");
-  place.makeDirectory("weights");
   place.write("mirror/list",
               "{\"0\":{\"name\":\"small.bin\",\"hash\":\"5d41402abc4b2a76b9719d91"
               "1017c592\",\"file_size\":\"5\",\"creation_date\":\"today\","
@@ -110,7 +298,6 @@ TEST_F(ProgramWeights, AFileIsFetchedFromAMirrorOnDisk) {
 
 TEST_F(ProgramWeights, FilesAreImportedAndRemoved) {
   place.write("from/w.bin", "hello");
-  place.makeDirectory("weights");
   succeed({"weights", "import", "from/w.bin", "--directory", "weights"});
   EXPECT_EQ(readFile(place / "weights/w.bin"), "hello");
   fail({"weights", "import", "from/w.bin", "--directory", "weights"}, "is there already");
@@ -135,6 +322,31 @@ TEST_F(ProgramUser, UsersAreMadeListedChangedAndRemoved) {
   fail({"user", "remove", "cay"}, "there are: ann, bea");
   succeed({"user", "remove", "ann"});
   EXPECT_EQ(succeed({"user", "list"}).find("ann"), std::string::npos);
+}
+
+TEST_F(ProgramUser, WhatTheFileCannotHoldIsRefused) {
+  succeed({"user", "create", "ann"});
+  for (const auto* text : {"a=b", "a\"b", "a\\b", "a\nb"}) {
+    fail({"user", "set", "ann", text}, "must not hold =");
+    fail({"user", "create", text}, "must not hold =");
+  }
+  fail({"user", "create", "a.b"}, "must not hold a dot");
+  EXPECT_EQ(succeed({"user", "list"}), "user  last project\nann\n");
+  succeed({"user", "set", "ann", "parts 2 // x"});
+  EXPECT_EQ(succeed({"user", "list"}), "user  last project\nann   parts 2 // x\n");
+}
+
+TEST_F(ProgramUser, ADirectoryThatIsNoneIsToldInWords) {
+  place.write("file", "mine");
+  for (const auto* users : {"file", "absent"}) {
+    const auto message = "there is no directory '" + std::string(users) + "/'";
+    fail({"user", "list", "--users", users}, message);
+    fail({"user", "set", "ann", "parts", "--users", users}, message);
+    fail({"user", "remove", "ann", "--users", users}, message);
+  }
+  fail({"user", "create", "ann", "--users", "file"}, "'file/' cannot be made a directory");
+  fail({"user", "create", "ann", "--users", "file/below"}, "cannot be made a directory");
+  EXPECT_EQ(readFile(place / "file"), "mine");
 }
 
 TEST_F(ProgramUser, AConfigurationTellsWhereEverythingLives) {

@@ -131,8 +131,7 @@ TEST(WTNVDNNClass, SampleImageWithoutPathIsEmpty) {
 TEST(WTNVDNNClass, SampleImageThatIsMissingOrNoPictureIsEmpty) {
   const TempDirectory directory;
   TNVDNNClass dnnClass(1);
-  for (const std::string& path : {directory / "missing.png", directory.write("text.png", "text"),
-                                  directory.write("empty.png", ""), directory.path()}) {
+  for (const std::string& path : unreadablePictures(directory)) {
     dnnClass.samplePath = path;
     expectNothing(sampleOf(WTNVDNNClass(&dnnClass)));
   }

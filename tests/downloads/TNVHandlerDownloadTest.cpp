@@ -1,17 +1,19 @@
 #include "downloads/TNVHandlerDownload.h"
 
+#include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "PortalServer.h"
 #include "TNV_SampleBenchNative/WTNVHandlerDownload.h"
 #include "TNV_SampleBenchNative/WTNVProject.h"
 #include "foundation/TNVDirectory.h"
 #include "support/LogCapture.h"
+#include "support/PortalServer.h"
 #include "support/TempDirectory.h"
 
 using testing::Contains;
@@ -37,6 +39,22 @@ TNVDownloadFile fileNamed(const std::string& name, const std::string& address = 
   file.downloadAddress = address;
   return file;
 }
+
+/// A variable of the environment with another value as long as this object lives.
+class Environment {
+ public:
+  Environment(const char* name, const char* value) : variable(name) {
+    if (const char* const before = std::getenv(name)) kept = before;
+    ::setenv(name, value, 1);
+  }
+  ~Environment() { kept ? ::setenv(variable, kept->c_str(), 1) : ::unsetenv(variable); }
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
+
+ private:
+  const char* variable;
+  std::optional<std::string> kept;
+};
 
 class Download : public testing::Test {
  protected:
@@ -184,7 +202,17 @@ TEST_F(Download, UpdatesComeBeforeTheShareIsStored) {
   EXPECT_LE(shares.back(), 1.0);
 }
 
+TEST_F(Download, TheShareIsThatOfTheBytes) {
+  const LogCapture log;
+  EXPECT_FALSE(download("/cut"));
+  EXPECT_EQ(handler.progress, 0.5) << "half of the file came";
+}
+
 TEST_F(Download, WithoutALengthThereAreNoUpdates) {
+  wrapper.setCBDownloadFinished([] {
+    EXPECT_EQ(watched->progress, 1.0) << "without a share on the way, too";
+    events.emplace_back("finished");
+  });
   EXPECT_TRUE(download("/endless"));
   EXPECT_EQ(content().size(), kServedSize);
   EXPECT_THAT(shares, IsEmpty());
@@ -403,6 +431,23 @@ TEST_F(Download, ImportingOverAFileRaisesTheFilesystemError) {
   EXPECT_THROW(wrapper.wImportFile(temp / "absent", weights()), std::filesystem::filesystem_error);
 }
 
+TEST_F(Download, WhatHasNoPlainNameIsNotImported) {
+  temp.write("from/below/w.bin", "hello");
+  const LogCapture log;
+  for (const std::string& source : {temp.write("from/a\nb", "hello"), temp / "from/below/..",
+                                    temp / "from/below/.", temp / "from/below/"})
+    EXPECT_FALSE(wrapper.wImportFile(source, weights())) << source;
+  EXPECT_THAT(log.lines(), Each(StartsWith("TNVHandlerDownload::importFile: File name '")));
+  EXPECT_TRUE(std::filesystem::is_empty(weights()));
+}
+
+TEST_F(Download, ACopyOfTheWrapperHearsTheEventsToo) {
+  WTNVHandlerDownload copy(wrapper);
+  copy.setCBDownloadFinished([] { events.emplace_back("finished for the copy"); });
+  EXPECT_TRUE(download("/file"));
+  EXPECT_THAT(events, Contains("finished for the copy"));
+}
+
 TEST_F(Download, RemovingSucceedsAlsoForAFileThatWasNeverThere) {
   temp.write("weights/w.bin", "x");
   const WTNVDownloadFile file(fileNamed("w.bin"));
@@ -415,6 +460,12 @@ TEST_F(Download, ARemovalThatThePlatformRefusesIsFalse) {
   temp.write("weights/w.bin/kept", "x");
   EXPECT_FALSE(wrapper.wRemoveFile(WTNVDownloadFile(fileNamed("w.bin")), weights()));
   EXPECT_EQ(content("w.bin/kept"), "x");
+}
+
+TEST_F(Download, AnEmptyDirectoryIsNoFileToRemove) {
+  temp.makeDirectory("weights/below");
+  EXPECT_FALSE(wrapper.wRemoveFile(WTNVDownloadFile(fileNamed("below")), weights()));
+  EXPECT_TRUE(std::filesystem::is_directory(weights() + "below"));
 }
 
 TEST_F(Download, RecordsAreCopiesOfTheirOwn) {
@@ -499,6 +550,18 @@ TEST_F(Download, WhatIsNoDirectoryToReadIsLoggedAndEmpty) {
       ElementsAre("dwnds: 0",
                   "TNVHandlerDownload::getAllFiles: Could not read directory '" + file + "'!",
                   "locals: 0", "cmb: 0"));
+}
+
+TEST_F(Download, AProxyOfTheEnvironmentIsNotAsked) {
+  // Nothing answers there.
+  const char* const proxy = "http://127.0.0.1:1";
+  const Environment http("http_proxy", proxy);
+  const Environment all("ALL_PROXY", proxy);
+  const Environment none("no_proxy", "");
+  const Environment upperNone("NO_PROXY", "");
+  offer({offered("a", 1, "h")});
+  EXPECT_THAT(handler.downloadList(server.listAddress()), SizeIs(1));
+  EXPECT_TRUE(download("/file"));
 }
 
 TEST_F(Download, APortalThatSendsWithoutEndIsCutOff) {

@@ -1,6 +1,7 @@
 #include "foundation/TNVAppConfig.h"
 
 #include <cstdlib>
+#include <filesystem>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -91,6 +92,7 @@ TEST(XdgUserDirs, TheDocumentsDirectoryIsReadAsAShellReadsIt) {
         {"XDG_DOCUMENTS_DIR=\"$HOME\"\n", "/home/ann/"},
         {"XDG_DOCUMENTS_DIR=\"$HOME/\"\n", "/home/ann/"},
         {"XDG_DOCUMENTS_DIR=\"/\"\n", "/"},
+        {"XDG_DOCUMENTS_DIR=\"/data//\"\n", "/data/"},
         {"XDG_DOCUMENTS_DIR=\"\\$HOME/x\"\n", ""},
         {"XDG_DOCUMENTS_DIR=\"$HOMER/x\"\n", ""},
         {"XDG_DOCUMENTS_DIR=\"relative\"\n", ""},
@@ -110,6 +112,16 @@ TEST(DocumentsDirectory, IsThatOfTheDesktopOrElseOneBelowTheHome) {
   EXPECT_EQ(tnv::documentsDirectoryOf(home), home + "/Documents/");
   temp.write("ann/.config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n");
   EXPECT_EQ(tnv::documentsDirectoryOf(home), home + "/Dokumente/");
+}
+
+TEST(DocumentsDirectory, StandsOneSlashBehindTheHome) {
+  const TempDirectory temp;
+  const std::string home = temp / "ann";
+  EXPECT_EQ(tnv::documentsDirectoryOf(home + "/"), home + "/Documents/");
+  EXPECT_EQ(tnv::documentsDirectoryOf(home + "//"), home + "/Documents/");
+  // As root, there may be a file of that name at the top.
+  if (!std::filesystem::exists("/.config/user-dirs.dirs"))
+    EXPECT_EQ(tnv::documentsDirectoryOf("/"), "/Documents/");
 }
 
 TEST(DocumentsDirectory, TheHomeIsThatOfTheAccountAndNotOfTheEnvironment) {

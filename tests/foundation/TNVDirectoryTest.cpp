@@ -2,10 +2,14 @@
 
 #include <ctime>
 #include <filesystem>
+#include <fstream>
+#include <iostream>
 #include <set>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "support/LogCapture.h"
 #include "support/TempDirectory.h"
@@ -15,6 +19,12 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kIsSanitized = true;
+#else
+constexpr bool kIsSanitized = false;
+#endif
 
 std::vector<std::string> fileNames(const std::vector<TNVFileInfo>& infos) {
   std::vector<std::string> names;
@@ -215,6 +225,27 @@ TEST(TNVDirectory, MD5OfAFileOfManyPieces) {
   const TempDirectory temp;
   EXPECT_EQ("2a915e52d86d42e58e580f4073120a6b",
             TNVDirectory::fileMD5(temp.write("long", std::string(2000000, 'a'))));
+}
+
+TEST(TNVDirectory, MD5OfALargeFileNeedsNoMemoryOfItsSize) {
+  if (kIsSanitized) {
+    std::cerr << "left out: a sanitizer takes more address space than a limit would leave\n";
+    return;
+  }
+  // Of zeros; the digest is that of the command md5sum.
+  constexpr std::uintmax_t size = 1 << 28;
+  const TempDirectory temp;
+  const std::string file = temp.write("zeros", "");
+  std::filesystem::resize_file(file, size);
+  const auto hashWithLittleMemory = [&] {
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlim_t room = pages * static_cast<std::size_t>(getpagesize()) + size / 4;
+    const rlimit limit{room, room};
+    if (setrlimit(RLIMIT_AS, &limit) != 0) _exit(2);
+    _exit(TNVDirectory::fileMD5(file) == "1f5039e50bd66b290c56684d8550c6c2" ? 0 : 1);
+  };
+  EXPECT_EXIT(hashWithLittleMemory(), testing::ExitedWithCode(0), "");
 }
 
 TEST(TNVDirectory, RemoveOfALinkLeavesWhatItLeadsTo) {

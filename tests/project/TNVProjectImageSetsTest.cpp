@@ -364,26 +364,6 @@ TEST_F(ImageSetsTest, BadRecordDoesNotKeepTheOthersFromBeingSaved) {
   EXPECT_TRUE(fs::exists(record(0).dataPath));
 }
 
-TEST_F(ImageSetsTest, DamagedRecordIsLoggedAndLeftAsItIsBySaves) {
-  builder.withPictures({"a.png", "b.png"});
-  ASSERT_TRUE(project().wUpdate(true));
-  const std::string file = record(0).dataPath;
-  fs::resize_file(file, 50);
-  const std::string damaged = readFile(file);
-  builder.reopened();
-  project().wSetCacheImages(true);
-  for (const bool full : {false, true}) {
-    record(1).load();
-    record(1).changed = true;
-    const LogCapture log;
-    EXPECT_TRUE(project().wUpdate(full));
-    EXPECT_THAT(log.lines(), Contains("TNVProject::_updateImageFiles(): Record '" + file +
-                                      "' is damaged and left as it is!"));
-    EXPECT_EQ(damaged, readFile(file));
-    EXPECT_FALSE(record(1).changed);
-  }
-}
-
 TEST_F(ImageSetsTest, FullUpdateWithTheCacheOnMakesReducedCopies) {
   builder.withPictures({"a.png", "b.png"});
   project().wSetCacheImages(true);

@@ -49,12 +49,23 @@ TEST_F(TrainSetImageTest, LoadingReadsTheFileOnce) {
 }
 
 TEST_F(TrainSetImageTest, UnreadablePictureCountsAsLoaded) {
-  TNVTrainSet trainSet(temp.write("a.png", "no picture"), "");
-  const LogCapture log;
-  trainSet.loadImage();
-  EXPECT_TRUE(trainSet.imageLoaded);
-  EXPECT_TRUE(trainSet.getImage().empty());
-  EXPECT_EQ("", log.text());
+  for (const std::string& path : unreadablePictures(temp)) {
+    TNVTrainSet trainSet(path, "");
+    const LogCapture log;
+    trainSet.loadImage();
+    EXPECT_TRUE(trainSet.imageLoaded) << path;
+    EXPECT_TRUE(trainSet.getImage().empty()) << path;
+    EXPECT_EQ("", log.text());
+  }
+}
+
+TEST_F(TrainSetImageTest, OfAnUnreadablePictureThereIsNoCache) {
+  for (const std::string& path : unreadablePictures(temp)) {
+    TNVTrainSet trainSet(path, "");
+    const LogCapture log;
+    EXPECT_FALSE(trainSet.addImageCache(temp / "cache/", 32, 75)) << path;
+    EXPECT_THAT(log.lines(), ElementsAre("TNVTrainSet::addImageCache: Image source is empty!"));
+  }
 }
 
 TEST_F(TrainSetImageTest, GreyPicturesComeInColour) {

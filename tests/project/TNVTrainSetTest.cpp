@@ -364,6 +364,25 @@ TEST_F(TNVTrainSetTest, FileCutAnywhereIsNeverTakenForAnEmptyRecord) {
   }
 }
 
+TEST_F(TNVTrainSetTest, WhatADamagedFileThrowsNamesTheFileOnce) {
+  for (const std::string content :
+       {"no XML", "<Workflow>1.5.5 </Workflow>", "<Comment>a \"b c</Comment>",
+        "<MarkCnt>1</MarkCnt><Mark0><Type>Point</Type><ClassIdx>a b</ClassIdx></Mark0>"}) {
+    TNVTrainSet record;
+    record.dataPath = temp.write(
+        "damaged.xml", "<?xml version=\"1.0\"?><opencv_storage>" + content + "</opencv_storage>");
+    try {
+      record.load();
+      ADD_FAILURE() << content;
+    } catch (const cv::Exception& error) {
+      const auto place = error.err.find(record.dataPath);
+      ASSERT_NE(place, std::string::npos) << error.err;
+      EXPECT_EQ(error.err.find(record.dataPath, place + 1), std::string::npos) << error.err;
+      EXPECT_THAT(error.what(), testing::HasSubstr(record.dataPath));
+    }
+  }
+}
+
 TEST_F(TNVTrainSetTest, EmptyFileIsNoRecord) {
   const LogCapture log;
   const auto record = loadedFrom(temp.write("empty.xml", ""));

@@ -116,11 +116,24 @@ TEST_F(TNVUserTest, RemovingDeletesTheFile) {
   EXPECT_FALSE(std::filesystem::exists(temp / "Ann.cfg"));
 }
 
-TEST_F(TNVUserTest, RemovingNeverDeletesADirectoryWithItsFiles) {
+TEST_F(TNVUserTest, RemovingNeverDeletesADirectory) {
   temp.write("Ann.cfg/kept", "x");
-  WTNVUser user("Ann", users());
-  EXPECT_TRUE(user.wRemove());
+  temp.makeDirectory("Bea.cfg");
+  EXPECT_TRUE(WTNVUser("Ann", users()).wRemove());
+  EXPECT_TRUE(WTNVUser("Bea", users()).wRemove());
   EXPECT_EQ(readFile(temp / "Ann.cfg/kept"), "x");
+  EXPECT_TRUE(std::filesystem::is_directory(temp / "Bea.cfg"));
+}
+
+TEST_F(TNVUserTest, RemovingALinkLeavesWhatItLeadsTo) {
+  temp.write("elsewhere/Ann.cfg", "x");
+  std::filesystem::create_symlink(temp / "elsewhere/Ann.cfg", temp / "Ann.cfg");
+  std::filesystem::create_directory_symlink(temp / "elsewhere", temp / "Bea.cfg");
+  EXPECT_TRUE(WTNVUser("Ann", users()).wRemove());
+  EXPECT_TRUE(WTNVUser("Bea", users()).wRemove());
+  EXPECT_EQ(readFile(temp / "elsewhere/Ann.cfg"), "x");
+  EXPECT_FALSE(std::filesystem::is_symlink(temp / "Ann.cfg"));
+  EXPECT_FALSE(std::filesystem::is_symlink(temp / "Bea.cfg"));
 }
 
 TEST_F(TNVUserTest, UsersAreListedByTheNamesOfTheirFilesUpToTheFirstDot) {
@@ -139,14 +152,15 @@ TEST_F(TNVUserTest, AMissingDirectoryHasNoUsersAndIsLogged) {
 TEST_F(TNVUserTest, ANameThatLeadsElsewhereIsRefused) {
   temp.makeDirectory("users");
   temp.write("victim.cfg", "Basic.Name = \"victim\"\n");
-  for (const char* name : {"../victim", "", "a/b", "a\\b"}) {
+  for (const char* name : {"../victim", "", "a/b", "a\\b", ".", "..", "a\nb"}) {
     WTNVUser user(name, temp / "users/");
     const LogCapture log;
     EXPECT_FALSE(user.wCreate());
     EXPECT_FALSE(user.wLoad());
     EXPECT_FALSE(user.wUpdate());
     EXPECT_FALSE(user.wRemove());
-    EXPECT_EQ(log.lines().front(), "TNVUser::create: User name must not be empty or a path!");
+    EXPECT_THAT(log.lines(),
+                testing::Contains("TNVUser::create: User name must not be empty or a path!"));
   }
   EXPECT_EQ(fileOf("victim"), "Basic.Name = \"victim\"\n");
   EXPECT_TRUE(std::filesystem::is_empty(temp / "users"));

@@ -1,5 +1,6 @@
 #include "support/Pictures.h"
 
+#include <sys/stat.h>
 #include <opencv2/imgcodecs.hpp>
 
 cv::Mat patternedPicture(int width, int height) {
@@ -17,6 +18,17 @@ cv::Mat patternedPicture(int width, int height) {
 std::string writePicture(const std::string& path, int width, int height) {
   cv::imwrite(path, patternedPicture(width, height));
   return path;
+}
+
+std::vector<std::string> unreadablePictures(const TempDirectory& temp) {
+  temp.makeDirectory("directory.png");
+  EXPECT_EQ(mkfifo((temp / "pipe.png").c_str(), 0600), 0);
+  return {temp / "missing.png",
+          temp / "directory.png",
+          temp / "pipe.png",
+          temp.write("empty.png", ""),
+          temp.write("text.png", "no picture"),
+          temp.write("huge.png", "P6 100000 100000 255\n")};
 }
 
 ::testing::AssertionResult samePixels(const cv::Mat& expected, const cv::Mat& actual) {

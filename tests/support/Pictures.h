@@ -1,15 +1,22 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <opencv2/core.hpp>
+
+#include "support/TempDirectory.h"
 
 /// A picture with no two equal neighbours, always the same for a size.
 cv::Mat patternedPicture(int width, int height);
 
 /// Writes a patterned picture and returns the path. The extension gives the format.
 std::string writePicture(const std::string& path, int width, int height);
+
+/// What is named like a picture and cannot be read as one: nothing, a directory, a pipe that nobody
+/// writes to, an empty file, a text, and a picture out of all proportion.
+std::vector<std::string> unreadablePictures(const TempDirectory& temp);
 
 /// Equal size, type and pixels; the message names the first difference.
 ::testing::AssertionResult samePixels(const cv::Mat& expected, const cv::Mat& actual);

@@ -135,6 +135,46 @@ TEST_F(Validation, MarksWithoutAClassOrAreaConsumeNoNumber) {
   EXPECT_EQ(gallery.wGetMarkUniqueId(0), 3);
 }
 
+TEST_F(Validation, RecordsThatWereNotReadAreReadAndOthersStayAsTheyAre) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  addMark(1, {8, 8, 16, 12}, {0});
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  WTNVProject again("demo", builder.temp / "projects/", "", "");
+  ASSERT_TRUE(again.wLoad());
+  TNVTrainSet& read = *again.getNativeProject()->trainSetPointers().at(1);
+  read.load();
+  read.removeMark(read.marks.front().get());
+  WTNVHandlerValidation cuts = again.getHndValidation();
+  ASSERT_TRUE(cuts.wProcessGeneration());
+  EXPECT_THAT(cuts.wGetDNNImageIndices("Screw (0)"), ElementsAre(0));
+  EXPECT_EQ(cuts.wGetTrainSetIndex(0), 0);
+}
+
+TEST_F(Validation, TheEarlierIndexLastsUntilTheStartedEvent) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  cut(0);
+  static TNVHandlerValidation* running = nullptr;
+  running = &handler();
+  gallery.setCBValidGenStarted([] {
+    EXPECT_THAT(running->getDNNImageIndices("Screw (0)"), ElementsAre(0));
+    EXPECT_EQ(running->images.size(), 1U);
+    EXPECT_EQ(running->imageInfo.size(), 1U);
+  });
+  trainSet(0).removeMark(trainSet(0).marks.front().get());
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  EXPECT_THAT(gallery.wGetDNNClasses(), IsEmpty());
+  EXPECT_EQ(running->images.size(), 0U);
+  EXPECT_EQ(running->imageInfo.size(), 0U);
+}
+
+TEST_F(Validation, ACopyOfTheWrapperHearsTheEventsToo) {
+  WTNVHandlerValidation copy(gallery);
+  copy.setCBValidGenFinished([] { events.emplace_back("finished for the copy"); });
+  EXPECT_TRUE(gallery.wProcessGeneration());
+  EXPECT_THAT(events, testing::Contains("finished for the copy"));
+}
+
 TEST_F(Validation, DamagedMarksAreLeftOut) {
   addMark(0, {8, 8, 16, 12}, {0})->center = {-40, 0.5};
   addMark(0, {8, 8, 16, 12}, {0})->center = {std::nan(""), 0.5};
@@ -174,14 +214,28 @@ TEST_F(Validation, CutsThatTheFormatDoesNotTakeAreLoggedAndConsumeNoNumber) {
 TEST_F(Validation, AnUnreadablePictureIsLoggedAndHasNoUpdate) {
   addMark(1, {8, 8, 16, 12}, {0});
   addMark(2, {8, 8, 16, 12}, {0});
-  std::filesystem::remove(trainSet(1).imagePath);
-  const LogCapture log;
-  EXPECT_TRUE(gallery.wProcessGeneration());
-  EXPECT_THAT(log.lines(),
-              testing::Contains("TNVHandlerValidation::createDNNImages: Could not load image '" +
-                                trainSet(1).imagePath + "'!"));
-  EXPECT_THAT(events, ElementsAre("started", "update", "update", "finished"));
-  EXPECT_EQ(gallery.wGetTrainSetIndex(0), 2);
+  for (const std::string& path : unreadablePictures(builder.temp)) {
+    trainSet(1).imagePath = path;
+    events.clear();
+    const LogCapture log;
+    EXPECT_TRUE(gallery.wProcessGeneration());
+    EXPECT_THAT(log.lines(),
+                testing::Contains("TNVHandlerValidation::createDNNImages: Could not load image '" +
+                                  path + "'!"));
+    EXPECT_THAT(events, ElementsAre("started", "update", "update", "finished"));
+    EXPECT_EQ(gallery.wGetTrainSetIndex(0), 2);
+  }
+}
+
+TEST_F(Validation, WhatCannotBeReadAsACutGivesZeros) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  for (const std::string& path : unreadablePictures(builder.temp)) {
+    std::filesystem::remove_all(fileOf(0));
+    if (std::filesystem::exists(path)) std::filesystem::rename(path, fileOf(0));
+    EXPECT_TRUE(cut(0).empty()) << path;
+    gallery.wUnloadAll();
+  }
 }
 
 TEST_F(Validation, TrainSetsGiveTheirPicturesUp) {

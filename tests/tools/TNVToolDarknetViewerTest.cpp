@@ -77,6 +77,7 @@ TEST_F(DarknetViewer, PicturesOfThreeTypesAreListedWithoutThoseBelow) {
     temp.write(name, "");
     temp.write(std::string(name).substr(0, std::string(name).find('.')) + ".txt", "");
   }
+  temp.write("e.txt", "");
   EXPECT_THAT(viewer.wReadImages(), UnorderedElementsAre("a", "b", "c"));
 }
 
@@ -134,6 +135,26 @@ TEST_F(DarknetViewer, AnUnreadablePictureLeavesItsNamesAndNoPicture) {
   EXPECT_EQ(viewer.wGetSelectedDataFile(), "b.txt");
 }
 
+TEST_F(DarknetViewer, WhateverCannotBeReadAsAPictureIsLoggedAndEmpty) {
+  for (const std::string& path : unreadablePictures(temp)) {
+    const std::string name = std::filesystem::path(path).stem();
+    temp.write(name + ".txt", "0 0.5 0.5 0.25 0.25\n");
+    viewer.wReadImages();
+    const LogCapture log;
+    EXPECT_FALSE(viewer.wSelectImage(name)) << path;
+    EXPECT_EQ(log.lines().size(), 1U);
+    EXPECT_TRUE(selectedImage().empty());
+  }
+}
+
+TEST_F(DarknetViewer, ALabelTextBehindLinksInACircleCountsAsNone) {
+  sample("a", "");
+  writePicture(temp / "b.png", 8, 8);
+  std::filesystem::create_symlink(temp / "b.txt", temp / "c.txt");
+  std::filesystem::create_symlink(temp / "c.txt", temp / "b.txt");
+  EXPECT_THAT(viewer.wReadImages(), ElementsAre("a"));
+}
+
 TEST_F(DarknetViewer, BoxesAreDrawnInRed) {
   // 20 x 15 around (40, 30); 8 x 6 around (12, 45).
   expectBoxes("0 0.5 0.5 0.25 0.25\n7 0.15 0.75 0.1 0.1\n", {{30, 22, 20, 15}, {8, 42, 8, 6}});
@@ -149,6 +170,10 @@ TEST_F(DarknetViewer, BlanksTabsAndCarriageReturnsBetweenFieldsDoNotMatter) {
   expectBoxes("0  0.5 0.5\t 0.25   0.25 \r\n", {{30, 22, 20, 15}});
 }
 
+TEST_F(DarknetViewer, WhiteSpaceWithinFieldsIsRemoved) {
+  expectBoxes("0 0.\v5 0.5\f \v\f 0.25 0\t.25\n", {{30, 22, 20, 15}});
+}
+
 TEST_F(DarknetViewer, ATabAloneDoesNotPartFields) {
   expectBoxes("0\t0.5 0.5 0.25 0.25\n", {});
 }
@@ -160,6 +185,8 @@ TEST_F(DarknetViewer, LinesOfAnotherNumberOfFieldsDrawNothing) {
 TEST_F(DarknetViewer, TextIsZeroAndTheClassIsNotLookedAt) {
   expectBoxes("screw 0.5 0.5 0.25 0.25\n", {{30, 22, 20, 15}});
   expectBoxes("0 x 0.5 0.25 0.25\n", {{-10, 22, 20, 15}});
+  expectBoxes("0 0.5 0.5 0.25 x\n", {});
+  expectBoxes("0 0.5a 0.5b 0.25c 0.25d\n", {{30, 22, 20, 15}});
 }
 
 TEST_F(DarknetViewer, ABoxOverTheEdgeIsClipped) {

@@ -1,4 +1,4 @@
-#include "PortalServer.h"
+#include "support/PortalServer.h"
 
 #include <chrono>
 #include <thread>

@@ -1,0 +1,86 @@
+#include "OutputFile.h"
+
+#include <fstream>
+
+#include "CommandError.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// As many as the system follows.
+constexpr int mostLinks = 40;
+
+void requireNoPicture(const std::string& file, const std::vector<PictureRecord>& pictures) {
+  for (const auto& picture : pictures) {
+    std::error_code error;
+    if (fs::equivalent(file, picture.path, error))
+      throw CommandError("'" + file + "' is a picture of the project; choose another file");
+  }
+}
+
+bool isTaken(const fs::path& path) {
+  std::error_code error;
+  return fs::exists(fs::symlink_status(path, error));
+}
+
+// A name beside the file that nothing has.
+fs::path freePart(const fs::path& file) {
+  fs::path part = file.string() + ".part";
+  for (int i = 2; isTaken(part); ++i)
+    part = file.string() + ".part" + std::to_string(i);
+  return part;
+}
+
+}  // namespace
+
+fs::path destinationOf(const std::string& file) {
+  std::error_code error;
+  auto place = fs::absolute(file);
+  for (int i = 0; i < mostLinks; ++i) {
+    if (!fs::is_symlink(fs::symlink_status(place, error)))
+      return fs::weakly_canonical(place, error);
+    place = place.parent_path() / fs::read_symlink(place, error);
+  }
+  throw CommandError("'" + file + "' cannot be written; it is a link in a circle");
+}
+
+void requireWritable(const std::string& file) {
+  destinationOf(file);
+  std::error_code error;
+  const auto status = fs::status(file, error);
+  if (fs::is_directory(status))
+    throw CommandError("'" + file + "' is a directory; name a file in it");
+  if (fs::exists(status) && !fs::is_regular_file(status))
+    throw CommandError("'" + file +
+                       "' cannot be written; it is a pipe or a device, choose another file");
+}
+
+void requireWritable(const std::string& file, const WTNVProject& project,
+                     const std::vector<PictureRecord>& pictures) {
+  requireWritable(file);
+  if (liesWithin(destinationOf(file), projectDirectory(project)))
+    throw CommandError("'" + file +
+                       "' lies in the directory of the project, which is for the project's own "
+                       "files; choose another place");
+  requireNoPicture(file, pictures);
+}
+
+void writeWhole(const std::string& file, const std::function<void(std::ostream&)>& write) {
+  const auto destination = destinationOf(file);
+  const auto part = freePart(destination);
+  std::error_code error;
+  try {
+    std::ofstream stream(part, std::ios::binary);
+    if (stream) write(stream);
+    stream.close();
+    if (stream) fs::rename(part, destination, error);
+    if (!stream || error)
+      throw CommandError("'" + file +
+                         "' cannot be written; see that its directory exists and is yours, and "
+                         "that there is space");
+  } catch (...) {
+    fs::remove(part, error);
+    throw;
+  }
+}

@@ -1,0 +1,72 @@
+#include "foundation/PictureFile.h"
+
+#include <filesystem>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <opencv2/imgcodecs.hpp>
+
+#include "support/Pictures.h"
+#include "support/TempDirectory.h"
+
+namespace {
+
+/// The content of the file that the image library makes of a picture.
+std::string encoded(const char* extension, const cv::Mat& picture, const std::vector<int>& how) {
+  std::vector<uchar> bytes;
+  cv::imencode(extension, picture, bytes, how);
+  return {bytes.begin(), bytes.end()};
+}
+
+}  // namespace
+
+TEST(PictureFile, APictureComesAsItWasWritten) {
+  const TempDirectory temp;
+  EXPECT_TRUE(
+      samePixels(patternedPicture(20, 10), tnv::readPicture(writePicture(temp / "a.png", 20, 10))));
+}
+
+TEST(PictureFile, GreyAndTransparentPicturesComeInColour) {
+  const TempDirectory temp;
+  cv::imwrite(temp / "grey.png", cv::Mat(4, 5, CV_8UC1, cv::Scalar(9)));
+  cv::imwrite(temp / "deep.png", cv::Mat(4, 5, CV_16UC4, cv::Scalar(2313, 2313, 2313, 500)));
+  const cv::Mat expected(4, 5, CV_8UC3, cv::Scalar::all(9));
+  EXPECT_TRUE(samePixels(expected, tnv::readPicture(temp / "grey.png")));
+  EXPECT_TRUE(samePixels(expected, tnv::readPicture(temp / "deep.png")));
+}
+
+TEST(PictureFile, WhatCannotBeReadIsEmpty) {
+  const TempDirectory temp;
+  for (const std::string& path : unreadablePictures(temp))
+    EXPECT_TRUE(tnv::readPicture(path).empty()) << path;
+  EXPECT_TRUE(tnv::readPicture("").empty());
+}
+
+TEST(PictureFile, ALinkLeadsToItsPicture) {
+  const TempDirectory temp;
+  writePicture(temp / "a.png", 20, 10);
+  std::filesystem::create_symlink(temp / "a.png", temp / "link.png");
+  EXPECT_TRUE(samePixels(patternedPicture(20, 10), tnv::readPicture(temp / "link.png")));
+}
+
+TEST(PictureFile, TheQualityOfAJpegIsTheUsualOneUnlessGiven) {
+  const TempDirectory temp;
+  const cv::Mat picture = patternedPicture(64, 48);
+  EXPECT_TRUE(tnv::writePicture(temp / "usual.jpg", picture));
+  EXPECT_TRUE(tnv::writePicture(temp / "low.jpg", picture, 10));
+  EXPECT_EQ(readFile(temp / "usual.jpg"), encoded(".jpg", picture, {}));
+  EXPECT_EQ(readFile(temp / "low.jpg"), encoded(".jpg", picture, {cv::IMWRITE_JPEG_QUALITY, 10}));
+}
+
+TEST(PictureFile, TheExtensionGivesTheFormat) {
+  const TempDirectory temp;
+  const cv::Mat picture = patternedPicture(64, 48);
+  EXPECT_TRUE(tnv::writePicture(temp / "a.png", picture));
+  EXPECT_EQ(readFile(temp / "a.png"), encoded(".png", picture, {}));
+  EXPECT_THROW(tnv::writePicture(temp / "a.nothing", picture), cv::Exception);
+}
+
+TEST(PictureFile, WhatCannotBeWrittenIsFalse) {
+  const TempDirectory temp;
+  EXPECT_FALSE(tnv::writePicture(temp / "absent/a.png", patternedPicture(8, 8)));
+}
