@@ -16,11 +16,8 @@ void requireFormat(const std::string& file) {
 
 std::vector<unsigned char> encoded(const std::string& file, const cv::Mat& picture) {
   std::vector<unsigned char> bytes;
-  try {
-    cv::imencode(fs::path(file).extension().string(), picture, bytes);
-  } catch (const cv::Exception& error) {
-    throw CommandError("'" + file + "' cannot be written: " + error.err);
-  }
+  if (!cv::imencode(fs::path(file).extension().string(), picture, bytes))
+    throw CommandError("'" + file + "' cannot be written; choose another format, .png or .jpg");
   return bytes;
 }
 

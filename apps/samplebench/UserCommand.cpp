@@ -28,7 +28,9 @@ std::vector<std::string> userNames(const std::string& users) {
 
 void requireName(const std::string& name) {
   requireStorable("the name of a user", name);
-  if (name.find('.') != std::string::npos && name.find('/') == std::string::npos)
+  // What is a path, the library refuses for that.
+  const bool isPath = name.find('/') != std::string::npos;
+  if (!isPath && name.find('.') != std::string::npos)
     throw CommandError("user '" + name +
                        "' cannot be made; a name must not hold a dot, at which lists cut it");
 }

@@ -120,8 +120,9 @@ TEST(DocumentsDirectory, StandsOneSlashBehindTheHome) {
   EXPECT_EQ(tnv::documentsDirectoryOf(home + "/"), home + "/Documents/");
   EXPECT_EQ(tnv::documentsDirectoryOf(home + "//"), home + "/Documents/");
   // As root, there may be a file of that name at the top.
-  if (!std::filesystem::exists("/.config/user-dirs.dirs"))
+  if (!std::filesystem::exists("/.config/user-dirs.dirs")) {
     EXPECT_EQ(tnv::documentsDirectoryOf("/"), "/Documents/");
+  }
 }
 
 TEST(DocumentsDirectory, TheHomeIsThatOfTheAccountAndNotOfTheEnvironment) {
