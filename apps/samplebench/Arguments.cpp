@@ -17,6 +17,7 @@
 #include "Numbers.h"
 #include "ProjectCommands.h"
 #include "RenderCommand.h"
+#include "StatsCommand.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 #include "UserCommand.h"
 #include "VerifyCommand.h"
@@ -75,6 +76,7 @@ struct Request {
   GenerateOptions generate;
   DemoOptions demo;
   ViewOptions view;
+  StatsOptions stats;
   VerifyOptions verify;
   WeightsOptions weights;
   UserOptions user;
@@ -107,6 +109,14 @@ CLI::App* addCommand(CLI::App& parent, const std::string& name, const std::strin
   return command;
 }
 
+void addJson(CLI::App& command, Request& request) {
+  command.add_flag("--json", request.json, "the result as one JSON object, for programs");
+}
+
+void addDryRun(CLI::App& command, Request& request) {
+  command.add_flag("--dry-run", request.dryRun, "say what would be done, and change nothing");
+}
+
 void addProjectArgument(CLI::App& command, std::string& project) {
   command.add_option("PROJECT", project, "name of the project")->required();
 }
@@ -137,6 +147,7 @@ void addClassList(CLI::App& classes, Request& request) {
   auto* command = addCommand(classes, "list", "Lists the classes with numbers and colours.",
                              "class list parts");
   addProjectArgument(*command, request.project);
+  addJson(*command, request);
   command->callback([&request] {
     request.run = [&](Output& output) { runClassList(request.locations, request.project, output); };
   });
@@ -148,6 +159,8 @@ CLI::App* addClassEdit(CLI::App& classes, Request& request, const std::string& n
                        const std::string& purpose, const std::string& example, ClassEdit run) {
   auto* command = addCommand(classes, name, purpose, "class " + example);
   addProjectArgument(*command, request.classEdit.project);
+  addJson(*command, request);
+  addDryRun(*command, request);
   command->callback([&request, run] {
     request.run = [&request, run](Output& output) {
       run(request.locations, request.classEdit, output);
@@ -197,6 +210,7 @@ void addImport(CLI::App& app, Request& request) {
                              "they are; those already there are passed over.",
                              "import parts day1 photos/ --recursive");
   addProjectArgument(*command, options.project);
+  addDryRun(*command, request);
   command->add_option("SET", options.set, "name of the image set")->required();
   command->add_option("DIRECTORY", options.directory, "where the pictures lie")->required();
   command->add_flag("--recursive", options.recursive, "look into directories below, too");
@@ -225,6 +239,7 @@ void addMark(CLI::App& app, Request& request) {
       "marks.txt\n\n" +
           std::string(formsHelp));
   addProjectArgument(*command, options.project);
+  addDryRun(*command, request);
   command->add_option("PICTURE", options.picture, "path, or file name if there is only one");
   command->add_option("FORM", options.form, "form of the mark, see below");
   command->add_option("POINT", options.points, "points x,y, 0 to 1 from the top left");
@@ -348,6 +363,7 @@ void addGenerate(CLI::App& app, Request& request) {
                              "Writes a training set for Darknet. An earlier set there is replaced.",
                              "generate parts --output set/ --test-ratio 0.1 --set WIDTH=608");
   addProjectArgument(*command, options.project);
+  addJson(*command, request);
   command->add_option("--output", options.output, "directory of the set")->required();
   command->add_option("--augmentation", options.augmentation, "tree of tasks for each picture")
       ->capture_default_str();
@@ -399,6 +415,23 @@ void addView(CLI::App& app, Request& request) {
       [&request] { request.run = [&](Output& output) { runView(request.view, output); }; });
 }
 
+void addStats(CLI::App& app, Request& request) {
+  auto& options = request.stats;
+  auto* command = addCommand(app, "stats",
+                             "Shows of what a project or a training set consists: pictures, boxes "
+                             "of each class and their sizes in pixels.",
+                             "stats parts --report parts.html");
+  command->add_option("SUBJECT", options.subject, "project, or directory of a training set")
+      ->required();
+  addJson(*command, request);
+  addDryRun(*command, request);
+  command->add_option("--report", options.report, "page to write, with plots of sizes and places")
+      ->check(notEmpty());
+  command->callback([&request] {
+    request.run = [&](Output& output) { runStats(request.locations, request.stats, output); };
+  });
+}
+
 void addVerify(CLI::App& app, Request& request) {
   auto& options = request.verify;
   auto* command = addCommand(
@@ -407,6 +440,7 @@ void addVerify(CLI::App& app, Request& request) {
       "says file, line and rule of each finding. Exit code 3 if there are any.",
       "verify set/");
   command->add_option("SET", options.set, "directory of the set, or its data file")->required();
+  addJson(*command, request);
   command->add_option("--net", options.network, "network file (default: the one beside the set)");
   command->callback(
       [&request] { request.run = [&](Output& output) { runVerify(request.verify, output); }; });
@@ -423,6 +457,8 @@ void addLabelsImport(CLI::App& labels, Request& request) {
                              "elsewhere. What is there already is passed over.",
                              "labels import parts day1 ~/labelled/ --names ~/labelled/obj.names");
   addProjectArgument(*command, options.project);
+  addJson(*command, request);
+  addDryRun(*command, request);
   command->add_option("SET", options.set, "name of the image set")->required();
   command->add_option("PATH", options.path, "directory or file of the labels")->required();
   command->add_option("--format", options.format, formatsHelp() + " (default: as it looks)");
@@ -448,6 +484,8 @@ void addLabelsExport(CLI::App& labels, Request& request) {
                              "there is replaced.",
                              "labels export parts ~/for-others/ --format Darknet --copy");
   addProjectArgument(*command, options.project);
+  addJson(*command, request);
+  addDryRun(*command, request);
   command->add_option("DIRECTORY", options.path, "new or empty, or an earlier export")->required();
   command->add_option("--format", options.format, formatsHelp())->required();
   command->add_flag("--copy", options.copy, "copy the pictures beside the labels");
@@ -574,8 +612,6 @@ void addGlobals(CLI::App& app, Request& request) {
   app.add_option("--augments", request.locations.augments,
                  "trees of tasks (default: those that came with the program)");
   app.add_flag("--quiet", request.quiet, "only errors on standard error");
-  app.add_flag("--json", request.json, "results as one JSON object, for programs");
-  app.add_flag("--dry-run", request.dryRun, "say what would be done; write and delete nothing");
 }
 
 void addCommands(CLI::App& app, Request& request) {
@@ -594,6 +630,7 @@ void addCommands(CLI::App& app, Request& request) {
   addGallery(app, request);
   addGenerate(app, request);
   addView(app, request);
+  addStats(app, request);
   addVerify(app, request);
   addWeights(app, request);
   addLabels(app, request);

@@ -46,13 +46,12 @@ std::string nameOf(const std::vector<PictureRecord>& pictures, std::size_t place
   return names.front();
 }
 
-// The directory with a slash at its end.
-std::string madeDirectory(const std::string& given) {
+// Makes the directory, given with a slash at its end.
+void makeDirectory(const std::string& given) {
   std::error_code error;
   fs::create_directories(given, error);
   if (!fs::is_directory(given, error))
     throw CommandError("'" + given + "' cannot be written to; give a directory of yours");
-  return (fs::path(given) / "").string();
 }
 
 // The library does not tell whether it wrote a file: what is there afterwards has to be new.
@@ -88,8 +87,10 @@ void runCrop(const Locations& locations, const CropOptions& options, Output& out
   const auto marks = editor.marks.getAllMarks();
   if (marks.empty())
     throw CommandError("picture '" + pictures[place].path + "' has no marks to cut out");
-  const auto directory = madeDirectory(options.directory);
+  const auto directory = (fs::path(options.directory) / "").string();
   const auto picture = nameOf(pictures, place);
+  requireWritablePicture(directory + picture + ".png", *project, pictures);
+  makeDirectory(directory);
   for (std::size_t i = 0; i < marks.size(); ++i) {
     const auto name = picture + "-" + std::to_string(i + 1) + ".png";
     const auto mark = "mark " + std::to_string(i + 1) + " (" + marks[i].wGetType() + ")";

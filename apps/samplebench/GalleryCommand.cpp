@@ -8,6 +8,7 @@
 
 #include "CommandError.h"
 #include "GalleryReport.h"
+#include "MarkBox.h"
 #include "OutputFile.h"
 #include "PictureFile.h"
 #include "Platform.h"
@@ -125,20 +126,10 @@ class GalleryBuilder {
     const auto dnnClass = mark.wGetFirstDNNClass(classes);
     if (!dnnClass.isValid()) ++gallery.marksWithoutClass;
     if (!dnnClass.isValid() || entry.pictureSize.empty()) return;
-    entry.box = boxOf(mark, entry.pictureSize);
+    entry.box = boxInPixels(mark, entry.pictureSize);
     const auto cut = cuts.find({static_cast<int>(entry.picture), mark.wGetUniqueId()});
     if (cut != cuts.end()) entry.cut = cut->second;
     gallery.classes[places.at(dnnClass.getNativeDNNClass())].marks.push_back(std::move(entry));
-  }
-
-  static cv::Rect2d boxOf(const WTNVMark& mark, cv::Size picture) {
-    cv::Point2d centre;
-    cv::Size2d size;
-    mark.wGetRelCenter(centre.x, centre.y);
-    mark.wGetRelSize(size.width, size.height, picture.width, picture.height);
-    return {(centre.x - size.width / 2) * picture.width,
-            (centre.y - size.height / 2) * picture.height, size.width * picture.width,
-            size.height * picture.height};
   }
 
   std::vector<WTNVDNNClass> classes;

@@ -110,14 +110,16 @@ bool isClassName(const std::string& name) {
 
 void requireClassName(const std::string& name) {
   if (!isClassName(name))
-    throw CommandError(
-        "class '" + name +
-        "' cannot be added; use a name without comma, equals sign, brace, quote, backslash or tab");
+    throw CommandError("class '" + name +
+                           "' cannot be added; use a name without comma, equals sign, brace, "
+                           "quote, backslash or tab",
+                       exitUsage);
 }
 
 namespace {
 
 constexpr auto whatToDo = "; restore or remove that file";
+constexpr auto isMissing = " is missing or empty";
 
 // The library does not tell which file of a set is empty.
 std::string emptyFiles(const WTNVProject& project, const std::string& set) {
@@ -138,7 +140,7 @@ PictureRecord readRecord(const WTNVProject& project, const std::string& set,
   std::string damage;
   try {
     if (!trainSet.wLoadData())
-      damage = "the file of " + name + " is missing or empty" + emptyFiles(project, set);
+      damage = "the file of " + name + isMissing + emptyFiles(project, set);
   } catch (const cv::Exception& error) {
     damage = name + ": " + error.err;
   }
@@ -173,8 +175,11 @@ std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& outp
 
 void requireWholeRecords(const WTNVProject& project) {
   for (const auto& set : project.wGetImageSets())
-    for (const auto& record : readSet(project, set))
-      if (!record.damage.empty()) throw CommandError(record.damage + whatToDo);
+    for (const auto& record : readSet(project, set)) {
+      // With a file that is gone nothing is lost any more.
+      if (!record.damage.empty() && !record.damage.ends_with(isMissing))
+        throw CommandError(record.damage + whatToDo);
+    }
 }
 
 fs::path projectDirectory(const WTNVProject& project) {

@@ -49,7 +49,7 @@ TEST_F(ProgramClasses, ARenamedClassKeepsNumberColourAndMarks) {
 
 TEST_F(ProgramClasses, ANameThatIsTakenOrWouldNotBeReadBackIsRefused) {
   fail({"class", "rename", "parts", "bolt", "nut"}, "another class's");
-  fail({"class", "rename", "parts", "bolt", "a,b"}, "without comma");
+  fail({"class", "rename", "parts", "bolt", "a,b"}, "without comma", 2);
   fail({"class", "rename", "parts", "clip", "stud"}, "there is no class 'clip'");
   EXPECT_EQ(occurrences(succeed({"class", "list", "parts"}), "bolt"), 1U);
 }

@@ -187,7 +187,7 @@ TEST_F(LabelsTest, WrongRequestsAreRefusedWithAWayOut) {
   fail({"labels", "import", "parts", "others", "missing"}, "no labels can be read from 'missing'");
   fail({"labels", "import", "parts", "others", "in", "--format", "Yolo"},
        "there is no format 'Yolo'; choose from:");
-  fail({"labels", "import", "parts", "a/b", "in"}, "use a name without slashes");
+  fail({"labels", "import", "parts", "a/b", "in"}, "use a name without slashes", 2);
   fail({"labels", "import", "parts", "others", "in", "--base", "2"}, "--base", 2);
   fail({"labels", "export", "parts", "in", "--format", "Darknet"}, "give a new or empty directory");
   fail({"labels", "export", "parts", "out"}, "--format", 2);

@@ -110,7 +110,7 @@ TEST_F(ProgramCrop, AnEarlierCropIsReplacedAndNothingElse) {
   EXPECT_EQ(readFile(other), "something else");
   std::filesystem::remove(place / "cut/a-1.png");
   place.makeDirectory("cut/a-1.png");
-  fail({"crop", "parts", "a.png", "-o", "cut"}, "is in the way");
+  fail({"crop", "parts", "a.png", "-o", "cut"}, "is a directory");
 }
 
 TEST_F(ProgramCrop, PicturesOfOneNameAreToldApart) {

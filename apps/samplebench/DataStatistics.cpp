@@ -1,0 +1,185 @@
+#include "DataStatistics.h"
+
+#include <algorithm>
+#include <numeric>
+#include <set>
+
+#include "GalleryStatistics.h"
+#include "MarkBox.h"
+#include "PictureFile.h"
+#include "verify/LabelPlaces.h"
+
+namespace {
+
+/// Collects boxes, picture by picture.
+class Counter {
+ public:
+  explicit Counter(DataStatistics& target) : statistics(target) {}
+
+  void beginPicture(cv::Size pictureSize) {
+    size = pictureSize;
+    boxes = 0;
+    seen.clear();
+    ++statistics.pictures;
+    if (size.empty()) {
+      ++statistics.unreadable;
+    } else {
+      ++statistics.pictureSizes[{size.width, size.height}];
+    }
+  }
+
+  void add(std::size_t dnnClass, const cv::Rect2d& box) {
+    ++boxes;
+    if (size.empty()) return;
+    if (dnnClass >= statistics.classes.size()) {
+      ++statistics.withoutClass;
+      return;
+    }
+    auto& counted = statistics.classes[dnnClass];
+    counted.boxes.push_back({box, size});
+    if (seen.insert(dnnClass).second) ++counted.pictures;
+  }
+
+  void endPicture() {
+    if (boxes == 0) ++statistics.withoutBoxes;
+  }
+
+ private:
+  DataStatistics& statistics;
+  cv::Size size;
+  std::size_t boxes = 0;
+  std::set<std::size_t> seen;
+};
+
+void addMark(Counter& counter, const WTNVMark& mark, const std::vector<WTNVDNNClass>& classes,
+             cv::Size size) {
+  const auto box = boxInPixels(mark, size);
+  bool hasClass = false;
+  for (std::size_t i = 0; i < classes.size(); ++i) {
+    if (mark.wGetDNNClasses({classes[i]}).empty()) continue;
+    counter.add(i, box);
+    hasClass = true;
+  }
+  if (!hasClass) counter.add(classes.size(), box);
+}
+
+cv::Rect2d scaled(const cv::Rect2d& box, cv::Size size) {
+  return {box.x * size.width, box.y * size.height, box.width * size.width,
+          box.height * size.height};
+}
+
+std::vector<std::string> namesOf(const SetLayout& layout) {
+  std::vector<std::string> names;
+  if (layout.namesFile.empty()) return names;
+  for (const auto& line : readTextFile(layout.namesFile).lines)
+    names.push_back(trimmed(line));
+  return names;
+}
+
+std::vector<cv::Rect2d> plainBoxes(const ClassStatistics& dnnClass) {
+  std::vector<cv::Rect2d> boxes;
+  for (const auto& placed : dnnClass.boxes)
+    boxes.push_back(placed.box);
+  return boxes;
+}
+
+void writeTotals(std::ostream& page, const DataStatistics& statistics) {
+  page << "<table class=\"totals\">\n<thead><tr><th>Pictures</th><th>Unreadable</th><th>Without "
+          "boxes</th><th>Boxes</th><th>Without class</th></tr></thead>\n<tbody><tr><td>"
+       << statistics.pictures << "</td><td>" << statistics.unreadable << "</td><td>"
+       << statistics.withoutBoxes << "</td><td>" << statistics.boxCount() << "</td><td>"
+       << statistics.withoutClass << "</td></tr></tbody>\n</table>\n";
+}
+
+void writePictureSizes(std::ostream& page, const DataStatistics& statistics) {
+  page << "<section>\n<h2>Sizes of pictures</h2>\n<table>\n<thead><tr><th>Pixels</th>"
+          "<th>Pictures</th></tr></thead>\n<tbody>\n";
+  for (const auto& [size, count] : statistics.pictureSizes)
+    page << "<tr><td>" << size.first << " × " << size.second << "</td><td>" << count
+         << "</td></tr>\n";
+  page << "</tbody>\n</table>\n</section>\n";
+}
+
+void writeClassTable(std::ostream& page, const DataStatistics& statistics) {
+  page << "<section>\n<h2>Classes</h2>\n<table>\n<thead><tr><th>Class</th><th>Boxes</th>"
+          "<th>Pictures</th><th>Median side, px</th></tr></thead>\n<tbody>\n";
+  for (const auto& dnnClass : statistics.classes)
+    page << "<tr><td>" << htmlText(dnnClass.name) << "</td><td>" << dnnClass.boxes.size()
+         << "</td><td>" << dnnClass.pictures << "</td><td>"
+         << pageNumber(median(sidesOf(plainBoxes(dnnClass)))) << "</td></tr>\n";
+  page << "</tbody>\n</table>\n</section>\n";
+}
+
+}  // namespace
+
+std::size_t DataStatistics::boxCount() const {
+  return std::accumulate(
+      classes.begin(), classes.end(), withoutClass,
+      [](std::size_t sum, const auto& dnnClass) { return sum + dnnClass.boxes.size(); });
+}
+
+DataStatistics projectStatistics(const WTNVProject& project,
+                                 const std::vector<PictureRecord>& pictures,
+                                 const PictureStep& step) {
+  DataStatistics statistics;
+  statistics.title = "Project " + project.wGetProjectName();
+  const auto classes = project.wGetDNNClasses();
+  for (const auto& dnnClass : classes)
+    statistics.classes.push_back({dnnClass.wGetName(), 0, {}});
+  Counter counter(statistics);
+  for (const auto& picture : pictures) {
+    const auto size = readPicture(picture.path).size();
+    counter.beginPicture(size);
+    for (const auto& mark : picture.trainSet.wGetMarks())
+      addMark(counter, mark, classes, size);
+    counter.endPicture();
+    step();
+  }
+  return statistics;
+}
+
+std::vector<std::string> picturesOf(const SetLayout& layout) {
+  auto pictures = layout.pictures;
+  Findings ignored;
+  for (const auto& list : {layout.trainList, layout.testList})
+    if (!list.empty())
+      for (const auto& entry : checkList(list, ignored))
+        pictures.push_back(entry.picture);
+  return pictures;
+}
+
+DataStatistics setStatistics(const SetLayout& layout, const std::vector<std::string>& pictures,
+                             const PictureStep& step) {
+  DataStatistics statistics;
+  for (const auto& name : namesOf(layout))
+    statistics.classes.push_back({name, 0, {}});
+  Findings ignored;
+  LabelPlaces places(ignored);
+  Counter counter(statistics);
+  for (const auto& picture : pictures) {
+    const auto size = readPicture(picture).size();
+    counter.beginPicture(size);
+    for (const auto& line : readTextFile(places.labelOf(picture)).lines)
+      if (const auto label = parseLabelLine(line))
+        counter.add(label->classNumber, scaled(label->box, size));
+    counter.endPicture();
+    step();
+  }
+  return statistics;
+}
+
+void writeStatisticsPage(std::ostream& page, const DataStatistics& statistics) {
+  writePageHead(page, statistics.title);
+  writeTotals(page, statistics);
+  writeClassTable(page, statistics);
+  writePictureSizes(page, statistics);
+  for (const auto& dnnClass : statistics.classes) {
+    if (dnnClass.boxes.empty()) continue;
+    page << "<section>\n<h2>" << htmlText(dnnClass.name) << " <small>"
+         << counted(dnnClass.boxes.size(), "box", "boxes") << " on "
+         << counted(dnnClass.pictures, "picture") << "</small></h2>\n<div class=\"plots\">\n";
+    writeBoxPlots(page, dnnClass.boxes);
+    page << "</div>\n</section>\n";
+  }
+  writePageEnd(page);
+}

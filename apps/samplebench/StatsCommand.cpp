@@ -1,0 +1,107 @@
+#include "StatsCommand.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+#include "CommandError.h"
+#include "DataStatistics.h"
+#include "GalleryStatistics.h"
+#include "Numbers.h"
+#include "OutputFile.h"
+#include "Platform.h"
+#include "Progress.h"
+
+namespace {
+
+DataStatistics counting(std::size_t pictures, Output& output,
+                       const std::function<DataStatistics(const PictureStep&)>& count) {
+  const platform::InterruptCatcher catcher;
+  Progress progress(pictures, output);
+  auto statistics = count([&] {
+    progress.step();
+    if (platform::InterruptCatcher::interrupted())
+      throw CommandError("interrupted; nothing was written", exitInterrupted);
+  });
+  progress.finish();
+  return statistics;
+}
+
+bool isProject(const Locations& locations, const std::string& name) {
+  const auto names = WTNVProject::wReadAvailableProjects(locations.projects);
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+DataStatistics statisticsOf(const Locations& locations, const StatsOptions& options,
+                            Output& output) {
+  if (isProject(locations, options.subject)) {
+    const auto project = openProject(locations, options.subject);
+    const auto pictures = readPictures(*project, output);
+    if (!options.report.empty()) requireWritable(options.report, *project, pictures);
+    return counting(pictures.size(), output, [&](const PictureStep& step) {
+      return projectStatistics(*project, pictures, step);
+    });
+  }
+  if (!std::filesystem::exists(options.subject))
+    throw CommandError("'" + options.subject + "' is neither a project in " + locations.projects +
+                       " nor a training set; samplebench generate writes one");
+  if (!options.report.empty()) requireWritable(options.report);
+  Findings ignored;
+  const auto layout = findSet(options.subject, "", ignored);
+  const auto pictures = picturesOf(layout);
+  auto statistics = counting(pictures.size(), output, [&](const PictureStep& step) {
+    return setStatistics(layout, pictures, step);
+  });
+  statistics.title = "Training set " + options.subject;
+  return statistics;
+}
+
+struct SideRange {
+  double least = 0;
+  double middle = 0;
+  double most = 0;
+};
+
+SideRange rangeOf(const ClassStatistics& dnnClass) {
+  std::vector<cv::Rect2d> boxes;
+  for (const auto& placed : dnnClass.boxes)
+    boxes.push_back(placed.box);
+  const auto sides = sidesOf(boxes);
+  if (sides.empty()) return {};
+  const auto [least, most] = std::minmax_element(sides.begin(), sides.end());
+  return {*least, median(sides), *most};
+}
+
+Cell pixels(double length) {
+  return {std::round(length * 10) / 10, formatFixed(length, 1)};
+}
+
+void write(const DataStatistics& statistics, Output& output) {
+  output.table("totals", {"pictures", "unreadable", "without boxes", "boxes", "without class"},
+               {{statistics.pictures, statistics.unreadable, statistics.withoutBoxes,
+                 statistics.boxCount(), statistics.withoutClass}});
+  output.say();
+  std::vector<TableRow> rows;
+  for (const auto& dnnClass : statistics.classes) {
+    const auto [least, middle, most] = rangeOf(dnnClass);
+    rows.push_back({dnnClass.boxes.size(), dnnClass.pictures, pixels(least), pixels(middle),
+                    pixels(most), dnnClass.name});
+  }
+  output.table("classes",
+               {"boxes", "pictures", "smallest side", "median side", "largest side", "class"},
+               rows);
+}
+
+}  // namespace
+
+void runStats(const Locations& locations, const StatsOptions& options, Output& output) {
+  const auto statistics = statisticsOf(locations, options, output);
+  write(statistics, output);
+  if (options.report.empty()) return;
+  output.fact("report", options.report);
+  if (!output.isDryRun())
+    writeWhole(options.report,
+               [&](std::ostream& page) { writeStatisticsPage(page, statistics); });
+  output.say();
+  output.say((output.isDryRun() ? "would write " : "wrote ") + options.report);
+}

@@ -1,0 +1,90 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include <opencv2/imgcodecs.hpp>
+
+#include "ProgramRunner.h"
+#include "support/Pictures.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+class ProgramStats : public ProgramTest {
+ protected:
+  /// Pictures of 128 by 64 pixels: a screw of 32 by 32 and a nut of 64 by 16 on the first one.
+  void SetUp() override {
+    makeProject();
+    mark("Rect", "0.25,0.25", "0.5,0.75", "screw");
+    mark("Rect", "0.25,0.5", "0.75,0.75", "nut");
+  }
+
+  void mark(const std::string& form, const std::string& a, const std::string& b,
+            const std::string& name) const {
+    succeed({"mark", "parts", "a.png", form, a, b, "--class", name});
+  }
+};
+
+}  // namespace
+
+TEST_F(ProgramStats, AProjectIsCounted) {
+  mark("Rect", "0.5,0.25", "0.625,0.5", "screw");
+  EXPECT_EQ(succeed({"stats", "parts"}),
+            "pictures  unreadable  without boxes  boxes  without class\n"
+            "       2           0              1      3              0\n"
+            "\n"
+            "boxes  pictures  smallest side  median side  largest side  class\n"
+            "    2         1           16.0         24.0          32.0  screw\n"
+            "    1         1           32.0         32.0          32.0  nut\n");
+}
+
+TEST_F(ProgramStats, ATrainingSetIsCountedByItsLabels) {
+  succeed({"generate", "parts", "--output", "set"});
+  // The labels of a rectangle take both of its ends in: 33 by 33, 65 by 17 pixels.
+  EXPECT_THAT(succeed({"stats", "set"}),
+              HasSubstr("    1         1           33.0         33.0          33.0  screw\n"
+                        "    1         1           33.2         33.2          33.2  nut\n"));
+}
+
+TEST_F(ProgramStats, PicturesThatCannotBeReadAreToldAndTheirBoxesLeftOut) {
+  place.write("photos/a.png", "trash");
+  EXPECT_THAT(succeed({"stats", "parts"}),
+              HasSubstr("       2           1              1      0              0\n"));
+}
+
+TEST_F(ProgramStats, AReportIsOnePageWithPlots) {
+  succeed({"class", "add", "parts", "<clip>"});
+  EXPECT_THAT(succeed({"stats", "parts", "--report", "stats.html"}), HasSubstr("wrote stats.html\n"));
+  const auto page = readFile(place / "stats.html");
+  EXPECT_THAT(page, HasSubstr("<title>Project parts</title>"));
+  EXPECT_THAT(page, HasSubstr("<td>128 × 64</td><td>2</td>"));
+  EXPECT_THAT(page, HasSubstr("&lt;clip&gt;"));
+  EXPECT_THAT(page, Not(HasSubstr("<clip>")));
+  // Three plots for each of the two classes that have boxes.
+  EXPECT_EQ(occurrences(page, "<svg "), 6U);
+  EXPECT_EQ(occurrences(page, "http"), 1U) << "the policy's http-equiv and no address";
+  EXPECT_TRUE(page.ends_with("</html>\n"));
+}
+
+TEST_F(ProgramStats, AReportHurtsNoFileOfTheProject) {
+  const auto settings = readFile(place / "projects/parts/parts.cfg");
+  fail({"stats", "parts", "--report", "projects/parts/parts.cfg"}, "parts.cfg");
+  fail({"stats", "parts", "--report", "photos/a.png"}, "a.png");
+  EXPECT_EQ(readFile(place / "projects/parts/parts.cfg"), settings);
+  EXPECT_FALSE(cv::imread(place / "photos/a.png").empty());
+  succeed({"stats", "parts", "--report", "new.html", "--dry-run"});
+  EXPECT_FALSE(std::filesystem::exists(place / "new.html"));
+}
+
+TEST_F(ProgramStats, JsonHasNumbersAsNumbers) {
+  const auto out = succeed({"stats", "parts", "--json"});
+  EXPECT_THAT(out, HasSubstr("\"median side\" : 32.0"));
+  EXPECT_THAT(out, HasSubstr("\"without boxes\" : 1"));
+}
+
+TEST_F(ProgramStats, WhatIsNeitherProjectNorSetIsAnError) {
+  fail({"stats", "absent"}, "neither a project in");
+  fail({"stats", "photos/a.png/x"}, "neither a project in");
+}
