@@ -5,6 +5,7 @@ cv::Rect2d boxInPixels(const WTNVMark& mark, cv::Size picture) {
   cv::Size2d size;
   mark.wGetRelCenter(centre.x, centre.y);
   mark.wGetRelSize(size.width, size.height, picture.width, picture.height);
-  return {(centre.x - size.width / 2) * picture.width, (centre.y - size.height / 2) * picture.height,
-          size.width * picture.width, size.height * picture.height};
+  return {(centre.x - size.width / 2) * picture.width,
+          (centre.y - size.height / 2) * picture.height, size.width * picture.width,
+          size.height * picture.height};
 }

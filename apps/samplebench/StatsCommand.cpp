@@ -15,7 +15,7 @@
 namespace {
 
 DataStatistics counting(std::size_t pictures, Output& output,
-                       const std::function<DataStatistics(const PictureStep&)>& count) {
+                        const std::function<DataStatistics(const PictureStep&)>& count) {
   const platform::InterruptCatcher catcher;
   Progress progress(pictures, output);
   auto statistics = count([&] {
@@ -100,8 +100,7 @@ void runStats(const Locations& locations, const StatsOptions& options, Output& o
   if (options.report.empty()) return;
   output.fact("report", options.report);
   if (!output.isDryRun())
-    writeWhole(options.report,
-               [&](std::ostream& page) { writeStatisticsPage(page, statistics); });
+    writeWhole(options.report, [&](std::ostream& page) { writeStatisticsPage(page, statistics); });
   output.say();
   output.say((output.isDryRun() ? "would write " : "wrote ") + options.report);
 }

@@ -56,7 +56,8 @@ TEST_F(ProgramStats, PicturesThatCannotBeReadAreToldAndTheirBoxesLeftOut) {
 
 TEST_F(ProgramStats, AReportIsOnePageWithPlots) {
   succeed({"class", "add", "parts", "<clip>"});
-  EXPECT_THAT(succeed({"stats", "parts", "--report", "stats.html"}), HasSubstr("wrote stats.html\n"));
+  EXPECT_THAT(succeed({"stats", "parts", "--report", "stats.html"}),
+              HasSubstr("wrote stats.html\n"));
   const auto page = readFile(place / "stats.html");
   EXPECT_THAT(page, HasSubstr("<title>Project parts</title>"));
   EXPECT_THAT(page, HasSubstr("<td>128 × 64</td><td>2</td>"));
