@@ -666,6 +666,11 @@ int runProgram(int argc, const char* const* argv, Output& output) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
+    const auto unknown = app.remaining(true);
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && !unknown.empty()) {
+      output.error("there is no '" + unknown.front() + "' here; --help lists what there is");
+      return exitUsage;
+    }
     return app.exit(error, output.data(), std::cerr) == 0 ? exitOk : exitUsage;
   } catch (const CommandError& error) {
     output.error(error.what());

@@ -141,7 +141,8 @@ void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSe
   if (progress.done() > 0) removePartialSet(paths);
   if (run.wasStopped())
     throw CommandError("interrupted after " + counted(progress.done(), "picture") +
-                           "; the partial training set was removed",
+                           "; the partial training set was removed, and an earlier set there "
+                           "is gone: run it again",
                        exitInterrupted);
   throw CommandError(output.isQuiet()
                          ? "the training set could not be written; --quiet hides the reason"

@@ -54,6 +54,7 @@ void runImport(const Locations& locations, const ImportOptions& options, Output&
   const auto project = openProject(locations, options.project);
   const auto result = importPictures(*project, options.set, options.directory, options.recursive);
   saveProject(*project, true, output);
-  output.data() << "set " << options.set << ": " << counted(result.added, "picture") << " added, "
-                << result.alreadyThere << " already there\n";
+  output.data() << "set " << options.set << ": " << counted(result.added, "picture")
+                << (output.isDryRun() ? " would be added, " : " added, ") << result.alreadyThere
+                << " already there\n";
 }

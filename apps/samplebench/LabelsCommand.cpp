@@ -1,11 +1,11 @@
 #include "LabelsCommand.h"
 
 #include <algorithm>
-#include <fstream>
 #include <unordered_set>
 
 #include "CommandError.h"
 #include "ImportCommand.h"
+#include "OutputFile.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
 namespace {
@@ -25,11 +25,21 @@ void setUp(WTNVToolLabelExchange& exchange, const LabelsOptions& options) {
 }
 
 void writeRejections(const std::string& file, const std::vector<std::string>& rejections) {
-  std::ofstream stream(file, std::ios::binary);
-  for (const auto& rejection : rejections)
-    stream << rejection << '\n';
-  stream.close();
-  if (!stream) throw CommandError("'" + file + "' cannot be written");
+  writeWhole(file, [&](std::ostream& stream) {
+    for (const auto& rejection : rejections)
+      stream << rejection << '\n';
+  });
+}
+
+// Before anything is changed: the list must not take the place of what it tells of.
+void requireRejectionsPlace(const LabelsOptions& options, const WTNVProject& project,
+                            Output& output) {
+  const auto& file = options.rejections;
+  if (file.empty()) return;
+  requireWritable(file, project, readPictures(project, output));
+  if (liesWithin(file, options.path))
+    throw CommandError("'" + file + "' lies in '" + options.path +
+                       "'; choose another place for the list of rejected labels");
 }
 
 void noteRejections(const std::vector<std::string>& rejections, Output& output) {
@@ -99,7 +109,8 @@ void reportImport(const ImportCounts& counts, const WTNVToolLabelExchange& excha
   const auto classes =
       std::to_string(counts.classes) + (counts.classes == 1 ? " class" : " classes");
   output.say(exchange.wGetReadFormat() + ": " + classes + " and " +
-             counted(counts.pictures, "picture") + " added");
+             counted(counts.pictures, "picture") +
+             (output.isDryRun() ? " would be added" : " added"));
   output.fact("format", exchange.wGetReadFormat());
   output.fact("classesAdded", static_cast<Json::UInt64>(counts.classes));
   output.fact("picturesAdded", static_cast<Json::UInt64>(counts.pictures));
@@ -147,6 +158,7 @@ void reportExport(const WTNVToolLabelExchange& exchange, const LabelsOptions& op
 
 void runLabelsImport(const Locations& locations, const LabelsOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
+  requireRejectionsPlace(options, *project, output);
   WTNVToolLabelExchange exchange;
   setUp(exchange, options);
   if (!exchange.wRead(options.path))
@@ -162,6 +174,7 @@ void runLabelsImport(const Locations& locations, const LabelsOptions& options, O
 
 void runLabelsExport(const Locations& locations, const LabelsOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
+  requireRejectionsPlace(options, *project, output);
   WTNVToolLabelExchange exchange;
   setUp(exchange, options);
   const auto trainSets = chosenTrainSets(*project, options.workflow, output);

@@ -146,6 +146,7 @@ void runMark(const Locations& locations, const MarkOptions& options, Output& out
   const MarkManner manner{options.pixels ? PointUnit::pixels : PointUnit::relative, options.assist};
   const auto pictures = addMarks(*project, requests, manner, output);
   saveProject(*project, false, output);
-  output.data() << counted(requests.size(), "mark") << " added on " << counted(pictures, "picture")
-                << '\n';
+  output.data() << counted(requests.size(), "mark")
+                << (output.isDryRun() ? " would be added on " : " added on ")
+                << counted(pictures, "picture") << '\n';
 }

@@ -32,6 +32,15 @@ bool isProject(const Locations& locations, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+// In a set a page would replace a sample, or keep the next run from replacing the set.
+void requireOutside(const std::string& report, const std::string& set) {
+  requireWritable(report);
+  const std::filesystem::path path(set);
+  const auto directory = std::filesystem::is_directory(path) ? path : path.parent_path();
+  if (!directory.empty() && liesWithin(report, directory))
+    throw CommandError("'" + report + "' lies in the training set; choose another place");
+}
+
 DataStatistics statisticsOf(const Locations& locations, const StatsOptions& options,
                             Output& output) {
   if (isProject(locations, options.subject)) {
@@ -45,7 +54,7 @@ DataStatistics statisticsOf(const Locations& locations, const StatsOptions& opti
   if (!std::filesystem::exists(options.subject))
     throw CommandError("'" + options.subject + "' is neither a project in " + locations.projects +
                        " nor a training set; samplebench generate writes one");
-  if (!options.report.empty()) requireWritable(options.report);
+  if (!options.report.empty()) requireOutside(options.report, options.subject);
   Findings ignored;
   const auto layout = findSet(options.subject, "", ignored);
   const auto pictures = picturesOf(layout);

@@ -21,7 +21,7 @@ std::vector<std::string> sampleNames(WTNVToolDarknetViewer& viewer, const std::s
   if (names.empty())
     throw CommandError("'" + directory +
                        "' holds no pictures with a label text beside them; samples lie in the "
-                       "directory images/ of a training set");
+                       "directory samples/ of a training set");
   // By length first, so that img_2 comes before img_10.
   std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
     return std::pair(a.size(), a) < std::pair(b.size(), b);

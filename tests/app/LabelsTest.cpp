@@ -106,6 +106,18 @@ TEST_F(LabelsTest, ManyRejectionsAreListedInAFile) {
   EXPECT_EQ(occurrences(readFile(place / "why.txt"), "d.txt:"), 23U);
 }
 
+TEST_F(LabelsTest, TheListOfRejectionsHurtsNothing) {
+  labels("d", "broken\n");
+  const auto before = succeed({"list", "parts"});
+  for (const std::string file :
+       {"projects/parts/parts.cfg", "photos/a.png", "in/d.txt", "in/d.jpg"}) {
+    const auto content = readFile(place / file);
+    EXPECT_EQ(import({"--rejections", file}).exitCode, 1) << file;
+    EXPECT_EQ(readFile(place / file), content) << file;
+  }
+  EXPECT_EQ(succeed({"list", "parts"}), before) << "nothing was imported";
+}
+
 TEST_F(LabelsTest, ResultsForProgramsAreOneObject) {
   labels("d", "broken\n");
   const auto result = import({"--json"});

@@ -50,7 +50,8 @@ TEST_F(ProgramProjects, HelpTeachesEachCommandWithAnExample) {
 
 TEST_F(ProgramProjects, WrongUsageEndsWithTwo) {
   fail({}, "subcommand is required", 2);
-  fail({"nonsense"}, "subcommand is required", 2);
+  fail({"nonsense"}, "there is no 'nonsense' here; --help lists", 2);
+  fail({"class", "lst"}, "there is no 'lst' here; --help lists", 2);
   fail({"list", "parts", "more"}, "not expected", 2);
   fail({"create"}, "PROJECT is required", 2);
   fail({"class"}, "subcommand is required", 2);
@@ -118,6 +119,15 @@ TEST_F(ProgramProjects, ASecondImportAddsNothing) {
   EXPECT_EQ(succeed({"import", "parts", "day1", "photos"}),
             "set day1: 0 pictures added, 2 already there\n");
   writePicture(place / "photos/c.png", 8, 8);
+  EXPECT_EQ(succeed({"import", "parts", "day1", "photos"}),
+            "set day1: 1 picture added, 2 already there\n");
+}
+
+TEST_F(ProgramProjects, ADryImportSaysWhatItWouldAdd) {
+  makeProject();
+  writePicture(place / "photos/c.png", 8, 8);
+  EXPECT_EQ(succeed({"import", "parts", "day1", "photos", "--dry-run"}),
+            "set day1: 1 picture would be added, 2 already there\n");
   EXPECT_EQ(succeed({"import", "parts", "day1", "photos"}),
             "set day1: 1 picture added, 2 already there\n");
 }

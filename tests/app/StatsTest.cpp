@@ -42,6 +42,8 @@ TEST_F(ProgramStats, AProjectIsCounted) {
 
 TEST_F(ProgramStats, ATrainingSetIsCountedByItsLabels) {
   succeed({"generate", "parts", "--output", "set"});
+  fail({"stats", "set", "--report", "set/samples/img_0.jpg"}, "lies in the training set");
+  EXPECT_FALSE(cv::imread(place / "set/samples/img_0.jpg").empty());
   // The labels of a rectangle take both of its ends in: 33 by 33, 65 by 17 pixels.
   EXPECT_THAT(succeed({"stats", "set"}),
               HasSubstr("    1         1           33.0         33.0          33.0  screw\n"

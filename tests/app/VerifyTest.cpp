@@ -191,6 +191,18 @@ TEST_F(VerifiedSetTest, DefectsOfFiles) {
       {"carriage returns",
        [&] { place.write("test.txt", sample(2, ".png") + "\r\n" + sample(3, ".png") + "\r\n"); },
        {"test.txt:0 line-end"}},
+      {"nothing to train with",
+       [&] {
+         place.write("train.txt", "");
+         place.write("test.txt", "");
+       },
+       {"train.txt:0 empty-list"}},
+      {"input between the grid",
+       [&] {
+         auto text = network(2, 21);
+         place.write("parts.cfg", text.replace(text.find("height=64"), 9, "height=100"));
+       },
+       {"parts.cfg:1 network-input"}},
       {"no list",
        [&] { fs::remove(place / "test.txt"); },
        {"samples/img_2.png:0 stray-picture", "samples/img_2.txt:0 stray-text",

@@ -11,6 +11,9 @@ namespace {
 
 constexpr auto whiteSpace = " \t";
 
+/// Networks of the family halve their input five times.
+constexpr std::size_t gridStep = 32;
+
 /// The text as a whole number, if it is one.
 std::optional<std::size_t> wholeNumber(const std::string& text) {
   std::size_t number = 0;
@@ -184,6 +187,9 @@ std::optional<Size> checkNetwork(const std::string& path, std::optional<std::siz
                         "the first section must give width and height of the input"});
     return std::nullopt;
   }
+  if (*width % gridStep != 0 || *height % gridStep != 0)
+    findings.push_back({path, sections.front().line, "network-input",
+                        "width and height of the input must be multiples of 32"});
   return Size{static_cast<int>(*width), static_cast<int>(*height)};
 }
 

@@ -152,6 +152,8 @@ class Verifier {
     for (const auto& picture : layout.pictures)
       samples.push_back({absolutePath(picture), List::train, "", {}});
     readList(layout.trainList, List::train);
+    if (samples.empty() && !layout.trainList.empty())
+      report(layout.trainList, "empty-list", "there is no picture to train with");
     readList(layout.testList, List::test);
   }
 
