@@ -146,7 +146,8 @@ void expectHostileGeometryIsDrawnInNoTime(TNVMark& mark, Shape shape) {
       }
     }
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+  // Drawing all of a far too large mark would take longer by far; a slow or busy machine does not.
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(5));
 }
 
 /// Asks and changes a mark of such geometry in every way.
