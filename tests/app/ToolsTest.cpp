@@ -126,8 +126,8 @@ TEST_F(ProgramWeights, AFileIsFetchedFromAPortal) {
   place.write("served", servedContent());
   std::system(
       ("md5sum < " + place / "served" + " | cut -c 1-32 | tr -d '\n' > " + place / "md5").c_str());
-  server.reply = replyOf(offered("w.bin", std::to_string(servedContent().size()),
-                                 server.address("/file"), readFile(place / "md5")));
+  server.setReply(replyOf(offered("w.bin", std::to_string(servedContent().size()),
+                                  server.address("/file"), readFile(place / "md5"))));
   const std::vector<std::string> where{"--address", server.listAddress(), "--directory", "weights"};
   const auto with = [&](std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), where.begin(), where.end());
@@ -140,7 +140,7 @@ TEST_F(ProgramWeights, AFileIsFetchedFromAPortal) {
   EXPECT_EQ(readFile(place / "weights/w.bin"), servedContent());
   EXPECT_EQ(succeed(with({"weights", "list"})),
             "file   bytes  date   state\nw.bin  70000  today  here and whole\n");
-  EXPECT_EQ(server.bodies.size(), 4U);
+  EXPECT_EQ(server.requestCount(), 4U);
   server.stop();
   fail(with({"weights", "get", "w.bin"}), "cannot be reached");
 }

@@ -94,6 +94,16 @@ void PortalServer::stop() {
   impl->stop();
 }
 
+void PortalServer::setReply(const std::string& text) {
+  const std::lock_guard lock(guard);
+  reply = text;
+}
+
+std::size_t PortalServer::requestCount() const {
+  const std::lock_guard lock(guard);
+  return bodies.size();
+}
+
 std::string PortalServer::address(const std::string& path) const {
   return std::string(impl->encrypted ? "https" : "http") +
          "://localhost:" + std::to_string(impl->port) + path;
@@ -102,6 +112,7 @@ std::string PortalServer::address(const std::string& path) const {
 void PortalServer::addHandlers() {
   impl->server->Post("/interface.upload_portal.php",
                      [this](const Request& request, Response& response) {
+                       const std::lock_guard lock(guard);
                        bodies.push_back(request.body);
                        contentTypes.push_back(request.get_header_value("Content-Type"));
                        response.set_content(reply, "application/json");

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,11 @@ class PortalServer {
   /// Stops; the address refuses connections from then on.
   void stop();
 
+  /// For a client in a process of its own, whose requests put nothing in order with the test's
+  /// calls: sets `reply`, and tells how many requests there were.
+  void setReply(const std::string& text);
+  std::size_t requestCount() const;
+
   /// What the server answers to a request for its list.
   std::string reply = "{}";
 
@@ -39,6 +45,7 @@ class PortalServer {
 
   class Impl;
   std::unique_ptr<Impl> impl;
+  mutable std::mutex guard;  ///< of the reply and of what is kept of the requests
 };
 
 /// What the server offers at "/file": bytes of every value.
