@@ -29,14 +29,16 @@ class TNV_SAMPLEBENCH_API WTNVUser {
   /// In memory only, until `wUpdate`.
   void wSetLastProject(const std::string& project);
 
-  /// Makes the user's file. False, with a log line, if there is one. In a directory that is missing
-  /// nothing is written, and the result is true all the same.
+  /// Makes the user's file. False, with a log line, if there is one. Where it cannot be written, as
+  /// in a directory that is missing, the result is true all the same; a log line tells, and `wLoad`
+  /// of a new object shows what is there.
   bool wCreate();
 
   /// Reads name and last project from the user's file. False, with a log line, without one.
   bool wLoad();
 
-  /// Replaces the user's file. False, with a log line, without one, or if it cannot be written.
+  /// Replaces the user's file. False, with a log line, without one. What cannot be written is
+  /// handled as by `wCreate`; the earlier file stays then.
   bool wUpdate();
 
   /// Deletes the user's file. False, with a log line, without one.

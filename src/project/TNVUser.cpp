@@ -42,7 +42,8 @@ bool TNVUser::update() const {
     tnv::logLine("TNVUser::update: User does not exists!");
     return false;
   }
-  return _writeSettings();
+  _writeSettings();
+  return true;
 }
 
 bool TNVUser::remove() const {
@@ -68,13 +69,12 @@ bool TNVUser::_isPlace(const std::string& operation) const {
   return false;
 }
 
-bool TNVUser::_writeSettings() const {
+void TNVUser::_writeSettings() const {
   TNVSettings settings(settingsPath);
   settings.setString(kName, name);
   settings.setString(kLastProject, lastProject);
-  if (settings.saveFile()) return true;
-  tnv::logLine("TNVUser::_writeSettings: Could not write settings at '" + settingsPath + "'!");
-  return false;
+  if (!settings.saveFile())
+    tnv::logLine("TNVUser::_writeSettings: Could not write settings at '" + settingsPath + "'!");
 }
 
 bool TNVUser::_readSettings() {

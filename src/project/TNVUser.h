@@ -9,7 +9,8 @@ class TNVUser {
   /// Touches no file. `usersPath` ends in a slash.
   TNVUser(const std::string& name, const std::string& usersPath);
 
-  /// Each answers whether it was done, with a log line if not.
+  /// Each answers whether there was, or was not yet, the file that it is about, with a log line if
+  /// not. A file that cannot be written or deleted changes nothing about the answer.
   bool create() const;
   bool load();
   bool update() const;
@@ -26,7 +27,7 @@ class TNVUser {
 
  private:
   bool _isPlace(const std::string& operation) const;
-  bool _writeSettings() const;
+  void _writeSettings() const;
   bool _readSettings();
 
   /// A name that is no plain file name would lead out of the users' directory.
