@@ -32,6 +32,32 @@ cv::Size turnedSize(int angle, cv::Size size) {
   return angle == 90 || angle == 270 ? cv::Size(size.height, size.width) : size;
 }
 
+cv::RotateFlags rotationOf(int angle) {
+  if (angle == 90) return cv::ROTATE_90_CLOCKWISE;
+  return angle == 180 ? cv::ROTATE_180 : cv::ROTATE_90_COUNTERCLOCKWISE;
+}
+
+/// All but so many first rows and columns of the picture.
+cv::Mat without(const cv::Mat& picture, cv::Size lines) {
+  return picture(cv::Rect(cv::Point(lines), picture.size() - lines));
+}
+
+/// The picture as `cv::warpPerspective` turns it between these corners with a reflected border, in
+/// a fraction of the time. The corners are the outer ones of the picture, while pixels are counted
+/// from 0: against an axis the turn therefore takes the pixels from the one behind the last to the
+/// second. So the last one comes twice, by reflection, and the first one is lost.
+cv::Mat turned(const cv::Mat& picture, int angle) {
+  if (angle != 90 && angle != 180 && angle != 270) return picture.clone();
+  const cv::Size lost(angle != 90 && picture.cols > 1 ? 1 : 0,
+                      angle != 270 && picture.rows > 1 ? 1 : 0);
+  const cv::Size repeated = turnedSize(angle, lost);
+  cv::Mat result(turnedSize(angle, picture.size()), picture.type());
+  cv::rotate(without(picture, lost), without(result, repeated), rotationOf(angle));
+  if (repeated.height > 0) result.row(1).copyTo(result.row(0));
+  if (repeated.width > 0) result.col(1).copyTo(result.col(0));
+  return result;
+}
+
 }  // namespace
 
 std::string TNVAugmentRotation::getName() const {
@@ -52,8 +78,7 @@ TNVAugmentSample TNVAugmentRotation::process(const TNVAugmentSample& sample) con
   const auto height = static_cast<float>(sample.image.rows);
   const cv::Mat turn = cv::getPerspectiveTransform(turnedCorners(0, width, height),
                                                    turnedCorners(angle, width, height));
-  cv::warpPerspective(sample.image, result.image, turn, turnedSize(angle, sample.image.size()),
-                      cv::INTER_LINEAR, cv::BORDER_REFLECT);
+  result.image = turned(sample.image, angle);
   result.entries = sample.entries;
   for (TNVAugmentEntry& entry : result.entries) {
     // The library does not take an empty list.

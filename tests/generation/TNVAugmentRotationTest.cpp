@@ -66,6 +66,32 @@ INSTANTIATE_TEST_SUITE_P(Rows, TNVAugmentRotationRows,
                                            unturned(0), unturned(45), unturned(-90),
                                            unturned(360)));
 
+TEST(TNVAugmentRotation, EveryPixelIsWhereThePerspectiveOfTheCornersPutsIt) {
+  cv::RNG random(20260311);
+  std::vector<cv::Size> sizes{{1, 1}, {1, 2}, {2, 1}, {2, 2}, {1, 9}, {9, 1}, {1280, 3}, {3, 1023}};
+  for (int i = 0; i < 40; ++i)
+    sizes.emplace_back(random.uniform(1, 200), random.uniform(1, 200));
+  for (const cv::Size& size : sizes) {
+    TNVAugmentSample sample;
+    sample.image.create(size, CV_8UC3);
+    random.fill(sample.image, cv::RNG::UNIFORM, 0, 256);
+    const auto width = static_cast<float>(size.width);
+    const auto height = static_cast<float>(size.height);
+    const Corners start{{0, 0}, {width, 0}, {width, height}, {0, height}};
+    const std::vector<std::pair<int, Corners>> turns{
+        {90, {{height, 0}, {height, width}, {0, width}, {0, 0}}},
+        {180, {{width, height}, {0, height}, {0, 0}, {width, 0}}},
+        {270, {{0, width}, {0, 0}, {height, 0}, {height, width}}}};
+    for (const auto& [angle, corners] : turns) {
+      cv::Mat expected;
+      const cv::Size turned = angle == 180 ? size : cv::Size(size.height, size.width);
+      cv::warpPerspective(sample.image, expected, cv::getPerspectiveTransform(start, corners),
+                          turned, cv::INTER_LINEAR, cv::BORDER_REFLECT);
+      EXPECT_TRUE(samePixels(expected, byAngle(angle)->process(sample).image)) << size << angle;
+    }
+  }
+}
+
 TEST(TNVAugmentRotation, AnotherAngleGivesACopyOfThePicture) {
   const TNVAugmentSample sample = makeSample(64, 48);
   const TNVAugmentSample result = byAngle(45)->process(sample);
