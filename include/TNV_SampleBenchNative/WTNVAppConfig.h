@@ -17,8 +17,8 @@ class TNV_SAMPLEBENCH_API WTNVAppConfig {
   WTNVAppConfig(const WTNVAppConfig&) = delete;
   WTNVAppConfig& operator=(const WTNVAppConfig&) = delete;
 
-  /// Directories with a slash at the end, below the user's documents directory unless the settings
-  /// say otherwise. Empty if there was no settings file.
+  /// Directories as the settings write them, which is to be with a slash at the end. What they
+  /// leave out lies below the user's documents directory. Empty if there was no settings file.
   std::string wGetProjectsPath() const;
   std::string wGetPlatformsPath() const;
   std::string wGetAugmentsPath() const;

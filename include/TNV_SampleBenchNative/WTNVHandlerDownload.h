@@ -36,8 +36,9 @@ class TNV_SAMPLEBENCH_API WTNVHandlerDownload : public TNVHandlerDownloadObserve
   /// Fetches a file into the directory: Started, an Update for each step as long as the size is
   /// known, Finished. False, with a log line that has libcurl's code, if that failed; what came
   /// until then stays under the file's name, or beside a file that was there before with ".part"
-  /// behind the name. An error page of the server counts as the file. Only http, https and file
-  /// addresses are followed. What a callback throws comes out here.
+  /// behind the name. A file that a link in the directory leads to is replaced, not the link. An
+  /// error page of the server counts as the file. Only http, https and file addresses are followed.
+  /// What a callback throws comes out here.
   bool wDownloadFile(WTNVDownloadFile file, const std::string& directory);
 
   /// Copies a file into the directory. Throws `std::filesystem::filesystem_error` if one of that

@@ -1,5 +1,7 @@
 #include "downloads/CurlTransfer.h"
 
+#include <filesystem>
+#include <memory>
 #include <utility>
 
 #include <curl/curl.h>
@@ -11,15 +13,38 @@ namespace {
 /// Anything else that the library speaks could reach what no portal has to do with.
 constexpr auto kProtocols = "http,https,file";
 
+struct PartsCloser {
+  void operator()(CURLU* parts) const { curl_url_cleanup(parts); }
+};
+
+/// A part of an address, or nothing if it has none.
+std::string partOf(CURLU* parts, CURLUPart which) {
+  char* text = nullptr;
+  if (curl_url_get(parts, which, &text, CURLU_URLDECODE) != CURLUE_OK) return {};
+  std::string part(text);
+  curl_free(text);
+  return part;
+}
+
+/// Whether the address leads to a pipe or a device here, from which reading might never end.
+bool isEndless(const std::string& address) {
+  const std::unique_ptr<CURLU, PartsCloser> parts(curl_url());
+  if (curl_url_set(parts.get(), CURLUPART_URL, address.c_str(), 0) != CURLUE_OK) return false;
+  if (partOf(parts.get(), CURLUPART_SCHEME) != "file") return false;
+  std::error_code error;
+  return std::filesystem::is_other(partOf(parts.get(), CURLUPART_PATH), error);
+}
+
 }  // namespace
 
 CurlTransfer::CurlTransfer(const std::string& address, bool verifyCertificate)
     : handle(curl_easy_init()) {
   if (handle == nullptr) return;
   curl_easy_setopt(handle, CURLOPT_URL, address.c_str());
+  endless = isEndless(address);
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, verifyCertificate ? 1L : 0L);
-  // Without a word about a proxy the library takes one from variables of the environment, which
-  // rule nothing else here and may be somebody else's.
+  // Without a word about a proxy the library takes one from variables of the environment, which may
+  // be somebody else's.
   curl_easy_setopt(handle, CURLOPT_PROXY, "");
   restricted = curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, kProtocols) == CURLE_OK;
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, writeBody);
@@ -53,6 +78,7 @@ void CurlTransfer::tellProgress(TellProgress newTell) {
 int CurlTransfer::perform() {
   if (handle == nullptr) return CURLE_FAILED_INIT;
   if (!restricted) return CURLE_UNSUPPORTED_PROTOCOL;
+  if (endless) return CURLE_FILE_COULDNT_READ_FILE;
   const CURLcode code = curl_easy_perform(handle);
   if (failure) std::rethrow_exception(failure);
   return code;

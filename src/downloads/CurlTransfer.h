@@ -38,6 +38,7 @@ class CurlTransfer {
 
   /// Whether the library keeps to the protocols of portals.
   bool restricted = false;
+  bool endless = false;
   TakePiece take;
   TellProgress tell;
   std::exception_ptr failure;

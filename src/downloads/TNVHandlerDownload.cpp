@@ -52,15 +52,23 @@ std::string pathIn(const std::string& directory, const std::string& fileName) {
   return normal + (normal.empty() || normal.ends_with('/') ? "" : "/") + fileName;
 }
 
-/// Whether nothing is there, not even a link that leads nowhere.
+/// Whether nothing is there, not even a link that leads nowhere. Nothing can be where the name is
+/// too long.
 bool isFree(const std::string& path) {
   std::error_code error;
-  return fs::symlink_status(path, error).type() == fs::file_type::not_found;
+  return fs::symlink_status(path, error).type() == fs::file_type::not_found ||
+         error == std::errc::filename_too_long;
 }
 
 bool isFile(const std::string& path) {
   std::error_code error;
   return fs::is_regular_file(path, error);
+}
+
+/// A link could lead to a file that has nothing to do with this.
+bool isFileItself(const std::string& path) {
+  std::error_code error;
+  return fs::is_regular_file(fs::symlink_status(path, error));
 }
 
 /// Closes the file whatever an observer throws.
@@ -170,11 +178,12 @@ bool TNVHandlerDownload::downlaodFile(const TNVDownloadFile& file, const std::st
   if (refuseName("downlaodFile", file.fileName)) return false;
   cancel = false;
   progress = 0.0;
-  const std::string target = pathIn(directory, file.fileName);
+  const std::string target = tnv::withoutLinks(pathIn(directory, file.fileName));
   const bool replaces = !isFree(target);
   const std::string path = replaces ? target + kPartEnding : target;
   // A directory, a pipe or a link that leads nowhere is nothing to write to.
-  const bool hasPlace = (!replaces || isFile(target)) && (isFree(path) || isFile(path));
+  const bool hasPlace = (!replaces || isFile(target)) && (isFree(path) || isFileItself(path));
+  if (!hasPlace) notify(&TNVHandlerDownloadObserver::onEventDownloadStarted);
   int code = hasPlace ? fetch(file.downloadAddress, path) : CURLE_WRITE_ERROR;
   if (code == CURLE_OK && replaces && !rename(path, target)) code = CURLE_WRITE_ERROR;
   if (code != CURLE_OK) {
@@ -234,6 +243,5 @@ bool TNVHandlerDownload::removeFile(const TNVDownloadFile& file,
   if (refuseName("removeFile", file.fileName)) return false;
   const std::string path = pathIn(directory, file.fileName);
   tnv::removeFile(path);
-  std::error_code error;
-  return !fs::exists(path, error);
+  return isFree(path);
 }

@@ -9,17 +9,6 @@ namespace tnv {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-bool writeFile(const std::string& path, std::string_view content) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(content.data(), static_cast<std::streamsize>(content.size()));
-  file.close();
-  return file.good();
-}
-
-}  // namespace
-
 std::optional<std::string> readFile(const std::string& path) {
   std::error_code error;
   if (!fs::is_regular_file(path, error)) return std::nullopt;
@@ -37,16 +26,38 @@ std::optional<std::string> readFile(const std::string& path) {
   return content;
 }
 
+bool writeFile(const std::string& path, std::string_view content) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  if (!file) return false;
+  file.write(content.data(), static_cast<std::streamsize>(content.size()));
+  file.close();
+  if (file.good()) return true;
+  std::error_code error;
+  if (fs::is_regular_file(path, error)) fs::remove(path, error);
+  return false;
+}
+
 bool replaceFile(const std::string& path, std::string_view content) {
   if (path.empty()) return false;
-  const std::string written = path + ".new";
+  const std::string target = withoutLinks(path);
+  const std::string written = target + ".new";
+  // A link or a pipe of that name would take the content elsewhere.
+  removeFile(written);
+  if (!writeFile(written, content)) return false;
   std::error_code error;
-  if (writeFile(written, content)) {
-    fs::rename(written, path, error);
-    if (!error) return true;
-  }
-  fs::remove(written, error);
-  return false;
+  const fs::perms permissions = fs::status(target, error).permissions();
+  if (permissions != fs::perms::unknown && permissions != fs::perms::none)
+    fs::permissions(written, permissions, error);
+  fs::rename(written, target, error);
+  if (error) removeFile(written);
+  return !error;
+}
+
+std::string withoutLinks(const std::string& path) {
+  std::error_code error;
+  if (!fs::is_symlink(path, error)) return path;
+  const fs::path target = fs::canonical(path, error);
+  return error ? path : target.string();
 }
 
 void removeFile(const std::string& path) {

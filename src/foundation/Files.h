@@ -10,10 +10,18 @@ namespace tnv {
 /// The whole content of a regular file, or nothing when it cannot be read.
 std::optional<std::string> readFile(const std::string& path);
 
+/// Writes a file in its place. False when that failed; then nothing is left of the file.
+bool writeFile(const std::string& path, std::string_view content);
+
 /// Puts `content` in the place of the file: it is written beside the target and renamed over it, so
-/// that an earlier file stays readable whatever happens half way. False when that failed; then the
+/// that an earlier file stays readable whatever happens half way. The file that a link leads to is
+/// replaced, not the link, and who may read and write it stays. False when that failed; then the
 /// earlier file is untouched.
 bool replaceFile(const std::string& path, std::string_view content);
+
+/// The path of the file that a link leads to in the end; the path itself if it is none, or leads
+/// nowhere.
+std::string withoutLinks(const std::string& path);
 
 /// Deletes what is at the path, a link itself and not what it leads to, but never a directory. A
 /// failure is silent; nothing there is none.

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <locale>
+#include <sstream>
 #include <stdexcept>
 
 namespace tnv {
@@ -93,14 +95,11 @@ double parseDouble(std::string_view text) {
   double value = 0.0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   if (result.ec != std::errc::result_out_of_range) return value;
-  // `std::from_chars` does not say at which end; the length of the mantissa cannot either, but the
-  // sign of the exponent does, and without one a leading zero.
-  const std::string_view number(text.data(), static_cast<std::size_t>(result.ptr - text.data()));
-  const auto exponent = number.find_first_of("eE");
-  const bool tiny = exponent == number.npos ? number.find("0.") <= 1
-                                            : number.substr(exponent + 1).starts_with('-');
-  const double magnitude = tiny ? 0.0 : std::numeric_limits<double>::infinity();
-  return text.front() == '-' ? -magnitude : magnitude;
+  // `std::from_chars` does not say at which end; a stream fails at the upper one alone.
+  std::istringstream stream(std::string(text.data(), result.ptr));
+  stream.imbue(std::locale::classic());
+  if (stream >> value) return value;
+  return std::copysign(std::numeric_limits<double>::infinity(), value);
 }
 
 int parseHexStrict(std::string_view text) {

@@ -31,7 +31,8 @@ std::string formatGeneral(double value, int precision);
 /// text without a number gives 0, a number out of range the nearest end of the range.
 int parseInt(std::string_view text);
 
-/// The leading decimal number of a text, like `atof`: 0 where there is none.
+/// The leading decimal number of a text, like `atof`: 0 where there is none. Hexadecimal numbers
+/// are not read.
 double parseDouble(std::string_view text);
 
 /// The leading hexadecimal integer of a text. Throws `std::invalid_argument` when the text does not

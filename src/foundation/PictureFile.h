@@ -13,8 +13,8 @@ namespace tnv {
 cv::Mat readPicture(const std::string& path);
 
 /// Writes the picture in the format that the path's extension names; a JPEG without a quality gets
-/// the usual one. False for a file that cannot be written; a format that nobody writes throws a
-/// `cv::Exception`.
+/// the usual one. False, and no half file, for what cannot be written; a format that nobody writes,
+/// and a picture without pixels, throw a `cv::Exception`.
 bool writePicture(const std::string& path, const cv::Mat& picture,
                   std::optional<int> jpegQuality = std::nullopt);
 

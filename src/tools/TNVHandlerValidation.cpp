@@ -102,7 +102,6 @@ void TNVHandlerValidation::cutMark(const TNVMark& mark, const cv::Mat& picture, 
   const auto id = static_cast<int>(imageInfo.size());
   // A cut may have more columns or rows than the format takes.
   if (!tnv::writePicture(imagePath(id), cut)) {
-    std::remove(imagePath(id).c_str());
     logNotCut(mark, *trainSets[static_cast<std::size_t>(trainSetIndex)]);
     return;
   }

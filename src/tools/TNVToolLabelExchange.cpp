@@ -9,6 +9,7 @@
 
 #include "foundation/Files.h"
 #include "foundation/Log.h"
+#include "foundation/PictureHead.h"
 #include "generation/RunGuard.h"
 #include "marks/TNVMarkPolyLine.h"
 #include "marks/TNVMarkRect.h"
@@ -16,7 +17,6 @@
 #include "project/TNVTrainSet.h"
 #include "tools/LabelFiles.h"
 #include "tools/LabelFormats.h"
-#include "tools/PictureSize.h"
 
 namespace fs = std::filesystem;
 

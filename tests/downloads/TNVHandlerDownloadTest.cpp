@@ -8,10 +8,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "TNV_SampleBenchNative/WTNVHandlerDownload.h"
 #include "TNV_SampleBenchNative/WTNVProject.h"
 #include "foundation/TNVDirectory.h"
+#include "support/FileLimit.h"
 #include "support/LogCapture.h"
 #include "support/PortalServer.h"
 #include "support/TempDirectory.h"
@@ -592,7 +594,60 @@ TEST_F(Download, WhatIsNoFileIsNotWrittenTo) {
     EXPECT_FALSE(download("/file", name)) << name;
   EXPECT_FALSE(std::filesystem::exists(temp / "outside"));
   EXPECT_EQ(content(), "earlier");
-  EXPECT_THAT(events, IsEmpty());
+  EXPECT_THAT(events, ElementsAre("started", "started", "started"));
+}
+
+TEST_F(Download, OfALinkedFileTheFileIsReplacedAndTheLinkStays) {
+  temp.write("elsewhere/big.bin", "earlier");
+  std::filesystem::create_symlink(temp / "elsewhere/big.bin", weights() + "w.bin");
+  EXPECT_TRUE(download("/file"));
+  EXPECT_TRUE(std::filesystem::is_symlink(weights() + "w.bin"));
+  EXPECT_EQ(readFile(temp / "elsewhere/big.bin"), servedContent());
+  EXPECT_FALSE(std::filesystem::exists(temp / "elsewhere/big.bin.part"));
+}
+
+TEST_F(Download, ALinkInThePlaceOfAPartIsNotWrittenThrough) {
+  temp.write("weights/w.bin", "earlier");
+  temp.write("victim", "kept");
+  std::filesystem::create_symlink(temp / "victim", weights() + "w.bin.part");
+  const LogCapture log;
+  EXPECT_FALSE(download("/file"));
+  EXPECT_EQ(content(), "earlier");
+  EXPECT_EQ(readFile(temp / "victim"), "kept");
+}
+
+TEST_F(Download, APipeAsALocalMirrorIsNotWaitedFor) {
+  ASSERT_EQ(mkfifo((temp / "a pipe").c_str(), 0600), 0);
+  const LogCapture log;
+  for (const std::string& address :
+       {"file://" + temp.path() + "a%20pipe", std::string("file:///dev/zero")})
+    EXPECT_FALSE(wrapper.wDownloadFile(WTNVDownloadFile(fileNamed("w.bin", address)), weights()));
+  // The code of a file that cannot be read.
+  EXPECT_THAT(log.lines(),
+              Each("TNVDownloadManager::downlaodFile: Could not downlaod, reason: 37"));
+}
+
+TEST_F(Download, WhatFindsNoRoomOnTheDiskIsAFailure) {
+  const std::string mirror = temp.write("small.bin", "less than a buffer");
+  const LogCapture log;
+  const FileLimit limit(4);
+  EXPECT_FALSE(
+      wrapper.wDownloadFile(WTNVDownloadFile(fileNamed("w.bin", "file://" + mirror)), weights()));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("TNVDownloadManager::downlaodFile: Could not downlaod, reason: 23"));
+}
+
+TEST_F(Download, ARemovalInADirectoryOfOthersIsFalse) {
+  const std::string path = temp.write("weights/w.bin", "x");
+  const uid_t user = geteuid();
+  ASSERT_EQ(chmod(weights().c_str(), 0), 0);
+  // The superuser is refused nothing.
+  constexpr uid_t somebody = 65534;
+  ASSERT_EQ(user == 0 ? seteuid(somebody) : 0, 0);
+  EXPECT_FALSE(wrapper.wRemoveFile(WTNVDownloadFile(fileNamed("w.bin")), weights()));
+  ASSERT_EQ(seteuid(user), 0);
+  ASSERT_EQ(chmod(weights().c_str(), 0700), 0);
+  EXPECT_EQ(content(), "x");
 }
 
 TEST_F(Download, AThrowAtTheStartClosesTheFileToo) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "support/FileLimit.h"
 #include "support/TempDirectory.h"
 
 using testing::ElementsAre;
@@ -70,4 +71,55 @@ TEST(Files, WhatIsNoRegularFileIsNotWaitedFor) {
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   EXPECT_EQ(tnv::readFile(pipe), std::nullopt);
   EXPECT_EQ(tnv::readFile("/dev/zero"), std::nullopt);
+}
+
+TEST(Files, AFullDiskLeavesTheEarlierFile) {
+  const TempDirectory temp;
+  temp.write("file", "old");
+  {
+    const FileLimit limit(4);
+    EXPECT_FALSE(tnv::replaceFile(temp / "file", "new and longer"));
+    EXPECT_FALSE(tnv::writeFile(temp / "other", "new and longer"));
+  }
+  EXPECT_EQ(readFile(temp / "file"), "old");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(temp.path()), {}), 1);
+}
+
+TEST(Files, OfALinkedFileTheFileIsReplacedAndTheLinkStays) {
+  const TempDirectory temp;
+  temp.write("elsewhere/file", "old");
+  std::filesystem::create_symlink("elsewhere/file", temp / "link");
+  EXPECT_TRUE(tnv::replaceFile(temp / "link", "new"));
+  EXPECT_TRUE(std::filesystem::is_symlink(temp / "link"));
+  EXPECT_EQ(readFile(temp / "elsewhere/file"), "new");
+}
+
+TEST(Files, ALinkThatLeadsNowhereGivesWayToTheFile) {
+  const TempDirectory temp;
+  std::filesystem::create_symlink(temp / "nowhere", temp / "link");
+  EXPECT_TRUE(tnv::replaceFile(temp / "link", "new"));
+  EXPECT_EQ(readFile(temp / "link"), "new");
+  EXPECT_FALSE(std::filesystem::exists(temp / "nowhere"));
+}
+
+TEST(Files, WhoMayReadAFileStays) {
+  const TempDirectory temp;
+  temp.write("file", "old");
+  const auto owner = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+  std::filesystem::permissions(temp / "file", owner);
+  EXPECT_TRUE(tnv::replaceFile(temp / "file", "new"));
+  EXPECT_EQ(std::filesystem::status(temp / "file").permissions(), owner);
+}
+
+TEST(Files, APipeOrLinkOfTheTemporaryNameIsNotWrittenTo) {
+  const TempDirectory temp;
+  temp.write("victim", "kept");
+  std::filesystem::create_symlink(temp / "victim", temp / "a.new");
+  ASSERT_EQ(::mkfifo((temp / "b.new").c_str(), 0600), 0);
+  for (const char* name : {"a", "b"}) {
+    EXPECT_TRUE(tnv::replaceFile(temp / name, "new")) << name;
+    EXPECT_EQ(readFile(temp / name), "new");
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(temp / name)));
+  }
+  EXPECT_EQ(readFile(temp / "victim"), "kept");
 }

@@ -144,5 +144,12 @@ TEST(ParseDouble, NumbersBeyondTheRangeGoToTheirEnd) {
   EXPECT_EQ(tnv::parseDouble("-20.5e999"), -infinity);
   EXPECT_EQ(tnv::parseDouble("0.0000000000001e400"), infinity);
   EXPECT_EQ(tnv::parseDouble("10.0e-400"), 0.0);
-  EXPECT_EQ(tnv::parseDouble("0." + std::string(400, '0') + "1"), 0.0);
+  for (const std::string& tiny :
+       {"." + std::string(400, '0') + "1", "000.000" + std::string(400, '0') + "1",
+        "0." + std::string(400, '0') + "1", "0." + std::string(400, '0') + "1e5"})
+    EXPECT_EQ(tnv::parseDouble(tiny), 0.0) << tiny;
+  EXPECT_EQ(tnv::parseDouble("1" + std::string(400, '0') + ".5"), infinity);
+  EXPECT_EQ(tnv::parseDouble("1" + std::string(400, '0') + "e-5x"), infinity);
+  EXPECT_EQ(tnv::parseDouble("1" + std::string(400, '0') + "e-400"), 1.0);
+  EXPECT_EQ(tnv::parseDouble("-1e400,5"), -infinity);
 }

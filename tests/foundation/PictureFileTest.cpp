@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <opencv2/imgcodecs.hpp>
 
+#include "support/FileLimit.h"
 #include "support/Pictures.h"
 #include "support/TempDirectory.h"
 
@@ -69,4 +70,25 @@ TEST(PictureFile, TheExtensionGivesTheFormat) {
 TEST(PictureFile, WhatCannotBeWrittenIsFalse) {
   const TempDirectory temp;
   EXPECT_FALSE(tnv::writePicture(temp / "absent/a.png", patternedPicture(8, 8)));
+}
+
+TEST(PictureFile, AFullDiskIsToldAndLeavesNoHalfFile) {
+  const TempDirectory temp;
+  for (const char* name : {"a.png", "a.jpg", "a.bmp", "a.ppm", "a.webp", "a.tiff"}) {
+    for (const int room : {0, 20}) {
+      const FileLimit limit(static_cast<rlim_t>(room));
+      EXPECT_FALSE(tnv::writePicture(temp / name, patternedPicture(32, 24))) << name;
+      EXPECT_FALSE(std::filesystem::exists(temp / name)) << name;
+    }
+    EXPECT_TRUE(tnv::writePicture(temp / name, patternedPicture(32, 24))) << name;
+    EXPECT_FALSE(cv::imread(temp / name).empty()) << name;
+  }
+}
+
+TEST(PictureFile, APictureThatAFormatCannotTakeIsFalse) {
+  const TempDirectory temp;
+  // A JPEG has at most 65,500 columns.
+  EXPECT_FALSE(tnv::writePicture(temp / "wide.jpg", cv::Mat(1, 65600, CV_8UC3, cv::Scalar())));
+  EXPECT_FALSE(std::filesystem::exists(temp / "wide.jpg"));
+  EXPECT_THROW(tnv::writePicture(temp / "none.jpg", cv::Mat()), cv::Exception);
 }

@@ -20,6 +20,33 @@ std::string writePicture(const std::string& path, int width, int height) {
   return path;
 }
 
+std::string withCameraNotes(const std::string& jpeg, const std::string& notes) {
+  const std::size_t length = notes.size() + 2;
+  const std::string head{'\xFF', '\xE1', static_cast<char>(length >> 8), static_cast<char>(length)};
+  return jpeg.substr(0, 2) + head + notes + jpeg.substr(2);
+}
+
+std::string notesOfOrientation(char orientation) {
+  return {'E', 'x', 'i', 'f', 0, 0, 'M', 'M', 0, 42,          0, 0, 0, 8, 0, 1,
+          1,   18,  0,   3,   0, 0, 0,   1,   0, orientation, 0, 0, 0, 0, 0, 0};
+}
+
+std::string turnedJpeg(const cv::Mat& picture, char orientation) {
+  std::vector<uchar> bytes;
+  cv::imencode(".jpg", picture, bytes);
+  return withCameraNotes({bytes.begin(), bytes.end()}, notesOfOrientation(orientation));
+}
+
+/// A small file that claims to be a picture of 32,000 by 32,000 pixels.
+static std::string hollowJpeg() {
+  std::vector<uchar> bytes;
+  cv::imencode(".jpg", patternedPicture(8, 8), bytes);
+  std::string jpeg(bytes.begin(), bytes.end());
+  // Behind the marker: two bytes of length, one of bits, height and width.
+  jpeg.replace(jpeg.find("\xFF\xC0") + 5, 4, "\x7D\x00\x7D\x00", 4);
+  return jpeg;
+}
+
 std::vector<std::string> unreadablePictures(const TempDirectory& temp) {
   temp.makeDirectory("directory.png");
   EXPECT_EQ(mkfifo((temp / "pipe.png").c_str(), 0600), 0);
@@ -28,7 +55,8 @@ std::vector<std::string> unreadablePictures(const TempDirectory& temp) {
           temp / "pipe.png",
           temp.write("empty.png", ""),
           temp.write("text.png", "no picture"),
-          temp.write("huge.png", "P6 100000 100000 255\n")};
+          temp.write("huge.png", "P6 100000 100000 255\n"),
+          temp.write("hollow.jpg", hollowJpeg())};
 }
 
 ::testing::AssertionResult samePixels(const cv::Mat& expected, const cv::Mat& actual) {

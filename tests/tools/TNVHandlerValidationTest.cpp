@@ -113,6 +113,16 @@ TEST_F(Validation, CutsAreNumberedOverAllTrainSetsAndListedByClass) {
   EXPECT_EQ(fileCount(), 3U);
 }
 
+TEST_F(Validation, MarksNameTheirClassByItsUniqueIndexAndLabelsByTheNetworksNumber) {
+  native().dnnClasses[0]->dnnId = 1;
+  native().dnnClasses[1]->dnnId = 40;
+  addMark(0, {8, 8, 16, 12}, {1});
+  addMark(0, {20, 10, 30, 20}, {0});
+  ASSERT_TRUE(gallery.wProcessGeneration());
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Nut (40)"), ElementsAre(0));
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Screw (1)"), ElementsAre(1));
+}
+
 TEST_F(Validation, ACutIsTheMarksBoxAsAJpegOfTheUsualQuality) {
   addMark(0, {8, 8, 16, 12}, {0});
   ASSERT_TRUE(gallery.wProcessGeneration());

@@ -72,6 +72,20 @@ TEST_F(DarknetViewer, APictureWithoutALabelTextIsLeftOut) {
   EXPECT_EQ(log.text(), "");
 }
 
+TEST_F(DarknetViewer, ASampleIsSelectedByItsWholeName) {
+  for (const int number : {1, 10, 11}) {
+    writePicture(temp / ("img_" + std::to_string(number) + ".png"), 8 + number, 8);
+    temp.write("img_" + std::to_string(number) + ".txt", "");
+  }
+  viewer.wReadImages();
+  for (const int number : {10, 1, 11}) {
+    ASSERT_TRUE(viewer.wSelectImage("img_" + std::to_string(number)));
+    EXPECT_EQ(selectedImage().cols, 8 + number);
+  }
+  const LogCapture log;
+  EXPECT_FALSE(viewer.wSelectImage("img_"));
+}
+
 TEST_F(DarknetViewer, PicturesOfThreeTypesAreListedWithoutThoseBelow) {
   for (const char* name : {"a.jpg", "b.jpeg", "c.png", "d.bmp", "below/e.jpg"}) {
     temp.write(name, "");

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include <opencv2/core.hpp>
+
+namespace tnv {
+
+/// What the head of a PNG or JPEG file tells.
+struct PictureHead {
+  bool isJpeg = false;
+
+  /// As the pixels lie. Empty for other files, and if the head does not tell.
+  cv::Size size;
+
+  /// Whether a turn is noted, or cannot be ruled out.
+  bool mayBeTurned = true;
+};
+
+PictureHead readPictureHead(const std::string& path);
+
+/// The size in which the picture is seen, from the head of the file where that tells it, or else by
+/// reading the picture. Empty for a file that is no picture.
+cv::Size pictureSize(const std::string& path);
+
+}  // namespace tnv

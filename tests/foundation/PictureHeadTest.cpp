@@ -1,0 +1,74 @@
+#include "foundation/PictureHead.h"
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "support/Pictures.h"
+#include "support/TempDirectory.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// As far as the head of the file leaves no doubt about how the picture is seen.
+cv::Size sizeFromHead(const std::string& path) {
+  const tnv::PictureHead head = tnv::readPictureHead(path);
+  return head.mayBeTurned ? cv::Size() : head.size;
+}
+
+}  // namespace
+
+TEST(PictureHead, IsToldByTheHeadOfTheFile) {
+  const TempDirectory temp;
+  for (const char* name : {"a.png", "a.jpg"}) {
+    const std::string path = writePicture(temp / name, 37, 21);
+    EXPECT_EQ(sizeFromHead(path), cv::Size(37, 21)) << name;
+    // What lies behind the head is not looked at.
+    fs::resize_file(path, fs::file_size(path) - 20);
+    EXPECT_EQ(sizeFromHead(path), cv::Size(37, 21)) << name;
+  }
+}
+
+TEST(PictureHead, ATurnedPictureHasTheSizeThatItIsSeenIn) {
+  const TempDirectory temp;
+  // 6: to be turned by a quarter; 3: by a half.
+  EXPECT_EQ(tnv::pictureSize(temp.write("a.jpg", turnedJpeg(patternedPicture(37, 21), 6))),
+            cv::Size(21, 37));
+  EXPECT_EQ(tnv::pictureSize(temp.write("b.jpg", turnedJpeg(patternedPicture(37, 21), 3))),
+            cv::Size(37, 21));
+}
+
+TEST(PictureHead, APngThatMayBeTurnedIsReadToBeSure) {
+  const TempDirectory temp;
+  std::string png = readFile(writePicture(temp / "a.png", 37, 21));
+  // Behind the signature and the header chunk, of 8 and 25 bytes: no data, the name, a check sum.
+  png.insert(33, std::string("\0\0\0\0eXIf\0\0\0\0", 12));
+  EXPECT_EQ(sizeFromHead(temp.write("b.png", png)), cv::Size());
+  png.replace(37, 4, "tEXt");
+  EXPECT_EQ(sizeFromHead(temp.write("c.png", png)), cv::Size(37, 21));
+}
+
+TEST(PictureHead, OtherKindsOfPicturesAreRead) {
+  const TempDirectory temp;
+  const std::string path = writePicture(temp / "a.bmp", 37, 21);
+  EXPECT_EQ(sizeFromHead(path), cv::Size());
+  EXPECT_EQ(tnv::pictureSize(path), cv::Size(37, 21));
+}
+
+TEST(PictureHead, ADamagedHeadHasNoSize) {
+  const TempDirectory temp;
+  for (const char* name : {"a.png", "a.jpg"}) {
+    const std::string whole = readFile(writePicture(temp / name, 37, 21));
+    for (std::size_t size = 0; size < 200; ++size) {
+      const cv::Size told = sizeFromHead(temp.write("cut", whole.substr(0, size)));
+      EXPECT_TRUE(told.empty() || told == cv::Size(37, 21)) << name << " cut at " << size;
+    }
+  }
+  EXPECT_EQ(tnv::pictureSize(temp / "missing.jpg"), cv::Size());
+  EXPECT_EQ(tnv::pictureSize(temp.path()), cv::Size());
+  // A width of 2^32 - 1.
+  std::string huge = readFile(temp / "a.png");
+  huge.replace(16, 4, "\xff\xff\xff\xff");
+  EXPECT_EQ(sizeFromHead(temp.write("huge.png", huge)), cv::Size());
+}
