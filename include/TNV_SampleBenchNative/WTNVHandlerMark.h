@@ -107,8 +107,10 @@ class TNV_SAMPLEBENCH_API WTNVHandlerMark : public TNVHandlerMarkObserver {
   /// Adds the mark under design to the current train set and ends the design.
   bool addDesignedMark();
 
-  /// Fits the mark under design to the object that the chosen assist finds in the picture within
-  /// the mark and a quarter of its size around it. That takes some ten milliseconds, and some
+  /// Fits the mark under design to the object that the chosen assist finds in the picture. The
+  /// object lies within the mark, if that has an outline within its inner part, so that the mark
+  /// can but shrink; a quarter of its size around it shows what the ground looks like. That takes
+  /// some ten milliseconds, and some
   /// hundred for a mark over much of a picture of many megapixels, which has to be reduced first.
   /// When something was found, the event of a designed mark comes. Otherwise the mark stays as it
   /// is, without an event: with the assist "None", and, with a log line, without a mark under

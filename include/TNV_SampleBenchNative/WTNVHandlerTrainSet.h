@@ -55,7 +55,8 @@ class TNV_SAMPLEBENCH_API WTNVHandlerTrainSet : public TNVHandlerTrainSetObserve
   void wSetRemove(bool remove);
   bool wGetRemove() const;
 
-  /// The workflow of the current train set; a null handle stands for none.
+  /// The workflow of the current train set; a null handle stands for none. Of the workflows given,
+  /// null handles are passed over.
   void wSetWorkflow(WTNVWorkflow workflow);
   WTNVWorkflow wGetWorkflow(std::vector<WTNVWorkflow> workflows) const;
 

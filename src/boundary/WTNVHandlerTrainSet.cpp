@@ -97,7 +97,8 @@ WTNVWorkflow WTNVHandlerTrainSet::wGetWorkflow(std::vector<WTNVWorkflow> workflo
   const TNVTrainSet* current = native->trainSetCurrent();
   if (!current) return WTNVWorkflow();
   for (const WTNVWorkflow& workflow : workflows) {
-    if (workflow.getNativeWorkflow()->uniqueIdx == current->workflow) return workflow;
+    if (workflow.isValid() && workflow.getNativeWorkflow()->uniqueIdx == current->workflow)
+      return workflow;
   }
   return WTNVWorkflow();
 }

@@ -18,10 +18,6 @@ namespace {
 constexpr double kPi = 3.141592653589793;
 constexpr double kRadiansPerDegree = 0.017453292519943295;
 
-/// Pixels of a dash and of the gap behind it, along circles and ellipses.
-constexpr int kDashOn = 7;
-constexpr int kDashOff = 3;
-
 /// Corners that a dashed curve is drawn with at most. A rim that would need more lies far outside
 /// of any picture.
 constexpr int kMostCurvePoints = 1 << 16;
@@ -386,9 +382,9 @@ void drawRectangle(cv::Mat& image, const cv::Rect& box, const cv::Scalar& colour
 }
 
 void drawCircle(cv::Mat& image, cv::Point centre, int radius, const cv::Scalar& colour,
-                int thickness) {
+                int thickness, int lineType) {
   if (radius < 0 || !isDrawable(centre, radius)) return;
-  cv::circle(image, centre, radius, colour, thickness, cv::LINE_AA, 0);
+  cv::circle(image, centre, radius, colour, thickness, lineType, 0);
 }
 
 void drawEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv::Scalar& colour,

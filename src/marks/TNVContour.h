@@ -3,7 +3,7 @@
 #include <array>
 #include <vector>
 
-#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
 
 /// Pure functions over point lists and pictures. Points are pixels unless said otherwise.
 namespace TNVContour {
@@ -71,6 +71,10 @@ void drawDashedEllipse(cv::Mat& image, const cv::RotatedRect& ellipse, const cv:
 void drawLine(cv::Mat& image, cv::Point from, cv::Point to, const cv::Scalar& colour,
               int thickness);
 
+/// Pixels of a dash and of the gap behind it, along what is under design.
+constexpr int kDashOn = 7;
+constexpr int kDashOff = 3;
+
 /// `cv::rectangle` with smooth edges. Of a box that reaches far out of the picture, which would be
 /// followed row by row, only the near part is drawn.
 void drawRectangle(cv::Mat& image, const cv::Rect& box, const cv::Scalar& colour, int thickness);
@@ -78,7 +82,7 @@ void drawRectangle(cv::Mat& image, const cv::Rect& box, const cv::Scalar& colour
 /// `cv::circle`, which throws for a negative radius. Such a circle is not drawn, nor is one that
 /// reaches out further than a million pixels.
 void drawCircle(cv::Mat& image, cv::Point centre, int radius, const cv::Scalar& colour,
-                int thickness);
+                int thickness, int lineType = cv::LINE_AA);
 
 /// `cv::ellipse`, which throws where a side is negative or no number. Such an ellipse is not drawn,
 /// nor is one that reaches out further than a million pixels.

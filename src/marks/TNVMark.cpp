@@ -26,11 +26,7 @@ constexpr std::uint32_t kLargestTag = 10000;
 constexpr int kFrameOn = 8;
 constexpr int kFrameOff = 7;
 
-/// Pixels of a dash and of the gap behind it, along the edges of a mark under design.
-constexpr int kDashOn = 7;
-constexpr int kDashOff = 3;
-
-/// The same along the line to the cursor.
+/// Pixels of a dot and of the gap behind it, along the line to the cursor.
 constexpr int kDotOn = 2;
 constexpr int kDotOff = 7;
 
@@ -255,8 +251,8 @@ std::string TNVMark::lengthLabel(const TNVTypeDrawInfo& info, const MarkLength& 
 
 void TNVMark::drawDashedEdges(cv::Mat& view, const Points& points, const MarkDrawStyle& pen,
                               bool closed) {
-  TNVContour::drawDashedPolyline(view, points, pen.colour, kDashOn, kDashOff, pen.thickness,
-                                 closed);
+  TNVContour::drawDashedPolyline(view, points, pen.colour, TNVContour::kDashOn,
+                                 TNVContour::kDashOff, pen.thickness, closed);
 }
 
 void TNVMark::drawLineToCursor(cv::Mat& view, cv::Point2d from, const MarkDrawStyle& pen) const {
@@ -265,9 +261,10 @@ void TNVMark::drawLineToCursor(cv::Mat& view, cv::Point2d from, const MarkDrawSt
                                  kDotOn, kDotOff, pen.thickness, false);
 }
 
-void TNVMark::drawRing(cv::Mat& view, cv::Point2d position, const MarkDrawStyle& pen) {
-  TNVContour::drawCircle(view, TNVContour::rounded(position), kDotRadius, pen.colour,
-                         pen.thickness);
+void TNVMark::drawRing(cv::Mat& view, cv::Point2d position, const MarkDrawStyle& pen,
+                       int lineType) {
+  TNVContour::drawCircle(view, TNVContour::rounded(position), kDotRadius, pen.colour, pen.thickness,
+                         lineType);
 }
 
 void TNVMark::drawDot(cv::Mat& view, cv::Point2d position, const cv::Scalar& colour) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
 
 class TNVDNNClass;
 class TNVTypeDrawInfo;
@@ -123,7 +123,8 @@ class TNVMark {
   void drawLineToCursor(cv::Mat& view, cv::Point2d from, const MarkDrawStyle& pen) const;
 
   /// The small ring at a mark's centre, and the dot on its ends. Positions are pixels of the view.
-  static void drawRing(cv::Mat& view, cv::Point2d position, const MarkDrawStyle& pen);
+  static void drawRing(cv::Mat& view, cv::Point2d position, const MarkDrawStyle& pen,
+                       int lineType = cv::LINE_AA);
   static void drawDot(cv::Mat& view, cv::Point2d position, const cv::Scalar& colour);
 
   /// How many POI boxes of the present size stand along a path of that length, in pixels.

@@ -88,7 +88,8 @@ void TNVMarkCircle::draw(cv::Mat& view, cv::Size imageSize, const TNVTypeMarkSty
     TNVContour::drawCircle(view, TNVContour::rounded(middle), wholeRadius, pen.colour,
                            pen.thickness);
   }
-  drawRing(view, middle, pen);
+  // Its edges are not smoothed, unlike those of all that is drawn around it.
+  drawRing(view, middle, pen, cv::LINE_8);
   TNVContour::drawLine(view, TNVContour::rounded(middle), TNVContour::rounded(rim), pen.colour,
                        pen.thickness);
   const MarkLength length{tnv::truncateToInt(pixelRadius(imageSize)), wholeRadius,

@@ -236,32 +236,116 @@ TEST_F(BoundaryFrame, OwningWrappersAreNotCopied) {
   EXPECT_TRUE(std::is_copy_assignable_v<WTNVMainProcess>);
 }
 
-TEST_F(BoundaryFrame, EveryEventOfAnInterfaceHasItsSlot) {
-  WTNVHandlerMark wrapper(&handler);
-  using W = WTNVHandlerMark;
-  const std::pair<void (W::*)(void (*)()), void (W::*)()> rows[] = {
-      {&W::setCBMarkAdded, &W::onEventMarkAdded},
-      {&W::setCBMarkDesigned, &W::onEventMarkDesigned},
-      {&W::setCBDNNClassChanged, &W::onEventDNNClassChanged},
-      {&W::setCBAddInstantlyChanged, &W::onEventAddInstantlyChanged},
-      {&W::setCBMarkFormChanged, &W::onEventMarkFormChanged},
-      {&W::setCBMarkModeChanged, &W::onEventMarkModeChanged},
-      {&W::setCBMarkMouseOver, &W::onEventMarkMouseOver},
-      {&W::setCBMarkStateHovered, &W::onEventMarkStateHovered},
-      {&W::setCBMarkStateSelected, &W::onEventMarkStateSelected},
-      {&W::setCBMarkStatePOIVisible, &W::onEventMarkStatePOIVisible},
-      {&W::setCBMarkUpdated, &W::onEventMarkUpdated},
-      {&W::setCBMarkRemoved, &W::onEventMarkRemoved},
-      {&W::setCBPOIPointsUpdated, &W::onEventPOIPointsUpdated},
-      {&W::setCBPOISizeUpdated, &W::onEventPOISizeUpdated},
-      {&W::setCBAssistChanged, &W::onEventAssistChanged},
-  };
-  for (const auto& set : rows) {
+namespace {
+
+/// How a callback of a wrapper is set, and the event that calls it.
+template <class Wrapper>
+using Slot = std::pair<void (Wrapper::*)(void (*)()), void (Wrapper::*)()>;
+
+/// Each event calls its own callback alone, and an assigned wrapper has the callbacks of the other.
+template <class Wrapper>
+void expectSlots(Wrapper& wrapper, Wrapper& other, const std::vector<Slot<Wrapper>>& slots) {
+  const Wrapper silent(wrapper);
+  for (const auto& set : slots) {
     (wrapper.*set.first)(callA);
-    for (const auto& event : rows) {
+    other = wrapper;
+    for (const auto& event : slots) {
       (wrapper.*event.second)();
-      EXPECT_EQ(event == set ? 1u : 0u, takeCalls().size());
+      EXPECT_EQ(takeCalls().size(), event == set ? 1U : 0U);
+      (other.*event.second)();
+      EXPECT_EQ(takeCalls().size(), event == set ? 1U : 0U);
     }
+    other = silent;
+    (other.*set.second)();
+    EXPECT_THAT(takeCalls(), IsEmpty());
     (wrapper.*set.first)(nullptr);
+  }
+}
+
+}  // namespace
+
+TEST_F(BoundaryFrame, EveryEventOfAnInterfaceHasItsSlot) {
+  ProjectBuilder builder;
+  builder.withPictures({"a.png"});
+  OpenProject open(builder);
+  {
+    using W = WTNVHandlerMark;
+    W first(&handler);
+    W second(&handler);
+    expectSlots<W>(first, second,
+                   {{&W::setCBMarkAdded, &W::onEventMarkAdded},
+                    {&W::setCBMarkDesigned, &W::onEventMarkDesigned},
+                    {&W::setCBDNNClassChanged, &W::onEventDNNClassChanged},
+                    {&W::setCBAddInstantlyChanged, &W::onEventAddInstantlyChanged},
+                    {&W::setCBMarkFormChanged, &W::onEventMarkFormChanged},
+                    {&W::setCBMarkModeChanged, &W::onEventMarkModeChanged},
+                    {&W::setCBMarkMouseOver, &W::onEventMarkMouseOver},
+                    {&W::setCBMarkStateHovered, &W::onEventMarkStateHovered},
+                    {&W::setCBMarkStateSelected, &W::onEventMarkStateSelected},
+                    {&W::setCBMarkStatePOIVisible, &W::onEventMarkStatePOIVisible},
+                    {&W::setCBMarkUpdated, &W::onEventMarkUpdated},
+                    {&W::setCBMarkRemoved, &W::onEventMarkRemoved},
+                    {&W::setCBPOIPointsUpdated, &W::onEventPOIPointsUpdated},
+                    {&W::setCBPOISizeUpdated, &W::onEventPOISizeUpdated},
+                    {&W::setCBAssistChanged, &W::onEventAssistChanged}});
+  }
+  {
+    using W = WTNVHandlerImageView;
+    W first(&open.view());
+    W second(&open.view());
+    expectSlots<W>(first, second,
+                   {{&W::setCBCrossPositionChanged, &W::onEventCrossPositionChanged},
+                    {&W::setCBHelperZoomLevelChanged, &W::onEventHelperZoomLevelChanged},
+                    {&W::setCBHelperModeChanged, &W::onEventHelperModeChanged},
+                    {&W::setCBHelperWndSizeChanged, &W::onEventHelperWndSizeChanged},
+                    {&W::setCBHelperShowCrossChanged, &W::onEventHelperShowCrossChanged},
+                    {&W::setCBMarkStyleChanged, &W::onEventMarkStyleChanged},
+                    {&W::setCBMarkDrawInfoChanged, &W::onEventMarkDrawInfoChanged},
+                    {&W::setCBCrossStyleChanged, &W::onEventCrossStyleChanged},
+                    {&W::setCBZoomLevelChanged, &W::onEventZoomLevelChanged},
+                    {&W::setCBDrawMarkFilledChanged, &W::onEventDrawMarkFilledChanged},
+                    {&W::setCBDrawOnlyDNNsChanged, &W::onEventDrawOnlyDNNsChanged}});
+  }
+  {
+    using W = WTNVHandlerTrainSet;
+    W first(&open.trainSets());
+    W second(&open.trainSets());
+    expectSlots<W>(first, second,
+                   {{&W::setCBTrainSetChanged, &W::onEventTrainSetChanged},
+                    {&W::setCBCommentUpdated, &W::onEventCommentUpdated},
+                    {&W::setCBUseSpecialTestUpdated, &W::onEventUseSpecialTestUpdated},
+                    {&W::setCBProjectOpened, &W::onEventProjectOpened},
+                    {&W::setCBProjectClosed, &W::onEventProjectClosed},
+                    {&W::setCBProjectSaved, &W::onEventProjectSaved},
+                    {&W::setCBImageLoaded, &W::onEventImageLoaded},
+                    {&W::setCBRemoveChanged, &W::onEventRemoveChanged},
+                    {&W::setCBWorkflowChanged, &W::onEventWorkflowChanged}});
+  }
+  {
+    using W = WTNVHandlerAugment;
+    W first = builder.project().getHndAugment();
+    W second = builder.project().getHndAugment();
+    expectSlots<W>(first, second,
+                   {{&W::setCBGenerationStarted, &W::onEventGenerationStarted},
+                    {&W::setCBGenerationUpdate, &W::onEventGenerationUpdate},
+                    {&W::setCBGenerationFinished, &W::onEventGenerationFinished}});
+  }
+  {
+    using W = WTNVHandlerValidation;
+    W first = builder.project().getHndValidation();
+    W second = builder.project().getHndValidation();
+    expectSlots<W>(first, second,
+                   {{&W::setCBValidGenStarted, &W::onEventValidGenStarted},
+                    {&W::setCBValidGenUpdate, &W::onEventValidGenUpdate},
+                    {&W::setCBValidGenFinished, &W::onEventValidGenFinished}});
+  }
+  {
+    using W = WTNVHandlerDownload;
+    W first = builder.project().getHndDownload();
+    W second = builder.project().getHndDownload();
+    expectSlots<W>(first, second,
+                   {{&W::setCBDownloadStarted, &W::onEventDownloadStarted},
+                    {&W::setCBDownloadUpdate, &W::onEventDownloadUpdate},
+                    {&W::setCBDownloadFinished, &W::onEventDownloadFinished}});
   }
 }

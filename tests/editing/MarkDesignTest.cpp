@@ -463,6 +463,20 @@ TEST_F(MarkDesignTest, AfterNavigationTheOldDesignIsAddedToTheNewTrainSet) {
   EXPECT_THAT(current().marks, SizeIs(1));
 }
 
+TEST_F(MarkDesignTest, AnAbsolutePoiSizeOnAnUnreadablePictureIsNone) {
+  TNVProject& project = *builder.project().getNativeProject();
+  project.poiAbsSize = {16, 3};
+  project.poiSizeUse = 0;
+  ASSERT_TRUE(design({{0.1, 0.1}, {0.2, 0.2}}, "Rect"));
+  TNVTrainSet unreadable("missing.png", "");
+  unreadable.setUnreadable();
+  TNVTrainSet* const own = std::exchange(open->marks().trainSet, &unreadable);
+  project.poiSizeUse = 2;
+  EXPECT_TRUE(wrapper->addDesignedMark());
+  open->marks().trainSet = own;
+  EXPECT_EQ(unreadable.marks.at(0)->poiSize, cv::Point2d(0, 0));
+}
+
 TEST_F(MarkDesignTest, NullClassesAreLeftOut) {
   const WTNVDNNClass none;
   const WTNVDNNClass second = classes()[1];

@@ -380,6 +380,27 @@ TEST(TNVAssistGrabCut, CoreIsShrunkByAThirdRoundedDown) {
   EXPECT_NEAR(78 - 9, reduced.br().y, 1e-3);
 }
 
+TEST(TNVAssistGrabCut, CoreOfAMarkLargerThanThePictureIsShrunkByAThirdOfTheMark) {
+  // -800, -500, 1280 x 720 pixels, of which 480 x 220 lie on the picture. With the margin it is 640
+  // x 400, of which 640 pixels become 128: 256 x 144 reduced ones, a third of 144 is 48.
+  const Row row{"far over two edges",
+                {640, 480},
+                {-1.25, -500.0 / 480, 2, 1.5},
+                {0, 0, 640, 400},
+                {0, 0},
+                2,
+                {128, 80},
+                0.2,
+                {},
+                {{-160, -100}, {96, -100}, {96, 44}, {-160, 44}},
+                48};
+  const ObjectScene scene = objectScene(row.image, {150, 60}, {130, 40}, 5);
+  cv::setRNGSeed(1);
+  const Points expected = resultByHand(row, scene.picture, true);
+  ASSERT_GE(expected.size(), 2U);
+  expectNear(expected, applied(row.rect, scene.picture, contourOf(row)), row.name);
+}
+
 TEST(TNVAssistGrabCut, WithoutAnOutlineTheBoxIsTakenWithThreeIterations) {
   for (const Row& row : kRows) {
     const ObjectScene scene = sceneFor(row);

@@ -193,7 +193,7 @@ TEST_F(TNVHandlerTrainSetTest, WorkflowIsKeptByItsIndex) {
   const WTNVWorkflow second = builder.project().wAddWorkflow("done", 6);
   wrapper->wSetWorkflow(second);
   EXPECT_EQ(6, at(0).workflow);
-  EXPECT_EQ("done", wrapper->wGetWorkflow({first, second}).wGetName());
+  EXPECT_EQ("done", wrapper->wGetWorkflow({WTNVWorkflow(), first, second}).wGetName());
   EXPECT_FALSE(wrapper->wGetWorkflow({first}).isValid());
   wrapper->wSetWorkflow(WTNVWorkflow());
   EXPECT_EQ(-1, at(0).workflow);

@@ -248,7 +248,7 @@ struct TNVMarkCircleOnView : ::testing::Test {
     } else {
       cv::circle(view, middle, 31, pen.colour, pen.thickness, cv::LINE_AA, 0);
     }
-    circleReference(view, middle, pen.colour, pen.thickness);
+    cv::circle(view, middle, 3, pen.colour, pen.thickness);
     lineReference(view, middle, {112, 85}, pen.colour, line);
   }
 
@@ -342,7 +342,7 @@ TEST_F(TNVMarkCircleOnView, SmallDesignedCircleShowsItsMiddleOnly) {
   mark.center = {0.5, 0.5};
   mark.radius = {{0.512, 0.5}};
   cv::Mat expected = emptyView();
-  circleReference(expected, {100, 60}, {255, 255, 255}, 1);
+  cv::circle(expected, {100, 60}, 3, {255, 255, 255}, 1);
   lineReference(expected, {100, 60}, {102, 60}, {255, 255, 255}, 1);
   expectDrawn(expected, "White", false, 0, true);
 }

@@ -187,6 +187,10 @@ TEST(TNVMarkEllipse, SizeIsTheUprightBoxInWholePixels) {
   // A quarter turn: the first half axis stands upright.
   const TNVMarkEllipse turned({0.50025, 0.5005}, {0.50025, 0.7005}, {0.55025, 0.5005});
   expectPoint({101 / 1000.0, 201 / 500.0}, turned.getRelSize({1000, 500}));
+  // Far out in a large picture: columns 8500 to 9500 of 9000.25 -+ 500, rows 8750.3 -+ 250 cos 2,
+  // which are 8500.46 and 9000.14, thus 8500 to 9000.
+  const TNVMarkEllipse far({0.900025, 0.87503}, {0.950025, 0.87503}, {0.900025, 0.90003});
+  expectPoint({1001 / 10000.0, 501 / 10000.0}, far.getRelSize({10000, 10000}));
 }
 
 TEST(TNVMarkEllipse, DirectionOfTheSecondPointDoesNotCount) {

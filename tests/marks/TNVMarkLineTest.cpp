@@ -315,12 +315,12 @@ TEST_F(TNVMarkLineOnView, LabelOfEachInfoStandsAtTheCentre) {
 }
 
 TEST_F(TNVMarkLineOnView, LabelFollowsACentreThatIsNotTheMiddle) {
-  mark.center = {0.1275, 0.25};
+  mark.center = {0.1275, 0.255};
   cv::Mat expected = emptyView();
-  // 25.5 goes to the even 26.
-  middle = {26, 30};
+  // 25.5 goes to the even 26, 30.6 to 31.
+  middle = {26, 31};
   drawLineReference(expected, penStates().front(), false);
-  textReference(expected, "608", {26, 30}, {255, 255, 255});
+  textReference(expected, "608", {26, 31}, {255, 255, 255});
   EXPECT_TRUE(samePixels(expected, viewWith(mark, styleNamed("White"), 3, false)));
 }
 

@@ -191,7 +191,7 @@ TEST_F(TNVMarkPointOnView, LabelsAreTheClassesAlone) {
 
 TEST(TNVMarkPoint, LabelIsRoundedApartFromThePoint) {
   const ThreeClasses classes;
-  TNVMarkPoint mark(cv::Point2d(33.5 / 128, 0.5));
+  TNVMarkPoint mark(cv::Point2d(33.5 / 128, 31.625 / 64));
   mark.classIdx = {12};
   cv::Mat seen = patternedPicture(128, 64);
   mark.draw(seen, {1280, 640}, styleNamed("White"), infoOf(1), classes.list(), false);
