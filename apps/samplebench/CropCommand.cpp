@@ -7,12 +7,19 @@
 #include <opencv2/imgcodecs.hpp>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "Editor.h"
 #include "PictureFile.h"
 
 namespace fs = std::filesystem;
 
 namespace {
+
+struct CropOptions {
+  std::string project;
+  std::string picture;
+  std::string directory;
+};
 
 bool hasArea(const WTNVMark& mark, const Editor& editor) {
   double width = 0;
@@ -76,8 +83,6 @@ bool writeCrop(Editor& editor, const WTNVMark& mark, const std::string& director
   return true;
 }
 
-}  // namespace
-
 void runCrop(const Locations& locations, const CropOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   const auto pictures = readPictures(*project, output);
@@ -106,4 +111,21 @@ void runCrop(const Locations& locations, const CropOptions& options, Output& out
       output.setFindings();
     }
   }
+}
+
+}  // namespace
+
+void addCropCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<CropOptions>();
+  auto* command = addCommand(
+      app, program,
+      {"crop",
+       "Writes what lies under each mark of a picture to a file of its own, and prints the files.",
+       "crop parts photo.jpg -o cut/"},
+      [&program, options](Output& output) { runCrop(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  addPictureArgument(*command, options->picture);
+  command->add_option("-o,--output", options->directory, "directory to write to")
+      ->required()
+      ->check(notEmpty());
 }

@@ -4,19 +4,26 @@
 #include <array>
 #include <cstdio>
 
+#include "ClassCommand.h"
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "ContactSheet.h"
 #include "DemoPictures.h"
 #include "GenerateCommand.h"
 #include "ImportCommand.h"
 #include "MarkCommand.h"
 #include "PictureFile.h"
-#include "ProjectCommands.h"
 #include "RenderCommand.h"
 
 namespace fs = std::filesystem;
 
 namespace {
+
+struct DemoOptions {
+  std::string directory;
+  /// A directory of the user's own pictures; empty to draw some.
+  std::string pictures;
+};
 
 constexpr auto projectName = "demo";
 constexpr auto setName = "pictures";
@@ -163,8 +170,6 @@ void buildProject(const Locations& locations, const DemoOptions& options, const 
   saveProject(*project, true, output);
 }
 
-}  // namespace
-
 void runDemo(const Locations& locations, const DemoOptions& options, Output& output) {
   const fs::path directory = absolutePath(options.directory);
   auto places = locations;
@@ -188,4 +193,21 @@ void runDemo(const Locations& locations, const DemoOptions& options, Output& out
   writePlaces(paths, output);
   output.data() << "\nLook around with: samplebench --projects " << places.projects << " list "
                 << projectName << '\n';
+}
+
+}  // namespace
+
+void addDemoCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<DemoOptions>();
+  auto* command = addCommand(
+      app, program,
+      {"demo",
+       "Walks the whole road in a new directory: draws pictures, marks them, renders one, writes a "
+       "training set and reads it back.",
+       "demo /tmp/demo"},
+      [&program, options](Output& output) { runDemo(program.locations, *options, output); });
+  command->add_option("DIRECTORY", options->directory, "new or empty, or an earlier demo")
+      ->required();
+  command->add_option("--pictures", options->pictures,
+                      "take the pictures of this directory, each marked as a whole");
 }

@@ -7,6 +7,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "GalleryReport.h"
 #include "MarkBox.h"
 #include "OutputFile.h"
@@ -18,6 +19,12 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+struct GalleryOptions {
+  std::string project;
+  /// Empty for none.
+  std::string report;
+};
 
 // Small enough that a page of 2,000 stays around 10 MB.
 constexpr int thumbnailSide = 96;
@@ -170,8 +177,6 @@ void writeReport(const std::string& file, const Gallery& gallery, WTNVHandlerVal
   });
 }
 
-}  // namespace
-
 void runGallery(const Locations& locations, const GalleryOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   requireWholeRecords(*project);
@@ -192,4 +197,22 @@ void runGallery(const Locations& locations, const GalleryOptions& options, Outpu
     builder.add(picture);
   writeReport(options.report, builder.gallery, handler);
   output.data() << "wrote " << options.report << '\n';
+}
+
+}  // namespace
+
+void addGalleryCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<GalleryOptions>();
+  auto* command = addCommand(
+      app, program,
+      {"gallery",
+       "Cuts every mark out of its picture, to look the marks through, and prints how many there "
+       "are of each class.",
+       "gallery parts --report marks.html"},
+      [&program, options](Output& output) { runGallery(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  command
+      ->add_option("--report", options->report,
+                   "page to write, with all cuts, what looks wrong, and plots")
+      ->check(notEmpty());
 }

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "Numbers.h"
 #include "PictureFile.h"
 #include "Platform.h"
@@ -243,7 +244,11 @@ void writePlaces(const TrainingSetPaths& paths, Output& output) {
                                {"trained weights go to", paths.backup}});
 }
 
+namespace {
+
 void runGenerate(const Locations& locations, const GenerateOptions& options, Output& output) {
+  // First, for it is right or wrong on the command line alone.
+  parseGrouping(options.keepTogether);
   const auto project = openProject(locations, options.project);
   const auto [paths, content, division] = generateSet(*project, locations, options, output);
   output.table("set", {"pictures", "samples", "training", "test", "boxes"},
@@ -258,4 +263,49 @@ void runGenerate(const Locations& locations, const GenerateOptions& options, Out
   writeBoxes(*project, content, output);
   output.say();
   writePlaces(paths, output);
+}
+
+}  // namespace
+
+namespace {
+
+void addTemplates(CLI::App& command, GenerateOptions& options) {
+  command.add_option("--weights", options.weights, "starting weights to lay beside the set");
+  command.add_option("--config", options.config, "template of the data description")
+      ->capture_default_str();
+  command.add_option("--net", options.net,
+                     "template of the network (default: yolov4-tiny.tmp, or else the first)");
+  command.add_option("--set", options.settings, "KEY=VALUE for the templates; may be repeated")
+      ->allow_extra_args(false);
+}
+
+void addDivision(CLI::App& command, GenerateOptions& options) {
+  command.add_option("--test-ratio", options.testRatio, "share of the test list")
+      ->check(numberBetween(0, 1))
+      ->capture_default_str();
+  auto* together = command.add_option(
+      "--keep-together", options.keepTogether,
+      "samples that go into one list: none (each for itself), source (all of one picture), or "
+      "group=REGEX (all of the pictures whose file names have the part in common that it finds)");
+  command.add_option("--seed", options.seed, "repeats a division into groups")->needs(together);
+}
+
+}  // namespace
+
+void addGenerateCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<GenerateOptions>();
+  auto* command = addCommand(
+      app, program,
+      {"generate", "Writes a training set for Darknet. An earlier set there is replaced.",
+       "generate parts --output set/ --test-ratio 0.1 --set WIDTH=608"},
+      [&program, options](Output& output) { runGenerate(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  addJson(*command, program);
+  command->add_option("--output", options->output, "directory of the set")->required();
+  command->add_option("--augmentation", options->augmentation, "tree of tasks for each picture")
+      ->capture_default_str();
+  addTemplates(*command, *options);
+  command->add_flag("--relative-paths", options->relativePaths,
+                    "write paths relative to the working directory");
+  addDivision(*command, *options);
 }

@@ -3,8 +3,16 @@
 #include <algorithm>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 
 namespace {
+
+struct ImportOptions {
+  std::string project;
+  std::string set;
+  std::string directory;
+  bool recursive = false;
+};
 
 std::vector<std::string> sortedPictures(const WTNVProject& project, const std::string& directory,
                                         bool recursive) {
@@ -50,6 +58,8 @@ ImportResult addPictures(WTNVProject& project, const std::string& set,
   return {added, pictures.size() - added};
 }
 
+namespace {
+
 void runImport(const Locations& locations, const ImportOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   const auto result = importPictures(*project, options.set, options.directory, options.recursive);
@@ -57,4 +67,22 @@ void runImport(const Locations& locations, const ImportOptions& options, Output&
   output.data() << "set " << options.set << ": " << counted(result.added, "picture")
                 << (output.isDryRun() ? " would be added, " : " added, ") << result.alreadyThere
                 << " already there\n";
+}
+
+}  // namespace
+
+void addImportCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<ImportOptions>();
+  auto* command = addCommand(
+      app, program,
+      {"import",
+       "Adds the pictures of a directory to an image set. They stay where they are; those already "
+       "there are passed over.",
+       "import parts day1 photos/ --recursive"},
+      [&program, options](Output& output) { runImport(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  addDryRun(*command, program);
+  command->add_option("SET", options->set, "name of the image set")->required();
+  command->add_option("DIRECTORY", options->directory, "where the pictures lie")->required();
+  command->add_flag("--recursive", options->recursive, "look into directories below, too");
 }

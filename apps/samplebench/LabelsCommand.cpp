@@ -4,11 +4,26 @@
 #include <unordered_set>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "ImportCommand.h"
 #include "OutputFile.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
 namespace {
+
+struct LabelsOptions {
+  std::string project;
+  std::string set;
+  std::string path;
+  std::string format;
+  std::string names;
+  std::string pictures;
+  std::string workflow;
+  std::string rejections;
+  int base = 1;
+  bool clip = false;
+  bool copy = false;
+};
 
 // More would bury what went well; --rejections has them all.
 constexpr std::size_t mostRejectionsShown = 20;
@@ -154,9 +169,7 @@ void reportExport(const WTNVToolLabelExchange& exchange, const LabelsOptions& op
                                {"cut", exchange.wGetCut()}});
 }
 
-}  // namespace
-
-void runLabelsImport(const Locations& locations, const LabelsOptions& options, Output& output) {
+void runImport(const Locations& locations, const LabelsOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   requireRejectionsPlace(options, *project, output);
   WTNVToolLabelExchange exchange;
@@ -172,7 +185,7 @@ void runLabelsImport(const Locations& locations, const LabelsOptions& options, O
   reportRejections(exchange, options, output);
 }
 
-void runLabelsExport(const Locations& locations, const LabelsOptions& options, Output& output) {
+void runExport(const Locations& locations, const LabelsOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   requireRejectionsPlace(options, *project, output);
   WTNVToolLabelExchange exchange;
@@ -190,4 +203,63 @@ void runLabelsExport(const Locations& locations, const LabelsOptions& options, O
                        "'; see the line above, or give a new or empty directory");
   reportExport(exchange, options, trainSets.size(), output);
   reportRejections(exchange, options, output);
+}
+
+std::string formatsHelp() {
+  return "format of the labels: " + joined(WTNVToolLabelExchange::wGetAvailableFormats());
+}
+
+// What both directions understand.
+void addExchangeOptions(CLI::App& command, ProgramOptions& program, LabelsOptions& options) {
+  addJson(command, program);
+  addDryRun(command, program);
+  command.add_option("--base", options.base, "number of the first pixel in VOC")
+      ->check(CLI::IsMember({0, 1}))
+      ->capture_default_str();
+  command.add_option("--rejections", options.rejections, "file to list all labels left out in");
+}
+
+void addImport(CLI::App& labels, ProgramOptions& program) {
+  const auto options = std::make_shared<LabelsOptions>();
+  auto* command = addCommand(
+      labels, program,
+      {"import",
+       "Adds classes, pictures and marks from labels that were made elsewhere. What is there "
+       "already is passed over.",
+       "labels import parts day1 ~/labelled/ --names ~/labelled/obj.names"},
+      [&program, options](Output& output) { runImport(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  command->add_option("SET", options->set, "name of the image set")->required();
+  command->add_option("PATH", options->path, "directory or file of the labels")->required();
+  command->add_option("--format", options->format, formatsHelp() + " (default: as it looks)");
+  command->add_option("--names", options->names, "file with the names of the classes");
+  command->add_option("--pictures", options->pictures, "where the pictures lie, if elsewhere");
+  command->add_flag("--clip", options->clip,
+                    "cut labels at the edges of the picture instead of rejecting them");
+  addExchangeOptions(*command, program, *options);
+}
+
+void addExport(CLI::App& labels, ProgramOptions& program) {
+  const auto options = std::make_shared<LabelsOptions>();
+  auto* command = addCommand(
+      labels, program,
+      {"export",
+       "Writes all marks as labels for other programs. An earlier export there is replaced.",
+       "labels export parts ~/for-others/ --format Darknet --copy"},
+      [&program, options](Output& output) { runExport(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  command->add_option("DIRECTORY", options->path, "new or empty, or an earlier export")->required();
+  command->add_option("--format", options->format, formatsHelp())->required();
+  command->add_flag("--copy", options->copy, "copy the pictures beside the labels");
+  command->add_option("--workflow", options->workflow, "only pictures in this workflow");
+  addExchangeOptions(*command, program, *options);
+}
+
+}  // namespace
+
+void addLabelsCommands(CLI::App& app, ProgramOptions& program) {
+  auto* labels = addCommandGroup(app, {"labels", "Labels of other programs, in and out.",
+                                       "labels import parts day1 ~/labelled/"});
+  addImport(*labels, program);
+  addExport(*labels, program);
 }

@@ -1,21 +1,9 @@
 #include "ProjectCommands.h"
 
-#include <cstdio>
-
-#include "CommandError.h"
-#include "Numbers.h"
+#include "ClassCommand.h"
+#include "CommandLine.h"
 
 namespace {
-
-std::string colorText(const WTNVDNNClass& dnnClass) {
-  int red = 0;
-  int green = 0;
-  int blue = 0;
-  dnnClass.wGetColor(&red, &green, &blue);
-  char text[32];
-  std::snprintf(text, sizeof text, "%02x%02x%02x", red, green, blue);
-  return text;
-}
 
 struct Totals {
   std::size_t pictures = 0;
@@ -39,42 +27,9 @@ Totals writePictures(const std::string& set, const std::vector<PictureRecord>& p
   return totals;
 }
 
-}  // namespace
-
-void writeClasses(const WTNVProject& project, Output& output) {
-  std::vector<TableRow> rows;
-  for (const auto& dnnClass : project.wGetDNNClasses())
-    rows.push_back({dnnClass.wGetDNNId(), dnnClass.wGetName(), colorText(dnnClass)});
-  output.table("classes", {"number", "class", "colour"}, rows);
-}
-
 void runCreate(const Locations& locations, const std::string& project, Output& output) {
   createProject(locations, project);
   output.data() << "made project " << project << " in " << locations.projects << '\n';
-}
-
-void addClass(WTNVProject& project, const std::string& name, const std::string& color) {
-  const auto added = project.wAddDNNClass(name, -1, -1);
-  if (!added.isValid())
-    throw CommandError("class '" + name + "' cannot be added; the name is empty or taken");
-  if (color.empty()) return;
-  const auto [red, green, blue] = parseColor(color);
-  project.wUpdateDNNClass(added, name, added.wGetDNNId(), "", "", red, green, blue);
-}
-
-void runClassAdd(const Locations& locations, const std::string& projectName,
-                 const std::vector<std::string>& names, const std::string& color, Output& output) {
-  const auto project = openProject(locations, projectName);
-  for (const auto& name : names) {
-    requireClassName(name);
-    addClass(*project, name, color);
-  }
-  saveProject(*project, true, output);
-  writeClasses(*project, output);
-}
-
-void runClassList(const Locations& locations, const std::string& project, Output& output) {
-  writeClasses(*openProject(locations, project), output);
 }
 
 void runList(const Locations& locations, const std::string& projectName, Output& output) {
@@ -89,4 +44,23 @@ void runList(const Locations& locations, const std::string& projectName, Output&
   }
   output.data() << "\ntotal: " << counted(totals.pictures, "picture") << ", "
                 << counted(totals.marks, "mark") << '\n';
+}
+
+}  // namespace
+
+void addCreateCommand(CLI::App& app, ProgramOptions& program) {
+  const auto project = std::make_shared<std::string>();
+  auto* command = addCommand(
+      app, program, {"create", "Makes an empty project.", "create parts"},
+      [&program, project](Output& output) { runCreate(program.locations, *project, output); });
+  addProjectArgument(*command, *project);
+}
+
+void addListCommand(CLI::App& app, ProgramOptions& program) {
+  const auto project = std::make_shared<std::string>();
+  auto* command = addCommand(
+      app, program,
+      {"list", "Shows classes, pictures with the number of their marks, and totals.", "list parts"},
+      [&program, project](Output& output) { runList(program.locations, *project, output); });
+  addProjectArgument(*command, *project);
 }

@@ -1,6 +1,7 @@
 #include "RenderCommand.h"
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "Editor.h"
 #include "Numbers.h"
 #include "PictureFile.h"
@@ -56,7 +57,35 @@ void renderPicture(WTNVProject& project, const RenderOptions& options, Output& o
                 << " pixels, " << counted(editor.marks.getMarkCount(), "mark") << ")\n";
 }
 
-void runRender(const Locations& locations, const RenderOptions& options, Output& output) {
-  const auto project = openProject(locations, options.project);
-  renderPicture(*project, options, output);
+namespace {
+
+void addLook(CLI::App& command, RenderOptions& options) {
+  command.add_option("--style", options.style, "colours of the marks")->capture_default_str();
+  command.add_option("--info", options.info, "text beside the marks")->capture_default_str();
+  auto* cross = command.add_option("--cross", options.cross, "place of a cross, x,y from 0 to 1");
+  command.add_option("--cross-style", options.crossStyle, "look of the cross")
+      ->needs(cross)
+      ->capture_default_str();
+  command.add_flag("!--no-fill", options.filled, "do not fill marks that have an area");
+}
+
+}  // namespace
+
+void addRenderCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<RenderOptions>();
+  auto* command = addCommand(app, program,
+                             {"render", "Writes a picture with its marks to a file.",
+                              "render parts photo.jpg -o seen.png --fit 800x600 --style Colored"},
+                             [&program, options](Output& output) {
+                               const auto project =
+                                   openProject(program.locations, options->project);
+                               renderPicture(*project, *options, output);
+                             });
+  addProjectArgument(*command, options->project);
+  addPictureArgument(*command, options->picture);
+  addOutputFile(*command, options->file, "seen.png");
+  auto* zoom = command->add_option("--zoom", options->zoom, "pixels per pixel of the picture")
+                   ->check(numberBetween(smallestZoom, largestZoom));
+  command->add_option("--fit", options->fit, "largest size, WIDTHxHEIGHT")->excludes(zoom);
+  addLook(*command, *options);
 }

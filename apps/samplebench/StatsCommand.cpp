@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "DataStatistics.h"
 #include "GalleryStatistics.h"
 #include "Numbers.h"
@@ -13,6 +14,13 @@
 #include "Progress.h"
 
 namespace {
+
+struct StatsOptions {
+  /// A project, or the directory or data file of a training set.
+  std::string subject;
+  /// A page to write; empty for none.
+  std::string report;
+};
 
 DataStatistics counting(std::size_t pictures, Output& output,
                         const std::function<DataStatistics(const PictureStep&)>& count) {
@@ -101,8 +109,6 @@ void write(const DataStatistics& statistics, Output& output) {
                rows);
 }
 
-}  // namespace
-
 void runStats(const Locations& locations, const StatsOptions& options, Output& output) {
   const auto statistics = statisticsOf(locations, options, output);
   write(statistics, output);
@@ -112,4 +118,23 @@ void runStats(const Locations& locations, const StatsOptions& options, Output& o
     writeWhole(options.report, [&](std::ostream& page) { writeStatisticsPage(page, statistics); });
   output.say();
   output.say((output.isDryRun() ? "would write " : "wrote ") + options.report);
+}
+
+}  // namespace
+
+void addStatsCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<StatsOptions>();
+  auto* command = addCommand(
+      app, program,
+      {"stats",
+       "Shows of what a project or a training set consists: pictures, boxes of each class and "
+       "their sizes in pixels.",
+       "stats parts --report parts.html"},
+      [&program, options](Output& output) { runStats(program.locations, *options, output); });
+  command->add_option("SUBJECT", options->subject, "project, or directory of a training set")
+      ->required();
+  addJson(*command, program);
+  addDryRun(*command, program);
+  command->add_option("--report", options->report, "page to write, with plots of sizes and places")
+      ->check(notEmpty());
 }

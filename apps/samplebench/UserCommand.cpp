@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "ProjectAccess.h"
 #include "TNV_SampleBenchNative/WTNVAppConfig.h"
 #include "TNV_SampleBenchNative/WTNVUser.h"
@@ -11,6 +12,12 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+struct UserOptions {
+  std::string users = "users/";
+  std::string name;
+  std::string project;
+};
 
 std::string usersDirectory(const UserOptions& options) {
   return (fs::path(options.users) / "").generic_string();
@@ -50,9 +57,7 @@ void requireUser(const std::string& users, const std::string& name) {
     throw CommandError("there is no user '" + name + "'; there are: " + joined(names));
 }
 
-}  // namespace
-
-void runUserCreate(const UserOptions& options, Output& output) {
+void runCreate(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
   requireName(options.name);
   makeDirectory(users);
@@ -63,7 +68,7 @@ void runUserCreate(const UserOptions& options, Output& output) {
   output.data() << "user '" << options.name << "' made in " << users << '\n';
 }
 
-void runUserList(const UserOptions& options, Output& output) {
+void runList(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
   std::vector<TableRow> rows{{"user", "last project"}};
   for (const auto& name : userNames(users)) {
@@ -73,7 +78,7 @@ void runUserList(const UserOptions& options, Output& output) {
   writeTable(output.data(), rows);
 }
 
-void runUserSet(const UserOptions& options, Output& output) {
+void runSet(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
   requireUser(users, options.name);
   requireStorable("the name of a project", options.project);
@@ -84,7 +89,7 @@ void runUserSet(const UserOptions& options, Output& output) {
   output.data() << "user '" << options.name << "': last project '" << options.project << "'\n";
 }
 
-void runUserRemove(const UserOptions& options, Output& output) {
+void runRemove(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
   requireUser(users, options.name);
   WTNVUser user(options.name, users);
@@ -101,4 +106,50 @@ void runConfig(const std::string& file, Output& output) {
                              {"platforms", config->wGetPlatformsPath()},
                              {"augmentations", config->wGetAugmentsPath()},
                              {"users", config->wGetUsersPath()}});
+}
+
+using UserRun = void (*)(const UserOptions&, Output&);
+
+struct UserCommand {
+  CLI::App* app;
+  UserOptions* options;
+};
+
+UserCommand add(CLI::App& users, ProgramOptions& program, const CommandHelp& help, UserRun run) {
+  const auto options = std::make_shared<UserOptions>();
+  auto* command =
+      addCommand(users, program, help, [options, run](Output& output) { run(*options, output); });
+  command->add_option("--users", options->users, "where users lie")->capture_default_str();
+  return {command, options.get()};
+}
+
+void addName(const UserCommand& command) {
+  command.app->add_option("NAME", command.options->name, "name of the user")->required();
+}
+
+}  // namespace
+
+void addUserCommands(CLI::App& app, ProgramOptions& program) {
+  auto* users = addCommandGroup(
+      app,
+      {"user", "The people who work here, and the project each opened last.", "user create ann"});
+  add(*users, program, {"list", "Lists the users.", "user list"}, runList);
+  addName(add(*users, program, {"create", "Makes a user.", "user create ann"}, runCreate));
+  const auto set =
+      add(*users, program,
+          {"set", "Remembers a project as the one opened last.", "user set ann parts"}, runSet);
+  addName(set);
+  set.app->add_option("PROJECT", set.options->project, "name of the project")->required();
+  addName(add(*users, program, {"remove", "Removes a user.", "user remove ann"}, runRemove));
+}
+
+void addConfigCommand(CLI::App& app, ProgramOptions& program) {
+  const auto file = std::make_shared<std::string>();
+  addCommand(app, program,
+             {"config",
+              "Shows where a configuration file puts projects, platforms, augmentations and users.",
+              "config app.cfg"},
+             [file](Output& output) { runConfig(*file, output); })
+      ->add_option("FILE", *file, "the configuration")
+      ->required();
 }

@@ -3,12 +3,20 @@
 #include <algorithm>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "ContactSheet.h"
 #include "OutputFile.h"
 #include "PictureFile.h"
 #include "TNV_SampleBenchNative/WTNVToolDarknetViewer.h"
 
 namespace {
+
+struct ViewOptions {
+  std::string directory;
+  std::string name;
+  std::string file;
+  int count = 24;
+};
 
 constexpr int sheetColumns = 6;
 const cv::Size sheetCell(240, 180);
@@ -59,8 +67,6 @@ void requireNoSample(const std::string& file, const std::string& directory) {
     throw CommandError("'" + file + "' lies among the samples; choose another file");
 }
 
-}  // namespace
-
 void runView(const ViewOptions& options, Output& output) {
   requireWritablePicture(options.file);
   requireNoSample(options.file, options.directory);
@@ -79,4 +85,23 @@ void runView(const ViewOptions& options, Output& output) {
   writePicture(options.file, sheetOf(viewer, names, output));
   output.data() << "wrote " << options.file << " (" << names.size() << " of "
                 << counted(all, "sample") << ")\n";
+}
+
+}  // namespace
+
+void addViewCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<ViewOptions>();
+  auto* command = addCommand(
+      app, program,
+      {"view",
+       "Writes a sample of a training set with its boxes to a file, or a sheet of the first "
+       "samples.",
+       "view set/samples -o sheet.png"},
+      [options](Output& output) { runView(*options, output); });
+  command->add_option("DIRECTORY", options->directory, "directory with samples")->required();
+  command->add_option("NAME", options->name, "sample, like img_3; without it a sheet is drawn");
+  addOutputFile(*command, options->file, "sheet.png");
+  command->add_option("--count", options->count, "samples on the sheet")
+      ->check(CLI::Range(1, 1000))
+      ->capture_default_str();
 }

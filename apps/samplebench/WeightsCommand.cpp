@@ -7,12 +7,19 @@
 #include <stdexcept>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "Progress.h"
 #include "TNV_SampleBenchNative/WTNVProject.h"
 
 namespace fs = std::filesystem;
 
 namespace {
+
+struct WeightsOptions {
+  std::string address;
+  std::string directory;
+  std::string name;
+};
 
 // The library hands the downloads out with a project, which needs not be on disk.
 class Downloads {
@@ -195,9 +202,7 @@ void fetch(Downloads& downloads, const WTNVDownloadFile& file, const std::string
                        whatToDo(link, directory));
 }
 
-}  // namespace
-
-void runWeightsList(const WeightsOptions& options, Output& output) {
+void runList(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto files = filesOf(downloads, options.address, directoryOf(options));
   if (std::none_of(files.begin(), files.end(), isOffered))
@@ -209,7 +214,7 @@ void runWeightsList(const WeightsOptions& options, Output& output) {
   writeTable(output.data(), rows);
 }
 
-void runWeightsGet(const WeightsOptions& options, Output& output) {
+void runGet(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto directory = directoryOf(options);
   const auto wanted = offeredFile(downloads, options, directory);
@@ -226,7 +231,7 @@ void runWeightsGet(const WeightsOptions& options, Output& output) {
                 << " bytes, whole)\n";
 }
 
-void runWeightsImport(const WeightsOptions& options, Output& output) {
+void runImport(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto directory = directoryOf(options);
   const auto name = fs::path(options.name).filename().string();
@@ -238,7 +243,7 @@ void runWeightsImport(const WeightsOptions& options, Output& output) {
   output.data() << "imported " << directory << name << '\n';
 }
 
-void runWeightsRemove(const WeightsOptions& options, Output& output) {
+void runRemove(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto directory = directoryOf(options);
   const OneFile one(directory, options.name);
@@ -250,4 +255,57 @@ void runWeightsRemove(const WeightsOptions& options, Output& output) {
     return;
   }
   throw CommandError("there is no '" + options.name + "' in '" + directory + "'");
+}
+
+using WeightsRun = void (*)(const WeightsOptions&, Output&);
+
+struct WeightsCommand {
+  CLI::App* app;
+  WeightsOptions* options;
+};
+
+WeightsCommand add(CLI::App& weights, ProgramOptions& program, const CommandHelp& help,
+                   WeightsRun run) {
+  const auto options = std::make_shared<WeightsOptions>();
+  auto* command =
+      addCommand(weights, program, help, [options, run](Output& output) { run(*options, output); });
+  command->add_option("--directory", options->directory, "where the weights lie")->required();
+  return {command, options.get()};
+}
+
+void addAddress(const WeightsCommand& command) {
+  command.app->add_option("--address", command.options->address, "address of the portal")
+      ->required()
+      ->check(notEmpty());
+}
+
+void addName(const WeightsCommand& command) {
+  command.app->add_option("NAME", command.options->name, "name of the file")->required();
+}
+
+}  // namespace
+
+void addWeightsCommands(CLI::App& app, ProgramOptions& program) {
+  auto* weights = addCommandGroup(
+      app, {"weights", "Starting weights: what a portal offers, and what lies here.",
+            "weights list --address URL --directory weights/"});
+  addAddress(add(*weights, program,
+                 {"list", "Lists the files and their states.",
+                  "weights list --address URL --directory weights/"},
+                 runList));
+  const auto get = add(*weights, program,
+                       {"get", "Fetches a file and checks it.",
+                        "weights get small.weights --address URL --directory weights/"},
+                       runGet);
+  addName(get);
+  addAddress(get);
+  const auto import = add(*weights, program,
+                          {"import", "Copies a file into the directory.",
+                           "weights import ~/small.weights --directory weights/"},
+                          runImport);
+  import.app->add_option("FILE", import.options->name, "the file")->required();
+  addName(add(*weights, program,
+              {"remove", "Deletes a file of the directory.",
+               "weights remove small.weights --directory weights/"},
+              runRemove));
 }
