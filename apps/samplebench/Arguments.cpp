@@ -1,5 +1,6 @@
 #include "Arguments.h"
 
+#include <algorithm>
 #include <opencv2/core.hpp>
 
 #include "ClassCommand.h"
@@ -12,6 +13,7 @@
 #include "LabelsCommand.h"
 #include "MagnifyCommand.h"
 #include "MarkCommand.h"
+#include "Platform.h"
 #include "ProjectCommands.h"
 #include "RenderCommand.h"
 #include "StatsCommand.h"
@@ -60,7 +62,12 @@ void addGlobals(CLI::App& app, ProgramOptions& program) {
   app.add_flag("--quiet", program.quiet, "only errors on standard error");
 }
 
-void addCommands(CLI::App& app, ProgramOptions& program) {
+}  // namespace
+
+void describeProgram(CLI::App& app, ProgramOptions& program) {
+  app.name("samplebench");
+  app.description(description);
+  app.footer(footer);
   // Global options may stand behind the command.
   app.fallthrough();
   app.require_subcommand(1);
@@ -85,39 +92,76 @@ void addCommands(CLI::App& app, ProgramOptions& program) {
   addDemoCommand(app, program);
 }
 
+namespace {
+
+// The text of the system alone does not say what to do.
+std::string textOf(const std::filesystem::filesystem_error& error) {
+  return "'" + error.path1().string() + "': " + error.code().message() +
+         "; see that it is there and yours, and that there is space";
+}
+
+ExitCode fail(Output& output, const std::string& message, ExitCode code) {
+  output.error(message);
+  return code;
+}
+
 ExitCode runCommand(const ProgramOptions& program, Output& output) {
   try {
     program.run(output);
     return output.hasFindings() ? exitFindings : exitOk;
   } catch (const CommandError& error) {
-    output.error(error.what());
-    return error.exitCode();
+    return fail(output, error.what(), error.exitCode());
   } catch (const cv::Exception& error) {
     // Without the place in the source that the whole text starts with.
-    output.error(error.err + "; if it is about a file of the project, restore or remove that file");
-    return exitFailed;
+    return fail(output,
+                error.err + "; if it is about a file of the project, restore or remove that file",
+                exitFailed);
+  } catch (const std::filesystem::filesystem_error& error) {
+    return fail(output, textOf(error), exitFailed);
   } catch (const std::exception& error) {
-    output.error(error.what());
-    return exitFailed;
+    return fail(output, error.what(), exitFailed);
   }
+}
+
+// Before the command line is understood.
+bool asksForJson(int argc, const char* const* argv) {
+  return std::any_of(argv, argv + argc,
+                     [](const char* word) { return std::string_view(word) == "--json"; });
+}
+
+// A command line that cannot be understood, or one that asks for help.
+ExitCode answer(const CLI::App& app, const CLI::ParseError& error, Output& output) {
+  if (error.get_exit_code() == 0) {
+    app.exit(error, output.data());
+    return exitOk;
+  }
+  const auto unknown = app.remaining(true);
+  const bool isUnknown =
+      dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && !unknown.empty();
+  output.error((isUnknown ? "there is no '" + unknown.front() + "' here" : error.what()) +
+               std::string("; --help lists what there is"));
+  return exitUsage;
+}
+
+ExitCode finished(ExitCode code, Output& output) {
+  if (output.finish()) return code;
+  output.error("standard output cannot be written to; see that there is space");
+  return exitFailed;
 }
 
 }  // namespace
 
 int runProgram(int argc, const char* const* argv, Output& output) {
-  CLI::App app(description, "samplebench");
-  app.footer(footer);
+  platform::endAtInterrupt(exitInterrupted);
+  CLI::App app;
   ProgramOptions program;
-  addCommands(app, program);
+  describeProgram(app, program);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    const auto unknown = app.remaining(true);
-    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && !unknown.empty()) {
-      output.error("there is no '" + unknown.front() + "' here; --help lists what there is");
-      return exitUsage;
-    }
-    return app.exit(error, output.data(), std::cerr) == 0 ? exitOk : exitUsage;
+    const auto code = answer(app, error, output);
+    if (code != exitOk && asksForJson(argc, argv)) output.setJson();
+    return finished(code, output);
   }
   program.locations = withSlashes(program.locations);
   // Records are found by their paths, from whatever directory the program is run in.
@@ -125,8 +169,5 @@ int runProgram(int argc, const char* const* argv, Output& output) {
   if (program.quiet) output.setQuiet();
   if (program.json) output.setJson();
   if (program.dryRun) output.setDryRun();
-  const ExitCode code = runCommand(program, output);
-  if (output.finish()) return code;
-  output.error("standard output cannot be written to");
-  return exitFailed;
+  return finished(runCommand(program, output), output);
 }

@@ -127,6 +127,7 @@ void runAdd(const Locations& locations, const ClassAddOptions& options, Output& 
     addClass(*project, name, options.color);
   }
   saveProject(*project, true, output);
+  if (output.isDryRun()) output.say("would add " + joined(options.names));
   writeClasses(*project, output);
 }
 
@@ -210,7 +211,7 @@ void runOrder(const Locations& locations, const ClassEditOptions& options, Outpu
 
 void addAdd(CLI::App& classes, ProgramOptions& program) {
   const auto options = std::make_shared<ClassAddOptions>();
-  auto* command = addCommand(
+  auto* command = addWritingCommand(
       classes, program,
       {"add", "Adds classes; each takes the next number, from 0 on.",
        "class add parts screw nut --color ff8000"},
@@ -226,7 +227,6 @@ void addList(CLI::App& classes, ProgramOptions& program) {
       classes, program, {"list", "Lists the classes with numbers and colours.", "class list parts"},
       [&program, project](Output& output) { runList(program.locations, *project, output); });
   addProjectArgument(*command, *project);
-  addJson(*command, program);
 }
 
 using ClassEdit = void (*)(const Locations&, const ClassEditOptions&, Output&);
@@ -239,12 +239,10 @@ struct ClassEditCommand {
 ClassEditCommand addEdit(CLI::App& classes, ProgramOptions& program, const CommandHelp& help,
                          ClassEdit run) {
   const auto options = std::make_shared<ClassEditOptions>();
-  auto* command = addCommand(classes, program, help, [&program, options, run](Output& output) {
-    run(program.locations, *options, output);
-  });
+  auto* command = addWritingCommand(
+      classes, program, help,
+      [&program, options, run](Output& output) { run(program.locations, *options, output); });
   addProjectArgument(*command, options->project);
-  addJson(*command, program);
-  addDryRun(*command, program);
   return {command, options.get()};
 }
 

@@ -16,6 +16,14 @@ CLI::App* addCommand(CLI::App& parent, ProgramOptions& program, const CommandHel
                      CommandRun run) {
   auto* command = described(parent, help);
   command->callback([&program, run = std::move(run)] { program.run = run; });
+  command->add_flag("--json", program.json, "the result as one JSON object, for programs");
+  return command;
+}
+
+CLI::App* addWritingCommand(CLI::App& parent, ProgramOptions& program, const CommandHelp& help,
+                            CommandRun run) {
+  auto* command = addCommand(parent, program, help, std::move(run));
+  command->add_flag("--dry-run", program.dryRun, "say what would be done, and change nothing");
   return command;
 }
 
@@ -23,14 +31,6 @@ CLI::App* addCommandGroup(CLI::App& parent, const CommandHelp& help) {
   auto* group = described(parent, help);
   group->require_subcommand(1);
   return group;
-}
-
-void addJson(CLI::App& command, ProgramOptions& program) {
-  command.add_flag("--json", program.json, "the result as one JSON object, for programs");
-}
-
-void addDryRun(CLI::App& command, ProgramOptions& program) {
-  command.add_flag("--dry-run", program.dryRun, "say what would be done, and change nothing");
 }
 
 void addProjectArgument(CLI::App& command, std::string& project) {

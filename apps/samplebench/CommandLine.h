@@ -26,15 +26,17 @@ struct CommandHelp {
   std::string example;
 };
 
-/// A command to which arguments and options can be added.
+/// A command that changes nothing on disk. It understands --json; arguments and options can be
+/// added.
 CLI::App* addCommand(CLI::App& parent, ProgramOptions& program, const CommandHelp& help,
                      CommandRun run);
 
+/// A command that writes or deletes something, and understands --dry-run, too.
+CLI::App* addWritingCommand(CLI::App& parent, ProgramOptions& program, const CommandHelp& help,
+                            CommandRun run);
+
 /// A command that only holds others.
 CLI::App* addCommandGroup(CLI::App& parent, const CommandHelp& help);
-
-void addJson(CLI::App& command, ProgramOptions& program);
-void addDryRun(CLI::App& command, ProgramOptions& program);
 
 void addProjectArgument(CLI::App& command, std::string& project);
 CLI::Option* addPictureArgument(CLI::App& command, std::string& picture);

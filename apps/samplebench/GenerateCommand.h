@@ -38,10 +38,17 @@ void addGenerateCommand(CLI::App& app, ProgramOptions& program);
 /// Throws CommandError if Darknet could not read the path.
 void requireOutputPath(const std::string& path);
 
+/// Checks all, and sets the generation up, without changing anything on disk. Returns where the set
+/// will lie. Throws CommandError.
+TrainingSetPaths prepareSet(WTNVProject& project, const Locations& locations,
+                            const GenerateOptions& options, Output& output);
+
 struct GenerateResult {
   TrainingSetPaths paths;
   TrainingSetContent content;
   std::optional<GroupedDivision> division;
+  /// Pictures that no sample came of, for they cannot be read.
+  std::size_t leftOut = 0;
 };
 
 /// Writes a training set of a project that is open. All is checked before anything is deleted.

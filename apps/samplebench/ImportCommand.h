@@ -12,6 +12,11 @@ struct ProgramOptions;
 /// The command that adds the pictures of a directory to an image set.
 void addImportCommand(CLI::App& app, ProgramOptions& program);
 
+/// The pictures of a directory, by their absolute paths, sorted; throws CommandError if there are
+/// none.
+std::vector<std::string> picturesIn(const WTNVProject& project, const std::string& directory,
+                                    bool recursive);
+
 struct ImportResult {
   std::size_t added = 0;
   std::size_t alreadyThere = 0;

@@ -7,6 +7,7 @@
 #include "CommandLine.h"
 #include "ImportCommand.h"
 #include "OutputFile.h"
+#include "Platform.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
 namespace {
@@ -175,8 +176,8 @@ void runImport(const Locations& locations, const LabelsOptions& options, Output&
   WTNVToolLabelExchange exchange;
   setUp(exchange, options);
   if (!exchange.wRead(options.path))
-    throw CommandError("no labels can be read from '" + options.path +
-                       "'; see the line above, and --format and --names");
+    throw CommandError("no labels can be read from '" + options.path + "': " + output.cause() +
+                       "; --format and --names tell how to read them");
   if (exchange.wGetImagePaths().empty())
     throw CommandError("the labels have no pictures; --pictures tells where they lie");
   const auto counts = addAll(*project, options.set, exchange, output);
@@ -196,11 +197,12 @@ void runExport(const Locations& locations, const LabelsOptions& options, Output&
         "the classes cannot be written; their numbers must run from 0 without gaps "
         "(samplebench class list " +
         options.project + ")");
+  const platform::InterruptCatcher catcher;
   const bool done =
       output.isDryRun() ? exchange.wCanWrite(options.path) : exchange.wWrite(options.path);
   if (!done)
-    throw CommandError("the labels cannot be written to '" + options.path +
-                       "'; see the line above, or give a new or empty directory");
+    throw CommandError("the labels cannot be written to '" + options.path + "': " + output.cause() +
+                       "; give a new or empty directory");
   reportExport(exchange, options, trainSets.size(), output);
   reportRejections(exchange, options, output);
 }
@@ -210,9 +212,7 @@ std::string formatsHelp() {
 }
 
 // What both directions understand.
-void addExchangeOptions(CLI::App& command, ProgramOptions& program, LabelsOptions& options) {
-  addJson(command, program);
-  addDryRun(command, program);
+void addExchangeOptions(CLI::App& command, LabelsOptions& options) {
   command.add_option("--base", options.base, "number of the first pixel in VOC")
       ->check(CLI::IsMember({0, 1}))
       ->capture_default_str();
@@ -221,7 +221,7 @@ void addExchangeOptions(CLI::App& command, ProgramOptions& program, LabelsOption
 
 void addImport(CLI::App& labels, ProgramOptions& program) {
   const auto options = std::make_shared<LabelsOptions>();
-  auto* command = addCommand(
+  auto* command = addWritingCommand(
       labels, program,
       {"import",
        "Adds classes, pictures and marks from labels that were made elsewhere. What is there "
@@ -236,12 +236,12 @@ void addImport(CLI::App& labels, ProgramOptions& program) {
   command->add_option("--pictures", options->pictures, "where the pictures lie, if elsewhere");
   command->add_flag("--clip", options->clip,
                     "cut labels at the edges of the picture instead of rejecting them");
-  addExchangeOptions(*command, program, *options);
+  addExchangeOptions(*command, *options);
 }
 
 void addExport(CLI::App& labels, ProgramOptions& program) {
   const auto options = std::make_shared<LabelsOptions>();
-  auto* command = addCommand(
+  auto* command = addWritingCommand(
       labels, program,
       {"export",
        "Writes all marks as labels for other programs. An earlier export there is replaced.",
@@ -252,7 +252,7 @@ void addExport(CLI::App& labels, ProgramOptions& program) {
   command->add_option("--format", options->format, formatsHelp())->required();
   command->add_flag("--copy", options->copy, "copy the pictures beside the labels");
   command->add_option("--workflow", options->workflow, "only pictures in this workflow");
-  addExchangeOptions(*command, program, *options);
+  addExchangeOptions(*command, *options);
 }
 
 }  // namespace

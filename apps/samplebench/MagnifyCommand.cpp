@@ -84,17 +84,15 @@ void runMagnify(const Locations& locations, const MagnifyOptions& options, Outpu
   editor.goTo(place);
   editor.view.wSetCrossPosition(at.x, at.y);
   const auto picture = magnified(editor.view, options);
-  writePicture(options.file, picture);
-  output.data() << "wrote " << options.file << " (" << picture.cols << "x" << picture.rows
-                << " pixels around " << pointText(at) << ", " << numberText(options.zoom)
-                << " times)\n";
+  writeResult(options.file, picture,
+              " around " + pointText(at) + ", " + numberText(options.zoom) + " times", output);
 }
 
 }  // namespace
 
 void addMagnifyCommand(CLI::App& app, ProgramOptions& program) {
   const auto options = std::make_shared<MagnifyOptions>();
-  auto* command = addCommand(
+  auto* command = addWritingCommand(
       app, program,
       {"magnify", "Writes the neighbourhood of a spot of a picture, enlarged, to a file.",
        "magnify parts photo.jpg --at 0.3,0.7 --zoom 8 -o spot.png"},

@@ -186,16 +186,18 @@ void runMark(const Locations& locations, const MarkOptions& options, Output& out
   const MarkManner manner{options.pixels ? PointUnit::pixels : PointUnit::relative, options.assist};
   const auto pictures = addMarks(*project, requests, manner, output);
   saveProject(*project, false, output);
-  output.data() << counted(requests.size(), "mark")
-                << (output.isDryRun() ? " would be added on " : " added on ")
-                << counted(pictures, "picture") << '\n';
+  output.fact("marks", static_cast<Json::UInt64>(requests.size()));
+  output.fact("pictures", static_cast<Json::UInt64>(pictures));
+  output.say(counted(requests.size(), "mark") +
+             std::string(output.told(" added on ", " would be added on ")) +
+             counted(pictures, "picture"));
 }
 
 }  // namespace
 
 void addMarkCommand(CLI::App& app, ProgramOptions& program) {
   const auto options = std::make_shared<MarkOptions>();
-  auto* command = addCommand(
+  auto* command = addWritingCommand(
       app, program,
       {"mark",
        "Marks an object on a picture, or many from a list: one mark a line, picture, form, class "
@@ -205,7 +207,6 @@ void addMarkCommand(CLI::App& app, ProgramOptions& program) {
            std::string(formsHelp)},
       [&program, options](Output& output) { runMark(program.locations, *options, output); });
   addProjectArgument(*command, options->project);
-  addDryRun(*command, program);
   addPictureArgument(*command, options->picture)->required(false);
   command->add_option("FORM", options->form, "form of the mark, see below");
   command->add_option("POINT", options->points, "points x,y, 0 to 1 from the top left");

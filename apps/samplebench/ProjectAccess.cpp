@@ -57,7 +57,7 @@ std::string defaultAugments() {
   return shareDirectory("augments");
 }
 
-std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
+void requireNewProject(const Locations& locations, const std::string& name) {
   if (!canNameProject(name))
     throw CommandError("'" + name +
                            "' cannot name a project; use a name without slashes, equals sign and "
@@ -67,6 +67,11 @@ std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std
     throw CommandError("project '" + name + "' is there already in " + locations.projects +
                        "; choose another name");
   requireStorable("the name of a project", name);
+}
+
+std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
+  requireNewProject(locations, name);
+  const platform::InterruptCatcher catcher;
   auto project = projectAt(locations, name);
   if (!project->wCreate())
     throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
@@ -99,6 +104,7 @@ std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::
 
 void saveProject(WTNVProject& project, bool full, const Output& output) {
   if (output.isDryRun()) return;
+  const platform::InterruptCatcher catcher;
   if (!project.wUpdate(full))
     throw CommandError("project '" + project.wGetProjectName() +
                        "' cannot be saved; see that its directory can be written to");

@@ -52,9 +52,9 @@ void renderPicture(WTNVProject& project, const RenderOptions& options, Output& o
   zoom(editor.view, options);
   editor.view.wSetCrossPosition(cross.x, cross.y);
   const auto picture = pictureFrom([&](auto... parts) { editor.view.wGetARImage(parts...); });
-  writePicture(options.file, picture);
-  output.data() << "wrote " << options.file << " (" << picture.cols << "x" << picture.rows
-                << " pixels, " << counted(editor.marks.getMarkCount(), "mark") << ")\n";
+  const auto marks = static_cast<std::size_t>(editor.marks.getMarkCount());
+  output.fact("marks", static_cast<Json::UInt64>(marks));
+  writeResult(options.file, picture, ", " + counted(marks, "mark"), output);
 }
 
 namespace {
@@ -73,14 +73,14 @@ void addLook(CLI::App& command, RenderOptions& options) {
 
 void addRenderCommand(CLI::App& app, ProgramOptions& program) {
   const auto options = std::make_shared<RenderOptions>();
-  auto* command = addCommand(app, program,
-                             {"render", "Writes a picture with its marks to a file.",
-                              "render parts photo.jpg -o seen.png --fit 800x600 --style Colored"},
-                             [&program, options](Output& output) {
-                               const auto project =
-                                   openProject(program.locations, options->project);
-                               renderPicture(*project, *options, output);
-                             });
+  auto* command =
+      addWritingCommand(app, program,
+                        {"render", "Writes a picture with its marks to a file.",
+                         "render parts photo.jpg -o seen.png --fit 800x600 --style Colored"},
+                        [&program, options](Output& output) {
+                          const auto project = openProject(program.locations, options->project);
+                          renderPicture(*project, *options, output);
+                        });
   addProjectArgument(*command, options->project);
   addPictureArgument(*command, options->picture);
   addOutputFile(*command, options->file, "seen.png");

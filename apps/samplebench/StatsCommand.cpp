@@ -10,7 +10,6 @@
 #include "GalleryStatistics.h"
 #include "Numbers.h"
 #include "OutputFile.h"
-#include "Platform.h"
 #include "Progress.h"
 
 namespace {
@@ -24,13 +23,8 @@ struct StatsOptions {
 
 DataStatistics counting(std::size_t pictures, Output& output,
                         const std::function<DataStatistics(const PictureStep&)>& count) {
-  const platform::InterruptCatcher catcher;
   Progress progress(pictures, output);
-  auto statistics = count([&] {
-    progress.step();
-    if (platform::InterruptCatcher::interrupted())
-      throw CommandError("interrupted; nothing was written", exitInterrupted);
-  });
+  auto statistics = count([&] { progress.step(); });
   progress.finish();
   return statistics;
 }
@@ -117,14 +111,14 @@ void runStats(const Locations& locations, const StatsOptions& options, Output& o
   if (!output.isDryRun())
     writeWhole(options.report, [&](std::ostream& page) { writeStatisticsPage(page, statistics); });
   output.say();
-  output.say((output.isDryRun() ? "would write " : "wrote ") + options.report);
+  sayWritten(options.report, "", output);
 }
 
 }  // namespace
 
 void addStatsCommand(CLI::App& app, ProgramOptions& program) {
   const auto options = std::make_shared<StatsOptions>();
-  auto* command = addCommand(
+  auto* command = addWritingCommand(
       app, program,
       {"stats",
        "Shows of what a project or a training set consists: pictures, boxes of each class and "
@@ -133,8 +127,6 @@ void addStatsCommand(CLI::App& app, ProgramOptions& program) {
       [&program, options](Output& output) { runStats(program.locations, *options, output); });
   command->add_option("SUBJECT", options->subject, "project, or directory of a training set")
       ->required();
-  addJson(*command, program);
-  addDryRun(*command, program);
   command->add_option("--report", options->report, "page to write, with plots of sizes and places")
       ->check(notEmpty());
 }

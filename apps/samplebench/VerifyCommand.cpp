@@ -5,7 +5,6 @@
 
 #include "CommandError.h"
 #include "CommandLine.h"
-#include "Platform.h"
 #include "Progress.h"
 #include "verify/SetVerifier.h"
 
@@ -53,15 +52,10 @@ void writeRules(const Findings& findings, Output& output) {
 void runVerify(const VerifyOptions& options, Output& output) {
   Findings found;
   const auto layout = findSet(options.set, options.network, found);
-  const platform::InterruptCatcher catcher;
   std::optional<Progress> progress;
-  const auto verified = verifySet(layout, std::move(found),
-                                  {[&](std::size_t count) { progress.emplace(count, output); },
-                                   [&] {
-                                     progress->step();
-                                     if (platform::InterruptCatcher::interrupted())
-                                       throw CommandError("interrupted", exitInterrupted);
-                                   }});
+  const auto verified = verifySet(
+      layout, std::move(found),
+      {[&](std::size_t count) { progress.emplace(count, output); }, [&] { progress->step(); }});
   progress->finish();
   writeFindings(verified.findings, output);
   writeRules(verified.findings, output);
@@ -84,6 +78,5 @@ void addVerifyCommand(CLI::App& app, ProgramOptions& program) {
        "verify set/"},
       [options](Output& output) { runVerify(*options, output); });
   command->add_option("SET", options->set, "directory of the set, or its data file")->required();
-  addJson(*command, program);
   command->add_option("--net", options->network, "network file (default: the one beside the set)");
 }

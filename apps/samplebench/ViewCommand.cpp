@@ -67,6 +67,13 @@ void requireNoSample(const std::string& file, const std::string& directory) {
     throw CommandError("'" + file + "' lies among the samples; choose another file");
 }
 
+void write(const std::string& file, const cv::Mat& picture, const std::string& what,
+           Output& output) {
+  if (!output.isDryRun()) writePicture(file, picture);
+  output.fact("file", file);
+  sayWritten(file, " (" + what + ")", output);
+}
+
 void runView(const ViewOptions& options, Output& output) {
   requireWritablePicture(options.file);
   requireNoSample(options.file, options.directory);
@@ -76,22 +83,21 @@ void runView(const ViewOptions& options, Output& output) {
     const auto sample = sampleNamed(viewer, options.name);
     if (sample.empty())
       throw CommandError("there is no sample '" + options.name + "' that can be read");
-    writePicture(options.file, sample);
-    output.data() << "wrote " << options.file << " (sample " << options.name << ")\n";
+    write(options.file, sample, "sample " + options.name, output);
     return;
   }
   const auto all = names.size();
   names.resize(std::min(all, static_cast<std::size_t>(options.count)));
-  writePicture(options.file, sheetOf(viewer, names, output));
-  output.data() << "wrote " << options.file << " (" << names.size() << " of "
-                << counted(all, "sample") << ")\n";
+  output.fact("samples", static_cast<Json::UInt64>(names.size()));
+  write(options.file, sheetOf(viewer, names, output),
+        std::to_string(names.size()) + " of " + counted(all, "sample"), output);
 }
 
 }  // namespace
 
 void addViewCommand(CLI::App& app, ProgramOptions& program) {
   const auto options = std::make_shared<ViewOptions>();
-  auto* command = addCommand(
+  auto* command = addWritingCommand(
       app, program,
       {"view",
        "Writes a sample of a training set with its boxes to a file, or a sheet of the first "

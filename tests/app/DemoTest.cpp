@@ -72,7 +72,7 @@ TEST_F(ProgramDemo, RefusesADirectoryWithFilesOfTheUser) {
   fail({"demo", "demo"}, "no earlier demo");
   EXPECT_EQ(readFile(place / "demo/precious.txt"), "mine");
   place.write("file", "");
-  fail({"demo", "file"}, "is no directory");
+  fail({"demo", "file"}, "cannot be made a directory");
   fail({"demo", "a demo"}, "white space");
 }
 

@@ -187,7 +187,7 @@ TEST_F(LabelsTest, NamesAndPicturesMayLieElsewhere) {
   fs::rename(place / "in/obj.names", place / "names.txt");
   fs::rename(place / "in/images", place / "pictures");
   fail({"labels", "import", "parts", "others", "in"},
-       "see the line above, and --format and --names");
+       "No class names found for 'in'!; --format and --names tell how to read them");
   fail({"labels", "import", "parts", "others", "in", "--names", "names.txt"},
        "--pictures tells where they lie");
   const auto result = import({"--names", "names.txt", "--pictures", "pictures"});
