@@ -5,6 +5,7 @@
 
 #include "ClassCommand.h"
 #include "CommandLine.h"
+#include "CommandTexts.h"
 #include "CropCommand.h"
 #include "DemoCommand.h"
 #include "GalleryCommand.h"
@@ -68,6 +69,8 @@ void describeProgram(CLI::App& app, ProgramOptions& program) {
   app.name("samplebench");
   app.description(description);
   app.footer(footer);
+  app.set_version_flag("--version", "samplebench " SAMPLEBENCH_VERSION,
+                       "print the version and end");
   // Global options may stand behind the command.
   app.fallthrough();
   app.require_subcommand(1);
@@ -90,6 +93,7 @@ void describeProgram(CLI::App& app, ProgramOptions& program) {
   addUserCommands(app, program);
   addConfigCommand(app, program);
   addDemoCommand(app, program);
+  addTextCommands(app, program);
 }
 
 namespace {

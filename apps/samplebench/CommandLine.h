@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <map>
 #include <string>
 
 #include "ProjectAccess.h"
@@ -16,6 +17,8 @@ struct ProgramOptions {
   bool json = false;
   bool dryRun = false;
   CommandRun run;
+  /// What options and arguments with a fixed set of values take, for shells to offer.
+  std::map<const CLI::Option*, std::function<std::vector<std::string>()>> choices;
 };
 
 /// What the help says of a command.

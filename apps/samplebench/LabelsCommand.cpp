@@ -207,8 +207,13 @@ void runExport(const Locations& locations, const LabelsOptions& options, Output&
   reportRejections(exchange, options, output);
 }
 
-std::string formatsHelp() {
-  return "format of the labels: " + joined(WTNVToolLabelExchange::wGetAvailableFormats());
+CLI::Option* addFormat(CLI::App& command, ProgramOptions& program, LabelsOptions& options,
+                       const std::string& more) {
+  auto* format = command.add_option(
+      "--format", options.format,
+      "format of the labels: " + joined(WTNVToolLabelExchange::wGetAvailableFormats()) + more);
+  program.choices[format] = WTNVToolLabelExchange::wGetAvailableFormats;
+  return format;
 }
 
 // What both directions understand.
@@ -231,7 +236,7 @@ void addImport(CLI::App& labels, ProgramOptions& program) {
   addProjectArgument(*command, options->project);
   command->add_option("SET", options->set, "name of the image set")->required();
   command->add_option("PATH", options->path, "directory or file of the labels")->required();
-  command->add_option("--format", options->format, formatsHelp() + " (default: as it looks)");
+  addFormat(*command, program, *options, " (default: as it looks)");
   command->add_option("--names", options->names, "file with the names of the classes");
   command->add_option("--pictures", options->pictures, "where the pictures lie, if elsewhere");
   command->add_flag("--clip", options->clip,
@@ -249,7 +254,7 @@ void addExport(CLI::App& labels, ProgramOptions& program) {
       [&program, options](Output& output) { runExport(program.locations, *options, output); });
   addProjectArgument(*command, options->project);
   command->add_option("DIRECTORY", options->path, "new or empty, or an earlier export")->required();
-  command->add_option("--format", options->format, formatsHelp())->required();
+  addFormat(*command, program, *options, "")->required();
   command->add_flag("--copy", options->copy, "copy the pictures beside the labels");
   command->add_option("--workflow", options->workflow, "only pictures in this workflow");
   addExchangeOptions(*command, *options);

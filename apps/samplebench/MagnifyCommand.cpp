@@ -104,8 +104,10 @@ void addMagnifyCommand(CLI::App& app, ProgramOptions& program) {
   command->add_option("--zoom", options->zoom, "pixels per pixel of the picture")
       ->check(numberBetween(smallestZoom, largestMagnification))
       ->capture_default_str();
-  command->add_option("--mode", options->mode, "filter: Normal, Gray, Improve, Edge or Edge x2")
-      ->capture_default_str();
+  auto* mode = command->add_option("--mode", options->mode,
+                                   "filter: Normal, Gray, Improve, Edge or Edge x2");
+  program.choices[mode->capture_default_str()] =
+      choicesOf(&Editor::view, &WTNVHandlerImageView::getHelperModes);
   command->add_option("--size", options->size, "size of the file's picture, WIDTHxHEIGHT")
       ->capture_default_str();
   command->add_flag("!--no-cross", options->cross, "do not draw the cross at the spot");

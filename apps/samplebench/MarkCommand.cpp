@@ -208,7 +208,8 @@ void addMarkCommand(CLI::App& app, ProgramOptions& program) {
       [&program, options](Output& output) { runMark(program.locations, *options, output); });
   addProjectArgument(*command, options->project);
   addPictureArgument(*command, options->picture)->required(false);
-  command->add_option("FORM", options->form, "form of the mark, see below");
+  auto* form = command->add_option("FORM", options->form, "form of the mark, see below");
+  program.choices[form] = choicesOf(&Editor::marks, &WTNVHandlerMark::getAvailableMarkForms);
   command->add_option("POINT", options->points, "points x,y, 0 to 1 from the top left");
   command->add_option("--class", options->className, "class of the mark");
   command->add_option("--list", options->list, "file with many marks")->check(notEmpty());

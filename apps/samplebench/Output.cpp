@@ -89,6 +89,11 @@ void Output::say(std::string_view line) {
   if (!json) dataStream << printable(line) << '\n';
 }
 
+void Output::text(const std::string& key, const std::string& content) {
+  fact(key, content);
+  if (!json) dataStream << content;
+}
+
 void Output::fact(const std::string& key, const Json::Value& value) {
   facts[key] = value;
 }

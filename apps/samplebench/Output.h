@@ -52,11 +52,14 @@ class Output {
     return dryRun ? would : done;
   }
 
-  /// Standard output, for what is the same with and without JSON.
+  /// Standard output, for help.
   std::ostream& data() { return dataStream; }
 
   /// A line of the result for a person.
   void say(std::string_view line = "");
+
+  /// A text of many lines that is the result, as it is.
+  void text(const std::string& key, const std::string& content);
 
   /// A value of the result for a program.
   void fact(const std::string& key, const Json::Value& value);

@@ -59,13 +59,18 @@ void renderPicture(WTNVProject& project, const RenderOptions& options, Output& o
 
 namespace {
 
-void addLook(CLI::App& command, RenderOptions& options) {
-  command.add_option("--style", options.style, "colours of the marks")->capture_default_str();
-  command.add_option("--info", options.info, "text beside the marks")->capture_default_str();
+void addLook(CLI::App& command, ProgramOptions& program, RenderOptions& options) {
+  using View = WTNVHandlerImageView;
+  auto* style = command.add_option("--style", options.style, "colours of the marks");
+  program.choices[style->capture_default_str()] =
+      choicesOf(&Editor::view, &View::getAvailableMarkStyles);
+  auto* info = command.add_option("--info", options.info, "text beside the marks");
+  program.choices[info->capture_default_str()] =
+      choicesOf(&Editor::view, &View::getAvailableMarkDrawInfos);
   auto* cross = command.add_option("--cross", options.cross, "place of a cross, x,y from 0 to 1");
-  command.add_option("--cross-style", options.crossStyle, "look of the cross")
-      ->needs(cross)
-      ->capture_default_str();
+  auto* crossStyle = command.add_option("--cross-style", options.crossStyle, "look of the cross");
+  crossStyle->needs(cross)->capture_default_str();
+  program.choices[crossStyle] = choicesOf(&Editor::view, &View::getAvailableCrossStyles);
   command.add_flag("!--no-fill", options.filled, "do not fill marks that have an area");
 }
 
@@ -87,5 +92,5 @@ void addRenderCommand(CLI::App& app, ProgramOptions& program) {
   auto* zoom = command->add_option("--zoom", options->zoom, "pixels per pixel of the picture")
                    ->check(numberBetween(smallestZoom, largestZoom));
   command->add_option("--fit", options->fit, "largest size, WIDTHxHEIGHT")->excludes(zoom);
-  addLook(*command, *options);
+  addLook(*command, program, *options);
 }

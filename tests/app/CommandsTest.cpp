@@ -154,6 +154,8 @@ class ProgramCommands : public ProgramTest {
         {"user remove", joined(users, {"Bea ü"})},
         {"config", {"ein stellung ü.cfg"}},
         {"demo", {"dëmo"}},
+        {"manual", {}},
+        {"completion", {"fish"}},
     };
   }
 
