@@ -1,8 +1,10 @@
 #include "ClassCommand.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <functional>
+#include <map>
 #include <set>
 
 #include "CommandError.h"
@@ -21,6 +23,19 @@ std::string colorText(const WTNVDNNClass& dnnClass) {
   return text;
 }
 
+// Bright enough for dark pictures, and told apart also by those who see no red or no green.
+constexpr std::array palette{"56b4e9", "e69f00", "cc79a7", "009e73", "f0e442",
+                             "d55e00", "0072b2", "ffffff", "9467bd", "8c564b"};
+
+// The colour of the palette that the fewest classes have, the first of several.
+std::string nextColor(const WTNVProject& project) {
+  std::map<std::string, int> uses;
+  for (const auto& dnnClass : project.wGetDNNClasses())
+    ++uses[colorText(dnnClass)];
+  return *std::min_element(palette.begin(), palette.end(),
+                           [&](const char* a, const char* b) { return uses[a] < uses[b]; });
+}
+
 }  // namespace
 
 void writeClasses(const WTNVProject& project, Output& output) {
@@ -34,8 +49,7 @@ void addClass(WTNVProject& project, const std::string& name, const std::string& 
   const auto added = project.wAddDNNClass(name, -1, -1);
   if (!added.isValid())
     throw CommandError("class '" + name + "' cannot be added; the name is empty or taken");
-  if (color.empty()) return;
-  const auto [red, green, blue] = parseColor(color);
+  const auto [red, green, blue] = parseColor(color.empty() ? nextColor(project) : color);
   project.wUpdateDNNClass(added, name, added.wGetDNNId(), "", "", red, green, blue);
 }
 
@@ -218,7 +232,8 @@ void addAdd(CLI::App& classes, ProgramOptions& program) {
       [&program, options](Output& output) { runAdd(program.locations, *options, output); });
   addProjectArgument(*command, options->project);
   command->add_option("NAME", options->names, "names of the classes")->required();
-  command->add_option("--color", options->color, "colour for drawing, RRGGBB");
+  command->add_option("--color", options->color,
+                      "colour for drawing, RRGGBB (default: one that few have)");
 }
 
 void addList(CLI::App& classes, ProgramOptions& program) {

@@ -206,6 +206,8 @@ void runDemo(const Locations& locations, const DemoOptions& options, Output& out
   GenerateOptions generate;
   generate.project = projectName;
   generate.output = (directory / "set").string();
+  // Near twins of one picture in both lists would be no test.
+  generate.keepTogether = "source";
   generate.augmentation = "resize-quarter-turns.xml";
   requireOutputPath(generate.output);
   if (!options.pictures.empty()) {

@@ -157,6 +157,16 @@ void writeNames(const WTNVProject& project, const std::string& file) {
   if (!stream) throw CommandError("'" + file + "' cannot be written");
 }
 
+void noteIdleGrouping(const WTNVProject& project, const Grouping& grouping, Output& output) {
+  const Grouper grouper(grouping);
+  const auto trainSets = project.wGetTrainSets();
+  const auto isFound = [&](const auto& each) { return grouper.finds(each.getImagePath()); };
+  if (std::none_of(trainSets.begin(), trainSets.end(), isFound))
+    output.note("'" + grouping.pattern +
+                "' finds nothing in the name of any picture; nothing is kept together but the "
+                "samples of one picture");
+}
+
 std::size_t withoutSamples(const WTNVProject& project, const SampleSources& sources) {
   const std::unordered_set<std::string> used(sources.pictures().begin(), sources.pictures().end());
   const auto trainSets = project.wGetTrainSets();
@@ -193,6 +203,7 @@ TrainingSetPaths prepareSet(WTNVProject& project, const Locations& locations,
   setWeights(darknet, options.weights);
   setDarknet(darknet, options, paths);
   setTemplates(darknet, project.wGetGeneration(), options, paths);
+  noteIdleGrouping(project, parseGrouping(options.keepTogether), output);
   return paths;
 }
 

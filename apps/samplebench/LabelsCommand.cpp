@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "ClassCommand.h"
 #include "CommandError.h"
 #include "CommandLine.h"
 #include "ImportCommand.h"
@@ -31,7 +32,11 @@ constexpr std::size_t mostRejectionsShown = 20;
 
 void setUp(WTNVToolLabelExchange& exchange, const LabelsOptions& options) {
   if (!options.format.empty())
-    requireChoice("format", options.format, WTNVToolLabelExchange::wGetAvailableFormats());
+    requireChoice("format", options.format, WTNVToolLabelExchange::wGetAvailableFormats(),
+                  exitUsage);
+  if (!options.pictures.empty() && !std::filesystem::is_directory(options.pictures))
+    throw CommandError("there is no directory '" + options.pictures +
+                       "'; --pictures tells where the pictures lie");
   exchange.wSetFormat(options.format);
   exchange.wSetNames(options.names);
   exchange.wSetPictureDirectory(options.pictures);
@@ -97,7 +102,8 @@ std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::strin
     if (!isClassName(name)) {
       output.note("class '" + name + "' is not added; use a name without , = { } \" \\ or tab");
       output.setFindings();
-    } else if (project.wAddDNNClass(name, -1, -1).isValid()) {
+    } else {
+      addClass(project, name, "");
       ++added;
     }
   }

@@ -125,7 +125,11 @@ std::vector<MarkRequest> requestsFromFile(const std::string& fileName) {
   std::ifstream file(fileName);
   if (!file || std::filesystem::is_directory(fileName))
     throw CommandError("the list '" + fileName + "' cannot be read");
-  return parseMarkList(file, fileName);
+  const auto requests = parseMarkList(file, fileName);
+  if (requests.empty())
+    throw CommandError("the list '" + fileName +
+                       "' holds no marks; write a mark a line, as --help tells");
+  return requests;
 }
 
 std::vector<MarkRequest> requestsFor(const MarkOptions& options) {

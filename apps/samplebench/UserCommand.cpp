@@ -162,7 +162,9 @@ void addUserCommands(CLI::App& app, ProgramOptions& program) {
               runCreate));
   const auto set =
       add(addWritingCommand, *users, program,
-          {"set", "Remembers a project as the one opened last.", "user set ann parts"}, runSet);
+          {"set", "Remembers a project as the one opened last; it needs not be there yet.",
+           "user set ann parts"},
+          runSet);
   addName(set);
   set.app->add_option("PROJECT", set.options->project, "name of the project")->required();
   addName(add(addWritingCommand, *users, program, {"remove", "Removes a user.", "user remove ann"},

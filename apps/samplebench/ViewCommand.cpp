@@ -7,6 +7,7 @@
 #include "ContactSheet.h"
 #include "OutputFile.h"
 #include "PictureFile.h"
+#include "SampleSources.h"
 #include "TNV_SampleBenchNative/WTNVToolDarknetViewer.h"
 
 namespace {
@@ -58,13 +59,20 @@ cv::Mat sheetOf(WTNVToolDarknetViewer& viewer, const std::vector<std::string>& n
   return contactSheet(cells, sheetColumns);
 }
 
-// A sample is not to be replaced by what is drawn of it.
-void requireNoSample(const std::string& file, const std::string& directory) {
+// Neither a sample nor what it was made of is to be replaced by what is drawn of it.
+void requireNoSource(const std::string& file, const std::string& directory,
+                     const std::string& projects) {
   std::error_code error;
   const auto destination = destinationOf(file);
-  if (std::filesystem::exists(destination) &&
-      std::filesystem::equivalent(destination.parent_path(), directory, error))
+  if (liesWithin(destination, projects))
+    throw CommandError("'" + file + "' lies among the projects; choose another place");
+  if (!std::filesystem::exists(destination, error)) return;
+  if (std::filesystem::equivalent(destination.parent_path(), directory, error))
     throw CommandError("'" + file + "' lies among the samples; choose another file");
+  const auto set = std::filesystem::path(absolutePath(directory + "/.."));
+  for (const auto& [sample, picture] : readSampleSources((set / "sources.txt").string()))
+    if (std::filesystem::equivalent(destination, picture, error))
+      throw CommandError("'" + file + "' is a picture of the project; choose another file");
 }
 
 void write(const std::string& file, const cv::Mat& picture, const std::string& what,
@@ -74,9 +82,9 @@ void write(const std::string& file, const cv::Mat& picture, const std::string& w
   sayWritten(file, " (" + what + ")", output);
 }
 
-void runView(const ViewOptions& options, Output& output) {
+void runView(const Locations& locations, const ViewOptions& options, Output& output) {
   requireWritablePicture(options.file);
-  requireNoSample(options.file, options.directory);
+  requireNoSource(options.file, options.directory, locations.projects);
   WTNVToolDarknetViewer viewer;
   auto names = sampleNames(viewer, options.directory);
   if (!options.name.empty()) {
@@ -103,7 +111,7 @@ void addViewCommand(CLI::App& app, ProgramOptions& program) {
        "Writes a sample of a training set with its boxes to a file, or a sheet of the first "
        "samples.",
        "view set/samples -o sheet.png"},
-      [options](Output& output) { runView(*options, output); });
+      [&program, options](Output& output) { runView(program.locations, *options, output); });
   command->add_option("DIRECTORY", options->directory, "directory with samples")->required();
   command->add_option("NAME", options->name, "sample, like img_3; without it a sheet is drawn");
   addOutputFile(*command, options->file, "sheet.png");

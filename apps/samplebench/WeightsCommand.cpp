@@ -227,12 +227,12 @@ void fetch(Downloads& downloads, const WTNVDownloadFile& file, const std::string
 void runList(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto files = filesOf(downloads, options.address, directoryOf(options));
-  if (std::none_of(files.begin(), files.end(), isOffered))
-    output.note("the portal cannot be reached or offers nothing");
   std::vector<TableRow> rows;
   for (const auto& file : files)
     rows.push_back({file.wGetFileName(), file.wGetFileSize(), file.wGetTimeStamp(), stateOf(file)});
   output.table("files", {"file", "bytes", "date", "state"}, rows);
+  if (std::none_of(files.begin(), files.end(), isOffered))
+    throw CommandError("the portal cannot be reached or offers nothing; check the address");
 }
 
 void runGet(const WeightsOptions& options, Output& output) {
