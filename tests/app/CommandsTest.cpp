@@ -6,7 +6,10 @@
 #include <fstream>
 #include <sstream>
 
+#include <pty.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "Arguments.h"
 #include "CommandLine.h"
@@ -18,8 +21,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using ::testing::AllOf;
 using ::testing::AnyOf;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 using Words = std::vector<std::string>;
 
@@ -325,4 +330,42 @@ TEST_F(ProgramInterrupt, AFileThatIsFetchedIsWholeOrNotThere) {
       EXPECT_EQ(readFile(place / "weights/w.bin"), "earlier");
     }
   }
+}
+
+namespace {
+
+/// What the program shows on a terminal.
+std::string shownOnTerminal(const std::vector<std::string>& arguments, const std::string& directory,
+                            bool noColor) {
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    if (chdir(directory.c_str()) != 0) _exit(126);
+    noColor ? setenv("NO_COLOR", "1", 1) : unsetenv("NO_COLOR");
+    std::vector<char*> words{const_cast<char*>(SAMPLEBENCH_PROGRAM)};
+    for (const auto& argument : arguments)
+      words.push_back(const_cast<char*>(argument.c_str()));
+    words.push_back(nullptr);
+    execv(words[0], words.data());
+    _exit(127);
+  }
+  std::string shown;
+  char bytes[4096];
+  for (ssize_t count = 0; (count = read(terminal, bytes, sizeof bytes)) > 0;)
+    shown.append(bytes, static_cast<std::size_t>(count));
+  close(terminal);
+  waitpid(child, nullptr, 0);
+  return shown;
+}
+
+using ProgramTerminal = ProgramTest;
+
+}  // namespace
+
+TEST_F(ProgramTerminal, ABarIsDrawnUnlessNoColourIsWanted) {
+  makeProject();
+  const auto bar = shownOnTerminal({"gallery", "parts"}, place.path(), false);
+  EXPECT_THAT(bar, AllOf(HasSubstr("\x1b[K"), HasSubstr("] 2/2  100 %")));
+  const auto plain = shownOnTerminal({"gallery", "parts"}, place.path(), true);
+  EXPECT_THAT(plain, AllOf(HasSubstr("2 of 2 (100 %)"), Not(HasSubstr("\x1b"))));
 }
