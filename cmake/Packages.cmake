@@ -58,10 +58,13 @@ file(WRITE ${changelog} "samplebench (${PROJECT_VERSION}-1) stable; urgency=medi
 ")
 set(manual ${PROJECT_BINARY_DIR}/packaging/samplebench.1)
 add_custom_command(OUTPUT ${changelog}.gz COMMAND ${gzip} -9nkf ${changelog} VERBATIM)
-add_custom_command(OUTPUT ${manual}.gz DEPENDS ${PROJECT_SOURCE_DIR}/docs/samplebench.1
-  COMMAND ${CMAKE_COMMAND} -E copy ${PROJECT_SOURCE_DIR}/docs/samplebench.1 ${manual}
+set(made_manual ${PROJECT_BINARY_DIR}/texts/samplebench.1)
+add_custom_command(OUTPUT ${manual}.gz DEPENDS ${made_manual}
+  COMMAND ${CMAKE_COMMAND} -E copy ${made_manual} ${manual}
   COMMAND ${gzip} -9nf ${manual} VERBATIM)
+set_source_files_properties(${made_manual} PROPERTIES GENERATED TRUE)
 add_custom_target(tnv_packed_texts ALL DEPENDS ${changelog}.gz ${manual}.gz)
+add_dependencies(tnv_packed_texts samplebench_texts)
 install(FILES ${manual}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
 set(packages library ${library_package} development libtnv-samplebench-dev program samplebench)
 while(packages)

@@ -30,6 +30,12 @@ printf '0.1 0.2 0.4 0.5\n\n0.3 0.3 0.6 0.6\n' |
 [ "$(head -c 2 "$place/seen.ppm")" = P6 ]
 samplebench list clicks | grep -q 'total: 2 pictures, 2 marks'
 
+# What shells and man look for.
+for text in bash-completion/completions/samplebench zsh/site-functions/_samplebench \
+  fish/vendor_completions.d/samplebench.fish man/man1/samplebench.1.gz; do
+  [ -s "$place/prefix/share/$text" ] || { echo "check-install: share/$text is missing" >&2; exit 1; }
+done
+
 "$place/prefix/bin/samplebench" demo "$place/demo" >"$place/demo.txt" 2>"$place/demo.log" ||
   { cat "$place/demo.log" >&2; exit 1; }
 echo "check-install: package, pkg-config and program work from $place/prefix"

@@ -25,5 +25,20 @@ export LD_LIBRARY_PATH=$libraries
 cmake -S tests/consumer -B "$place/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$place/root/usr" >/dev/null
 cmake --build "$place/consumer" >/dev/null
 "$place/consumer/consumer" "$place/projects/"
+# A folder of labelled pictures becomes a set in five commands, without a display.
+bench() { env -u DISPLAY -u WAYLAND_DISPLAY "$place/root/usr/bin/samplebench" --projects "$place/walk" "$@" >>"$place/walk.txt" 2>"$place/walk.log" || { cat "$place/walk.log" >&2; exit 1; }; }
+mkdir "$place/labelled"
+printf 'screw\nnut\nwasher\n' >"$place/labelled/classes.txt"
+cp "$place"/demo/pictures/parts_0*.jpg "$place/labelled"
+for picture in "$place"/labelled/*.jpg; do
+  echo "1 0.5 0.5 0.25 0.25" >"${picture%.jpg}.txt"
+done
+bench create walk
+bench labels import walk all "$place/labelled"
+bench generate walk --output "$place/walk-set" --keep-together source --test-ratio 0.3
+bench verify "$place/walk-set"
+grep -q '^9 pictures, 9 labels, 0 findings' "$place/walk.txt" ||
+  { cat "$place/walk.txt" >&2; exit 1; }
+
 man --warnings -l "$(find "$place/root" -name 'samplebench.1.gz')" >/dev/null
 echo "check-packages: program and library work from the packages"

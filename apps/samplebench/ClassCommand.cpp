@@ -1,13 +1,77 @@
 #include "ClassCommand.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <functional>
+#include <map>
 #include <set>
 
 #include "CommandError.h"
-#include "ProjectCommands.h"
+#include "CommandLine.h"
+#include "Numbers.h"
 
 namespace {
+
+std::string colorText(const WTNVDNNClass& dnnClass) {
+  int red = 0;
+  int green = 0;
+  int blue = 0;
+  dnnClass.wGetColor(&red, &green, &blue);
+  char text[32];
+  std::snprintf(text, sizeof text, "%02x%02x%02x", red, green, blue);
+  return text;
+}
+
+// Bright enough for dark pictures, and told apart also by those who see no red or no green.
+constexpr std::array palette{"56b4e9", "e69f00", "cc79a7", "009e73", "f0e442",
+                             "d55e00", "0072b2", "ffffff", "9467bd", "8c564b"};
+
+// The colour of the palette that the fewest classes have, the first of several.
+std::string nextColor(const WTNVProject& project) {
+  std::map<std::string, int> uses;
+  for (const auto& dnnClass : project.wGetDNNClasses())
+    ++uses[colorText(dnnClass)];
+  return *std::min_element(palette.begin(), palette.end(),
+                           [&](const char* a, const char* b) { return uses[a] < uses[b]; });
+}
+
+}  // namespace
+
+void writeClasses(const WTNVProject& project, Output& output) {
+  std::vector<TableRow> rows;
+  for (const auto& dnnClass : project.wGetDNNClasses())
+    rows.push_back({dnnClass.wGetDNNId(), dnnClass.wGetName(), colorText(dnnClass)});
+  output.table("classes", {"number", "class", "colour"}, rows);
+}
+
+void addClass(WTNVProject& project, const std::string& name, const std::string& color) {
+  const auto added = project.wAddDNNClass(name, -1, -1);
+  if (!added.isValid())
+    throw CommandError("class '" + name + "' cannot be added; the name is empty or taken");
+  const auto [red, green, blue] = parseColor(color.empty() ? nextColor(project) : color);
+  project.wUpdateDNNClass(added, name, added.wGetDNNId(), "", "", red, green, blue);
+}
+
+namespace {
+
+struct ClassAddOptions {
+  std::string project;
+  std::vector<std::string> names;
+  std::string color;
+};
+
+struct ClassEditOptions {
+  std::string project;
+  /// Those to be merged, deleted or put in order.
+  std::vector<std::string> names;
+  /// The one to be renamed.
+  std::string name;
+  /// The new name, or the class that takes the marks of the others over.
+  std::string target;
+  /// Delete marks that have no other class, too.
+  bool withMarks = false;
+};
 
 /// The project with all its marks. What cannot be read would keep a class that goes away.
 class Annotations {
@@ -70,9 +134,22 @@ void report(const WTNVProject& project, const std::string& did, std::size_t mark
   writeClasses(project, output);
 }
 
-}  // namespace
+void runAdd(const Locations& locations, const ClassAddOptions& options, Output& output) {
+  const auto project = openProject(locations, options.project);
+  for (const auto& name : options.names) {
+    requireClassName(name);
+    addClass(*project, name, options.color);
+  }
+  saveProject(*project, true, output);
+  if (output.isDryRun()) output.say("would add " + joined(options.names));
+  writeClasses(*project, output);
+}
 
-void runClassRename(const Locations& locations, const ClassEditOptions& options, Output& output) {
+void runList(const Locations& locations, const std::string& project, Output& output) {
+  writeClasses(*openProject(locations, project), output);
+}
+
+void runRename(const Locations& locations, const ClassEditOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   const auto dnnClass = findClass(*project, options.name);
   requireClassName(options.target);
@@ -81,7 +158,7 @@ void runClassRename(const Locations& locations, const ClassEditOptions& options,
   report(*project, "renamed " + options.name + " to " + options.target, 0, output);
 }
 
-void runClassMerge(const Locations& locations, const ClassEditOptions& options, Output& output) {
+void runMerge(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
   const auto project = openProject(locations, options.project);
   const Annotations annotations(*project, output);
@@ -100,7 +177,7 @@ void runClassMerge(const Locations& locations, const ClassEditOptions& options, 
   report(*project, "merged " + joined(options.names) + " into " + options.target, marks, output);
 }
 
-void runClassDelete(const Locations& locations, const ClassEditOptions& options, Output& output) {
+void runDelete(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
   const auto project = openProject(locations, options.project);
   const Annotations annotations(*project, output);
@@ -125,7 +202,7 @@ void runClassDelete(const Locations& locations, const ClassEditOptions& options,
          output);
 }
 
-void runClassOrder(const Locations& locations, const ClassEditOptions& options, Output& output) {
+void runOrder(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
   const auto project = openProject(locations, options.project);
   std::vector<WTNVDNNClass> order;
@@ -144,4 +221,85 @@ void runClassOrder(const Locations& locations, const ClassEditOptions& options, 
   }
   saveProject(*project, true, output);
   report(*project, "numbered the classes anew", 0, output);
+}
+
+void addAdd(CLI::App& classes, ProgramOptions& program) {
+  const auto options = std::make_shared<ClassAddOptions>();
+  auto* command = addWritingCommand(
+      classes, program,
+      {"add", "Adds classes; each takes the next number, from 0 on.",
+       "class add parts screw nut --color ff8000"},
+      [&program, options](Output& output) { runAdd(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  command->add_option("NAME", options->names, "names of the classes")->required();
+  command->add_option("--color", options->color,
+                      "colour for drawing, RRGGBB (default: one that few have)");
+}
+
+void addList(CLI::App& classes, ProgramOptions& program) {
+  const auto project = std::make_shared<std::string>();
+  auto* command = addCommand(
+      classes, program, {"list", "Lists the classes with numbers and colours.", "class list parts"},
+      [&program, project](Output& output) { runList(program.locations, *project, output); });
+  addProjectArgument(*command, *project);
+}
+
+using ClassEdit = void (*)(const Locations&, const ClassEditOptions&, Output&);
+
+struct ClassEditCommand {
+  CLI::App* app;
+  ClassEditOptions* options;
+};
+
+ClassEditCommand addEdit(CLI::App& classes, ProgramOptions& program, const CommandHelp& help,
+                         ClassEdit run) {
+  const auto options = std::make_shared<ClassEditOptions>();
+  auto* command = addWritingCommand(
+      classes, program, help,
+      [&program, options, run](Output& output) { run(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  return {command, options.get()};
+}
+
+void addNames(const ClassEditCommand& edit, const std::string& what) {
+  edit.app->add_option("NAME", edit.options->names, what)->required();
+}
+
+void addEdits(CLI::App& classes, ProgramOptions& program) {
+  const auto rename = addEdit(
+      classes, program, {"rename", "Gives a class another name.", "class rename parts screw bolt"},
+      runRename);
+  rename.app->add_option("NAME", rename.options->name, "present name")->required();
+  rename.app->add_option("NEW", rename.options->target, "new name")->required();
+  const auto merge = addEdit(classes, program,
+                             {"merge",
+                              "Gives the marks of classes to another one and removes those "
+                              "classes. Numbers run from 0 without gaps afterwards.",
+                              "class merge parts bolt stud --into screw"},
+                             runMerge);
+  addNames(merge, "classes that go away");
+  merge.app->add_option("--into", merge.options->target, "the class that stays")->required();
+  const auto remove = addEdit(classes, program,
+                              {"delete", "Removes classes, and takes them out of all marks.",
+                               "class delete parts dirt --with-marks"},
+                              runDelete);
+  addNames(remove, "classes");
+  remove.app->add_flag("--with-marks", remove.options->withMarks,
+                       "delete the marks, too, that have no other class");
+  addNames(addEdit(classes, program,
+                   {"order", "Numbers the classes from 0 on in the order given.",
+                    "class order parts nut screw"},
+                   runOrder),
+           "all classes");
+}
+
+}  // namespace
+
+void addClassCommands(CLI::App& app, ProgramOptions& program) {
+  auto* classes =
+      addCommandGroup(app, {"class", "The classes that marks carry and a network is to learn.",
+                            "class add parts screw nut"});
+  addAdd(*classes, program);
+  addList(*classes, program);
+  addEdits(*classes, program);
 }

@@ -7,12 +7,23 @@
 #include <opencv2/imgcodecs.hpp>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "Editor.h"
-#include "PictureFile.h"
+#include "GalleryStatistics.h"
+#include "Interrupt.h"
+#include "MarkBox.h"
+#include "OutputFile.h"
+#include "Platform.h"
 
 namespace fs = std::filesystem;
 
 namespace {
+
+struct CropOptions {
+  std::string project;
+  std::string picture;
+  std::string directory;
+};
 
 bool hasArea(const WTNVMark& mark, const Editor& editor) {
   double width = 0;
@@ -46,27 +57,29 @@ std::string nameOf(const std::vector<PictureRecord>& pictures, std::size_t place
   return names.front();
 }
 
-// Makes the directory, given with a slash at its end.
-void makeDirectory(const std::string& given) {
+void requireEarlierCrop(const std::string& file) {
   std::error_code error;
-  fs::create_directories(given, error);
-  if (!fs::is_directory(given, error))
-    throw CommandError("'" + given + "' cannot be written to; give a directory of yours");
+  const auto earlier = fs::symlink_status(file, error).type();
+  if (earlier != fs::file_type::not_found && earlier != fs::file_type::regular)
+    throw CommandError("'" + file + "' is in the way and no earlier crop; move it away");
 }
 
 // The library does not tell whether it wrote a file: what is there afterwards has to be new.
 void removeEarlierCrop(const std::string& file) {
   std::error_code error;
-  const auto earlier = fs::symlink_status(file, error).type();
-  if (earlier == fs::file_type::not_found) return;
-  if (earlier != fs::file_type::regular)
-    throw CommandError("'" + file + "' is in the way and no earlier crop; move it away");
-  if (!fs::remove(file, error))
+  fs::remove(file, error);
+  if (error)
     throw CommandError("'" + file + "' cannot be replaced; see that its directory is yours");
 }
 
+// False if nothing of the picture lies under the mark.
 bool writeCrop(Editor& editor, const WTNVMark& mark, const std::string& directory,
-               const std::string& name) {
+               const std::string& name, const Output& output) {
+  requireEarlierCrop(directory + name);
+  if (output.isDryRun()) {
+    const cv::Size size(editor.width(), editor.height());
+    return !isOutside(boxInPixels(mark, size), size);
+  }
   removeEarlierCrop(directory + name);
   const auto file = editor.view.wSaveROIImage(mark, directory, name);
   if (file.empty()) return false;
@@ -75,8 +88,6 @@ bool writeCrop(Editor& editor, const WTNVMark& mark, const std::string& director
                        "' is a directory of yours with room");
   return true;
 }
-
-}  // namespace
 
 void runCrop(const Locations& locations, const CropOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
@@ -89,21 +100,44 @@ void runCrop(const Locations& locations, const CropOptions& options, Output& out
     throw CommandError("picture '" + pictures[place].path + "' has no marks to cut out");
   const auto directory = (fs::path(options.directory) / "").string();
   const auto picture = nameOf(pictures, place);
-  requireWritablePicture(directory + picture + ".png", *project, pictures);
-  makeDirectory(directory);
+  requireReplaceableFile(directory + picture + ".png", *project, pictures);
+  requireDirectoryPlace(directory);
+  if (!output.isDryRun()) makeDirectory(directory);
+  Json::Value files(Json::arrayValue);
+  const platform::InterruptCatcher catcher;
   for (std::size_t i = 0; i < marks.size(); ++i) {
+    stopIfInterrupted();
     const auto name = picture + "-" + std::to_string(i + 1) + ".png";
     const auto mark = "mark " + std::to_string(i + 1) + " (" + marks[i].wGetType() + ")";
     if (!hasArea(marks[i], editor)) {
       output.note(mark + " has no area to cut out");
       continue;
     }
-    requireWritablePicture(directory + name, *project, pictures);
-    if (writeCrop(editor, marks[i], directory, name)) {
-      output.data() << directory << name << '\n';
+    requireReplaceableFile(directory + name, *project, pictures);
+    if (writeCrop(editor, marks[i], directory, name, output)) {
+      output.say(directory + name);
+      files.append(directory + name);
     } else {
       output.note(mark + " cannot be cut out: it lies off the picture or is far too large");
       output.setFindings();
     }
   }
+  output.fact("files", files);
+}
+
+}  // namespace
+
+void addCropCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<CropOptions>();
+  auto* command = addWritingCommand(
+      app, program,
+      {"crop",
+       "Writes what lies under each mark of a picture to a file of its own, and prints the files.",
+       "crop parts photo.jpg -o cut/"},
+      [&program, options](Output& output) { runCrop(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  addPictureArgument(*command, options->picture);
+  command->add_option("-o,--output", options->directory, "directory to write to")
+      ->required()
+      ->check(notEmpty());
 }

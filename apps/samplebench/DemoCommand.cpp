@@ -4,19 +4,29 @@
 #include <array>
 #include <cstdio>
 
+#include "ClassCommand.h"
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "ContactSheet.h"
 #include "DemoPictures.h"
 #include "GenerateCommand.h"
 #include "ImportCommand.h"
+#include "Interrupt.h"
 #include "MarkCommand.h"
+#include "OutputFile.h"
 #include "PictureFile.h"
-#include "ProjectCommands.h"
+#include "Platform.h"
 #include "RenderCommand.h"
 
 namespace fs = std::filesystem;
 
 namespace {
+
+struct DemoOptions {
+  std::string directory;
+  /// A directory of the user's own pictures; empty to draw some.
+  std::string pictures;
+};
 
 constexpr auto projectName = "demo";
 constexpr auto setName = "pictures";
@@ -46,15 +56,34 @@ bool isEarlierDemo(const fs::path& directory) {
          std::all_of(fs::directory_iterator(directory), fs::directory_iterator(), isOurs);
 }
 
-void clearDirectory(const fs::path& directory) {
-  if (fs::exists(directory) && !fs::is_directory(directory))
-    throw CommandError("'" + directory.string() + "' is no directory");
-  fs::create_directories(directory);
-  if (!fs::is_empty(directory) && !isEarlierDemo(directory))
+void requireFreeOrEarlier(const fs::path& directory) {
+  requireDirectoryPlace(directory.string());
+  if (fs::exists(directory) && !fs::is_empty(directory) && !isEarlierDemo(directory))
     throw CommandError("'" + directory.string() +
                        "' holds files that are no earlier demo; give a new or empty directory");
+}
+
+void clearDirectory(const fs::path& directory) {
+  makeDirectory(directory.string());
+  std::error_code error;
+  for (const auto* entry : entries) {
+    fs::remove_all(directory / entry, error);
+    if (error)
+      throw CommandError("'" + (directory / entry).string() +
+                         "' of an earlier demo cannot be removed; give a directory of yours");
+  }
+}
+
+// Of an earlier demo.
+void sayPlan(const fs::path& directory, Output& output) {
+  Json::Value removed(Json::arrayValue);
   for (const auto* entry : entries)
-    fs::remove_all(directory / entry);
+    if (fs::exists(directory / entry)) removed.append((directory / entry).string());
+  output.fact("directory", directory.string());
+  output.fact("removed", removed);
+  for (const auto& each : removed)
+    output.say("would remove " + each.asString());
+  output.say("would write pictures, a project and a training set to " + directory.string());
 }
 
 // Clearing the directory would take the user's pictures along.
@@ -83,6 +112,7 @@ Material drawMaterial(const fs::path& directory) {
       pictures.string(), {{names[0], "ff5040"}, {names[1], "40c0ff"}, {names[2], "80ff40"}}, {}};
   std::vector<cv::Mat> cells;
   for (unsigned int number = 0; number < drawnPictures; ++number) {
+    stopIfInterrupted();
     const auto picture = drawDemoPicture(number);
     const auto file = pictures / drawnName(number);
     writePicture(file.string(), picture.image);
@@ -131,21 +161,26 @@ void requireSameMarks(const std::vector<PictureRecord>& pictures, const Material
 
 void writeSummary(const Material& material, std::size_t pictures, const TrainingSetContent& content,
                   Output& output) {
-  std::vector<TableRow> rows{{"class", "marks", "boxes in set"}};
+  const std::vector<std::string> columns{"class", "marks", "boxes in set"};
+  std::vector<TableRow> rows;
   for (std::size_t i = 0; i < material.classes.size(); ++i) {
     const auto& name = material.classes[i].name;
     const auto marks = std::count_if(material.marks.begin(), material.marks.end(),
                                      [&](const auto& mark) { return mark.className == name; });
-    rows.push_back({name, std::to_string(marks), std::to_string(content.boxes[i])});
+    rows.push_back({name, marks, content.boxes[i]});
   }
-  rows.push_back(
-      {"total", std::to_string(material.marks.size()), std::to_string(content.boxCount())});
-  output.data() << '\n';
-  writeTable(output.data(), rows);
-  output.data() << '\n'
-                << counted(pictures, "picture") << " gave " << counted(content.samples(), "sample")
-                << ": " << content.training << " training, " << content.test
-                << " test; read back and consistent\n\n";
+  output.fact("classes", listOf(columns, rows));
+  output.fact("pictures", static_cast<Json::UInt64>(pictures));
+  output.fact("training", static_cast<Json::UInt64>(content.training));
+  output.fact("test", static_cast<Json::UInt64>(content.test));
+  rows.push_back({"total", material.marks.size(), content.boxCount()});
+  output.say();
+  output.showTable(columns, rows);
+  output.say();
+  output.say(counted(pictures, "picture") + " gave " + counted(content.samples(), "sample") + ": " +
+             std::to_string(content.training) + " training, " + std::to_string(content.test) +
+             " test; read back and consistent");
+  output.say();
 }
 
 void buildProject(const Locations& locations, const DemoOptions& options, const fs::path& directory,
@@ -158,12 +193,11 @@ void buildProject(const Locations& locations, const DemoOptions& options, const 
   importPictures(*project, setName, material.directory, false);
   if (!options.pictures.empty()) markAsWhole(*project, material, output);
   saveProject(*project, true, output);
+  stopIfInterrupted();
   output.note("marking " + counted(material.marks.size(), "object"));
   addMarks(*project, material.marks, {}, output);
   saveProject(*project, true, output);
 }
-
-}  // namespace
 
 void runDemo(const Locations& locations, const DemoOptions& options, Output& output) {
   const fs::path directory = absolutePath(options.directory);
@@ -172,9 +206,20 @@ void runDemo(const Locations& locations, const DemoOptions& options, Output& out
   GenerateOptions generate;
   generate.project = projectName;
   generate.output = (directory / "set").string();
+  // Near twins of one picture in both lists would be no test.
+  generate.keepTogether = "source";
   generate.augmentation = "resize-quarter-turns.xml";
   requireOutputPath(generate.output);
-  if (!options.pictures.empty()) requireApart(options.pictures, directory);
+  if (!options.pictures.empty()) {
+    requireApart(options.pictures, directory);
+    picturesIn(WTNVProject(projectName, "", "", ""), options.pictures, false);
+  }
+  requireFreeOrEarlier(directory);
+  if (output.isDryRun()) {
+    sayPlan(directory, output);
+    return;
+  }
+  const platform::InterruptCatcher catcher;
   clearDirectory(directory);
 
   Material material;
@@ -182,10 +227,29 @@ void runDemo(const Locations& locations, const DemoOptions& options, Output& out
   const auto project = openProject(places, projectName);
   const auto pictures = readPictures(*project, output);
   requireSameMarks(pictures, material);
+  stopIfInterrupted();
   renderOne(*project, fullestPicture(pictures), directory / "rendered.png", output);
-  const auto [paths, content, division] = generateSet(*project, places, generate, output);
-  writeSummary(material, pictures.size(), content, output);
-  writePlaces(paths, output);
-  output.data() << "\nLook around with: samplebench --projects " << places.projects << " list "
-                << projectName << '\n';
+  const auto set = generateSet(*project, places, generate, output);
+  writeSummary(material, pictures.size(), set.content, output);
+  writePlaces(set.paths, output);
+  output.say();
+  output.say("Look around with: samplebench --projects " + places.projects + " list " +
+             projectName);
+}
+
+}  // namespace
+
+void addDemoCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<DemoOptions>();
+  auto* command = addWritingCommand(
+      app, program,
+      {"demo",
+       "Walks the whole road in a new directory: draws pictures, marks them, renders one, writes a "
+       "training set and reads it back.",
+       "demo /tmp/demo"},
+      [&program, options](Output& output) { runDemo(program.locations, *options, output); });
+  command->add_option("DIRECTORY", options->directory, "new or empty, or an earlier demo")
+      ->required();
+  command->add_option("--pictures", options->pictures,
+                      "take the pictures of this directory, each marked as a whole");
 }

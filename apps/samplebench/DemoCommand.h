@@ -1,15 +1,10 @@
 #pragma once
 
-#include <string>
+namespace CLI {
+class App;
+}
+struct ProgramOptions;
 
-#include "ProjectAccess.h"
-
-struct DemoOptions {
-  std::string directory;
-  /// A directory of the user's own pictures; empty to draw some.
-  std::string pictures;
-};
-
-/// Walks the whole road in one directory: pictures, project, classes, marks, a rendered picture, a
-/// training set, and reads that back. Throws CommandError.
-void runDemo(const Locations& locations, const DemoOptions& options, Output& output);
+/// The command that walks the whole road in one directory: pictures, project, classes, marks, a
+/// rendered picture, a training set, and reads that back.
+void addDemoCommand(CLI::App& app, ProgramOptions& program);

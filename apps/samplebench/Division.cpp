@@ -88,6 +88,11 @@ std::string Grouper::groupOf(const std::string& picture) const {
   return match.size() > 1 && match[1].matched ? match[1].str() : match[0].str();
 }
 
+bool Grouper::finds(const std::string& picture) const {
+  const auto name = std::filesystem::path(picture).filename().string();
+  return !pattern || std::regex_search(name, pattern->expression);
+}
+
 bool isTestGroup(const std::string& group, double testRatio, std::uint32_t seed) {
   return std::ldexp(static_cast<double>(hashOf(group, seed) >> 11U), -53) < testRatio;
 }

@@ -35,6 +35,9 @@ class Grouper {
 
   std::string groupOf(const std::string& picture) const;
 
+  /// Whether the pattern, if there is one, finds something in the picture's file name.
+  bool finds(const std::string& picture) const;
+
  private:
   struct Pattern;
   std::unique_ptr<Pattern> pattern;

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <functional>
+#include <string>
+#include <vector>
+
 #include "TNV_SampleBenchNative/WTNVMainProcess.h"
 #include "TNV_SampleBenchNative/WTNVProject.h"
 
@@ -30,3 +34,15 @@ class Editor {
   WTNVHandlerMark marks;
   WTNVHandlerImageView view;
 };
+
+/// What a handler of any project has to choose from, asked for when it is wanted.
+template <typename Handler>
+std::function<std::vector<std::string>()> choicesOf(Handler Editor::*handler,
+                                                    std::vector<std::string> (Handler::*method)()
+                                                        const) {
+  return [=] {
+    WTNVProject project("", "", "", "");
+    Editor editor(project);
+    return ((editor.*handler).*method)();
+  };
+}

@@ -7,7 +7,9 @@
 #include <opencv2/imgproc.hpp>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "GalleryReport.h"
+#include "Interrupt.h"
 #include "MarkBox.h"
 #include "OutputFile.h"
 #include "PictureFile.h"
@@ -19,20 +21,20 @@ namespace fs = std::filesystem;
 
 namespace {
 
+struct GalleryOptions {
+  std::string project;
+  /// Empty for none.
+  std::string report;
+};
+
 // Small enough that a page of 2,000 stays around 10 MB.
 constexpr int thumbnailSide = 96;
 constexpr int thumbnailQuality = 85;
 
-void requireReportPlace(const std::string& file, const WTNVProject& project,
-                        const std::vector<PictureRecord>& pictures) {
-  requireWritable(file, project, pictures);
-  if (!fs::is_directory(destinationOf(file).parent_path()))
-    throw CommandError("'" + file + "' cannot be written; see that its directory exists");
-}
-
 // How many of the pictures could be read.
 std::size_t cutMarks(WTNVHandlerValidation& handler, std::size_t pictures, Output& output) {
   Progress progress(pictures, output);
+  const platform::InterruptCatcher catcher;
   const WatchedRun<WTNVHandlerValidation> run(handler, progress);
   handler.setCBValidGenUpdate(run.onUpdate);
   const auto complete = handler.wProcessGeneration();
@@ -41,20 +43,21 @@ std::size_t cutMarks(WTNVHandlerValidation& handler, std::size_t pictures, Outpu
   if (run.wasStopped())
     throw CommandError("interrupted after " + counted(progress.done(), "picture"), exitInterrupted);
   if (complete) return progress.done();
-  throw CommandError(output.isQuiet() ? "the marks could not be cut out; --quiet hides the reason"
-                                      : "the marks could not be cut out; see the lines above");
+  throw CommandError("the marks could not be cut out: " + output.cause());
 }
 
 void writeCounts(const WTNVHandlerValidation& handler, Output& output) {
-  std::vector<TableRow> rows{{"cuts", "class"}};
+  std::vector<TableRow> rows;
   std::size_t total = 0;
   for (const auto& label : handler.wGetDNNClasses()) {
     const auto count = handler.wGetDNNImageIndices(label).size();
-    rows.push_back({std::to_string(count), label});
+    rows.push_back({count, label});
     total += count;
   }
-  writeTable(output.data(), rows);
-  output.data() << "\ntotal: " << counted(total, "cut") << '\n';
+  output.table("classes", {"cuts", "class"}, rows);
+  output.fact("cuts", static_cast<Json::UInt64>(total));
+  output.say();
+  output.say("total: " + counted(total, "cut"));
 }
 
 // The cut of each mark, by the place of its picture and its id there.
@@ -149,8 +152,7 @@ cv::Mat reduced(const cv::Mat& cut) {
 }
 
 Thumbnail thumbnailOf(WTNVHandlerValidation& handler, int cut) {
-  if (platform::InterruptCatcher::interrupted())
-    throw CommandError("interrupted; no report was written", exitInterrupted);
+  stopIfInterrupted();
   unsigned char* data = nullptr;
   cv::Size size;
   int channels = 0;
@@ -170,7 +172,38 @@ void writeReport(const std::string& file, const Gallery& gallery, WTNVHandlerVal
   });
 }
 
-}  // namespace
+std::size_t fileCount(const std::string& directory) {
+  std::error_code error;
+  const fs::directory_iterator entries(directory, error);
+  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+// What would be cut out, class by class, and what would go.
+void sayPlan(const WTNVProject& project, const WTNVHandlerValidation& handler,
+             const GalleryOptions& options, const std::vector<PictureRecord>& pictures,
+             Output& output) {
+  GalleryBuilder builder(project, handler, false);
+  for (const auto& picture : pictures)
+    builder.add(picture);
+  std::vector<TableRow> rows;
+  std::size_t total = 0;
+  for (const auto& dnnClass : builder.gallery.classes) {
+    if (dnnClass.marks.empty()) continue;
+    rows.push_back({dnnClass.marks.size(), dnnClass.label});
+    total += dnnClass.marks.size();
+  }
+  output.table("classes", {"marks", "class"}, rows);
+  const auto directory = (projectDirectory(project) / "validation" / "").string();
+  const auto replaced = fileCount(directory);
+  output.fact("marks", static_cast<Json::UInt64>(total));
+  output.fact("replaced", static_cast<Json::UInt64>(replaced));
+  output.say();
+  output.say(counted(total, "mark") + " would be cut out into " + directory + ", where " +
+             counted(replaced, "earlier cut") + " would be removed");
+  if (options.report.empty()) return;
+  output.fact("report", options.report);
+  sayWritten(options.report, "", output);
+}
 
 void runGallery(const Locations& locations, const GalleryOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
@@ -179,11 +212,15 @@ void runGallery(const Locations& locations, const GalleryOptions& options, Outpu
   if (pictures.empty())
     throw CommandError("the project has no pictures; add some with: samplebench import " +
                        options.project + " SET DIRECTORY");
-  if (!options.report.empty()) requireReportPlace(options.report, *project, pictures);
+  if (!options.report.empty()) requireWritable(options.report, *project, pictures);
   auto handler = project->getHndValidation();
-  const platform::InterruptCatcher catcher;
+  if (output.isDryRun()) {
+    sayPlan(*project, handler, options, pictures, output);
+    return;
+  }
   const auto read = cutMarks(handler, pictures.size(), output);
   writeCounts(handler, output);
+  sayLeftOut(pictures.size() - std::min(read, pictures.size()), output);
   if (options.report.empty()) return;
   const auto files = std::count_if(pictures.begin(), pictures.end(),
                                    [](const auto& picture) { return isFile(picture.path); });
@@ -191,5 +228,24 @@ void runGallery(const Locations& locations, const GalleryOptions& options, Outpu
   for (const auto& picture : pictures)
     builder.add(picture);
   writeReport(options.report, builder.gallery, handler);
-  output.data() << "wrote " << options.report << '\n';
+  output.fact("report", options.report);
+  sayWritten(options.report, "", output);
+}
+
+}  // namespace
+
+void addGalleryCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<GalleryOptions>();
+  auto* command = addWritingCommand(
+      app, program,
+      {"gallery",
+       "Cuts every mark out of its picture, to look the marks through, and prints how many there "
+       "are of each class.",
+       "gallery parts --report marks.html"},
+      [&program, options](Output& output) { runGallery(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  command
+      ->add_option("--report", options->report,
+                   "page to write, with all cuts, what looks wrong, and plots")
+      ->check(notEmpty());
 }

@@ -1,15 +1,10 @@
 #pragma once
 
-#include <string>
+namespace CLI {
+class App;
+}
+struct ProgramOptions;
 
-#include "ProjectAccess.h"
-
-struct GalleryOptions {
-  std::string project;
-  /// Empty for none.
-  std::string report;
-};
-
-/// Cuts all marks out and counts the cuts of each class; writes a page of them if wanted. Throws
-/// CommandError, with the exit code of an interrupt if the user stops the run.
-void runGallery(const Locations& locations, const GalleryOptions& options, Output& output);
+/// The command that cuts all marks out, counts the cuts of each class, and writes a page of them if
+/// wanted.
+void addGalleryCommand(CLI::App& app, ProgramOptions& program);

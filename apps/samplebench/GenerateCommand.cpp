@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <fstream>
+#include <unordered_set>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "Numbers.h"
+#include "OutputFile.h"
 #include "PictureFile.h"
 #include "Platform.h"
 #include "Progress.h"
@@ -132,7 +135,6 @@ void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSe
   Progress progress(trainSets.size(), output);
   const WatchedRun<WTNVHandlerAugment> run(
       handler, progress, [&](std::size_t place) { sources.add(trainSets[place].getImagePath()); });
-  const platform::InterruptCatcher catcher;
   handler.setCBGenerationUpdate(run.onUpdate);
   const auto complete = handler.wProcess(trainSets, project.wGetGeneration());
   handler.setCBGenerationUpdate(nullptr);
@@ -144,9 +146,7 @@ void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSe
                            "; the partial training set was removed, and an earlier set there "
                            "is gone: run it again",
                        exitInterrupted);
-  throw CommandError(output.isQuiet()
-                         ? "the training set could not be written; --quiet hides the reason"
-                         : "the training set could not be written; see the lines above");
+  throw CommandError("the training set could not be written: " + output.cause());
 }
 
 void writeNames(const WTNVProject& project, const std::string& file) {
@@ -157,9 +157,27 @@ void writeNames(const WTNVProject& project, const std::string& file) {
   if (!stream) throw CommandError("'" + file + "' cannot be written");
 }
 
-void requireFilled(const std::string& file) {
+void noteIdleGrouping(const WTNVProject& project, const Grouping& grouping, Output& output) {
+  const Grouper grouper(grouping);
+  const auto trainSets = project.wGetTrainSets();
+  const auto isFound = [&](const auto& each) { return grouper.finds(each.getImagePath()); };
+  if (std::none_of(trainSets.begin(), trainSets.end(), isFound))
+    output.note("'" + grouping.pattern +
+                "' finds nothing in the name of any picture; nothing is kept together but the "
+                "samples of one picture");
+}
+
+std::size_t withoutSamples(const WTNVProject& project, const SampleSources& sources) {
+  const std::unordered_set<std::string> used(sources.pictures().begin(), sources.pictures().end());
+  const auto trainSets = project.wGetTrainSets();
+  return static_cast<std::size_t>(
+      std::count_if(trainSets.begin(), trainSets.end(),
+                    [&](const auto& trainSet) { return !used.contains(trainSet.getImagePath()); }));
+}
+
+void requireFilled(const std::string& file, const Output& output) {
   if (!fs::is_regular_file(file) || fs::is_empty(file))
-    throw CommandError("'" + file + "' was not written; see the lines above");
+    throw CommandError("'" + file + "' was not written: " + output.cause());
 }
 
 }  // namespace
@@ -170,13 +188,14 @@ void requireOutputPath(const std::string& path) {
                        "' has white space, which Darknet cannot read; choose one without");
 }
 
-GenerateResult generateSet(WTNVProject& project, const Locations& locations,
-                           const GenerateOptions& options, Output& output) {
+TrainingSetPaths prepareSet(WTNVProject& project, const Locations& locations,
+                            const GenerateOptions& options, Output& output) {
   requireUsableClasses(project);
   requirePictures(readPictures(project, output), output);
   const auto paths = trainingSetPaths(
       options.relativePaths ? options.output : absolutePath(options.output), options.project);
   requireOutputPath(paths.directory);
+  requireDirectoryPlace(paths.directory);
   requireReplaceable(paths.directory);
   auto handler = project.getHndAugment();
   chooseAugmentation(handler, locations, options.augmentation);
@@ -184,7 +203,16 @@ GenerateResult generateSet(WTNVProject& project, const Locations& locations,
   setWeights(darknet, options.weights);
   setDarknet(darknet, options, paths);
   setTemplates(darknet, project.wGetGeneration(), options, paths);
+  noteIdleGrouping(project, parseGrouping(options.keepTogether), output);
+  return paths;
+}
 
+GenerateResult generateSet(WTNVProject& project, const Locations& locations,
+                           const GenerateOptions& options, Output& output) {
+  const auto paths = prepareSet(project, locations, options, output);
+  auto handler = project.getHndAugment();
+  // A set without its lists would not be known as ours by the next run.
+  const platform::InterruptCatcher catcher;
   const auto grouping = parseGrouping(options.keepTogether);
   const auto seed = options.seed ? options.seed : earlierSeed(paths, grouping);
   SampleSources sources(paths.samples);
@@ -195,9 +223,10 @@ GenerateResult generateSet(WTNVProject& project, const Locations& locations,
     division = divideByGroups(paths, sources, grouping, options.testRatio, seed);
   fs::create_directories(paths.backup);
   writeNames(project, paths.names);
-  requireFilled(paths.data);
-  requireFilled(paths.net);
-  return {paths, readTrainingSet(paths, project.wGetDNNClasses().size()), division};
+  requireFilled(paths.data, output);
+  requireFilled(paths.net, output);
+  return {paths, readTrainingSet(paths, project.wGetDNNClasses().size()), division,
+          withoutSamples(project, sources)};
 }
 
 namespace {
@@ -243,12 +272,44 @@ void writePlaces(const TrainingSetPaths& paths, Output& output) {
                                {"trained weights go to", paths.backup}});
 }
 
+namespace {
+
+std::size_t filesBelow(const std::string& directory) {
+  std::error_code error;
+  const fs::recursive_directory_iterator entries(directory, error);
+  return static_cast<std::size_t>(std::count_if(
+      begin(entries), end(entries), [](const auto& entry) { return !entry.is_directory(); }));
+}
+
+void sayPlan(const WTNVProject& project, const TrainingSetPaths& paths, Output& output) {
+  const auto trainSets = project.wGetTrainSets();
+  const auto pictures = static_cast<std::size_t>(
+      std::count_if(trainSets.begin(), trainSets.end(),
+                    [](const auto& each) { return looksLikePicture(each.getImagePath()); }));
+  const auto replaced = filesBelow(paths.directory);
+  output.fact("pictures", static_cast<Json::UInt64>(pictures));
+  output.fact("replaced", static_cast<Json::UInt64>(replaced));
+  output.say(
+      "would write a training set of " + counted(pictures, "picture") + " to " + paths.directory +
+      (replaced > 0 ? ", where " + counted(replaced, "file") + " of an earlier one would go" : ""));
+  output.say();
+  writePlaces(paths, output);
+}
+
 void runGenerate(const Locations& locations, const GenerateOptions& options, Output& output) {
+  // First, for it is right or wrong on the command line alone.
+  parseGrouping(options.keepTogether);
   const auto project = openProject(locations, options.project);
-  const auto [paths, content, division] = generateSet(*project, locations, options, output);
+  if (output.isDryRun()) {
+    sayPlan(*project, prepareSet(*project, locations, options, output), output);
+    return;
+  }
+  const auto [paths, content, division, leftOut] =
+      generateSet(*project, locations, options, output);
   output.table("set", {"pictures", "samples", "training", "test", "boxes"},
                {{project->wGetTrainSets().size(), content.samples(), content.training, content.test,
                  content.boxCount()}});
+  sayLeftOut(leftOut, output);
   if (division) writeDivision(*division, options, output);
   if (content.test == 0)
     output.note(division ? "the test list is empty, for the groups are few; a larger --test-ratio "
@@ -258,4 +319,48 @@ void runGenerate(const Locations& locations, const GenerateOptions& options, Out
   writeBoxes(*project, content, output);
   output.say();
   writePlaces(paths, output);
+}
+
+}  // namespace
+
+namespace {
+
+void addTemplates(CLI::App& command, GenerateOptions& options) {
+  command.add_option("--weights", options.weights, "starting weights to lay beside the set");
+  command.add_option("--config", options.config, "template of the data description")
+      ->capture_default_str();
+  command.add_option("--net", options.net,
+                     "template of the network (default: yolov4-tiny.tmp, or else the first)");
+  command.add_option("--set", options.settings, "KEY=VALUE for the templates; may be repeated")
+      ->allow_extra_args(false);
+}
+
+void addDivision(CLI::App& command, GenerateOptions& options) {
+  command.add_option("--test-ratio", options.testRatio, "share of the test list")
+      ->check(numberBetween(0, 1))
+      ->capture_default_str();
+  auto* together = command.add_option(
+      "--keep-together", options.keepTogether,
+      "samples that go into one list: none (each for itself), source (all of one picture), or "
+      "group=REGEX (all of the pictures whose file names have the part in common that it finds)");
+  command.add_option("--seed", options.seed, "repeats a division into groups")->needs(together);
+}
+
+}  // namespace
+
+void addGenerateCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<GenerateOptions>();
+  auto* command = addWritingCommand(
+      app, program,
+      {"generate", "Writes a training set for Darknet. An earlier set there is replaced.",
+       "generate parts --output set/ --test-ratio 0.1 --set WIDTH=608"},
+      [&program, options](Output& output) { runGenerate(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  command->add_option("--output", options->output, "directory of the set")->required();
+  command->add_option("--augmentation", options->augmentation, "tree of tasks for each picture")
+      ->capture_default_str();
+  addTemplates(*command, *options);
+  command->add_flag("--relative-paths", options->relativePaths,
+                    "write paths relative to the working directory");
+  addDivision(*command, *options);
 }

@@ -8,6 +8,11 @@
 #include "ProjectAccess.h"
 #include "TrainingSet.h"
 
+namespace CLI {
+class App;
+}
+struct ProgramOptions;
+
 struct GenerateOptions {
   std::string project;
   std::string output;
@@ -27,20 +32,27 @@ struct GenerateOptions {
   std::optional<std::uint32_t> seed;
 };
 
-/// Writes a training set. All is checked before anything is deleted. Throws CommandError, with the
-/// exit code of an interrupt if the user stops the run.
-void runGenerate(const Locations& locations, const GenerateOptions& options, Output& output);
+/// The command that writes a training set.
+void addGenerateCommand(CLI::App& app, ProgramOptions& program);
 
 /// Throws CommandError if Darknet could not read the path.
 void requireOutputPath(const std::string& path);
+
+/// Checks all, and sets the generation up, without changing anything on disk. Returns where the set
+/// will lie. Throws CommandError.
+TrainingSetPaths prepareSet(WTNVProject& project, const Locations& locations,
+                            const GenerateOptions& options, Output& output);
 
 struct GenerateResult {
   TrainingSetPaths paths;
   TrainingSetContent content;
   std::optional<GroupedDivision> division;
+  /// Pictures that no sample came of, for they cannot be read.
+  std::size_t leftOut = 0;
 };
 
-/// The same for a project that is open, without the report.
+/// Writes a training set of a project that is open. All is checked before anything is deleted.
+/// Throws CommandError, with the exit code of an interrupt if the user stops the run.
 GenerateResult generateSet(WTNVProject& project, const Locations& locations,
                            const GenerateOptions& options, Output& output);
 

@@ -3,21 +3,16 @@
 #include <algorithm>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 
 namespace {
 
-std::vector<std::string> sortedPictures(const WTNVProject& project, const std::string& directory,
-                                        bool recursive) {
-  if (!std::filesystem::is_directory(directory))
-    throw CommandError("there is no directory '" + directory + "'");
-  // Absolute paths, so that the project works from any directory.
-  auto pictures = project.wReadImagesFromDirectory(absolutePath(directory), recursive);
-  if (pictures.empty())
-    throw CommandError("there are no pictures (jpg, jpeg, png) in '" + directory + "'" +
-                       (recursive ? "" : "; --recursive looks into its directories too"));
-  std::sort(pictures.begin(), pictures.end());
-  return pictures;
-}
+struct ImportOptions {
+  std::string project;
+  std::string set;
+  std::string directory;
+  bool recursive = false;
+};
 
 bool hasSet(const WTNVProject& project, const std::string& set) {
   const auto sets = project.wGetImageSets();
@@ -33,9 +28,22 @@ void readSet(const WTNVProject& project, const std::string& set) {
 
 }  // namespace
 
+std::vector<std::string> picturesIn(const WTNVProject& project, const std::string& directory,
+                                    bool recursive) {
+  if (!std::filesystem::is_directory(directory))
+    throw CommandError("there is no directory '" + directory + "'");
+  // Absolute paths, so that the project works from any directory.
+  auto pictures = project.wReadImagesFromDirectory(absolutePath(directory), recursive);
+  if (pictures.empty())
+    throw CommandError("there are no pictures (jpg, jpeg, png) in '" + directory + "'" +
+                       (recursive ? "" : "; --recursive looks into its directories too"));
+  std::sort(pictures.begin(), pictures.end());
+  return pictures;
+}
+
 ImportResult importPictures(WTNVProject& project, const std::string& set,
                             const std::string& directory, bool recursive) {
-  return addPictures(project, set, sortedPictures(project, directory, recursive));
+  return addPictures(project, set, picturesIn(project, directory, recursive));
 }
 
 ImportResult addPictures(WTNVProject& project, const std::string& set,
@@ -50,11 +58,33 @@ ImportResult addPictures(WTNVProject& project, const std::string& set,
   return {added, pictures.size() - added};
 }
 
+namespace {
+
 void runImport(const Locations& locations, const ImportOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   const auto result = importPictures(*project, options.set, options.directory, options.recursive);
   saveProject(*project, true, output);
-  output.data() << "set " << options.set << ": " << counted(result.added, "picture")
-                << (output.isDryRun() ? " would be added, " : " added, ") << result.alreadyThere
-                << " already there\n";
+  output.fact("set", options.set);
+  output.fact("added", static_cast<Json::UInt64>(result.added));
+  output.fact("alreadyThere", static_cast<Json::UInt64>(result.alreadyThere));
+  output.say("set " + options.set + ": " + counted(result.added, "picture") +
+             std::string(output.told(" added, ", " would be added, ")) +
+             std::to_string(result.alreadyThere) + " already there");
+}
+
+}  // namespace
+
+void addImportCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<ImportOptions>();
+  auto* command = addWritingCommand(
+      app, program,
+      {"import",
+       "Adds the pictures of a directory to an image set. They stay where they are; those already "
+       "there are passed over.",
+       "import parts day1 photos/ --recursive"},
+      [&program, options](Output& output) { runImport(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  command->add_option("SET", options->set, "name of the image set")->required();
+  command->add_option("DIRECTORY", options->directory, "where the pictures lie")->required();
+  command->add_flag("--recursive", options->recursive, "look into directories below, too");
 }

@@ -4,22 +4,25 @@
 
 #include "ProjectAccess.h"
 
-struct ImportOptions {
-  std::string project;
-  std::string set;
-  std::string directory;
-  bool recursive = false;
-};
+namespace CLI {
+class App;
+}
+struct ProgramOptions;
 
-/// Adds the pictures of a directory to an image set and saves. Throws CommandError.
-void runImport(const Locations& locations, const ImportOptions& options, Output& output);
+/// The command that adds the pictures of a directory to an image set.
+void addImportCommand(CLI::App& app, ProgramOptions& program);
+
+/// The pictures of a directory, by their absolute paths, sorted; throws CommandError if there are
+/// none.
+std::vector<std::string> picturesIn(const WTNVProject& project, const std::string& directory,
+                                    bool recursive);
 
 struct ImportResult {
   std::size_t added = 0;
   std::size_t alreadyThere = 0;
 };
 
-/// The same in memory only.
+/// Adds them in memory only. Throws CommandError.
 ImportResult importPictures(WTNVProject& project, const std::string& set,
                             const std::string& directory, bool recursive);
 

@@ -3,19 +3,40 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "ClassCommand.h"
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "ImportCommand.h"
 #include "OutputFile.h"
+#include "Platform.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
 namespace {
+
+struct LabelsOptions {
+  std::string project;
+  std::string set;
+  std::string path;
+  std::string format;
+  std::string names;
+  std::string pictures;
+  std::string workflow;
+  std::string rejections;
+  int base = 1;
+  bool clip = false;
+  bool copy = false;
+};
 
 // More would bury what went well; --rejections has them all.
 constexpr std::size_t mostRejectionsShown = 20;
 
 void setUp(WTNVToolLabelExchange& exchange, const LabelsOptions& options) {
   if (!options.format.empty())
-    requireChoice("format", options.format, WTNVToolLabelExchange::wGetAvailableFormats());
+    requireChoice("format", options.format, WTNVToolLabelExchange::wGetAvailableFormats(),
+                  exitUsage);
+  if (!options.pictures.empty() && !std::filesystem::is_directory(options.pictures))
+    throw CommandError("there is no directory '" + options.pictures +
+                       "'; --pictures tells where the pictures lie");
   exchange.wSetFormat(options.format);
   exchange.wSetNames(options.names);
   exchange.wSetPictureDirectory(options.pictures);
@@ -81,7 +102,8 @@ std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::strin
     if (!isClassName(name)) {
       output.note("class '" + name + "' is not added; use a name without , = { } \" \\ or tab");
       output.setFindings();
-    } else if (project.wAddDNNClass(name, -1, -1).isValid()) {
+    } else {
+      addClass(project, name, "");
       ++added;
     }
   }
@@ -154,16 +176,14 @@ void reportExport(const WTNVToolLabelExchange& exchange, const LabelsOptions& op
                                {"cut", exchange.wGetCut()}});
 }
 
-}  // namespace
-
-void runLabelsImport(const Locations& locations, const LabelsOptions& options, Output& output) {
+void runImport(const Locations& locations, const LabelsOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   requireRejectionsPlace(options, *project, output);
   WTNVToolLabelExchange exchange;
   setUp(exchange, options);
   if (!exchange.wRead(options.path))
-    throw CommandError("no labels can be read from '" + options.path +
-                       "'; see the line above, and --format and --names");
+    throw CommandError("no labels can be read from '" + options.path + "': " + output.cause() +
+                       "; --format and --names tell how to read them");
   if (exchange.wGetImagePaths().empty())
     throw CommandError("the labels have no pictures; --pictures tells where they lie");
   const auto counts = addAll(*project, options.set, exchange, output);
@@ -172,7 +192,7 @@ void runLabelsImport(const Locations& locations, const LabelsOptions& options, O
   reportRejections(exchange, options, output);
 }
 
-void runLabelsExport(const Locations& locations, const LabelsOptions& options, Output& output) {
+void runExport(const Locations& locations, const LabelsOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   requireRejectionsPlace(options, *project, output);
   WTNVToolLabelExchange exchange;
@@ -183,11 +203,74 @@ void runLabelsExport(const Locations& locations, const LabelsOptions& options, O
         "the classes cannot be written; their numbers must run from 0 without gaps "
         "(samplebench class list " +
         options.project + ")");
+  const platform::InterruptCatcher catcher;
   const bool done =
       output.isDryRun() ? exchange.wCanWrite(options.path) : exchange.wWrite(options.path);
   if (!done)
-    throw CommandError("the labels cannot be written to '" + options.path +
-                       "'; see the line above, or give a new or empty directory");
+    throw CommandError("the labels cannot be written to '" + options.path + "': " + output.cause() +
+                       "; give a new or empty directory");
   reportExport(exchange, options, trainSets.size(), output);
   reportRejections(exchange, options, output);
+}
+
+CLI::Option* addFormat(CLI::App& command, ProgramOptions& program, LabelsOptions& options,
+                       const std::string& more) {
+  auto* format = command.add_option(
+      "--format", options.format,
+      "format of the labels: " + joined(WTNVToolLabelExchange::wGetAvailableFormats()) + more);
+  program.choices[format] = WTNVToolLabelExchange::wGetAvailableFormats;
+  return format;
+}
+
+// What both directions understand.
+void addExchangeOptions(CLI::App& command, LabelsOptions& options) {
+  command.add_option("--base", options.base, "number of the first pixel in VOC")
+      ->check(CLI::IsMember({0, 1}))
+      ->capture_default_str();
+  command.add_option("--rejections", options.rejections, "file to list all labels left out in");
+}
+
+void addImport(CLI::App& labels, ProgramOptions& program) {
+  const auto options = std::make_shared<LabelsOptions>();
+  auto* command = addWritingCommand(
+      labels, program,
+      {"import",
+       "Adds classes, pictures and marks from labels that were made elsewhere. What is there "
+       "already is passed over.",
+       "labels import parts day1 ~/labelled/ --names ~/labelled/obj.names"},
+      [&program, options](Output& output) { runImport(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  command->add_option("SET", options->set, "name of the image set")->required();
+  command->add_option("PATH", options->path, "directory or file of the labels")->required();
+  addFormat(*command, program, *options, " (default: as it looks)");
+  command->add_option("--names", options->names, "file with the names of the classes");
+  command->add_option("--pictures", options->pictures, "where the pictures lie, if elsewhere");
+  command->add_flag("--clip", options->clip,
+                    "cut labels at the edges of the picture instead of rejecting them");
+  addExchangeOptions(*command, *options);
+}
+
+void addExport(CLI::App& labels, ProgramOptions& program) {
+  const auto options = std::make_shared<LabelsOptions>();
+  auto* command = addWritingCommand(
+      labels, program,
+      {"export",
+       "Writes all marks as labels for other programs. An earlier export there is replaced.",
+       "labels export parts ~/for-others/ --format Darknet --copy"},
+      [&program, options](Output& output) { runExport(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  command->add_option("DIRECTORY", options->path, "new or empty, or an earlier export")->required();
+  addFormat(*command, program, *options, "")->required();
+  command->add_flag("--copy", options->copy, "copy the pictures beside the labels");
+  command->add_option("--workflow", options->workflow, "only pictures in this workflow");
+  addExchangeOptions(*command, *options);
+}
+
+}  // namespace
+
+void addLabelsCommands(CLI::App& app, ProgramOptions& program) {
+  auto* labels = addCommandGroup(app, {"labels", "Labels of other programs, in and out.",
+                                       "labels import parts day1 ~/labelled/"});
+  addImport(*labels, program);
+  addExport(*labels, program);
 }

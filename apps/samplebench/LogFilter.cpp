@@ -5,6 +5,11 @@ void LogFilter::silence() {
   silent = true;
 }
 
+std::string LogFilter::newestLine() const {
+  const std::lock_guard lock(mutex);
+  return newest;
+}
+
 void LogFilter::finish() {
   const std::lock_guard lock(mutex);
   if (!current.empty()) endLine();
@@ -28,7 +33,6 @@ std::streamsize LogFilter::xsputn(const char* text, std::streamsize count) {
 }
 
 void LogFilter::take(char character) {
-  if (silent) return;
   if (character == '\n') {
     endLine();
   } else {
@@ -37,6 +41,11 @@ void LogFilter::take(char character) {
 }
 
 void LogFilter::endLine() {
+  newest = current;
+  if (silent) {
+    current.clear();
+    return;
+  }
   if (lastIsThere && current == last) {
     ++repeats;
   } else {

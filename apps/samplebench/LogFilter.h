@@ -16,6 +16,9 @@ class LogFilter : public std::streambuf {
   /// Swallows everything from now on.
   void silence();
 
+  /// The last line that came, also one that was swallowed.
+  std::string newestLine() const;
+
   /// Passes on what is held back: an unfinished line, a count of repeats.
   void finish();
 
@@ -29,9 +32,10 @@ class LogFilter : public std::streambuf {
   void reportRepeats();
 
   ErrorLines& errors;
-  std::mutex mutex;
+  mutable std::mutex mutex;
   std::string current;
   std::string last;
+  std::string newest;
   unsigned int repeats = 0;
   bool lastIsThere = false;
   bool silent = false;

@@ -3,11 +3,30 @@
 #include <algorithm>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "Editor.h"
 #include "Numbers.h"
 #include "PictureFile.h"
+#include "RenderCommand.h"
 
 namespace {
+
+struct MagnifyOptions {
+  std::string project;
+  std::string picture;
+  std::string file;
+  std::string at;
+  double zoom = 2;
+  std::string mode = "Normal";
+  std::string size = "256x256";
+  bool cross = true;
+};
+
+// The least magnification is that of render.
+constexpr double largestMagnification = 100;
+
+// The largest side of the window.
+constexpr int largestWindow = 4096;
 
 Point spot(const std::string& at) {
   const auto position = parsePoint(at);
@@ -53,8 +72,6 @@ cv::Mat magnified(WTNVHandlerImageView& view, const MagnifyOptions& options) {
   }
 }
 
-}  // namespace
-
 void runMagnify(const Locations& locations, const MagnifyOptions& options, Output& output) {
   const auto at = spot(options.at);
   const auto window = windowSize(options);
@@ -67,8 +84,31 @@ void runMagnify(const Locations& locations, const MagnifyOptions& options, Outpu
   editor.goTo(place);
   editor.view.wSetCrossPosition(at.x, at.y);
   const auto picture = magnified(editor.view, options);
-  writePicture(options.file, picture);
-  output.data() << "wrote " << options.file << " (" << picture.cols << "x" << picture.rows
-                << " pixels around " << pointText(at) << ", " << numberText(options.zoom)
-                << " times)\n";
+  writeResult(options.file, picture,
+              " around " + pointText(at) + ", " + numberText(options.zoom) + " times", output);
+}
+
+}  // namespace
+
+void addMagnifyCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<MagnifyOptions>();
+  auto* command = addWritingCommand(
+      app, program,
+      {"magnify", "Writes the neighbourhood of a spot of a picture, enlarged, to a file.",
+       "magnify parts photo.jpg --at 0.3,0.7 --zoom 8 -o spot.png"},
+      [&program, options](Output& output) { runMagnify(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  addPictureArgument(*command, options->picture);
+  addOutputFile(*command, options->file, "spot.png");
+  command->add_option("--at", options->at, "the spot, x,y from 0 to 1")->required();
+  command->add_option("--zoom", options->zoom, "pixels per pixel of the picture")
+      ->check(numberBetween(smallestZoom, largestMagnification))
+      ->capture_default_str();
+  auto* mode = command->add_option("--mode", options->mode,
+                                   "filter: Normal, Gray, Improve, Edge or Edge x2");
+  program.choices[mode->capture_default_str()] =
+      choicesOf(&Editor::view, &WTNVHandlerImageView::getHelperModes);
+  command->add_option("--size", options->size, "size of the file's picture, WIDTHxHEIGHT")
+      ->capture_default_str();
+  command->add_flag("!--no-cross", options->cross, "do not draw the cross at the spot");
 }

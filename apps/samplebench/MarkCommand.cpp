@@ -6,9 +6,35 @@
 #include <set>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "Editor.h"
 
 namespace {
+
+struct MarkOptions {
+  std::string project;
+  std::string picture;
+  std::string form;
+  std::string className;
+  std::vector<std::string> points;
+  std::string list;
+  bool pixels = false;
+  bool assist = false;
+};
+
+constexpr auto formsHelp =
+    "Forms and their points:\n"
+    "  Rect              two opposite corners\n"
+    "  Rect Center       the centre and a corner\n"
+    "  Circle            the centre and a point on the rim\n"
+    "  Circle Multiple   3 to 99 points on the rim\n"
+    "  Ellipse           the centre, the end of one half axis, a point as far off as the other\n"
+    "  Ellipse Multiple  5 to 99 points on the rim\n"
+    "  Line              the two ends\n"
+    "  Point             the place\n"
+    "  PolyLine          3 to 999 points of a path\n"
+    "  PolyLine Closed   3 to 999 corners of an outline\n"
+    "  Image             any point: nearly the whole picture is marked";
 
 // A request with what its names stand for.
 struct Job {
@@ -99,7 +125,11 @@ std::vector<MarkRequest> requestsFromFile(const std::string& fileName) {
   std::ifstream file(fileName);
   if (!file || std::filesystem::is_directory(fileName))
     throw CommandError("the list '" + fileName + "' cannot be read");
-  return parseMarkList(file, fileName);
+  const auto requests = parseMarkList(file, fileName);
+  if (requests.empty())
+    throw CommandError("the list '" + fileName +
+                       "' holds no marks; write a mark a line, as --help tells");
+  return requests;
 }
 
 std::vector<MarkRequest> requestsFor(const MarkOptions& options) {
@@ -140,13 +170,54 @@ std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& reque
   return pictureCount(jobs);
 }
 
+namespace {
+
+void requireOneKindOfMark(const MarkOptions& options) {
+  const bool hasAny = !options.picture.empty() || !options.className.empty();
+  const bool hasAll = !options.picture.empty() && !options.form.empty() &&
+                      !options.points.empty() && !options.className.empty();
+  if (!options.list.empty() && hasAny)
+    throw CommandError("--list has pictures and classes of its own; leave out the others",
+                       exitUsage);
+  if (options.list.empty() && !hasAll)
+    throw CommandError("give PICTURE FORM POINT... --class NAME, or --list FILE", exitUsage);
+}
+
 void runMark(const Locations& locations, const MarkOptions& options, Output& output) {
+  requireOneKindOfMark(options);
   const auto project = openProject(locations, options.project);
   const auto requests = requestsFor(options);
   const MarkManner manner{options.pixels ? PointUnit::pixels : PointUnit::relative, options.assist};
   const auto pictures = addMarks(*project, requests, manner, output);
   saveProject(*project, false, output);
-  output.data() << counted(requests.size(), "mark")
-                << (output.isDryRun() ? " would be added on " : " added on ")
-                << counted(pictures, "picture") << '\n';
+  output.fact("marks", static_cast<Json::UInt64>(requests.size()));
+  output.fact("pictures", static_cast<Json::UInt64>(pictures));
+  output.say(counted(requests.size(), "mark") +
+             std::string(output.told(" added on ", " would be added on ")) +
+             counted(pictures, "picture"));
+}
+
+}  // namespace
+
+void addMarkCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<MarkOptions>();
+  auto* command = addWritingCommand(
+      app, program,
+      {"mark",
+       "Marks an object on a picture, or many from a list: one mark a line, picture, form, class "
+       "and points with tabs between them, the points \"x,y\" with blanks.",
+       "mark parts photo.jpg Rect 0.1,0.2 0.4,0.5 --class screw\n  samplebench mark parts --list "
+       "marks.txt\n\n" +
+           std::string(formsHelp)},
+      [&program, options](Output& output) { runMark(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  addPictureArgument(*command, options->picture)->required(false);
+  auto* form = command->add_option("FORM", options->form, "form of the mark, see below");
+  program.choices[form] = choicesOf(&Editor::marks, &WTNVHandlerMark::getAvailableMarkForms);
+  command->add_option("POINT", options->points, "points x,y, 0 to 1 from the top left");
+  command->add_option("--class", options->className, "class of the mark");
+  command->add_option("--list", options->list, "file with many marks")->check(notEmpty());
+  command->add_flag("--pixels", options->pixels, "points are in pixels of the picture");
+  command->add_flag("--assist", options->assist,
+                    "let each mark snap to the outline of the object under it");
 }

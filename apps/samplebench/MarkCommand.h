@@ -7,20 +7,14 @@
 #include "MarkList.h"
 #include "ProjectAccess.h"
 
-struct MarkOptions {
-  std::string project;
-  std::string picture;
-  std::string form;
-  std::string className;
-  std::vector<std::string> points;
-  std::string list;
-  bool pixels = false;
-  bool assist = false;
-};
+namespace CLI {
+class App;
+}
+struct ProgramOptions;
 
-/// Marks one picture, or all that a list names, and saves. Nothing is saved if one mark will not
-/// do. Throws CommandError.
-void runMark(const Locations& locations, const MarkOptions& options, Output& output);
+/// The command that marks one picture, or all that a list names. Nothing is saved if one mark will
+/// not do.
+void addMarkCommand(CLI::App& app, ProgramOptions& program);
 
 struct MarkManner {
   PointUnit unit = PointUnit::relative;
@@ -28,6 +22,7 @@ struct MarkManner {
   bool assist = false;
 };
 
-/// Adds the marks in memory; all are checked first. Returns how many pictures they lie on.
+/// Adds the marks in memory; all are checked first. Returns how many pictures they lie on. Throws
+/// CommandError.
 std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& requests,
                      const MarkManner& manner, Output& output);

@@ -89,23 +89,26 @@ void Output::say(std::string_view line) {
   if (!json) dataStream << printable(line) << '\n';
 }
 
+void Output::text(const std::string& key, const std::string& content) {
+  fact(key, content);
+  if (!json) dataStream << content;
+}
+
 void Output::fact(const std::string& key, const Json::Value& value) {
   facts[key] = value;
 }
 
 void Output::table(const std::string& key, const std::vector<std::string>& columns,
                    const std::vector<TableRow>& rows) {
-  Json::Value list(Json::arrayValue);
+  fact(key, listOf(columns, rows));
+  showTable(columns, rows);
+}
+
+void Output::showTable(const std::vector<std::string>& columns, const std::vector<TableRow>& rows) {
+  if (json) return;
   std::vector<TableRow> lines{TableRow(columns.begin(), columns.end())};
-  for (const auto& row : rows) {
-    Json::Value entry(Json::objectValue);
-    for (std::size_t i = 0; i < row.size(); ++i)
-      entry[columns.at(i)] = row[i].value;
-    list.append(entry);
-    lines.push_back(row);
-  }
-  fact(key, list);
-  if (!json) writeTable(dataStream, lines);
+  lines.insert(lines.end(), rows.begin(), rows.end());
+  writeTable(dataStream, lines);
 }
 
 void Output::properties(const std::string& key,
@@ -137,6 +140,11 @@ void Output::note(std::string_view text) {
   errors.line(printable(text));
 }
 
+std::string Output::cause() const {
+  const auto line = log.newestLine();
+  return line.empty() ? "the library gives no reason" : line;
+}
+
 void Output::error(std::string_view text) {
   log.finish();
   errors.line("samplebench: " + printable(text));
@@ -151,6 +159,17 @@ std::string printable(std::string_view text) {
     if (isUpper) ++i;
   }
   return result;
+}
+
+Json::Value listOf(const std::vector<std::string>& columns, const std::vector<TableRow>& rows) {
+  Json::Value list(Json::arrayValue);
+  for (const auto& row : rows) {
+    Json::Value entry(Json::objectValue);
+    for (std::size_t i = 0; i < row.size(); ++i)
+      entry[columns.at(i)] = row[i].value;
+    list.append(entry);
+  }
+  return list;
 }
 
 void writeTable(std::ostream& stream, const std::vector<TableRow>& rows) {

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "ErrorLines.h"
@@ -46,11 +47,19 @@ class Output {
   void setDryRun();
   bool isDryRun() const { return dryRun; }
 
-  /// Standard output, for what is the same with and without JSON.
+  /// What was done, or in a dry run what would be.
+  std::string_view told(std::string_view done, std::string_view would) const {
+    return dryRun ? would : done;
+  }
+
+  /// Standard output, for help.
   std::ostream& data() { return dataStream; }
 
   /// A line of the result for a person.
   void say(std::string_view line = "");
+
+  /// A text of many lines that is the result, as it is.
+  void text(const std::string& key, const std::string& content);
 
   /// A value of the result for a program.
   void fact(const std::string& key, const Json::Value& value);
@@ -59,6 +68,9 @@ class Output {
   /// column names are its keys.
   void table(const std::string& key, const std::vector<std::string>& columns,
              const std::vector<TableRow>& rows);
+
+  /// The table for a person alone.
+  void showTable(const std::vector<std::string>& columns, const std::vector<TableRow>& rows);
 
   /// The same for named values, an object under `key`, without a line above.
   void properties(const std::string& key, const std::vector<std::pair<std::string, Cell>>& rows);
@@ -75,6 +87,9 @@ class Output {
 
   /// Something that the user may want to know.
   void note(std::string_view text);
+
+  /// Why the library could not do what it was asked for: what it last said in its log.
+  std::string cause() const;
 
   /// Why the command fails.
   void error(std::string_view text);
@@ -93,6 +108,9 @@ class Output {
 /// The text with `?` for each control character, which a terminal would obey: texts may come from
 /// files and portals of others.
 std::string printable(std::string_view text);
+
+/// The table for a program: a list with an object for each row.
+Json::Value listOf(const std::vector<std::string>& columns, const std::vector<TableRow>& rows);
 
 /// Writes the rows with their columns aligned, two blanks apart. Cells that are numbers stand to
 /// the right. Control characters are shown as in `printable`.

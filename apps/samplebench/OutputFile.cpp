@@ -3,6 +3,8 @@
 #include <fstream>
 
 #include "CommandError.h"
+#include "Interrupt.h"
+#include "Platform.h"
 
 namespace fs = std::filesystem;
 
@@ -17,6 +19,23 @@ void requireNoPicture(const std::string& file, const std::vector<PictureRecord>&
     if (fs::equivalent(file, picture.path, error))
       throw CommandError("'" + file + "' is a picture of the project; choose another file");
   }
+}
+
+[[noreturn]] void refuse(const std::string& file) {
+  throw CommandError("'" + file +
+                     "' cannot be written; see that its directory exists and is yours, and that "
+                     "there is space");
+}
+
+[[noreturn]] void refuseDirectory(const std::string& directory) {
+  throw CommandError("'" + directory +
+                     "' cannot be made a directory; see that no file is in the way and that the "
+                     "place is yours");
+}
+
+void requireParent(const std::string& file) {
+  std::error_code error;
+  if (!fs::is_directory(destinationOf(file).parent_path(), error)) refuse(file);
 }
 
 bool isTaken(const fs::path& path) {
@@ -45,7 +64,7 @@ fs::path destinationOf(const std::string& file) {
   throw CommandError("'" + file + "' cannot be written; it is a link in a circle");
 }
 
-void requireWritable(const std::string& file) {
+void requireReplaceableFile(const std::string& file) {
   destinationOf(file);
   std::error_code error;
   const auto status = fs::status(file, error);
@@ -56,9 +75,9 @@ void requireWritable(const std::string& file) {
                        "' cannot be written; it is a pipe or a device, choose another file");
 }
 
-void requireWritable(const std::string& file, const WTNVProject& project,
-                     const std::vector<PictureRecord>& pictures) {
-  requireWritable(file);
+void requireReplaceableFile(const std::string& file, const WTNVProject& project,
+                            const std::vector<PictureRecord>& pictures) {
+  requireReplaceableFile(file);
   if (liesWithin(destinationOf(file), projectDirectory(project)))
     throw CommandError("'" + file +
                        "' lies in the directory of the project, which is for the project's own "
@@ -66,19 +85,49 @@ void requireWritable(const std::string& file, const WTNVProject& project,
   requireNoPicture(file, pictures);
 }
 
+void requireWritable(const std::string& file) {
+  requireReplaceableFile(file);
+  requireParent(file);
+}
+
+void requireWritable(const std::string& file, const WTNVProject& project,
+                     const std::vector<PictureRecord>& pictures) {
+  requireReplaceableFile(file, project, pictures);
+  requireParent(file);
+}
+
+void requireDirectoryPlace(const std::string& directory) {
+  std::error_code error;
+  auto place = fs::path(absolutePath(directory));
+  while (!fs::exists(place, error) && place.has_relative_path())
+    place = place.parent_path();
+  if (!fs::is_directory(place, error)) refuseDirectory(directory);
+}
+
+void makeDirectory(const std::string& directory) {
+  std::error_code error;
+  fs::create_directories(directory, error);
+  if (!fs::is_directory(directory, error)) refuseDirectory(directory);
+}
+
+void sayWritten(const std::string& file, const std::string& details, Output& output) {
+  std::error_code error;
+  const auto* would = fs::exists(file, error) ? "would replace " : "would write ";
+  output.say(std::string(output.told("wrote ", would)) + file + details);
+}
+
 void writeWhole(const std::string& file, const std::function<void(std::ostream&)>& write) {
   const auto destination = destinationOf(file);
   const auto part = freePart(destination);
+  const platform::InterruptCatcher catcher;
   std::error_code error;
   try {
     std::ofstream stream(part, std::ios::binary);
     if (stream) write(stream);
     stream.close();
+    stopIfInterrupted();
     if (stream) fs::rename(part, destination, error);
-    if (!stream || error)
-      throw CommandError("'" + file +
-                         "' cannot be written; see that its directory exists and is yours, and "
-                         "that there is space");
+    if (!stream || error) refuse(file);
   } catch (...) {
     fs::remove(part, error);
     throw;

@@ -12,12 +12,25 @@
 std::filesystem::path destinationOf(const std::string& file);
 
 /// Throws CommandError if what is at that place is not to be written over: a directory, or a pipe
-/// or device, which are not to be replaced either.
-void requireWritable(const std::string& file);
+/// or device, which are not to be replaced either; and, for a command on a project, a file or a
+/// picture of the project.
+void requireReplaceableFile(const std::string& file);
+void requireReplaceableFile(const std::string& file, const WTNVProject& project,
+                            const std::vector<PictureRecord>& pictures);
 
-/// The same for a command on a project, of which no file and no picture is to be written over.
+/// The same, and there must be a directory to write the file in.
+void requireWritable(const std::string& file);
 void requireWritable(const std::string& file, const WTNVProject& project,
                      const std::vector<PictureRecord>& pictures);
+
+/// Throws CommandError if no directory can be made there because a file is in the way.
+void requireDirectoryPlace(const std::string& directory);
+
+/// Makes the directory, and those above it, if it is not there; throws CommandError if that fails.
+void makeDirectory(const std::string& directory);
+
+/// Says that the file was written or, in a dry run, would be; `details` follow.
+void sayWritten(const std::string& file, const std::string& details, Output& output);
 
 /// Writes a file, through a link to where that leads. Under its name the file stands whole or not
 /// at all. Throws CommandError if that fails.

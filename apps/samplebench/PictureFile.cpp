@@ -51,6 +51,13 @@ cv::Mat readPicture(const std::string& file) {
   }
 }
 
+void sayLeftOut(std::size_t pictures, Output& output) {
+  output.fact("leftOut", static_cast<Json::UInt64>(pictures));
+  if (pictures == 0) return;
+  output.say(counted(pictures, "picture") + " left out as unreadable");
+  output.setFindings();
+}
+
 void requireWritablePicture(const std::string& file) {
   requireFormat(file);
   requireWritable(file);
@@ -68,4 +75,16 @@ void writePicture(const std::string& file, const cv::Mat& picture) {
     stream.write(reinterpret_cast<const char*>(bytes.data()),
                  static_cast<std::streamsize>(bytes.size()));
   });
+}
+
+void writeResult(const std::string& file, const cv::Mat& picture, const std::string& details,
+                 Output& output) {
+  if (!output.isDryRun()) writePicture(file, picture);
+  output.fact("file", file);
+  output.fact("width", picture.cols);
+  output.fact("height", picture.rows);
+  sayWritten(file,
+             " (" + std::to_string(picture.cols) + "x" + std::to_string(picture.rows) + " pixels" +
+                 details + ")",
+             output);
 }

@@ -23,6 +23,9 @@ bool looksLikePicture(const std::string& file);
 /// The picture of a file, in colour; empty if it cannot be read.
 cv::Mat readPicture(const std::string& file);
 
+/// Tells how many pictures a result does without, for they cannot be read; any is a finding.
+void sayLeftOut(std::size_t pictures, Output& output);
+
 /// Throws CommandError if a picture cannot be written there, or if something of the project or no
 /// file at all would be written over.
 void requireWritablePicture(const std::string& file);
@@ -31,3 +34,8 @@ void requireWritablePicture(const std::string& file, const WTNVProject& project,
 
 /// Throws CommandError if the file cannot be written.
 void writePicture(const std::string& file, const cv::Mat& picture);
+
+/// The same as the result of a command: tells of it, and in a dry run only that. `details` follow
+/// the size in what is said.
+void writeResult(const std::string& file, const cv::Mat& picture, const std::string& details,
+                 Output& output);

@@ -1,6 +1,7 @@
 #include "Platform.h"
 
 #include <csignal>
+#include <string_view>
 #include <system_error>
 
 #ifdef _WIN32
@@ -15,9 +16,21 @@ namespace platform {
 namespace {
 
 volatile std::sig_atomic_t interruptSeen = 0;
+volatile std::sig_atomic_t catchers = 0;
+volatile std::sig_atomic_t codeOfInterrupt = 1;
 
-void rememberInterrupt(int) {
+// Only what is safe in a handler.
+[[noreturn]] void end() {
+  constexpr std::string_view message = "\nsamplebench: interrupted\n";
+  [[maybe_unused]] const auto written = write(2, message.data(), message.size());
+  _exit(codeOfInterrupt);
+}
+
+void onInterrupt(int) {
+  if (catchers == 0 || interruptSeen != 0) end();
   interruptSeen = 1;
+  // Some systems forget the handler when they call it.
+  std::signal(SIGINT, onInterrupt);
 }
 
 }  // namespace
@@ -49,13 +62,17 @@ bool errorsGoToTerminal() {
 
 #endif
 
-InterruptCatcher::InterruptCatcher() : before(nullptr) {
-  interruptSeen = 0;
-  before = std::signal(SIGINT, rememberInterrupt);
+void endAtInterrupt(int exitCode) {
+  codeOfInterrupt = exitCode;
+  std::signal(SIGINT, onInterrupt);
+}
+
+InterruptCatcher::InterruptCatcher() {
+  catchers = catchers + 1;
 }
 
 InterruptCatcher::~InterruptCatcher() {
-  if (before != SIG_ERR) std::signal(SIGINT, before);
+  catchers = catchers - 1;
 }
 
 bool InterruptCatcher::interrupted() {

@@ -11,7 +11,11 @@ std::filesystem::path executableDirectory();
 /// Whether standard error goes to a terminal.
 bool errorsGoToTerminal();
 
-/// Catches the user's interrupt (Ctrl-C) while it lives.
+/// Has the user's interrupt (Ctrl-C) end the program with that code from now on.
+void endAtInterrupt(int exitCode);
+
+/// Keeps an interrupt from ending the program while it lives, for work that would be left half
+/// done; long work asks whether one came. A second interrupt ends the program all the same.
 class InterruptCatcher {
  public:
   InterruptCatcher();
@@ -19,11 +23,8 @@ class InterruptCatcher {
   InterruptCatcher(const InterruptCatcher&) = delete;
   InterruptCatcher& operator=(const InterruptCatcher&) = delete;
 
-  /// Whether an interrupt came since the last catcher was made.
+  /// Whether an interrupt came.
   static bool interrupted();
-
- private:
-  void (*before)(int);
 };
 
 }  // namespace platform

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 #include "Platform.h"
 
@@ -26,6 +27,12 @@ std::string paceText(const ProgressState& state) {
   return text;
 }
 
+// Who sets NO_COLOR wants plain text, whatever the value.
+bool mayDraw() {
+  const auto* wish = std::getenv("NO_COLOR");
+  return platform::errorsGoToTerminal() && (wish == nullptr || *wish == '\0');
+}
+
 }  // namespace
 
 std::string progressBar(const ProgressState& state) {
@@ -44,14 +51,14 @@ Progress::Progress(std::size_t total, Output& target)
     : output(target),
       state{0, total, 0},
       start(std::chrono::steady_clock::now()),
-      onTerminal(platform::errorsGoToTerminal()) {}
+      drawsBar(mayDraw()) {}
 
 void Progress::moveTo(std::size_t done) {
   state.done = done;
   state.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   // Of nothing there is no share.
   if (output.isQuiet() || state.total == 0) return;
-  if (onTerminal) {
+  if (drawsBar) {
     output.errorLines().redraw(progressBar(state));
   } else if (percent(state) / 10 > tenths) {
     tenths = percent(state) / 10;
@@ -60,5 +67,5 @@ void Progress::moveTo(std::size_t done) {
 }
 
 void Progress::finish() {
-  if (onTerminal) output.errorLines().keepRedrawn();
+  if (drawsBar) output.errorLines().keepRedrawn();
 }

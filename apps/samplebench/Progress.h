@@ -19,7 +19,8 @@ std::string progressBar(const ProgressState& state);
 /// "12 of 24 (50 %)"
 std::string progressLine(const ProgressState& state);
 
-/// Shows on standard error how far a run has come: a bar on a terminal, otherwise a line for every
+/// Shows on standard error how far a run has come: a bar on a terminal, unless NO_COLOR is
+/// set, otherwise a line for every
 /// tenth of the way.
 class Progress {
  public:
@@ -39,6 +40,6 @@ class Progress {
   Output& output;
   ProgressState state;
   std::chrono::steady_clock::time_point start;
-  bool onTerminal;
+  bool drawsBar;
   std::size_t tenths = 0;
 };

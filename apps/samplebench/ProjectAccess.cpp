@@ -37,13 +37,16 @@ std::string listed(const std::vector<std::string>& names) {
   return names.empty() ? "none" : joined(names);
 }
 
+// In bytes: files are called after it, with endings behind, and file systems take 255.
+constexpr std::size_t longestName = 200;
+
 // What can name a directory, and survives in a settings file.
 bool canNameProject(const std::string& name) {
   const auto isRefused = [](unsigned char letter) {
     return letter < ' ' || letter == 127 ||
            std::string_view("/\\=\"").find(static_cast<char>(letter)) != std::string_view::npos;
   };
-  return !name.empty() && name != "." && name != ".." &&
+  return !name.empty() && name.size() <= longestName && name != "." && name != ".." &&
          std::none_of(name.begin(), name.end(), isRefused);
 }
 
@@ -57,16 +60,21 @@ std::string defaultAugments() {
   return shareDirectory("augments");
 }
 
-std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
+void requireNewProject(const Locations& locations, const std::string& name) {
   if (!canNameProject(name))
     throw CommandError("'" + name +
                            "' cannot name a project; use a name without slashes, equals sign and "
-                           "double quote",
+                           "double quote, of at most 200 bytes",
                        exitUsage);
   if (contains(sortedProjects(locations), name))
     throw CommandError("project '" + name + "' is there already in " + locations.projects +
                        "; choose another name");
   requireStorable("the name of a project", name);
+}
+
+std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
+  requireNewProject(locations, name);
+  const platform::InterruptCatcher catcher;
   auto project = projectAt(locations, name);
   if (!project->wCreate())
     throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
@@ -99,21 +107,24 @@ std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::
 
 void saveProject(WTNVProject& project, bool full, const Output& output) {
   if (output.isDryRun()) return;
+  const platform::InterruptCatcher catcher;
   if (!project.wUpdate(full))
     throw CommandError("project '" + project.wGetProjectName() +
                        "' cannot be saved; see that its directory can be written to");
 }
 
 bool isClassName(const std::string& name) {
-  return name.find_first_of(",={}\"\\\n\r\t") == std::string::npos;
+  return name.find_first_of(",={}\"\\\n\r\t") == std::string::npos &&
+         name.find_first_not_of(' ') != std::string::npos;
 }
 
 void requireClassName(const std::string& name) {
   if (!isClassName(name))
-    throw CommandError("class '" + name +
-                           "' cannot be added; use a name without comma, equals sign, brace, "
-                           "quote, backslash or tab",
-                       exitUsage);
+    throw CommandError(
+        "class '" + name +
+            "' cannot be added; use a name, not of blanks alone, without comma, equals "
+            "sign, brace, quote, backslash or tab",
+        exitUsage);
 }
 
 namespace {

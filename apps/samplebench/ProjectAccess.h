@@ -21,8 +21,11 @@ struct Locations {
 std::string defaultPlatforms();
 std::string defaultAugments();
 
-/// Makes and saves a new project; throws CommandError if there is one of that name or the name
-/// will not do.
+/// Throws CommandError if there is a project of that name or the name will not do.
+void requireNewProject(const Locations& locations, const std::string& name);
+
+/// Makes and saves a new project; throws CommandError like `requireNewProject`, and if it cannot be
+/// saved.
 std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name);
 
 /// Throws CommandError if the library's settings files would lose a part of the text. `what` says

@@ -1,80 +1,48 @@
 #include "ProjectCommands.h"
 
-#include <cstdio>
-
-#include "CommandError.h"
-#include "Numbers.h"
+#include "ClassCommand.h"
+#include "CommandLine.h"
 
 namespace {
-
-std::string colorText(const WTNVDNNClass& dnnClass) {
-  int red = 0;
-  int green = 0;
-  int blue = 0;
-  dnnClass.wGetColor(&red, &green, &blue);
-  char text[32];
-  std::snprintf(text, sizeof text, "%02x%02x%02x", red, green, blue);
-  return text;
-}
 
 struct Totals {
   std::size_t pictures = 0;
   std::size_t marks = 0;
 };
 
+std::string textOf(const Totals& totals) {
+  return counted(totals.pictures, "picture") + ", " + counted(totals.marks, "mark");
+}
+
 Totals writePictures(const std::string& set, const std::vector<PictureRecord>& pictures,
-                     Output& output) {
+                     Json::Value& sets, Output& output) {
   Totals totals;
-  std::vector<TableRow> rows{{"marks", "picture"}};
+  const std::vector<std::string> columns{"marks", "picture"};
+  std::vector<TableRow> rows;
   for (const auto& picture : pictures) {
     if (picture.set != set) continue;
     const auto marks = picture.trainSet.getMarkCount();
-    rows.push_back({std::to_string(marks), picture.path.empty() ? "(unreadable)" : picture.path});
+    rows.push_back({marks, picture.path.empty() ? "(unreadable)" : picture.path});
     ++totals.pictures;
     totals.marks += static_cast<std::size_t>(marks);
   }
-  output.data() << "\nset " << set << ": " << counted(totals.pictures, "picture") << ", "
-                << counted(totals.marks, "mark") << '\n';
-  writeTable(output.data(), rows);
+  output.say();
+  output.say("set " + set + ": " + textOf(totals));
+  output.showTable(columns, rows);
+  Json::Value entry;
+  entry["set"] = set;
+  entry["pictures"] = listOf(columns, rows);
+  sets.append(entry);
   return totals;
 }
 
-}  // namespace
-
-void writeClasses(const WTNVProject& project, Output& output) {
-  std::vector<TableRow> rows;
-  for (const auto& dnnClass : project.wGetDNNClasses())
-    rows.push_back({dnnClass.wGetDNNId(), dnnClass.wGetName(), colorText(dnnClass)});
-  output.table("classes", {"number", "class", "colour"}, rows);
-}
-
 void runCreate(const Locations& locations, const std::string& project, Output& output) {
-  createProject(locations, project);
-  output.data() << "made project " << project << " in " << locations.projects << '\n';
-}
-
-void addClass(WTNVProject& project, const std::string& name, const std::string& color) {
-  const auto added = project.wAddDNNClass(name, -1, -1);
-  if (!added.isValid())
-    throw CommandError("class '" + name + "' cannot be added; the name is empty or taken");
-  if (color.empty()) return;
-  const auto [red, green, blue] = parseColor(color);
-  project.wUpdateDNNClass(added, name, added.wGetDNNId(), "", "", red, green, blue);
-}
-
-void runClassAdd(const Locations& locations, const std::string& projectName,
-                 const std::vector<std::string>& names, const std::string& color, Output& output) {
-  const auto project = openProject(locations, projectName);
-  for (const auto& name : names) {
-    requireClassName(name);
-    addClass(*project, name, color);
-  }
-  saveProject(*project, true, output);
-  writeClasses(*project, output);
-}
-
-void runClassList(const Locations& locations, const std::string& project, Output& output) {
-  writeClasses(*openProject(locations, project), output);
+  requireNewProject(locations, project);
+  if (!output.isDryRun()) createProject(locations, project);
+  output.fact("project", project);
+  output.fact("directory", locations.projects);
+  output.say(std::string(output.told("made", "would make")) + " project " + project + " in " +
+             locations.projects);
 }
 
 void runList(const Locations& locations, const std::string& projectName, Output& output) {
@@ -82,11 +50,34 @@ void runList(const Locations& locations, const std::string& projectName, Output&
   const auto pictures = readPictures(*project, output);
   writeClasses(*project, output);
   Totals totals;
+  Json::Value sets(Json::arrayValue);
   for (const auto& set : project->wGetImageSets()) {
-    const auto ofSet = writePictures(set, pictures, output);
+    const auto ofSet = writePictures(set, pictures, sets, output);
     totals.pictures += ofSet.pictures;
     totals.marks += ofSet.marks;
   }
-  output.data() << "\ntotal: " << counted(totals.pictures, "picture") << ", "
-                << counted(totals.marks, "mark") << '\n';
+  output.fact("sets", sets);
+  output.fact("pictures", static_cast<Json::UInt64>(totals.pictures));
+  output.fact("marks", static_cast<Json::UInt64>(totals.marks));
+  output.say();
+  output.say("total: " + textOf(totals));
+}
+
+}  // namespace
+
+void addCreateCommand(CLI::App& app, ProgramOptions& program) {
+  const auto project = std::make_shared<std::string>();
+  auto* command = addWritingCommand(
+      app, program, {"create", "Makes an empty project.", "create parts"},
+      [&program, project](Output& output) { runCreate(program.locations, *project, output); });
+  addProjectArgument(*command, *project);
+}
+
+void addListCommand(CLI::App& app, ProgramOptions& program) {
+  const auto project = std::make_shared<std::string>();
+  auto* command = addCommand(
+      app, program,
+      {"list", "Shows classes, pictures with the number of their marks, and totals.", "list parts"},
+      [&program, project](Output& output) { runList(program.locations, *project, output); });
+  addProjectArgument(*command, *project);
 }

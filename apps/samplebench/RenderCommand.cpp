@@ -1,6 +1,7 @@
 #include "RenderCommand.h"
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "Editor.h"
 #include "Numbers.h"
 #include "PictureFile.h"
@@ -51,12 +52,45 @@ void renderPicture(WTNVProject& project, const RenderOptions& options, Output& o
   zoom(editor.view, options);
   editor.view.wSetCrossPosition(cross.x, cross.y);
   const auto picture = pictureFrom([&](auto... parts) { editor.view.wGetARImage(parts...); });
-  writePicture(options.file, picture);
-  output.data() << "wrote " << options.file << " (" << picture.cols << "x" << picture.rows
-                << " pixels, " << counted(editor.marks.getMarkCount(), "mark") << ")\n";
+  const auto marks = static_cast<std::size_t>(editor.marks.getMarkCount());
+  output.fact("marks", static_cast<Json::UInt64>(marks));
+  writeResult(options.file, picture, ", " + counted(marks, "mark"), output);
 }
 
-void runRender(const Locations& locations, const RenderOptions& options, Output& output) {
-  const auto project = openProject(locations, options.project);
-  renderPicture(*project, options, output);
+namespace {
+
+void addLook(CLI::App& command, ProgramOptions& program, RenderOptions& options) {
+  using View = WTNVHandlerImageView;
+  auto* style = command.add_option("--style", options.style, "colours of the marks");
+  program.choices[style->capture_default_str()] =
+      choicesOf(&Editor::view, &View::getAvailableMarkStyles);
+  auto* info = command.add_option("--info", options.info, "text beside the marks");
+  program.choices[info->capture_default_str()] =
+      choicesOf(&Editor::view, &View::getAvailableMarkDrawInfos);
+  auto* cross = command.add_option("--cross", options.cross, "place of a cross, x,y from 0 to 1");
+  auto* crossStyle = command.add_option("--cross-style", options.crossStyle, "look of the cross");
+  crossStyle->needs(cross)->capture_default_str();
+  program.choices[crossStyle] = choicesOf(&Editor::view, &View::getAvailableCrossStyles);
+  command.add_flag("!--no-fill", options.filled, "do not fill marks that have an area");
+}
+
+}  // namespace
+
+void addRenderCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<RenderOptions>();
+  auto* command =
+      addWritingCommand(app, program,
+                        {"render", "Writes a picture with its marks to a file.",
+                         "render parts photo.jpg -o seen.png --fit 800x600 --style Colored"},
+                        [&program, options](Output& output) {
+                          const auto project = openProject(program.locations, options->project);
+                          renderPicture(*project, *options, output);
+                        });
+  addProjectArgument(*command, options->project);
+  addPictureArgument(*command, options->picture);
+  addOutputFile(*command, options->file, "seen.png");
+  auto* zoom = command->add_option("--zoom", options->zoom, "pixels per pixel of the picture")
+                   ->check(numberBetween(smallestZoom, largestZoom));
+  command->add_option("--fit", options->fit, "largest size, WIDTHxHEIGHT")->excludes(zoom);
+  addLook(*command, program, *options);
 }

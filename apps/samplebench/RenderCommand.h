@@ -4,6 +4,11 @@
 
 #include "ProjectAccess.h"
 
+namespace CLI {
+class App;
+}
+struct ProgramOptions;
+
 struct RenderOptions {
   std::string project;
   std::string picture;
@@ -21,8 +26,8 @@ struct RenderOptions {
 constexpr double smallestZoom = 0.1;
 constexpr double largestZoom = 20;
 
-/// Writes a picture with its marks to a file. Throws CommandError.
-void runRender(const Locations& locations, const RenderOptions& options, Output& output);
+/// The command that writes a picture with its marks to a file.
+void addRenderCommand(CLI::App& app, ProgramOptions& program);
 
-/// The same for a project that is open.
+/// The same for a project that is open. Throws CommandError.
 void renderPicture(WTNVProject& project, const RenderOptions& options, Output& output);

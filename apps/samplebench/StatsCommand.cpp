@@ -5,24 +5,26 @@
 #include <filesystem>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "DataStatistics.h"
 #include "GalleryStatistics.h"
 #include "Numbers.h"
 #include "OutputFile.h"
-#include "Platform.h"
 #include "Progress.h"
 
 namespace {
 
+struct StatsOptions {
+  /// A project, or the directory or data file of a training set.
+  std::string subject;
+  /// A page to write; empty for none.
+  std::string report;
+};
+
 DataStatistics counting(std::size_t pictures, Output& output,
                         const std::function<DataStatistics(const PictureStep&)>& count) {
-  const platform::InterruptCatcher catcher;
   Progress progress(pictures, output);
-  auto statistics = count([&] {
-    progress.step();
-    if (platform::InterruptCatcher::interrupted())
-      throw CommandError("interrupted; nothing was written", exitInterrupted);
-  });
+  auto statistics = count([&] { progress.step(); });
   progress.finish();
   return statistics;
 }
@@ -101,8 +103,6 @@ void write(const DataStatistics& statistics, Output& output) {
                rows);
 }
 
-}  // namespace
-
 void runStats(const Locations& locations, const StatsOptions& options, Output& output) {
   const auto statistics = statisticsOf(locations, options, output);
   write(statistics, output);
@@ -111,5 +111,22 @@ void runStats(const Locations& locations, const StatsOptions& options, Output& o
   if (!output.isDryRun())
     writeWhole(options.report, [&](std::ostream& page) { writeStatisticsPage(page, statistics); });
   output.say();
-  output.say((output.isDryRun() ? "would write " : "wrote ") + options.report);
+  sayWritten(options.report, "", output);
+}
+
+}  // namespace
+
+void addStatsCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<StatsOptions>();
+  auto* command = addWritingCommand(
+      app, program,
+      {"stats",
+       "Shows of what a project or a training set consists: pictures, boxes of each class and "
+       "their sizes in pixels.",
+       "stats parts --report parts.html"},
+      [&program, options](Output& output) { runStats(program.locations, *options, output); });
+  command->add_option("SUBJECT", options->subject, "project, or directory of a training set")
+      ->required();
+  command->add_option("--report", options->report, "page to write, with plots of sizes and places")
+      ->check(notEmpty());
 }

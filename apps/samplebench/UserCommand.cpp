@@ -4,6 +4,9 @@
 #include <filesystem>
 
 #include "CommandError.h"
+#include "CommandLine.h"
+#include "OutputFile.h"
+#include "Platform.h"
 #include "ProjectAccess.h"
 #include "TNV_SampleBenchNative/WTNVAppConfig.h"
 #include "TNV_SampleBenchNative/WTNVUser.h"
@@ -11,6 +14,12 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+struct UserOptions {
+  std::string users = "users/";
+  std::string name;
+  std::string project;
+};
 
 std::string usersDirectory(const UserOptions& options) {
   return (fs::path(options.users) / "").generic_string();
@@ -26,22 +35,34 @@ std::vector<std::string> userNames(const std::string& users) {
   return names;
 }
 
-void requireName(const std::string& name) {
-  requireStorable("the name of a user", name);
-  // What is a path, the library refuses for that.
-  const bool isPath = name.find('/') != std::string::npos;
-  if (!isPath && name.find('.') != std::string::npos)
-    throw CommandError("user '" + name +
-                       "' cannot be made; a name must not hold a dot, at which lists cut it");
+std::string fileOf(const std::string& users, const std::string& name) {
+  return users + name + ".cfg";
 }
 
-void makeDirectory(const std::string& users) {
+[[noreturn]] void refuseName(const std::string& name) {
+  throw CommandError("user '" + name + "' cannot be made; choose a name that is free and no path");
+}
+
+void requireName(const std::string& users, const std::string& name) {
+  requireStorable("the name of a user", name);
+  if (name.empty() || name.find('/') != std::string::npos) refuseName(name);
+  if (name.find('.') != std::string::npos)
+    throw CommandError("user '" + name +
+                       "' cannot be made; a name must not hold a dot, at which lists cut it");
   std::error_code error;
-  fs::create_directories(users, error);
-  if (!fs::is_directory(users, error))
-    throw CommandError("'" + users +
-                       "' cannot be made a directory; see that no file is in the way and that the "
-                       "place is yours");
+  if (fs::exists(fileOf(users, name), error)) refuseName(name);
+}
+
+void make(const std::string& users, const std::string& name) {
+  makeDirectory(users);
+  const platform::InterruptCatcher catcher;
+  WTNVUser user(name, users);
+  if (!user.wCreate() || !user.wLoad()) refuseName(name);
+}
+
+void tell(const UserOptions& options, const std::string& users, Output& output) {
+  output.fact("user", options.name);
+  output.fact("users", users);
 }
 
 void requireUser(const std::string& users, const std::string& name) {
@@ -50,55 +71,113 @@ void requireUser(const std::string& users, const std::string& name) {
     throw CommandError("there is no user '" + name + "'; there are: " + joined(names));
 }
 
-}  // namespace
-
-void runUserCreate(const UserOptions& options, Output& output) {
+void runCreate(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
-  requireName(options.name);
-  makeDirectory(users);
-  WTNVUser user(options.name, users);
-  if (!user.wCreate() || !user.wLoad())
-    throw CommandError("user '" + options.name +
-                       "' cannot be made; choose a name that is free and no path");
-  output.data() << "user '" << options.name << "' made in " << users << '\n';
+  requireName(users, options.name);
+  requireDirectoryPlace(users);
+  if (!output.isDryRun()) make(users, options.name);
+  tell(options, users, output);
+  output.say("user '" + options.name + "' " +
+             std::string(output.told("made in ", "would be made in ")) + users);
 }
 
-void runUserList(const UserOptions& options, Output& output) {
+void runList(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
-  std::vector<TableRow> rows{{"user", "last project"}};
+  std::vector<TableRow> rows;
   for (const auto& name : userNames(users)) {
     WTNVUser user(name, users);
     rows.push_back({name, user.wLoad() ? user.wGetLastProject() : "cannot be read"});
   }
-  writeTable(output.data(), rows);
+  output.table("users", {"user", "last project"}, rows);
 }
 
-void runUserSet(const UserOptions& options, Output& output) {
+void runSet(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
   requireUser(users, options.name);
   requireStorable("the name of a project", options.project);
   WTNVUser user(options.name, users);
   if (!user.wLoad()) throw CommandError("user '" + options.name + "' cannot be read");
+  const platform::InterruptCatcher catcher;
   user.wSetLastProject(options.project);
-  if (!user.wUpdate()) throw CommandError("user '" + options.name + "' cannot be written");
-  output.data() << "user '" << options.name << "': last project '" << options.project << "'\n";
+  if (!output.isDryRun() && !user.wUpdate())
+    throw CommandError("user '" + options.name + "' cannot be written");
+  tell(options, users, output);
+  output.fact("project", options.project);
+  output.say("user '" + options.name + "': last project " +
+             std::string(output.told("'", "would be '")) + options.project + "'");
 }
 
-void runUserRemove(const UserOptions& options, Output& output) {
+void runRemove(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
   requireUser(users, options.name);
   WTNVUser user(options.name, users);
-  if (!user.wRemove() || fs::exists(users + options.name + ".cfg"))
-    throw CommandError("user '" + options.name + "' cannot be removed");
-  output.data() << "user '" << options.name << "' removed\n";
+  if (!output.isDryRun() && (!user.wRemove() || fs::exists(fileOf(users, options.name))))
+    throw CommandError("user '" + options.name + "' cannot be removed; see that '" + users +
+                       "' can be written to");
+  tell(options, users, output);
+  output.say("user '" + options.name + "' " +
+             std::string(output.told("removed", "would be removed")));
 }
 
 void runConfig(const std::string& file, Output& output) {
   if (!fs::is_regular_file(file))
     throw CommandError("the configuration '" + file + "' is no file; an empty one gives defaults");
   const auto* config = WTNVAppConfig::getInstance(file);
-  writeTable(output.data(), {{"projects", config->wGetProjectsPath()},
-                             {"platforms", config->wGetPlatformsPath()},
-                             {"augmentations", config->wGetAugmentsPath()},
-                             {"users", config->wGetUsersPath()}});
+  output.properties("places", {{"projects", config->wGetProjectsPath()},
+                               {"platforms", config->wGetPlatformsPath()},
+                               {"augmentations", config->wGetAugmentsPath()},
+                               {"users", config->wGetUsersPath()}});
+}
+
+using UserRun = void (*)(const UserOptions&, Output&);
+
+struct UserCommand {
+  CLI::App* app;
+  UserOptions* options;
+};
+
+using AddCommand = decltype(&addCommand);
+
+UserCommand add(AddCommand addAny, CLI::App& users, ProgramOptions& program,
+                const CommandHelp& help, UserRun run) {
+  const auto options = std::make_shared<UserOptions>();
+  auto* command =
+      addAny(users, program, help, [options, run](Output& output) { run(*options, output); });
+  command->add_option("--users", options->users, "where users lie")->capture_default_str();
+  return {command, options.get()};
+}
+
+void addName(const UserCommand& command) {
+  command.app->add_option("NAME", command.options->name, "name of the user")->required();
+}
+
+}  // namespace
+
+void addUserCommands(CLI::App& app, ProgramOptions& program) {
+  auto* users = addCommandGroup(
+      app,
+      {"user", "The people who work here, and the project each opened last.", "user create ann"});
+  add(addCommand, *users, program, {"list", "Lists the users.", "user list"}, runList);
+  addName(add(addWritingCommand, *users, program, {"create", "Makes a user.", "user create ann"},
+              runCreate));
+  const auto set =
+      add(addWritingCommand, *users, program,
+          {"set", "Remembers a project as the one opened last; it needs not be there yet.",
+           "user set ann parts"},
+          runSet);
+  addName(set);
+  set.app->add_option("PROJECT", set.options->project, "name of the project")->required();
+  addName(add(addWritingCommand, *users, program, {"remove", "Removes a user.", "user remove ann"},
+              runRemove));
+}
+
+void addConfigCommand(CLI::App& app, ProgramOptions& program) {
+  const auto file = std::make_shared<std::string>();
+  addCommand(app, program,
+             {"config",
+              "Shows where a configuration file puts projects, platforms, augmentations and users.",
+              "config app.cfg"},
+             [file](Output& output) { runConfig(*file, output); })
+      ->add_option("FILE", *file, "the configuration")
+      ->required();
 }

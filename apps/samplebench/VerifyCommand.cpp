@@ -4,11 +4,18 @@
 #include <optional>
 
 #include "CommandError.h"
-#include "Platform.h"
+#include "CommandLine.h"
 #include "Progress.h"
 #include "verify/SetVerifier.h"
 
 namespace {
+
+struct VerifyOptions {
+  /// Directory or data file of a training set.
+  std::string set;
+  /// Network file; empty for the one beside the set.
+  std::string network;
+};
 
 std::string placeOf(const Finding& finding) {
   return finding.file + (finding.line > 0 ? ":" + std::to_string(finding.line) : "");
@@ -42,20 +49,13 @@ void writeRules(const Findings& findings, Output& output) {
   output.say();
 }
 
-}  // namespace
-
 void runVerify(const VerifyOptions& options, Output& output) {
   Findings found;
   const auto layout = findSet(options.set, options.network, found);
-  const platform::InterruptCatcher catcher;
   std::optional<Progress> progress;
-  const auto verified = verifySet(layout, std::move(found),
-                                  {[&](std::size_t count) { progress.emplace(count, output); },
-                                   [&] {
-                                     progress->step();
-                                     if (platform::InterruptCatcher::interrupted())
-                                       throw CommandError("interrupted", exitInterrupted);
-                                   }});
+  const auto verified = verifySet(
+      layout, std::move(found),
+      {[&](std::size_t count) { progress.emplace(count, output); }, [&] { progress->step(); }});
   progress->finish();
   writeFindings(verified.findings, output);
   writeRules(verified.findings, output);
@@ -64,4 +64,19 @@ void runVerify(const VerifyOptions& options, Output& output) {
   output.say(counted(verified.pictures, "picture") + ", " + counted(verified.labels, "label") +
              ", " + counted(verified.findings.size(), "finding"));
   if (!verified.findings.empty()) output.setFindings();
+}
+
+}  // namespace
+
+void addVerifyCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<VerifyOptions>();
+  auto* command = addCommand(
+      app, program,
+      {"verify",
+       "Checks a training set as trainers of the Darknet family and their successors read it, and "
+       "says file, line and rule of each finding. Exit code 3 if there are any.",
+       "verify set/"},
+      [options](Output& output) { runVerify(*options, output); });
+  command->add_option("SET", options->set, "directory of the set, or its data file")->required();
+  command->add_option("--net", options->network, "network file (default: the one beside the set)");
 }

@@ -3,12 +3,21 @@
 #include <algorithm>
 
 #include "CommandError.h"
+#include "CommandLine.h"
 #include "ContactSheet.h"
 #include "OutputFile.h"
 #include "PictureFile.h"
+#include "SampleSources.h"
 #include "TNV_SampleBenchNative/WTNVToolDarknetViewer.h"
 
 namespace {
+
+struct ViewOptions {
+  std::string directory;
+  std::string name;
+  std::string file;
+  int count = 24;
+};
 
 constexpr int sheetColumns = 6;
 const cv::Size sheetCell(240, 180);
@@ -50,33 +59,63 @@ cv::Mat sheetOf(WTNVToolDarknetViewer& viewer, const std::vector<std::string>& n
   return contactSheet(cells, sheetColumns);
 }
 
-// A sample is not to be replaced by what is drawn of it.
-void requireNoSample(const std::string& file, const std::string& directory) {
+// Neither a sample nor what it was made of is to be replaced by what is drawn of it.
+void requireNoSource(const std::string& file, const std::string& directory,
+                     const std::string& projects) {
   std::error_code error;
   const auto destination = destinationOf(file);
-  if (std::filesystem::exists(destination) &&
-      std::filesystem::equivalent(destination.parent_path(), directory, error))
+  if (liesWithin(destination, projects))
+    throw CommandError("'" + file + "' lies among the projects; choose another place");
+  if (!std::filesystem::exists(destination, error)) return;
+  if (std::filesystem::equivalent(destination.parent_path(), directory, error))
     throw CommandError("'" + file + "' lies among the samples; choose another file");
+  const auto set = std::filesystem::path(absolutePath(directory + "/.."));
+  for (const auto& [sample, picture] : readSampleSources((set / "sources.txt").string()))
+    if (std::filesystem::equivalent(destination, picture, error))
+      throw CommandError("'" + file + "' is a picture of the project; choose another file");
 }
 
-}  // namespace
+void write(const std::string& file, const cv::Mat& picture, const std::string& what,
+           Output& output) {
+  if (!output.isDryRun()) writePicture(file, picture);
+  output.fact("file", file);
+  sayWritten(file, " (" + what + ")", output);
+}
 
-void runView(const ViewOptions& options, Output& output) {
+void runView(const Locations& locations, const ViewOptions& options, Output& output) {
   requireWritablePicture(options.file);
-  requireNoSample(options.file, options.directory);
+  requireNoSource(options.file, options.directory, locations.projects);
   WTNVToolDarknetViewer viewer;
   auto names = sampleNames(viewer, options.directory);
   if (!options.name.empty()) {
     const auto sample = sampleNamed(viewer, options.name);
     if (sample.empty())
       throw CommandError("there is no sample '" + options.name + "' that can be read");
-    writePicture(options.file, sample);
-    output.data() << "wrote " << options.file << " (sample " << options.name << ")\n";
+    write(options.file, sample, "sample " + options.name, output);
     return;
   }
   const auto all = names.size();
   names.resize(std::min(all, static_cast<std::size_t>(options.count)));
-  writePicture(options.file, sheetOf(viewer, names, output));
-  output.data() << "wrote " << options.file << " (" << names.size() << " of "
-                << counted(all, "sample") << ")\n";
+  output.fact("samples", static_cast<Json::UInt64>(names.size()));
+  write(options.file, sheetOf(viewer, names, output),
+        std::to_string(names.size()) + " of " + counted(all, "sample"), output);
+}
+
+}  // namespace
+
+void addViewCommand(CLI::App& app, ProgramOptions& program) {
+  const auto options = std::make_shared<ViewOptions>();
+  auto* command = addWritingCommand(
+      app, program,
+      {"view",
+       "Writes a sample of a training set with its boxes to a file, or a sheet of the first "
+       "samples.",
+       "view set/samples -o sheet.png"},
+      [&program, options](Output& output) { runView(program.locations, *options, output); });
+  command->add_option("DIRECTORY", options->directory, "directory with samples")->required();
+  command->add_option("NAME", options->name, "sample, like img_3; without it a sheet is drawn");
+  addOutputFile(*command, options->file, "sheet.png");
+  command->add_option("--count", options->count, "samples on the sheet")
+      ->check(CLI::Range(1, 1000))
+      ->capture_default_str();
 }

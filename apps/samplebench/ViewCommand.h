@@ -1,16 +1,10 @@
 #pragma once
 
-#include <string>
+namespace CLI {
+class App;
+}
+struct ProgramOptions;
 
-#include "Output.h"
-
-struct ViewOptions {
-  std::string directory;
-  std::string name;
-  std::string file;
-  int count = 24;
-};
-
-/// Writes a sample of a training set with the boxes of its label text, or a sheet of the first
-/// samples, to a file. Throws CommandError.
-void runView(const ViewOptions& options, Output& output);
+/// The command that writes a sample of a training set with the boxes of its label text, or a sheet
+/// of the first samples, to a file.
+void addViewCommand(CLI::App& app, ProgramOptions& program);

@@ -7,12 +7,21 @@
 #include <stdexcept>
 
 #include "CommandError.h"
+#include "CommandLine.h"
+#include "Interrupt.h"
+#include "Platform.h"
 #include "Progress.h"
 #include "TNV_SampleBenchNative/WTNVProject.h"
 
 namespace fs = std::filesystem;
 
 namespace {
+
+struct WeightsOptions {
+  std::string address;
+  std::string directory;
+  std::string name;
+};
 
 // The library hands the downloads out with a project, which needs not be on disk.
 class Downloads {
@@ -44,6 +53,7 @@ std::size_t sizeOf(const fs::path& file) {
 }
 
 void onUpdate() {
+  stopIfInterrupted();
   const auto here = sizeOf(transfer.replaces ? transfer.part : transfer.whole);
   transfer.progress->moveTo(std::min(here, transfer.size));
 }
@@ -177,17 +187,36 @@ std::string whatToDo(const std::string& link, const std::string& directory) {
                                   : "see that " + space + ", or try again later";
 }
 
+void requireFetchable(const WTNVDownloadFile& file, const std::string& directory) {
+  requireLink(file.wGetFileName(), file.wGetDownloadAddress());
+  requireFreePlace(directory + file.wGetFileName());
+}
+
+void tell(const std::string& file, Output& output) {
+  output.fact("file", file);
+}
+
+// What an interrupt leaves is no whole file.
+bool download(Downloads& downloads, const WTNVDownloadFile& file, const std::string& directory) {
+  const platform::InterruptCatcher catcher;
+  try {
+    return downloads.handler.wDownloadFile(file, directory);
+  } catch (const CommandError&) {
+    std::error_code error;
+    fs::remove(transfer.replaces ? transfer.part : transfer.whole, error);
+    throw;
+  }
+}
+
 void fetch(Downloads& downloads, const WTNVDownloadFile& file, const std::string& directory,
            Output& output) {
   const auto link = file.wGetDownloadAddress();
-  requireLink(file.wGetFileName(), link);
-  requireFreePlace(directory + file.wGetFileName());
   const auto size = static_cast<std::size_t>(std::max(file.wGetFileSize(), 0));
   Progress progress(size, output);
   const fs::path target = fs::path(directory) / file.wGetFileName();
   transfer = {&progress, target.string() + ".part", target, size, fs::exists(target)};
   downloads.handler.setCBDownloadUpdate(onUpdate);
-  const bool fetched = downloads.handler.wDownloadFile(file, directory);
+  const bool fetched = download(downloads, file, directory);
   progress.finish();
   downloads.handler.setCBDownloadUpdate(nullptr);
   if (!fetched)
@@ -195,26 +224,33 @@ void fetch(Downloads& downloads, const WTNVDownloadFile& file, const std::string
                        whatToDo(link, directory));
 }
 
-}  // namespace
-
-void runWeightsList(const WeightsOptions& options, Output& output) {
+void runList(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto files = filesOf(downloads, options.address, directoryOf(options));
-  if (std::none_of(files.begin(), files.end(), isOffered))
-    output.note("the portal cannot be reached or offers nothing");
-  std::vector<TableRow> rows{{"file", "bytes", "date", "state"}};
+  std::vector<TableRow> rows;
   for (const auto& file : files)
-    rows.push_back({file.wGetFileName(), std::to_string(file.wGetFileSize()), file.wGetTimeStamp(),
-                    stateOf(file)});
-  writeTable(output.data(), rows);
+    rows.push_back({file.wGetFileName(), file.wGetFileSize(), file.wGetTimeStamp(), stateOf(file)});
+  output.table("files", {"file", "bytes", "date", "state"}, rows);
+  if (std::none_of(files.begin(), files.end(), isOffered))
+    throw CommandError("the portal cannot be reached or offers nothing; check the address");
 }
 
-void runWeightsGet(const WeightsOptions& options, Output& output) {
+void runGet(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto directory = directoryOf(options);
   const auto wanted = offeredFile(downloads, options, directory);
+  tell(directory + options.name, output);
+  output.fact("bytes", wanted.wGetFileSize());
+  output.fact("wasThere", wanted.wGetStateMD5Valid());
   if (wanted.wGetStateMD5Valid()) {
-    output.data() << directory << options.name << " is there already and whole\n";
+    output.say(directory + options.name + " is there already and whole");
+    return;
+  }
+  requireFetchable(wanted, directory);
+  if (output.isDryRun()) {
+    output.say("would fetch " + directory + options.name + " (" +
+               std::to_string(wanted.wGetFileSize()) + " bytes) from " +
+               wanted.wGetDownloadAddress());
     return;
   }
   fetch(downloads, wanted, directory, output);
@@ -222,32 +258,111 @@ void runWeightsGet(const WeightsOptions& options, Output& output) {
   if (!file.wGetStateMD5Valid())
     throw CommandError("'" + options.name + "' came, but is " + stateOf(file) +
                        "; fetch it again, or ask those who run the portal");
-  output.data() << "fetched " << directory << options.name << " (" << file.wGetFileSize()
-                << " bytes, whole)\n";
+  output.say("fetched " + directory + options.name + " (" + std::to_string(file.wGetFileSize()) +
+             " bytes, whole)");
 }
 
-void runWeightsImport(const WeightsOptions& options, Output& output) {
+void copy(const std::string& file, const std::string& directory) {
   Downloads downloads;
+  bool copied = false;
+  const platform::InterruptCatcher catcher;
+  try {
+    copied = downloads.handler.wImportFile(file, directory);
+  } catch (const fs::filesystem_error&) {
+    // That it failed is said below.
+  }
+  if (!copied)
+    throw CommandError("'" + file + "' could not be copied to '" + directory +
+                       "'; see that it can be read, and that '" + directory +
+                       "' can be written to and has space");
+}
+
+void runImport(const WeightsOptions& options, Output& output) {
   const auto directory = directoryOf(options);
   const auto name = fs::path(options.name).filename().string();
   if (!fs::is_regular_file(options.name)) throw CommandError("'" + options.name + "' is no file");
   if (fs::exists(directory + name))
     throw CommandError("'" + directory + name + "' is there already; remove it first");
-  if (!downloads.handler.wImportFile(options.name, directory))
-    throw CommandError("'" + options.name + "' could not be copied to '" + directory + "'");
-  output.data() << "imported " << directory << name << '\n';
+  if (!output.isDryRun()) copy(options.name, directory);
+  tell(directory + name, output);
+  output.say(std::string(output.told("imported ", "would copy it to ")) + directory + name);
 }
 
-void runWeightsRemove(const WeightsOptions& options, Output& output) {
+bool remove(Downloads& downloads, const WTNVDownloadFile& file, const std::string& directory,
+            const Output& output) {
+  if (!output.isDryRun()) return downloads.handler.wRemoveFile(file, directory);
+  std::error_code error;
+  return !fs::is_directory(fs::symlink_status(directory + file.wGetFileName(), error));
+}
+
+void runRemove(const WeightsOptions& options, Output& output) {
   Downloads downloads;
   const auto directory = directoryOf(options);
   const OneFile one(directory, options.name);
   for (const auto& file : downloads.handler.wGetAllFiles("", one.directory())) {
     if (file.wGetFileName() != options.name) continue;
-    if (!downloads.handler.wRemoveFile(file, directory))
-      throw CommandError("'" + directory + options.name + "' could not be removed");
-    output.data() << "removed " << directory << options.name << '\n';
+    if (!remove(downloads, file, directory, output))
+      throw CommandError("'" + directory + options.name +
+                         "' could not be removed; see that it is a file, and that '" + directory +
+                         "' can be written to");
+    tell(directory + options.name, output);
+    output.say(std::string(output.told("removed ", "would remove ")) + directory + options.name);
     return;
   }
   throw CommandError("there is no '" + options.name + "' in '" + directory + "'");
+}
+
+using WeightsRun = void (*)(const WeightsOptions&, Output&);
+
+struct WeightsCommand {
+  CLI::App* app;
+  WeightsOptions* options;
+};
+
+using AddCommand = decltype(&addCommand);
+
+WeightsCommand add(AddCommand addAny, CLI::App& weights, ProgramOptions& program,
+                   const CommandHelp& help, WeightsRun run) {
+  const auto options = std::make_shared<WeightsOptions>();
+  auto* command =
+      addAny(weights, program, help, [options, run](Output& output) { run(*options, output); });
+  command->add_option("--directory", options->directory, "where the weights lie")->required();
+  return {command, options.get()};
+}
+
+void addAddress(const WeightsCommand& command) {
+  command.app->add_option("--address", command.options->address, "address of the portal")
+      ->required()
+      ->check(notEmpty());
+}
+
+void addName(const WeightsCommand& command) {
+  command.app->add_option("NAME", command.options->name, "name of the file")->required();
+}
+
+}  // namespace
+
+void addWeightsCommands(CLI::App& app, ProgramOptions& program) {
+  auto* weights = addCommandGroup(
+      app, {"weights", "Starting weights: what a portal offers, and what lies here.",
+            "weights list --address URL --directory weights/"});
+  addAddress(add(addCommand, *weights, program,
+                 {"list", "Lists the files and their states.",
+                  "weights list --address URL --directory weights/"},
+                 runList));
+  const auto get = add(addWritingCommand, *weights, program,
+                       {"get", "Fetches a file and checks it.",
+                        "weights get small.weights --address URL --directory weights/"},
+                       runGet);
+  addName(get);
+  addAddress(get);
+  const auto import = add(addWritingCommand, *weights, program,
+                          {"import", "Copies a file into the directory.",
+                           "weights import ~/small.weights --directory weights/"},
+                          runImport);
+  import.app->add_option("FILE", import.options->name, "the file")->required();
+  addName(add(addWritingCommand, *weights, program,
+              {"remove", "Deletes a file of the directory.",
+               "weights remove small.weights --directory weights/"},
+              runRemove));
 }

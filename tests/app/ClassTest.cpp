@@ -41,8 +41,8 @@ TEST_F(ProgramClasses, ARenamedClassKeepsNumberColourAndMarks) {
   succeed({"class", "rename", "parts", "bolt", "stud"});
   EXPECT_EQ(succeed({"class", "list", "parts"}),
             "number  class  colour\n"
-            "     0  screw  9dc423\n"
-            "     1  nut    9dc423\n"
+            "     0  screw  56b4e9\n"
+            "     1  nut    e69f00\n"
             "     2  stud   ff8000\n");
   EXPECT_EQ(numbers(), "01|02|");
 }
@@ -58,7 +58,7 @@ TEST_F(ProgramClasses, MergedClassesGiveTheirMarksAndLeaveNoGap) {
   EXPECT_EQ(succeed({"class", "merge", "parts", "screw", "--into", "bolt"}),
             "merged screw into bolt; 2 marks changed\n"
             "number  class  colour\n"
-            "     0  nut    9dc423\n"
+            "     0  nut    e69f00\n"
             "     1  bolt   ff8000\n");
   EXPECT_EQ(numbers(), "10|11|");
 }
@@ -88,8 +88,8 @@ TEST_F(ProgramClasses, TheOrderGivesTheNumbers) {
             "numbered the classes anew; 0 marks changed\n"
             "number  class  colour\n"
             "     0  bolt   ff8000\n"
-            "     1  screw  9dc423\n"
-            "     2  nut    9dc423\n");
+            "     1  screw  56b4e9\n"
+            "     2  nut    e69f00\n");
   EXPECT_EQ(numbers(), "12|10|");
   fail({"class", "order", "parts", "bolt", "screw"}, "name all 3 classes", 2);
 }

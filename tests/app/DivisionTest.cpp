@@ -172,6 +172,19 @@ TEST_F(ProgramDivision, WithoutGroupsTheListsAreTheLibrarysOwn) {
   EXPECT_EQ(occurrences(readFile(place / "plain/test.txt"), "img_"), 5U);
 }
 
+TEST_F(ProgramDivision, APatternThatFindsNothingIsNoted) {
+  const std::vector<std::string> generate{"generate", "parts", "--output", "set",
+                                          "--keep-together"};
+  const auto noteOf = [&](const std::string& grouping) {
+    auto arguments = generate;
+    arguments.push_back(grouping);
+    return run(arguments).err;
+  };
+  EXPECT_NE(noteOf("group=video[0-9]").find("'video[0-9]' finds nothing in the name"),
+            std::string::npos);
+  EXPECT_EQ(noteOf("group=^a").find("finds nothing"), std::string::npos);
+}
+
 TEST_F(ProgramDivision, WhatKeepsNothingTogetherIsWrongUsage) {
   fail({"generate", "parts", "--output", "set", "--keep-together", "video"}, "choose from: none",
        2);

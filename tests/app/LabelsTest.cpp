@@ -61,6 +61,7 @@ TEST_F(LabelsTest, ImportAddsClassesPicturesAndMarks) {
   const auto classes = succeed({"class", "list", "parts"});
   EXPECT_LT(classes.find("nut"), classes.find("bolt"));
   EXPECT_EQ(occurrences(classes, "nut"), 1U);
+  EXPECT_THAT(classes, HasSubstr("bolt   cc79a7")) << "the third colour";
   EXPECT_THAT(succeed({"list", "parts"}), AllOf(HasSubstr("c.png"), HasSubstr("d.png")));
   succeed({"labels", "export", "parts", "out", "--format", "Darknet"});
   EXPECT_EQ(label("out", "c"), "2 0.5 0.5 0.25 0.5\n1 0.25 0.25 0.125 0.125\n");
@@ -187,7 +188,7 @@ TEST_F(LabelsTest, NamesAndPicturesMayLieElsewhere) {
   fs::rename(place / "in/obj.names", place / "names.txt");
   fs::rename(place / "in/images", place / "pictures");
   fail({"labels", "import", "parts", "others", "in"},
-       "see the line above, and --format and --names");
+       "No class names found for 'in'!; --format and --names tell how to read them");
   fail({"labels", "import", "parts", "others", "in", "--names", "names.txt"},
        "--pictures tells where they lie");
   const auto result = import({"--names", "names.txt", "--pictures", "pictures"});
@@ -198,7 +199,9 @@ TEST_F(LabelsTest, NamesAndPicturesMayLieElsewhere) {
 TEST_F(LabelsTest, WrongRequestsAreRefusedWithAWayOut) {
   fail({"labels", "import", "parts", "others", "missing"}, "no labels can be read from 'missing'");
   fail({"labels", "import", "parts", "others", "in", "--format", "Yolo"},
-       "there is no format 'Yolo'; choose from:");
+       "there is no format 'Yolo'; choose from:", 2);
+  fail({"labels", "import", "parts", "others", "in", "--pictures", "nowhere"},
+       "there is no directory 'nowhere'");
   fail({"labels", "import", "parts", "a/b", "in"}, "use a name without slashes", 2);
   fail({"labels", "import", "parts", "others", "in", "--base", "2"}, "--base", 2);
   fail({"labels", "export", "parts", "in", "--format", "Darknet"}, "give a new or empty directory");

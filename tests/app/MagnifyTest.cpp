@@ -151,7 +151,7 @@ TEST_F(ProgramCrop, AMarkThatCannotBeCutIsAFindingAndTheOthersAreWritten) {
 
 TEST_F(ProgramCrop, ADirectoryThatCannotBeWrittenToIsAnError) {
   succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
-  fail({"crop", "parts", "a.png", "-o", "/dev/full/cut"}, "cannot be written");
+  fail({"crop", "parts", "a.png", "-o", "/dev/full/cut"}, "cannot be made a directory");
   fail({"crop", "parts", "a.png", "-o", "/proc"}, "cannot be written");
 }
 
@@ -162,7 +162,7 @@ TEST_F(ProgramCrop, RefusesWhatWillNotDo) {
   succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
   fail({"crop", "parts", "a.png", "-o", ""}, "--output", 2);
   place.write("file", "in the way");
-  fail({"crop", "parts", "a.png", "-o", "file"}, "cannot be written");
+  fail({"crop", "parts", "a.png", "-o", "file"}, "cannot be made a directory");
 }
 
 }  // namespace

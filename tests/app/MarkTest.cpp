@@ -157,33 +157,9 @@ TEST_F(ProgramMark, ADamagedRecordIsNamedByWhoeverNeedsIt) {
   EXPECT_EQ(readFile(first).size(), 50U);
 }
 
-TEST_F(ProgramMark, LabelTextsBecomeAListOfMarks) {
-  place.makeDirectory("labelled");
-  place.write("labelled/a.txt", "1 0.5 0.25 0.5 0.125\n0 0.1 0.9 0.4 0.4\n");
-  writePicture(place / "labelled/a.jpg", 16, 16);
-  place.write("labelled/alone.jpg", "");
-  const auto names = place.write("names.txt", "screw\nnut\n");
-  const auto script = std::string(SAMPLEBENCH_SCRIPTS) + "/marks-from-labels.sh";
-  const auto result = RunningProgram({"/bin/sh", script, "labelled", names}, place.path()).wait();
-  EXPECT_EQ(result.exitCode, 0) << result.err;
-  // Right and lower edges are a millionth further in; the second box passes the left and the lower
-  // edge of the picture.
-  const auto picture = place / "labelled/a.jpg";
-  EXPECT_EQ(result.out, picture + "\tRect\tnut\t0.250000000,0.187500000 0.749999000,0.312499000\n" +
-                            picture +
-                            "\tRect\tscrew\t0.000000000,0.700000000 0.299999000,1.000000000\n");
-}
-
-TEST_F(ProgramMark, ALabelWithoutANameStopsTheScript) {
-  place.makeDirectory("labelled");
-  place.write("labelled/a.jpg", "");
-  place.write("labelled/a.txt", "0 0.5 0.5 0.5 0.5\n7 0.5 0.5 0.5 0.5\n");
-  const auto names = place.write("names.txt", "screw\n");
-  const auto script = std::string(SAMPLEBENCH_SCRIPTS) + "/marks-from-labels.sh";
-  const auto result = RunningProgram({"/bin/sh", script, "labelled", names}, place.path()).wait();
-  EXPECT_NE(result.exitCode, 0);
-  EXPECT_EQ(result.out, "");
-  EXPECT_NE(result.err.find("a.txt:2: no name for class 7"), std::string::npos) << result.err;
+TEST_F(ProgramMark, AListWithoutMarksIsTold) {
+  place.write("marks.txt", "# none yet\n\n");
+  fail({"mark", "parts", "--list", "marks.txt"}, "'marks.txt' holds no marks; write a mark a line");
 }
 
 }  // namespace

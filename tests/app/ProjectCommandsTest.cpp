@@ -1,4 +1,6 @@
 #include <filesystem>
+#include <map>
+#include <sstream>
 
 #include "ProgramRunner.h"
 #include "support/Pictures.h"
@@ -74,6 +76,8 @@ TEST_F(ProgramProjects, CreateRefusesANameThatIsAPath) {
     EXPECT_EQ(result.err.find("samplebench create"), std::string::npos) << result.err;
   }
   EXPECT_FALSE(std::filesystem::exists(place / "parts"));
+  succeed({"create", std::string(200, 'x')});
+  fail({"create", std::string(201, 'x')}, "of at most 200 bytes", 2);
 }
 
 TEST_F(ProgramProjects, GlobalOptionsMayStandBehindTheCommand) {
@@ -93,8 +97,24 @@ TEST_F(ProgramProjects, ClassesGetConsecutiveNumbersAndTheirColour) {
   succeed({"class", "add", "parts", "nut", "--color", "ff8000"});
   EXPECT_EQ(succeed({"class", "list", "parts"}),
             "number  class  colour\n"
-            "     0  screw  9dc423\n"
+            "     0  screw  56b4e9\n"
             "     1  nut    ff8000\n");
+}
+
+TEST_F(ProgramProjects, ClassesGetColoursOfTheirOwn) {
+  succeed({"create", "parts"});
+  std::vector<std::string> add{"class", "add", "parts"};
+  for (int i = 0; i < 11; ++i)
+    add.push_back("c" + std::to_string(i));
+  succeed(add);
+  std::map<std::string, int> uses;
+  std::istringstream list(succeed({"class", "list", "parts"}));
+  std::string line;
+  for (std::getline(list, line); std::getline(list, line);)
+    ++uses[line.substr(line.size() - 6)];
+  // Ten colours; the eleventh class takes the first one again.
+  EXPECT_EQ(uses.size(), 10U);
+  EXPECT_EQ(uses["56b4e9"], 2);
 }
 
 TEST_F(ProgramProjects, AClassMayBeNamedLikeACommand) {
@@ -109,6 +129,8 @@ TEST_F(ProgramProjects, ClassesThatWillNotDoAreRefusedAndNothingIsSaved) {
   succeed({"create", "parts"});
   fail({"class", "add", "parts", "nut", "nut"}, "class 'nut' cannot be added");
   fail({"class", "add", "parts", "nut", "a,b"}, "without comma", 2);
+  fail({"class", "add", "parts", "nut", "  "}, "not of blanks alone", 2);
+  fail({"class", "add", "parts", "nut", ""}, "not of blanks alone", 2);
   fail({"class", "add", "parts", "nut", "--color", "red"}, "write it as RRGGBB", 2);
   fail({"class", "add", "parts", "nut", "--color", "-fffff"}, "write it as RRGGBB", 2);
   EXPECT_EQ(succeed({"class", "list", "parts"}), "number  class  colour\n");
@@ -153,8 +175,8 @@ TEST_F(ProgramProjects, ListShowsPicturesInOrderWithMarksAndTotals) {
   const auto photos = place / "photos/";
   EXPECT_EQ(succeed({"list", "parts"}),
             "number  class  colour\n"
-            "     0  screw  9dc423\n"
-            "     1  nut    9dc423\n"
+            "     0  screw  56b4e9\n"
+            "     1  nut    e69f00\n"
             "\n"
             "set day1: 2 pictures, 1 mark\n"
             "marks  picture\n"

@@ -87,6 +87,15 @@ TEST_F(ProgramView, NeitherSamplesNorSpecialFilesAreWrittenOver) {
   EXPECT_EQ(contents("images"), before);
 }
 
+TEST_F(ProgramView, NothingOfAProjectIsWrittenOver) {
+  makeProject();
+  succeed({"generate", "parts", "--output", "set"});
+  const auto before = contents("photos");
+  fail({"view", "set/samples", "-o", "photos/a.png"}, "is a picture of the project");
+  fail({"view", "set/samples", "-o", "projects/parts/x.png"}, "lies among the projects");
+  EXPECT_EQ(contents("photos"), before);
+}
+
 TEST_F(ProgramView, RefusesWhatWillNotDo) {
   fail({"view", "absent", "-o", "x.png"}, "is no directory");
   fail({"view", ".", "-o", "x.png"}, "holds no pictures with a label text");
@@ -261,7 +270,7 @@ TEST_F(ProgramWeights, WithoutAPortalTheDirectoryIsListed) {
   place.write("weights/own.bin", "hello");
   const auto result =
       run({"weights", "list", "--address", "http://localhost:1/list", "--directory", "weights"});
-  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(result.exitCode, 1) << result.err;
   EXPECT_NE(result.out.find("own.bin"), std::string::npos) << result.out;
   EXPECT_NE(result.out.find("only here"), std::string::npos) << result.out;
   EXPECT_NE(result.err.find("cannot be reached or offers nothing"), std::string::npos);

@@ -356,6 +356,8 @@ TEST_F(ProgramVerify, TheLibrarysOwnDivisionTearsCopiesApart) {
 
 TEST_F(ProgramVerify, WithoutASetTheErrorSaysWhatToGive) {
   fail({"verify", "nowhere"}, "give its directory or its data file");
+  place.write("parts.cfg", "[net]\n");
+  fail({"verify", "parts.cfg"}, "is a network file; give the directory of the set");
 }
 
 }  // namespace

@@ -320,6 +320,10 @@ SetLayout findSet(const std::string& path, const std::string& network, Findings&
   if (!isDirectory && !fs::is_regular_file(path, error))
     throw CommandError("there is no training set at '" + path +
                        "'; give its directory or its data file");
+  if (!isDirectory && path.ends_with(".cfg"))
+    throw CommandError("'" + path +
+                       "' is a network file; give the directory of the set or its data file, and "
+                       "the network with --net");
   const fs::path directory = isDirectory ? fs::path(path) : fs::path(path).parent_path();
   const auto dataFile = isDirectory ? onlyFile(directory, ".data", true) : path;
   SetLayout layout;

@@ -1,0 +1,64 @@
+#include "CommandLine.h"
+
+#include "Numbers.h"
+
+namespace {
+
+CLI::App* described(CLI::App& parent, const CommandHelp& help) {
+  auto* command = parent.add_subcommand(help.name, help.purpose);
+  command->footer("Example:\n  samplebench " + help.example);
+  return command;
+}
+
+}  // namespace
+
+CLI::App* addCommand(CLI::App& parent, ProgramOptions& program, const CommandHelp& help,
+                     CommandRun run) {
+  auto* command = described(parent, help);
+  command->callback([&program, run = std::move(run)] { program.run = run; });
+  command->add_flag("--json", program.json, "the result as one JSON object, for programs");
+  return command;
+}
+
+CLI::App* addWritingCommand(CLI::App& parent, ProgramOptions& program, const CommandHelp& help,
+                            CommandRun run) {
+  auto* command = addCommand(parent, program, help, std::move(run));
+  command->add_flag("--dry-run", program.dryRun, "say what would be done, and change nothing");
+  return command;
+}
+
+CLI::App* addCommandGroup(CLI::App& parent, const CommandHelp& help) {
+  auto* group = described(parent, help);
+  group->require_subcommand(1);
+  return group;
+}
+
+void addProjectArgument(CLI::App& command, std::string& project) {
+  command.add_option("PROJECT", project, "name of the project")->required();
+}
+
+CLI::Option* addPictureArgument(CLI::App& command, std::string& picture) {
+  return command.add_option("PICTURE", picture, "path, or file name if there is only one")
+      ->required();
+}
+
+void addOutputFile(CLI::App& command, std::string& file, const std::string& example) {
+  command.add_option("-o,--output", file, "file to write, like " + example)->required();
+}
+
+CLI::Validator numberBetween(double least, double most) {
+  const auto range = numberText(least) + " to " + numberText(most);
+  return {[=](const std::string& text) {
+            const auto number = parseNumber(text);
+            const bool fits = number && *number >= least && *number <= most;
+            return fits ? std::string() : "'" + text + "' is no number from " + range;
+          },
+          range};
+}
+
+CLI::Validator notEmpty() {
+  return {[](const std::string& text) {
+            return text.empty() ? std::string("the text is empty") : std::string();
+          },
+          ""};
+}
