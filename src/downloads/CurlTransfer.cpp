@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include <curl/curl.h>
@@ -17,10 +18,10 @@ struct PartsCloser {
   void operator()(CURLU* parts) const { curl_url_cleanup(parts); }
 };
 
-/// A part of an address, or nothing if it has none.
-std::string partOf(CURLU* parts, CURLUPart which) {
+/// A part of an address, decoded; nothing if it has none, or one that cannot be told.
+std::optional<std::string> partOf(CURLU* parts, CURLUPart which) {
   char* text = nullptr;
-  if (curl_url_get(parts, which, &text, CURLU_URLDECODE) != CURLUE_OK) return {};
+  if (curl_url_get(parts, which, &text, CURLU_URLDECODE) != CURLUE_OK) return std::nullopt;
   std::string part(text);
   curl_free(text);
   return part;
@@ -31,8 +32,10 @@ bool isEndless(const std::string& address) {
   const std::unique_ptr<CURLU, PartsCloser> parts(curl_url());
   if (curl_url_set(parts.get(), CURLUPART_URL, address.c_str(), 0) != CURLUE_OK) return false;
   if (partOf(parts.get(), CURLUPART_SCHEME) != "file") return false;
+  // Control characters in a path are not told, but followed.
+  const auto path = partOf(parts.get(), CURLUPART_PATH);
   std::error_code error;
-  return std::filesystem::is_other(partOf(parts.get(), CURLUPART_PATH), error);
+  return !path || std::filesystem::is_other(*path, error);
 }
 
 }  // namespace

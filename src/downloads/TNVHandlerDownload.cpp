@@ -147,12 +147,6 @@ void logCount(const std::string& what, const Files& files) {
   tnv::logLine(what + ": " + std::to_string(files.size()));
 }
 
-bool rename(const std::string& from, const std::string& to) {
-  std::error_code error;
-  fs::rename(from, to, error);
-  return !error;
-}
-
 }  // namespace
 
 TNVHandlerDownload::TNVHandlerDownload() : verifyCertificates(kVerifyCertificates) {}
@@ -185,7 +179,7 @@ bool TNVHandlerDownload::downlaodFile(const TNVDownloadFile& file, const std::st
   const bool hasPlace = (!replaces || isFile(target)) && (isFree(path) || isFileItself(path));
   if (!hasPlace) notify(&TNVHandlerDownloadObserver::onEventDownloadStarted);
   int code = hasPlace ? fetch(file.downloadAddress, path) : CURLE_WRITE_ERROR;
-  if (code == CURLE_OK && replaces && !rename(path, target)) code = CURLE_WRITE_ERROR;
+  if (code == CURLE_OK && replaces && !tnv::takePlace(path, target)) code = CURLE_WRITE_ERROR;
   if (code != CURLE_OK) {
     tnv::logLine("TNVDownloadManager::downlaodFile: Could not downlaod, reason: " +
                  std::to_string(code));

@@ -15,7 +15,8 @@ bool isRelative(double position) {
   return position >= 0.0 && position <= 1.0;
 }
 
-/// Writes the region; what goes wrong is thrown. Empty if there is no directory to write to.
+/// Writes the region. Empty if there is no directory to write to; a file that cannot be written
+/// changes nothing about the answer.
 std::string writeRegion(const cv::Mat& region, const std::string& directory,
                         const std::string& name) {
   if (!TNVDirectory::exists(directory)) TNVDirectory::createDirectory(directory);

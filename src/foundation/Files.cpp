@@ -26,7 +26,8 @@ std::optional<std::string> readFile(const std::string& path) {
   return content;
 }
 
-bool writeFile(const std::string& path, std::string_view content) {
+bool writeFile(const std::string& link, std::string_view content) {
+  const std::string path = withoutLinks(link);
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
   if (!file) return false;
   file.write(content.data(), static_cast<std::streamsize>(content.size()));
@@ -44,12 +45,16 @@ bool replaceFile(const std::string& path, std::string_view content) {
   // A link or a pipe of that name would take the content elsewhere.
   removeFile(written);
   if (!writeFile(written, content)) return false;
+  if (takePlace(written, target)) return true;
+  removeFile(written);
+  return false;
+}
+
+bool takePlace(const std::string& path, const std::string& target) {
   std::error_code error;
-  const fs::perms permissions = fs::status(target, error).permissions();
-  if (permissions != fs::perms::unknown && permissions != fs::perms::none)
-    fs::permissions(written, permissions, error);
-  fs::rename(written, target, error);
-  if (error) removeFile(written);
+  const fs::file_status earlier = fs::status(target, error);
+  if (fs::exists(earlier)) fs::permissions(path, earlier.permissions(), error);
+  fs::rename(path, target, error);
   return !error;
 }
 

@@ -11,13 +11,16 @@ namespace tnv {
 std::optional<std::string> readFile(const std::string& path);
 
 /// Writes a file in its place. False when that failed; then nothing is left of the file.
-bool writeFile(const std::string& path, std::string_view content);
+bool writeFile(const std::string& link, std::string_view content);
 
 /// Puts `content` in the place of the file: it is written beside the target and renamed over it, so
 /// that an earlier file stays readable whatever happens half way. The file that a link leads to is
-/// replaced, not the link, and who may read and write it stays. False when that failed; then the
-/// earlier file is untouched.
+/// replaced, not the link, and its permission bits stay, though not its owner. False when that
+/// failed; then the earlier file is untouched.
 bool replaceFile(const std::string& path, std::string_view content);
+
+/// Renames a file over another one, of which the permission bits stay. False when that failed.
+bool takePlace(const std::string& path, const std::string& target);
 
 /// The path of the file that a link leads to in the end; the path itself if it is none, or leads
 /// nowhere.

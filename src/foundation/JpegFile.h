@@ -22,7 +22,8 @@ struct JpegBytes {
   std::size_t size = 0;
 };
 
-/// The bytes of the file that `cv::imwrite` would write. Of size 0 for a picture that is not 8-bit
+/// The bytes of the file that `cv::imwrite` would write, unless the environment has variables with
+/// which the JPEG library is tried out. Of size 0 for a picture that is not 8-bit
 /// blue, green, red, or that this cannot encode.
 JpegBytes encodePlainJpeg(const cv::Mat& picture, int quality);
 

@@ -1,7 +1,6 @@
 #include "foundation/PictureFile.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <filesystem>
 #include <string_view>
 #include <vector>
@@ -18,18 +17,6 @@ namespace {
 
 /// What the image library takes if it is not told.
 constexpr int kUsualQuality = 95;
-
-/// A byte of an empty page in two colours stands for nearly as many pixels, the most that PNG and
-/// JPEG reach. What claims more is cut or made to fill the memory.
-constexpr std::uint64_t kMostPixelsOfAByte = 10000;
-
-bool isOutOfProportion(const std::string& path, cv::Size size) {
-  std::error_code error;
-  const std::uint64_t bytes = std::filesystem::file_size(path, error);
-  const auto width = static_cast<std::uint64_t>(size.width);
-  const auto height = static_cast<std::uint64_t>(size.height);
-  return error || width * height / kMostPixelsOfAByte > bytes;
-}
 
 bool isNamedJpeg(const std::string& path) {
   std::string extension = std::filesystem::path(path).extension().string();
@@ -64,7 +51,8 @@ cv::Mat readPicture(const std::string& path) {
   std::error_code error;
   if (!std::filesystem::is_regular_file(path, error)) return {};
   const PictureHead head = readPictureHead(path);
-  if (isOutOfProportion(path, head.size)) return {};
+  // The image library might find a size where the head tells none, and claim the memory for it.
+  if (head.isHollow || (head.isJpeg && head.size.empty())) return {};
   try {
     const cv::Mat picture = readPlainJpeg(path, head);
     return picture.empty() ? cv::imread(path, cv::IMREAD_COLOR) : picture;

@@ -9,7 +9,8 @@
 namespace tnv {
 
 /// The picture in colour: 8-bit, blue, green, red. Empty for what is no regular file (reading a
-/// pipe might never end), and for what cannot be read, a picture out of all proportion among it.
+/// pipe might never end), and for what cannot be read, PNG, JPEG and BMP out of all proportion
+/// among it.
 cv::Mat readPicture(const std::string& path);
 
 /// Writes the picture in the format that the path's extension names; a JPEG without a quality gets

@@ -1,10 +1,13 @@
 #include "foundation/PictureHead.h"
 
-#include <array>
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string_view>
 
+#include "foundation/Files.h"
 #include "foundation/PictureFile.h"
 
 namespace tnv {
@@ -35,6 +38,14 @@ class Bytes {
     return high << 16 | takeWord();
   }
 
+  /// So many bytes, the smallest first.
+  std::uint32_t takeLittle(std::size_t count) {
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < count; ++i)
+      value |= std::uint32_t{takeByte()} << (8 * i);
+    return value;
+  }
+
   void skip(unsigned count) { file.seekg(count, std::ios::cur); }
   bool good() const { return file.good(); }
 
@@ -44,11 +55,17 @@ class Bytes {
 
 constexpr std::string_view kPngSignature("\x89PNG\r\n\x1a\n", 8);
 constexpr std::string_view kJpegStart("\xff\xd8", 2);
+constexpr std::string_view kBmpStart("BM", 2);
+constexpr std::size_t kStartSize = 2;
 
 /// Markers of JPEG segments.
 constexpr unsigned kNotesOfCamera = 0xE1;
 constexpr unsigned kStartOfScan = 0xDA;
 constexpr unsigned kEnd = 0xD9;
+
+/// No more pixels come of a byte, but for an empty page by a kind of JPEG that nobody writes: PNG
+/// packs an empty page in two colours into one byte for 8,000.
+constexpr std::uint64_t kMostPixelsOfAByte = 10000;
 
 /// No picture of a larger side can be read.
 constexpr std::uint32_t kLargestSide = 1 << 20;
@@ -130,37 +147,121 @@ bool mayBeTurned(std::string_view segment) {
   return notes.substr(0, 2).find_first_of("IM") != std::string_view::npos && !isUpright(notes);
 }
 
-PictureHead jpegHead(Bytes& bytes) {
-  PictureHead head;
-  head.isJpeg = true;
-  bool isTurned = false;
-  while (bytes.good() && bytes.takeByte() == 0xFF) {
-    unsigned marker = bytes.takeByte();
-    while (marker == 0xFF && bytes.good())
+/// A marker that has no segment.
+bool standsAlone(unsigned marker) {
+  return marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8);
+}
+
+/// Whether the frame is one of those that are refined from scan to scan.
+bool isProgressive(unsigned marker) {
+  return isFrame(marker) && (marker & 3U) == 2;
+}
+
+/// What stands between segments is passed over, as the image library does it.
+unsigned nextMarker(Bytes& bytes) {
+  unsigned marker = 0;
+  while (bytes.good() && marker == 0) {
+    while (bytes.good() && bytes.takeByte() != 0xFF) {
+    }
+    do {
       marker = bytes.takeByte();
+    } while (bytes.good() && marker == 0xFF);
+  }
+  return marker;
+}
+
+struct JpegHead {
+  PictureHead head;
+  bool hasManyScans = false;
+};
+
+JpegHead jpegHead(Bytes& bytes) {
+  JpegHead result;
+  result.head.isJpeg = true;
+  bool isTurned = false;
+  unsigned components = 0;
+  while (bytes.good()) {
+    const unsigned marker = nextMarker(bytes);
+    if (standsAlone(marker)) continue;
+    if (marker == kEnd) return result;
     const unsigned length = bytes.takeWord();
-    if (marker == kStartOfScan) head.mayBeTurned = isTurned || !bytes.good();
-    if (marker == kStartOfScan || marker == kEnd || length < 2) return head;
+    if (length < 2) return result;
     const std::string segment = bytes.take(length - 2);
     if (marker == kNotesOfCamera) isTurned = isTurned || mayBeTurned(segment);
-    if (isFrame(marker)) head.size = frameSize(segment);
+    if (isFrame(marker)) {
+      result.head.size = frameSize(segment);
+      result.hasManyScans = isProgressive(marker);
+      components = segment.size() > 5 ? static_cast<unsigned char>(segment[5]) : 0;
+    }
+    if (marker == kStartOfScan) {
+      result.head.mayBeTurned = isTurned || !bytes.good();
+      if (segment.empty() || static_cast<unsigned char>(segment[0]) < components)
+        result.hasManyScans = true;
+      return result;
+    }
   }
+  return result;
+}
+
+/// The library goes through all pixels for each scan, however little it holds.
+std::uint64_t scanCount(const std::string& path) {
+  constexpr std::string_view start("\xff\xda", 2);
+  const std::string content = readFile(path).value_or("");
+  std::uint64_t count = 0;
+  for (std::size_t at = content.find(start); at != content.npos; at = content.find(start, at + 2))
+    ++count;
+  return std::max<std::uint64_t>(count, 1);
+}
+
+PictureHead bmpHead(Bytes& bytes) {
+  PictureHead head;
+  bytes.skip(12);
+  constexpr std::uint32_t oldest = 12;
+  const bool isOldest = bytes.takeLittle(4) == oldest;
+  const std::size_t size = isOldest ? 2 : 4;
+  const auto width = static_cast<std::int32_t>(bytes.takeLittle(size));
+  const auto height = static_cast<std::int32_t>(bytes.takeLittle(size));
+  // A picture whose rows go down has a height below 0.
+  if (bytes.good())
+    head.size = checkedSize(static_cast<std::uint32_t>(width),
+                            static_cast<std::uint32_t>(std::abs(std::int64_t{height})));
+  return head;
+}
+
+bool isHollow(const std::string& path, cv::Size size, std::uint64_t scans) {
+  std::error_code error;
+  const std::uint64_t bytes = std::filesystem::file_size(path, error);
+  const auto width = static_cast<std::uint64_t>(size.width);
+  const auto height = static_cast<std::uint64_t>(size.height);
+  return width * height * scans / kMostPixelsOfAByte > bytes;
+}
+
+PictureHead headOf(const std::string& path) {
+  Bytes bytes(path);
+  const std::string start = bytes.take(kStartSize);
+  if (start == kJpegStart) {
+    JpegHead result = jpegHead(bytes);
+    const std::uint64_t scans = result.hasManyScans ? scanCount(path) : 1;
+    result.head.isHollow = isHollow(path, result.head.size, scans);
+    return result.head;
+  }
+  PictureHead head;
+  if (start == kBmpStart) head = bmpHead(bytes);
+  if (start + bytes.take(kPngSignature.size() - kStartSize) == kPngSignature) head = pngHead(bytes);
+  head.isHollow = isHollow(path, head.size, 1);
   return head;
 }
 
 }  // namespace
 
 PictureHead readPictureHead(const std::string& path) {
-  Bytes bytes(path);
-  const std::string start = bytes.take(kJpegStart.size());
-  if (start == kJpegStart) return jpegHead(bytes);
-  if (start + bytes.take(kPngSignature.size() - start.size()) == kPngSignature)
-    return pngHead(bytes);
-  return {};
+  std::error_code error;
+  return std::filesystem::is_regular_file(path, error) ? headOf(path) : PictureHead();
 }
 
 cv::Size pictureSize(const std::string& path) {
   const PictureHead head = readPictureHead(path);
+  if (head.isHollow) return {};
   return head.mayBeTurned || head.size.empty() ? readPicture(path).size() : head.size;
 }
 

@@ -6,17 +6,22 @@
 
 namespace tnv {
 
-/// What the head of a PNG or JPEG file tells.
+/// What the head of a PNG, JPEG or BMP file tells.
 struct PictureHead {
   bool isJpeg = false;
 
   /// As the pixels lie. Empty for other files, and if the head does not tell.
   cv::Size size;
 
+  /// Whether no picture of that size, gone through as often as the file demands, can be in so few
+  /// bytes: the file is cut, or made to fill the memory or the time.
+  bool isHollow = false;
+
   /// Whether a turn is noted, or cannot be ruled out.
   bool mayBeTurned = true;
 };
 
+/// Of what is no regular file nothing is read.
 PictureHead readPictureHead(const std::string& path);
 
 /// The size in which the picture is seen, from the head of the file where that tells it, or else by

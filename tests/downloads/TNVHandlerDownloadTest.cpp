@@ -265,9 +265,12 @@ TEST_F(Download, AnEarlierFileIsReplacedOnlyByAWholeOne) {
   }
   EXPECT_EQ(content(), "earlier");
   EXPECT_EQ(content("w.bin.part").size(), kServedSize / 2);
+  const auto owner = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+  std::filesystem::permissions(weights() + "w.bin", owner);
   EXPECT_TRUE(download("/file"));
   EXPECT_EQ(content(), servedContent());
   EXPECT_FALSE(std::filesystem::exists(weights() + "w.bin.part"));
+  EXPECT_EQ(std::filesystem::status(weights() + "w.bin").permissions(), owner);
 }
 
 TEST_F(Download, AnObserverMayCancel) {
@@ -619,8 +622,10 @@ TEST_F(Download, ALinkInThePlaceOfAPartIsNotWrittenThrough) {
 TEST_F(Download, APipeAsALocalMirrorIsNotWaitedFor) {
   ASSERT_EQ(mkfifo((temp / "a pipe").c_str(), 0600), 0);
   const LogCapture log;
+  ASSERT_EQ(mkfifo((temp / "a\npipe").c_str(), 0600), 0);
   for (const std::string& address :
-       {"file://" + temp.path() + "a%20pipe", std::string("file:///dev/zero")})
+       {"file://" + temp.path() + "a%20pipe", "file://" + temp.path() + "a%0Apipe",
+        std::string("file:///dev/zero")})
     EXPECT_FALSE(wrapper.wDownloadFile(WTNVDownloadFile(fileNamed("w.bin", address)), weights()));
   // The code of a file that cannot be read.
   EXPECT_THAT(log.lines(),

@@ -105,10 +105,22 @@ TEST(Files, ALinkThatLeadsNowhereGivesWayToTheFile) {
 TEST(Files, WhoMayReadAFileStays) {
   const TempDirectory temp;
   temp.write("file", "old");
-  const auto owner = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
-  std::filesystem::permissions(temp / "file", owner);
-  EXPECT_TRUE(tnv::replaceFile(temp / "file", "new"));
-  EXPECT_EQ(std::filesystem::status(temp / "file").permissions(), owner);
+  using std::filesystem::perms;
+  for (const perms kept : {perms::owner_read | perms::owner_write, perms::none}) {
+    std::filesystem::permissions(temp / "file", kept);
+    EXPECT_TRUE(tnv::replaceFile(temp / "file", "new"));
+    EXPECT_EQ(std::filesystem::status(temp / "file").permissions(), kept);
+  }
+}
+
+TEST(Files, AFullDiskLeavesALinkAndNothingOfWhatItLeadsTo) {
+  const TempDirectory temp;
+  temp.write("real", "old");
+  std::filesystem::create_symlink("real", temp / "link");
+  const FileLimit limit(4);
+  EXPECT_FALSE(tnv::writeFile(temp / "link", "new and longer"));
+  EXPECT_TRUE(std::filesystem::is_symlink(temp / "link"));
+  EXPECT_FALSE(std::filesystem::exists(temp / "real"));
 }
 
 TEST(Files, APipeOrLinkOfTheTemporaryNameIsNotWrittenTo) {

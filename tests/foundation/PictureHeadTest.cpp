@@ -1,8 +1,12 @@
 #include "foundation/PictureHead.h"
 
+#include <cmath>
 #include <filesystem>
 
 #include <gtest/gtest.h>
+#include <opencv2/imgcodecs.hpp>
+
+#include "foundation/PictureFile.h"
 
 #include "support/Pictures.h"
 #include "support/TempDirectory.h"
@@ -71,4 +75,59 @@ TEST(PictureHead, ADamagedHeadHasNoSize) {
   std::string huge = readFile(temp / "a.png");
   huge.replace(16, 4, "\xff\xff\xff\xff");
   EXPECT_EQ(sizeFromHead(temp.write("huge.png", huge)), cv::Size());
+}
+
+TEST(PictureHead, WhatIsNoPictureHasNoSize) {
+  const TempDirectory temp;
+  for (const std::string& path : unreadablePictures(temp))
+    EXPECT_EQ(tnv::pictureSize(path), cv::Size()) << path;
+}
+
+TEST(PictureHead, NoMorePixelsThanTenThousandAByteAreBelieved) {
+  const TempDirectory temp;
+  const double bytes = static_cast<double>(hollowJpeg(100).size());
+  for (const auto& [pixelsOfAByte, isBelieved] : {std::pair{9500, true}, {10500, false}}) {
+    const int side = static_cast<int>(std::sqrt(pixelsOfAByte * bytes));
+    const std::string path = temp.write("a.jpg", hollowJpeg(side));
+    EXPECT_EQ(tnv::pictureSize(path).empty(), !isBelieved);
+    EXPECT_EQ(tnv::readPicture(path).empty(), !isBelieved);
+  }
+}
+
+TEST(PictureHead, PixelsCountForEachScan) {
+  const TempDirectory temp;
+  // A thousand pixels a byte, of which a progressive file of this kind has ten scans at least.
+  const std::string small = hollowJpeg(100, true);
+  std::size_t scans = 0;
+  for (std::size_t at = small.find("\xFF\xDA"); at != small.npos;
+       at = small.find("\xFF\xDA", at + 1))
+    ++scans;
+  ASSERT_GT(scans, 2U);
+  const double bytes = static_cast<double>(small.size());
+  for (const auto& [pixelsOfAByte, isBelieved] : {std::pair{9500, true}, {10500, false}}) {
+    const int side =
+        static_cast<int>(std::sqrt(pixelsOfAByte * bytes / static_cast<double>(scans)));
+    const std::string path = temp.write("a.jpg", hollowJpeg(side, true));
+    EXPECT_EQ(tnv::readPicture(path).empty(), !isBelieved);
+  }
+}
+
+TEST(PictureHead, AnEmptyPageInTwoColoursIsAPicture) {
+  const TempDirectory temp;
+  const cv::Mat page(9000, 9000, CV_8UC1, cv::Scalar(255));
+  cv::imwrite(temp / "page.png", page,
+              {cv::IMWRITE_PNG_BILEVEL, 1, cv::IMWRITE_PNG_COMPRESSION, 9});
+  // Thus a bound of 2,000 pixels a byte would be too low.
+  ASSERT_GT(9000.0 * 9000 / static_cast<double>(fs::file_size(temp / "page.png")), 2000);
+  EXPECT_EQ(tnv::readPicture(temp / "page.png").size(), page.size());
+}
+
+TEST(PictureHead, BitmapsOfEitherDirectionAreRead) {
+  const TempDirectory temp;
+  const std::string path = writePicture(temp / "a.bmp", 37, 21);
+  std::string bitmap = readFile(path);
+  EXPECT_TRUE(samePixels(patternedPicture(37, 21), tnv::readPicture(path)));
+  // 2^32 - 21
+  bitmap.replace(22, 4, "\xEB\xFF\xFF\xFF");
+  EXPECT_EQ(tnv::readPicture(temp.write("down.bmp", bitmap)).size(), cv::Size(37, 21));
 }

@@ -37,14 +37,40 @@ std::string turnedJpeg(const cv::Mat& picture, char orientation) {
   return withCameraNotes({bytes.begin(), bytes.end()}, notesOfOrientation(orientation));
 }
 
-/// A small file that claims to be a picture of 32,000 by 32,000 pixels.
-static std::string hollowJpeg() {
+std::string hollowJpeg(int side, bool progressive) {
   std::vector<uchar> bytes;
-  cv::imencode(".jpg", patternedPicture(8, 8), bytes);
+  cv::imencode(".jpg", patternedPicture(8, 8), bytes,
+               {cv::IMWRITE_JPEG_PROGRESSIVE, progressive ? 1 : 0});
   std::string jpeg(bytes.begin(), bytes.end());
+  const char sides[] = {static_cast<char>(side >> 8), static_cast<char>(side)};
   // Behind the marker: two bytes of length, one of bits, height and width.
-  jpeg.replace(jpeg.find("\xFF\xC0") + 5, 4, "\x7D\x00\x7D\x00", 4);
+  const std::size_t frame = jpeg.find(progressive ? "\xFF\xC2" : "\xFF\xC0") + 5;
+  jpeg.replace(frame, 2, sides, 2).replace(frame + 2, 2, sides, 2);
   return jpeg;
+}
+
+/// The same with bytes before its frame that the image library passes over.
+static std::string hollowJpegWith(const std::string& stray) {
+  const std::string jpeg = hollowJpeg(32000);
+  return std::string(jpeg).insert(jpeg.find("\xFF\xDB"), stray);
+}
+
+/// The head of a bitmap of 18,000 by 18,000 pixels, packed, and its end at once.
+static std::string hollowBitmap() {
+  std::string bitmap(1078, '\0');
+  const auto put = [&](std::size_t at, std::uint32_t value) {
+    for (int i = 0; i < 4; ++i)
+      bitmap[at + static_cast<std::size_t>(i)] = static_cast<char>(value >> (8 * i));
+  };
+  bitmap.replace(0, 2, "BM");
+  put(10, 1078);
+  put(14, 40);
+  put(18, 18000);
+  put(22, 18000);
+  put(26, 1 | 8 << 16);
+  put(30, 1);
+  put(46, 256);
+  return bitmap + std::string("\0\1", 2);
 }
 
 std::vector<std::string> unreadablePictures(const TempDirectory& temp) {
@@ -56,7 +82,11 @@ std::vector<std::string> unreadablePictures(const TempDirectory& temp) {
           temp.write("empty.png", ""),
           temp.write("text.png", "no picture"),
           temp.write("huge.png", "P6 100000 100000 255\n"),
-          temp.write("hollow.jpg", hollowJpeg())};
+          temp.write("hollow.jpg", hollowJpeg(32000)),
+          temp.write("stray.jpg", hollowJpegWith("x")),
+          temp.write("alone.jpg", hollowJpegWith("\xFF\x01")),
+          temp.write("stuffed.jpg", hollowJpegWith(std::string("\xFF\0\xC4", 3))),
+          temp.write("hollow.bmp", hollowBitmap())};
 }
 
 ::testing::AssertionResult samePixels(const cv::Mat& expected, const cv::Mat& actual) {

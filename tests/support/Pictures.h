@@ -23,6 +23,9 @@ std::string notesOfOrientation(char orientation);
 /// The picture as the bytes of a JPEG file that is to be turned so before it is seen.
 std::string turnedJpeg(const cv::Mat& picture, char orientation);
 
+/// A file of some hundred bytes that claims to be a picture of so many rows and columns.
+std::string hollowJpeg(int side, bool progressive = false);
+
 /// What is named like a picture and cannot be read as one: nothing, a directory, a pipe that nobody
 /// writes to, an empty file, a text, and pictures out of all proportion.
 std::vector<std::string> unreadablePictures(const TempDirectory& temp);
