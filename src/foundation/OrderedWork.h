@@ -26,8 +26,8 @@ bool hasRepeats(std::vector<Thing*> things) {
   return std::adjacent_find(things.begin(), things.end()) != things.end();
 }
 
-/// Makes the results for 0, 1, 2, ... on threads of its own, a bounded number ahead of whoever takes
-/// them in this order. Its end waits for what is being made; nothing else is begun then.
+/// Makes the results for 0, 1, 2, ... on threads of its own, a bounded number ahead of whoever
+/// takes them in this order. Its end waits for what is being made; nothing else is begun then.
 template <class Result>
 class OrderedWork {
  public:

@@ -34,9 +34,8 @@ class StepsForLater final : public Steps {
   /// is the last one. False if it threw.
   template <class Work>
   bool record(const Work& work) {
-    const DivertedLog log([this](std::string_view line) {
-      add([text = std::string(line)] { logLine(text); });
-    });
+    const DivertedLog log(
+        [this](std::string_view line) { add([text = std::string(line)] { logLine(text); }); });
     try {
       work();
       return true;
