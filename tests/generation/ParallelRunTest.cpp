@@ -310,7 +310,8 @@ TEST_F(ParallelRun, WritesTheSameFilesWithATreeOfAllKinds) {
       "<FilterAllowedGens>ROI</FilterAllowedGens><FilterAllowedForms>Rect</FilterAllowedForms>"
       "<SubTasks>2</SubTasks>"
       "<Task_0><Name>Rotation</Name><Save>1</Save><Rotate>90</Rotate></Task_0>"
-      "<Task_1><Name>Resize</Name><Save>0</Save><TargetSize>40 30</TargetSize><SubTasks>1</SubTasks>"
+      "<Task_1><Name>Resize</Name><Save>0</Save><TargetSize>40 "
+      "30</TargetSize><SubTasks>1</SubTasks>"
       "<Task_0><Name>Default</Name><Save>1</Save></Task_0></Task_1></Task_0>");
   expectSameOnAllThreads();
 }
@@ -407,7 +408,8 @@ TEST_F(ParallelRun, WhatIsThrownOnAWorkerComesInItsTurn) {
 TEST_F(ParallelRun, ADamagedRecordIsThrownInItsTurn) {
   for (int i = 0; i < 6; ++i)
     addPicture(20 + i, 20);
-  records.insert(records.begin() + 3, directory.write("records/bad.xml", "<?xml version=\"1.0\"?>x"));
+  records.insert(records.begin() + 3,
+                 directory.write("records/bad.xml", "<?xml version=\"1.0\"?>x"));
   select(kCopy);
   std::vector<Traces> all;
   for (const int threads : {kOneAfterTheOther, 1, 2, 4}) {
@@ -509,8 +511,8 @@ TEST_F(ParallelRun, RandomTasksDrawOnEachThreadWithinTheirBounds) {
   for (int i = 0; i < 60; ++i) {
     const cv::Mat picture =
         cv::imread(directory / ("out/images/img_" + std::to_string(i) + ".jpg"));
-    EXPECT_THAT(std::max(picture.cols, picture.rows), ::testing::AllOf(::testing::Ge(20),
-                                                                       ::testing::Le(24)));
+    EXPECT_THAT(std::max(picture.cols, picture.rows),
+                ::testing::AllOf(::testing::Ge(20), ::testing::Le(24)));
   }
 }
 
