@@ -40,6 +40,14 @@ bool isNamedJpeg(const std::string& path) {
   return extension == ".jpg" || extension == ".jpeg" || extension == ".jpe";
 }
 
+/// Rows and columns that the JPEG libraries take.
+constexpr int kLongestJpegSide = 65500;
+
+/// The image library would throw, with a text that it makes in a buffer for all threads.
+bool isTooLongForJpeg(const cv::Mat& picture) {
+  return !picture.empty() && std::max(picture.cols, picture.rows) > kLongestJpegSide;
+}
+
 /// Empty for a picture that the format does not take.
 std::vector<uchar> encoded(const std::string& path, const cv::Mat& picture,
                            const std::vector<int>& parameters) {
@@ -78,6 +86,7 @@ PictureBytes encodePicture(const std::string& path, const cv::Mat& picture,
                            std::optional<int> jpegQuality) {
   const int quality = jpegQuality.value_or(kUsualQuality);
   if (isNamedJpeg(path)) {
+    if (isTooLongForJpeg(picture)) return {};
     JpegBytes bytes = encodePlainJpeg(picture, quality);
     const std::shared_ptr<unsigned char[]> owner = std::move(bytes.data);
     if (bytes.size > 0) return {asContent(owner.get(), bytes.size), owner};

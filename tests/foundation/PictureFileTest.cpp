@@ -84,10 +84,15 @@ TEST(PictureFile, EncodedPicturesAreTheContentOfTheFiles) {
 
 TEST(PictureFile, APictureThatTheFormatDoesNotTakeHasNoContentAndIsNotWritten) {
   const TempDirectory temp;
-  const tnv::PictureBytes bytes = tnv::encodePicture("a.jpg", cv::Mat(1, 70000, CV_8UC3));
-  EXPECT_TRUE(bytes.content.empty());
-  EXPECT_FALSE(tnv::writePicture(temp / "a.jpg", bytes));
-  EXPECT_FALSE(std::filesystem::exists(temp / "a.jpg"));
+  for (const cv::Size size : {cv::Size(65501, 1), cv::Size(1, 65501), cv::Size(70000, 2)}) {
+    const auto bytes = tnv::encodePicture("a.jpg", cv::Mat(size, CV_8UC3, cv::Scalar()));
+    EXPECT_TRUE(bytes.content.empty()) << size;
+    EXPECT_FALSE(tnv::writePicture(temp / "a.jpg", bytes));
+    EXPECT_FALSE(std::filesystem::exists(temp / "a.jpg"));
+  }
+  const cv::Mat longest(1, 65500, CV_8UC3, cv::Scalar());
+  EXPECT_EQ(tnv::encodePicture("a.jpg", longest).content, encoded(".jpg", longest, {}));
+  EXPECT_THROW(tnv::encodePicture("a.jpg", cv::Mat(0, 70000, CV_8UC3)), cv::Exception);
 }
 
 TEST(PictureFile, WhatCannotBeWrittenIsFalse) {
