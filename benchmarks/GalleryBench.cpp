@@ -29,8 +29,11 @@ class Run {
       mark(*trainSet.getNativeTrainSet());
   }
 
-  void process() {
-    requireSame(bench.project.getHndValidation().wProcessGeneration(), "the run was refused");
+  void process(bool onTwoThreads) {
+    WTNVHandlerValidation validation = bench.project.getHndValidation();
+    requireSame(
+        onTwoThreads ? validation.wProcessGenerationParallel(2) : validation.wProcessGeneration(),
+        "the run was refused");
   }
 
   std::string output() const { return bench.temp / "bench/validation/"; }
@@ -74,23 +77,27 @@ class BareRun {
   std::string output;
 };
 
-Pair makePair(int pictures) {
+/// The twin is always a loop on one thread.
+Pair makePair(int pictures, bool onTwoThreads) {
   const auto run = std::make_shared<Run>(pictures);
   const auto bare = std::make_shared<BareRun>(run->paths, run->bench.temp / "bare/");
-  run->process();
+  run->process(onTwoThreads);
   bare->process();
   for (int i = 0; i < pictures * kMarks; ++i) {
     const std::string name = std::to_string(i) + ".jpg";
     requireSame(readFile(run->output() + name) == readFile(run->bench.temp / "bare/" + name), name);
   }
-  return {{[run] { run->process(); }}, {[bare] { bare->process(); }}};
+  return {{[=] { run->process(onTwoThreads); }}, {[bare] { bare->process(); }}};
 }
 
 }  // namespace
 
 void addGalleries(const Plan& plan) {
-  for (const int pictures : plan.sizes({10, 143})) {
-    addComparison(plan, "gallery, 13 marks each, pictures", pictures, 15,
-                  [=] { return makePair(pictures); });
-  }
+  const auto add = [&](const char* name, bool onTwoThreads) {
+    for (const int pictures : plan.sizes({10, 143})) {
+      addComparison(plan, name, pictures, 15, [=] { return makePair(pictures, onTwoThreads); });
+    }
+  };
+  add("gallery, 13 marks each, pictures", false);
+  add("gallery on two threads, pictures", true);
 }

@@ -33,9 +33,12 @@ class Run {
     configure();
   }
 
-  void process() {
+  void process(bool onTwoThreads) {
     WTNVHandlerAugment augment = bench.project.getHndAugment();
-    requireSame(augment.wProcess(bench.project.wGetTrainSets(), bench.project.wGetGeneration()),
+    const auto trainSets = bench.project.wGetTrainSets();
+    const WTNVGeneration generation = bench.project.wGetGeneration();
+    requireSame(onTwoThreads ? augment.wProcessParallel(trainSets, generation, 2)
+                             : augment.wProcess(trainSets, generation),
                 "the run was refused");
   }
 
@@ -146,31 +149,32 @@ class BareRun {
   int number = 0;
 };
 
-Pair makePair(int pictures, cv::Size size) {
+/// The twin is always a loop on one thread.
+Pair makePair(int pictures, cv::Size size, bool onTwoThreads) {
   const auto run = std::make_shared<Run>(pictures, size);
   const auto bare = std::make_shared<BareRun>(run->paths, run->bench.temp / "bare/");
-  run->process();
+  run->process(onTwoThreads);
   bare->clear();
   bare->process();
   for (const auto& file : fs::directory_iterator(run->bench.temp / "bare/")) {
     const std::string name = file.path().filename().string();
     requireSame(readFile(run->output() + "images/" + name) == readFile(file.path().string()), name);
   }
-  return {{[run] { run->process(); }, [run] { run->clear(); }},
+  return {{[=] { run->process(onTwoThreads); }, [run] { run->clear(); }},
           {[bare] { bare->process(); }, [bare] { bare->clear(); }}};
 }
 
 }  // namespace
 
 void addGenerations(const Plan& plan) {
-  for (const int pictures : plan.sizes({4, 40})) {
-    addComparison(plan, "generate from 640 x 480", pictures, 7, [=] {
-      return makePair(pictures, {640, 480});
-    });
-  }
-  for (const int pictures : plan.sizes({4, 40})) {
-    addComparison(plan, "generate from 1920 x 1080", pictures, 5, [=] {
-      return makePair(pictures, {1920, 1080});
-    });
-  }
+  const auto add = [&](const char* name, cv::Size size, int repeats, bool onTwoThreads) {
+    for (const int pictures : plan.sizes({4, 40})) {
+      addComparison(plan, name, pictures, repeats,
+                    [=] { return makePair(pictures, size, onTwoThreads); });
+    }
+  };
+  add("generate from 640 x 480", {640, 480}, 7, false);
+  add("generate from 1920 x 1080", {1920, 1080}, 5, false);
+  add("generate on two threads, 640 x 480", {640, 480}, 7, true);
+  add("generate on two threads, 1920x1080", {1920, 1080}, 5, true);
 }

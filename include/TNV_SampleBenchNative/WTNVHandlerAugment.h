@@ -32,7 +32,21 @@ class TNV_SAMPLEBENCH_API WTNVHandlerAugment : public TNVHandlerAugmentObserver 
   /// generator writes to is deleted first. Errors of the file system and of OpenCV are thrown.
   bool wProcess(const std::vector<WTNVTrainSet>& trainSets, WTNVGeneration generation);
 
-  /// Ends a run before its next train set. For any thread, and for the callbacks of the run.
+  /// The same run on several threads at once: so many of its own read pictures, send them through
+  /// the tree and encode, each for a train set of its own, while the calling thread numbers and
+  /// writes what they made in the order of the train sets. 0, or less, takes one for each core.
+  /// Events, on the calling thread, log lines, result, files and what is thrown are those of
+  /// `wProcess`, with a tree that draws nothing at random byte for byte. At most two train sets a
+  /// thread are in work or wait for their turn, with their pictures and encoded samples in memory.
+  /// The threads have ended before the Finished event and before anything is thrown. Until then the
+  /// project must not be changed, nor asked for train sets whose turn has not come, not by
+  /// callbacks either; a tree that one selects counts from the next run on. A list that names a
+  /// train set twice is worked through as by `wProcess`.
+  bool wProcessParallel(const std::vector<WTNVTrainSet>& trainSets, WTNVGeneration generation,
+                        int threads);
+
+  /// Ends a run before its next train set, whatever was made ahead. For any thread, and for the
+  /// callbacks of the run.
   void wProcessStop();
 
   /// Whether no run is active. For any thread. After a run that could not start it stays false.

@@ -33,6 +33,15 @@ class TNV_SAMPLEBENCH_API WTNVHandlerValidation : public TNVHandlerValidationObs
   /// as active.
   bool wProcessGeneration();
 
+  /// The same run on several threads at once: so many of its own read pictures, cut and encode,
+  /// each for a train set of its own, while the calling thread numbers and writes the cuts in the
+  /// order of the train sets. 0, or less, takes one for each core. Events, on the calling thread,
+  /// log lines, result, files and what is thrown are those of `wProcessGeneration`. At most two
+  /// train sets a thread are in work or wait for their turn. The threads have ended before the
+  /// Finished event and before anything is thrown. Until then the project must not be changed, nor
+  /// asked for train sets whose turn has not come, not by callbacks either.
+  bool wProcessGenerationParallel(int threads);
+
   /// Ends a run before its next train set; what is cut until then stays usable. For any thread, and
   /// for the callbacks of the run.
   void wProcessStop();

@@ -2,6 +2,17 @@
 
 #include "generation/TNVHandlerAugment.h"
 
+namespace {
+
+std::vector<TNVTrainSet*> nativesOf(const std::vector<WTNVTrainSet>& trainSets) {
+  std::vector<TNVTrainSet*> natives;
+  for (const WTNVTrainSet& trainSet : trainSets)
+    natives.push_back(trainSet.getNativeTrainSet());
+  return natives;
+}
+
+}  // namespace
+
 WTNVHandlerAugment::WTNVHandlerAugment(TNVHandlerAugment* handler) : native(handler) {
   native->addObserver(this);
 }
@@ -19,10 +30,12 @@ WTNVHandlerAugment::~WTNVHandlerAugment() {
 
 bool WTNVHandlerAugment::wProcess(const std::vector<WTNVTrainSet>& trainSets,
                                   WTNVGeneration generation) {
-  std::vector<TNVTrainSet*> natives;
-  for (const WTNVTrainSet& trainSet : trainSets)
-    natives.push_back(trainSet.getNativeTrainSet());
-  return native->process(natives, generation.getNativeGeneration());
+  return native->process(nativesOf(trainSets), generation.getNativeGeneration());
+}
+
+bool WTNVHandlerAugment::wProcessParallel(const std::vector<WTNVTrainSet>& trainSets,
+                                          WTNVGeneration generation, int threads) {
+  return native->processParallel(nativesOf(trainSets), generation.getNativeGeneration(), threads);
 }
 
 void WTNVHandlerAugment::wProcessStop() {

@@ -23,6 +23,10 @@ bool WTNVHandlerValidation::wProcessGeneration() {
   return native->createDNNImages();
 }
 
+bool WTNVHandlerValidation::wProcessGenerationParallel(int threads) {
+  return native->createDNNImagesParallel(threads);
+}
+
 void WTNVHandlerValidation::wProcessStop() {
   native->stopRequested = true;
 }

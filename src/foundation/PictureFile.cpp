@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <opencv2/imgcodecs.hpp>
@@ -26,6 +27,14 @@ bool isNamedJpeg(const std::string& path) {
   return extension == ".jpg" || extension == ".jpeg" || extension == ".jpe";
 }
 
+/// Rows and columns that the JPEG libraries take.
+constexpr int kLongestJpegSide = 65500;
+
+/// The image library would throw, with a text that it makes in a buffer for all threads.
+bool isTooLongForJpeg(const cv::Mat& picture) {
+  return !picture.empty() && std::max(picture.cols, picture.rows) > kLongestJpegSide;
+}
+
 /// Empty for a picture that the format does not take.
 std::vector<uchar> encoded(const std::string& path, const cv::Mat& picture,
                            const std::vector<int>& parameters) {
@@ -41,8 +50,8 @@ std::vector<uchar> encoded(const std::string& path, const cv::Mat& picture,
   return bytes;
 }
 
-bool writeBytes(const std::string& path, const unsigned char* data, std::size_t size) {
-  return size > 0 && writeFile(path, {reinterpret_cast<const char*>(data), size});
+std::string_view asContent(const unsigned char* data, std::size_t size) {
+  return {reinterpret_cast<const char*>(data), size};
 }
 
 }  // namespace
@@ -61,14 +70,26 @@ cv::Mat readPicture(const std::string& path) {
   }
 }
 
-bool writePicture(const std::string& path, const cv::Mat& picture, std::optional<int> jpegQuality) {
+PictureBytes encodePicture(const std::string& path, const cv::Mat& picture,
+                           std::optional<int> jpegQuality) {
   const int quality = jpegQuality.value_or(kUsualQuality);
   if (isNamedJpeg(path)) {
-    const JpegBytes bytes = encodePlainJpeg(picture, quality);
-    if (bytes.size > 0) return writeBytes(path, bytes.data.get(), bytes.size);
+    if (isTooLongForJpeg(picture)) return {};
+    JpegBytes bytes = encodePlainJpeg(picture, quality);
+    const std::shared_ptr<unsigned char[]> owner = std::move(bytes.data);
+    if (bytes.size > 0) return {asContent(owner.get(), bytes.size), owner};
   }
-  const std::vector<uchar> bytes = encoded(path, picture, {cv::IMWRITE_JPEG_QUALITY, quality});
-  return writeBytes(path, bytes.data(), bytes.size());
+  const auto owner = std::make_shared<const std::vector<uchar>>(
+      encoded(path, picture, {cv::IMWRITE_JPEG_QUALITY, quality}));
+  return {asContent(owner->data(), owner->size()), owner};
+}
+
+bool writePicture(const std::string& path, const PictureBytes& bytes) {
+  return !bytes.content.empty() && writeFile(path, bytes.content);
+}
+
+bool writePicture(const std::string& path, const cv::Mat& picture, std::optional<int> jpegQuality) {
+  return writePicture(path, encodePicture(path, picture, jpegQuality));
 }
 
 }  // namespace tnv

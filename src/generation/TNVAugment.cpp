@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "foundation/Log.h"
+#include "foundation/Steps.h"
 #include "generation/TNVGeneration.h"
 #include "marks/TNVContour.h"
 #include "marks/TNVMark.h"
@@ -46,12 +47,17 @@ cv::Mat sharedImage(TNVTrainSet& trainSet) {
 
 TNVAugmentSample TNVAugment::setTrainSet(TNVTrainSet* trainSet,
                                          const std::vector<TNVDNNClass*>& classes) {
+  return setTrainSet(trainSet, trainSet ? sharedImage(*trainSet) : cv::Mat(), classes);
+}
+
+TNVAugmentSample TNVAugment::setTrainSet(const TNVTrainSet* trainSet, const cv::Mat& picture,
+                                         const std::vector<TNVDNNClass*>& classes) {
   if (!trainSet) {
     tnv::logLine("TNVAugment::setTrainSet: TrainSet is nullptr!");
     return {};
   }
   TNVAugmentSample sample;
-  sample.image = sharedImage(*trainSet);
+  sample.image = picture;
   if (sample.image.empty()) {
     tnv::logLine("TNVAugment::setTrainSet: TrainSet image is empty!");
     return {};
@@ -70,6 +76,12 @@ TNVAugmentSample TNVAugment::setTrainSet(TNVTrainSet* trainSet,
 
 bool TNVAugment::processTrainSet(const TNVAugment& task, const TNVAugmentSample& sample,
                                  TNVGeneration* generation) {
+  tnv::StepsAtOnce steps;
+  return processTrainSet(task, sample, generation, steps);
+}
+
+bool TNVAugment::processTrainSet(const TNVAugment& task, const TNVAugmentSample& sample,
+                                 TNVGeneration* generation, tnv::Steps& steps) {
   if (sample.image.empty()) {
     tnv::logLine("TNVAugment::processTrainSet: Can not process, TrainSet ist empty!");
     return false;
@@ -79,8 +91,8 @@ bool TNVAugment::processTrainSet(const TNVAugment& task, const TNVAugmentSample&
     return false;
   }
   const TNVAugmentSample result = task.process(sample);
-  if (task.save) generation->process(result);
+  if (task.save) generation->prepare(result, steps);
   for (const auto& subTask : task.subTasks)
-    processTrainSet(*subTask, result, generation);
+    processTrainSet(*subTask, result, generation, steps);
   return true;
 }

@@ -12,6 +12,10 @@ class TNVDNNClass;
 class TNVGeneration;
 class TNVTrainSet;
 
+namespace tnv {
+class Steps;
+}
+
 /// A task of the tree that each picture is sent through.
 class TNVAugment {
  public:
@@ -31,9 +35,17 @@ class TNVAugment {
   static TNVAugmentSample setTrainSet(TNVTrainSet* trainSet,
                                       const std::vector<TNVDNNClass*>& classes);
 
+  /// The same with a picture that the train set need not have in memory.
+  static TNVAugmentSample setTrainSet(const TNVTrainSet* trainSet, const cv::Mat& picture,
+                                      const std::vector<TNVDNNClass*>& classes);
+
   /// Sends the sample through the task and its subtasks, depth first.
   static bool processTrainSet(const TNVAugment& task, const TNVAugmentSample& sample,
                               TNVGeneration* generation);
+
+  /// The same, but what the generator writes may wait.
+  static bool processTrainSet(const TNVAugment& task, const TNVAugmentSample& sample,
+                              TNVGeneration* generation, tnv::Steps& steps);
 
   bool save = true;
   std::vector<std::unique_ptr<TNVAugment>> subTasks;

@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "foundation/Log.h"
+#include "foundation/Steps.h"
 #include "foundation/TNVDirectory.h"
 #include "foundation/TNVSettings.h"
+#include "generation/TNVAugmentSample.h"
 #include "generation/TNVKeyWordAndValue.h"
 
 namespace {
@@ -84,6 +86,10 @@ void TNVGeneration::loadSettings(TNVSettings* settings) {
     templates.emplace(settings->getString(indexedKey("Descriptor", index), ""),
                       readTemplate(*settings, index));
   }
+}
+
+void TNVGeneration::prepare(const TNVAugmentSample& sample, tnv::Steps& steps) {
+  steps.add([this, sample] { process(sample); });
 }
 
 std::vector<std::string> TNVGeneration::getAvailableTemplateNames(

@@ -9,6 +9,10 @@ class TNVSettings;
 class TNVTrainSet;
 struct TNVAugmentSample;
 
+namespace tnv {
+class Steps;
+}
+
 /// Base of all generators of training sets: the output templates with the user's keyword values,
 /// the variables that can stand as values, and their persistence in the project's settings.
 class TNVGeneration {
@@ -36,6 +40,10 @@ class TNVGeneration {
 
   /// One message for each problem.
   virtual std::vector<std::string> validateConfig() const = 0;
+
+  /// What `process` does, the part that takes long at once and the rest as steps: those of all
+  /// samples have to follow each other on one thread, while this may be called on any.
+  virtual void prepare(const TNVAugmentSample& sample, tnv::Steps& steps);
 
   std::vector<std::string> getAvailableTemplateNames(const std::string& descriptor) const;
   std::map<std::string, std::string> getTemplateDataDefault(const std::string& descriptor,

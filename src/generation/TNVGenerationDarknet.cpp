@@ -10,6 +10,7 @@
 #include "foundation/Log.h"
 #include "foundation/Numbers.h"
 #include "foundation/PictureFile.h"
+#include "foundation/Steps.h"
 #include "foundation/TNVDirectory.h"
 #include "foundation/TNVSettings.h"
 #include "generation/Random.h"
@@ -32,6 +33,9 @@ const std::string kWeightsCopyKey = "Generation.Darknet.WeightsCopy";
 const std::string kAbsPathInFileKey = "Generation.Darknet.AbsPathInFile";
 
 const std::string kWeightsPath = "darknet/weights/";
+
+constexpr const char* kLabelExtension = ".txt";
+constexpr const char* kPictureExtension = ".jpg";
 
 /// Far outside of any picture, and far enough from the ends of the 32-bit range for the library to
 /// add and subtract.
@@ -193,11 +197,25 @@ bool TNVGenerationDarknet::processBefore() {
 }
 
 bool TNVGenerationDarknet::process(const TNVAugmentSample& sample) {
-  const std::string stem = sampleDirectory + "img_" + std::to_string(sampleCounter++);
-  tnv::replaceFile(stem + ".txt", labelText(sample));
-  tnv::writePicture(stem + ".jpg", sample.image);
-  samples.push_back({stem + ".jpg", sample.special});
+  tnv::StepsAtOnce steps;
+  prepare(sample, steps);
   return true;
+}
+
+void TNVGenerationDarknet::prepare(const TNVAugmentSample& sample, tnv::Steps& steps) {
+  steps.add([this, labels = labelText(sample)] {
+    tnv::replaceFile(samplePath(sampleCounter++, kLabelExtension), labels);
+  });
+  const auto picture = tnv::encodePicture(samplePath(0, kPictureExtension), sample.image);
+  steps.add([this, picture, special = sample.special] {
+    const std::string path = samplePath(sampleCounter - 1, kPictureExtension);
+    tnv::writePicture(path, picture);
+    samples.push_back({path, special});
+  });
+}
+
+std::string TNVGenerationDarknet::samplePath(unsigned number, const char* extension) const {
+  return sampleDirectory + "img_" + std::to_string(number) + extension;
 }
 
 bool TNVGenerationDarknet::processAfter() {

@@ -28,6 +28,7 @@ class TNVGenerationDarknet final : public TNVGeneration {
   bool process(const TNVAugmentSample& sample) override;
   bool processAfter() override;
   std::vector<std::string> validateConfig() const override;
+  void prepare(const TNVAugmentSample& sample, tnv::Steps& steps) override;
 
   std::string getWeightsDirectory() const;
   std::vector<std::string> getAvailableWeights() const;
@@ -43,4 +44,7 @@ class TNVGenerationDarknet final : public TNVGeneration {
   bool useSpecialTest = false;
   unsigned sampleCounter = 0;
   std::vector<SampleEntry> samples;
+
+ private:
+  std::string samplePath(unsigned number, const char* extension) const;
 };

@@ -1,7 +1,13 @@
 #include "generation/TNVHandlerAugment.h"
 
+#include <algorithm>
+#include <functional>
+#include <utility>
+
 #include "TNV_SampleBenchNative/TNVObserver.h"
 #include "foundation/Log.h"
+#include "foundation/OrderedWork.h"
+#include "foundation/Steps.h"
 #include "foundation/TNVDirectory.h"
 #include "foundation/TNVSettings.h"
 #include "foundation/XmlStorage.h"
@@ -54,6 +60,8 @@ Tasks readTree(const std::string& path) {
 
 const std::string kNoTree =
     "TNVHandlerAugment::process: No augmentation is loaded, select one with wSetAugmentation!";
+const std::string kStopped = "TNVHandlerAugment::process: Process should stop!";
+const std::string kAfterFailed = "TNVHandlerAugment::process: Process after failed!";
 
 /// No Finished event follows: the caller knows from the result.
 bool refuseStart() {
@@ -76,17 +84,125 @@ class RunTrainSets {
   TNVGeneration& generation;
 };
 
-void fetch(TNVTrainSet* trainSet) {
-  if (!trainSet) return;
+/// The picture of a train set, which is to have record and picture in memory from then on.
+cv::Mat fetch(TNVTrainSet* trainSet, tnv::Steps& steps) {
+  if (!trainSet) return {};
   if (!trainSet->dataLoaded) trainSet->load();
-  if (!trainSet->isImageLoaded()) trainSet->loadImage();
+  const cv::Mat picture = trainSet->readImage();
+  steps.add([trainSet, picture] { trainSet->keepImage(picture); });
+  return picture;
 }
 
 void release(TNVTrainSet* trainSet) {
   if (trainSet) trainSet->releaseImage();
 }
 
+/// What a run sends its train sets through.
+struct Way {
+  const TNVAugment* root;
+  const std::vector<TNVDNNClass*>& classes;
+  TNVGeneration& generation;
+};
+
+/// False when there is a picture, but no tree to send it through.
+bool send(const TNVTrainSet* trainSet, const cv::Mat& picture, const Way& way, tnv::Steps& steps) {
+  const TNVAugmentSample sample = TNVAugment::setTrainSet(trainSet, picture, way.classes);
+  if (!way.root && !sample.image.empty()) return false;
+  // A sample without a picture only has its failure reported.
+  const TNVAugmentDefault noTask;
+  TNVAugment::processTrainSet(way.root ? *way.root : noTask, sample, &way.generation, steps);
+  return true;
+}
+
 }  // namespace
+
+/// The work on one train set after the other, in two halves: a stop is looked for between them.
+class TNVHandlerAugment::Turns {
+ public:
+  Turns() = default;
+  virtual ~Turns() = default;
+  Turns(const Turns&) = delete;
+  Turns& operator=(const Turns&) = delete;
+
+  /// Brings the next train set into memory.
+  virtual void fetchNext() = 0;
+
+  /// Sends it through the tree. False when there is a picture, but no tree.
+  virtual bool sendIt() = 0;
+};
+
+class TNVHandlerAugment::TurnsAtOnce final : public Turns {
+ public:
+  TurnsAtOnce(const TNVHandlerAugment& running, const std::vector<TNVTrainSet*>& all,
+              TNVGeneration& target)
+      : handler(running), trainSets(all), generation(target) {}
+
+  void fetchNext() override {
+    trainSet = trainSets[next++];
+    picture = fetch(trainSet, steps);
+  }
+
+  bool sendIt() override {
+    return send(trainSet, std::exchange(picture, {}),
+                {handler.rootTask.get(), handler.dnnClasses, generation}, steps);
+  }
+
+ private:
+  const TNVHandlerAugment& handler;
+  const std::vector<TNVTrainSet*>& trainSets;
+  TNVGeneration& generation;
+  tnv::StepsAtOnce steps;
+  std::size_t next = 0;
+  TNVTrainSet* trainSet = nullptr;
+  cv::Mat picture;
+};
+
+class TNVHandlerAugment::TurnsAhead final : public Turns {
+ public:
+  TurnsAhead(const TNVHandlerAugment& running, const std::vector<TNVTrainSet*>& all,
+             TNVGeneration& target, int threads)
+      : root(running.rootTask.get()),
+        classes(running.dnnClasses),
+        trainSets(all),
+        generation(target),
+        work(all.size(), threads, [this](std::size_t i) { return prepare(trainSets[i]); }) {}
+
+  void fetchNext() override {
+    current = work.take();
+    current.fetching.replay();
+  }
+
+  bool sendIt() override {
+    current.sending.replay();
+    return current.sent;
+  }
+
+ private:
+  struct Ahead {
+    tnv::StepsForLater fetching;
+    tnv::StepsForLater sending;
+    bool sent = false;
+  };
+
+  Ahead prepare(TNVTrainSet* trainSet) const {
+    Ahead ahead;
+    cv::Mat picture;
+    const bool fetched = ahead.fetching.record([&] { picture = fetch(trainSet, ahead.fetching); });
+    if (!fetched) return ahead;
+    ahead.sending.record([&] {
+      ahead.sent = send(trainSet, picture, {root, classes, generation}, ahead.sending);
+    });
+    return ahead;
+  }
+
+  // As they were at the start: a callback may select another tree.
+  const TNVAugment* const root;
+  const std::vector<TNVDNNClass*> classes;
+  const std::vector<TNVTrainSet*>& trainSets;
+  TNVGeneration& generation;
+  Ahead current;
+  tnv::OrderedWork<Ahead> work;
+};
 
 TNVHandlerAugment::TNVHandlerAugment(const std::string& path) : augmentsPath(path) {}
 
@@ -119,33 +235,42 @@ void TNVHandlerAugment::loadSettings(TNVSettings* settings) {
 
 bool TNVHandlerAugment::process(const std::vector<TNVTrainSet*>& trainSets,
                                 TNVGeneration* generation) {
+  return run(trainSets, generation,
+             [&] { return std::make_unique<TurnsAtOnce>(*this, trainSets, *generation); });
+}
+
+bool TNVHandlerAugment::processParallel(const std::vector<TNVTrainSet*>& trainSets,
+                                        TNVGeneration* generation, int threads) {
+  // A record has no lock for two threads that read it.
+  if (tnv::hasRepeats(trainSets)) return process(trainSets, generation);
+  return run(trainSets, generation,
+             [&] { return std::make_unique<TurnsAhead>(*this, trainSets, *generation, threads); });
+}
+
+bool TNVHandlerAugment::run(const std::vector<TNVTrainSet*>& trainSets, TNVGeneration* generation,
+                            const MakeTurns& makeTurns) {
   stopped = false;
   stopRequested = false;
   notify(&TNVHandlerAugmentObserver::onEventGenerationStarted);
   if (!generation) return refuseStart();
-  const RunTrainSets run(*generation, trainSets);
+  const RunTrainSets known(*generation, trainSets);
   if (!generation->processBefore()) return refuseStart();
-  for (TNVTrainSet* trainSet : trainSets) {
-    fetch(trainSet);
-    if (stopRequested) break;
-    const bool processed = processOne(trainSet, *generation);
-    if (processed) notify(&TNVHandlerAugmentObserver::onEventGenerationUpdate);
-    release(trainSet);
-    if (!processed) return finish(kNoTree);
-  }
-  if (stopRequested) return finish("TNVHandlerAugment::process: Process should stop!");
-  if (generation->processAfter()) return finish("");
-  return finish("TNVHandlerAugment::process: Process after failed!");
+  const std::string failure = workThrough(trainSets, makeTurns());
+  if (!failure.empty()) return finish(failure);
+  return finish(generation->processAfter() ? "" : kAfterFailed);
 }
 
-bool TNVHandlerAugment::processOne(TNVTrainSet* trainSet, TNVGeneration& generation) {
-  const TNVAugmentSample sample = TNVAugment::setTrainSet(trainSet, dnnClasses);
-  if (!rootTask && !sample.image.empty()) return false;
-  // A sample without a picture only has its failure reported.
-  const TNVAugmentDefault noTask;
-  const TNVAugment* task = rootTask.get();
-  TNVAugment::processTrainSet(task ? *task : noTask, sample, &generation);
-  return true;
+std::string TNVHandlerAugment::workThrough(const std::vector<TNVTrainSet*>& trainSets,
+                                           std::unique_ptr<Turns> turns) {
+  for (TNVTrainSet* trainSet : trainSets) {
+    turns->fetchNext();
+    if (stopRequested) break;
+    const bool sent = turns->sendIt();
+    if (sent) notify(&TNVHandlerAugmentObserver::onEventGenerationUpdate);
+    release(trainSet);
+    if (!sent) return kNoTree;
+  }
+  return stopRequested ? kStopped : "";
 }
 
 bool TNVHandlerAugment::finish(const std::string& failure) {

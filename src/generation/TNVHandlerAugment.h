@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,6 +30,11 @@ class TNVHandlerAugment : public TNVNotificator {
   /// One whole run, on the calling thread.
   bool process(const std::vector<TNVTrainSet*>& trainSets, TNVGeneration* generation);
 
+  /// The same run with the same outcome, but so many threads of its own read, change and encode
+  /// ahead, one for each core if none or less are asked for.
+  bool processParallel(const std::vector<TNVTrainSet*>& trainSets, TNVGeneration* generation,
+                       int threads);
+
   std::string augmentsPath;
   std::string augmentation;
   std::unique_ptr<TNVAugment> rootTask;
@@ -37,8 +43,16 @@ class TNVHandlerAugment : public TNVNotificator {
   std::atomic<bool> stopRequested{false};
 
  private:
-  /// False when there is a picture, but no tree to send it through.
-  bool processOne(TNVTrainSet* trainSet, TNVGeneration& generation);
+  class Turns;
+  class TurnsAtOnce;
+  class TurnsAhead;
+  using MakeTurns = std::function<std::unique_ptr<Turns>()>;
+
+  bool run(const std::vector<TNVTrainSet*>& trainSets, TNVGeneration* generation,
+           const MakeTurns& makeTurns);
+
+  /// Returns why the run ended early; an empty text if it did not.
+  std::string workThrough(const std::vector<TNVTrainSet*>& trainSets, std::unique_ptr<Turns> turns);
 
   /// Ends a run; an empty text stands for success.
   bool finish(const std::string& failure);

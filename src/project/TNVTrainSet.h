@@ -60,6 +60,10 @@ class TNVTrainSet {
   /// Reads the picture if it is not in memory yet, and gives it out.
   cv::Mat loadImage();
 
+  /// The same in two: the picture without having it in memory from then on, and that.
+  cv::Mat readImage();
+  void keepImage(const cv::Mat& picture);
+
   /// The picture at its full size. Waits up to five seconds for another thread to load it.
   cv::Mat getImage();
   cv::Mat getImageCached();

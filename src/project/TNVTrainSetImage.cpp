@@ -41,9 +41,7 @@ void TNVTrainSet::releaseImage() {
 }
 
 void TNVTrainSet::setUnreadable() {
-  const std::lock_guard lock(mutex);
-  image = cv::Mat();
-  imageLoaded = true;
+  keepImage(cv::Mat());
 }
 
 std::optional<cv::Mat> TNVTrainSet::loadedImage() {
@@ -54,11 +52,20 @@ std::optional<cv::Mat> TNVTrainSet::loadedImage() {
 
 cv::Mat TNVTrainSet::loadImage() {
   if (const auto loaded = loadedImage()) return *loaded;
-  cv::Mat picture = tnv::readPicture(imagePath);
+  const cv::Mat picture = tnv::readPicture(imagePath);
+  keepImage(picture);
+  return picture;
+}
+
+cv::Mat TNVTrainSet::readImage() {
+  const auto loaded = loadedImage();
+  return loaded ? *loaded : tnv::readPicture(imagePath);
+}
+
+void TNVTrainSet::keepImage(const cv::Mat& picture) {
   const std::lock_guard lock(mutex);
-  image = std::move(picture);
+  image = picture;
   imageLoaded = true;
-  return image;
 }
 
 bool TNVTrainSet::hasImageCache() const {

@@ -5,7 +5,9 @@
 
 #include "TNV_SampleBenchNative/TNVObserver.h"
 #include "foundation/Log.h"
+#include "foundation/OrderedWork.h"
 #include "foundation/PictureFile.h"
+#include "foundation/Steps.h"
 #include "foundation/TNVDirectory.h"
 #include "generation/RunGuard.h"
 #include "marks/TNVMark.h"
@@ -19,10 +21,10 @@ std::string labelOf(const TNVDNNClass& dnnClass) {
 }
 
 /// The picture, which the train set gives up.
-cv::Mat takePicture(TNVTrainSet& trainSet) {
+cv::Mat takePicture(TNVTrainSet& trainSet, tnv::Steps& steps) {
   if (!trainSet.dataLoaded) trainSet.load();
-  const cv::Mat picture = trainSet.loadImage();
-  trainSet.releaseImage();
+  const cv::Mat picture = trainSet.readImage();
+  steps.add([&trainSet] { trainSet.releaseImage(); });
   return picture;
 }
 
@@ -37,6 +39,32 @@ TNVHandlerValidation::TNVHandlerValidation(const std::string& directory)
     : validationDirectory(directory) {}
 
 bool TNVHandlerValidation::createDNNImages() {
+  return run([this] {
+    tnv::StepsAtOnce steps;
+    int next = 0;
+    cutWhileNotStopped([&] { cutTrainSet(next++, steps); });
+  });
+}
+
+bool TNVHandlerValidation::createDNNImagesParallel(int threads) {
+  // A record has no lock for two threads that read it.
+  if (tnv::hasRepeats(trainSets)) return createDNNImages();
+  return run([this, threads] {
+    tnv::OrderedWork<tnv::StepsForLater> work(trainSets.size(), threads, [this](std::size_t i) {
+      tnv::StepsForLater steps;
+      steps.record([&] { cutTrainSet(static_cast<int>(i), steps); });
+      return steps;
+    });
+    cutWhileNotStopped([&] { work.take().replay(); });
+  });
+}
+
+void TNVHandlerValidation::cutWhileNotStopped(const Turn& turn) {
+  for (std::size_t i = 0; i < trainSets.size() && !stopRequested; ++i)
+    turn();
+}
+
+bool TNVHandlerValidation::run(const std::function<void()>& cutAll) {
   stopped = false;
   stopRequested = false;
   if (trainSets.empty()) {
@@ -52,8 +80,7 @@ bool TNVHandlerValidation::createDNNImages() {
   dnnImages.clear();
   images.clear();
   imageInfo.clear();
-  for (std::size_t i = 0; i < trainSets.size() && !stopRequested; ++i)
-    cutTrainSet(static_cast<int>(i));
+  cutAll();
   stopped = true;
   notify(&TNVHandlerValidationObserver::onEventValidGenFinished);
   return true;
@@ -78,35 +105,45 @@ bool TNVHandlerValidation::renewDirectory() const {
   return TNVDirectory::exists(validationDirectory);
 }
 
-void TNVHandlerValidation::cutTrainSet(int index) {
+void TNVHandlerValidation::cutTrainSet(int index, tnv::Steps& steps) {
   TNVTrainSet& trainSet = *trainSets[static_cast<std::size_t>(index)];
-  const cv::Mat picture = takePicture(trainSet);
+  const cv::Mat picture = takePicture(trainSet, steps);
   if (picture.empty()) {
     tnv::logLine("TNVHandlerValidation::createDNNImages: Could not load image '" +
                  trainSet.imagePath + "'!");
     return;
   }
   // Whoever places the cuts on their picture asks for its size, which would read it once more.
-  trainSet.imageWidth = picture.cols;
-  trainSet.imageHeight = picture.rows;
+  steps.add([&trainSet, size = picture.size()] {
+    trainSet.imageWidth = size.width;
+    trainSet.imageHeight = size.height;
+  });
   for (const auto& mark : trainSet.marks)
-    cutMark(*mark, picture, index);
-  notify(&TNVHandlerValidationObserver::onEventValidGenUpdate);
+    cutMark(*mark, picture, index, steps);
+  steps.add([this] { notify(&TNVHandlerValidationObserver::onEventValidGenUpdate); });
 }
 
-void TNVHandlerValidation::cutMark(const TNVMark& mark, const cv::Mat& picture, int trainSetIndex) {
+void TNVHandlerValidation::cutMark(const TNVMark& mark, const cv::Mat& picture, int trainSetIndex,
+                                   tnv::Steps& steps) {
   const TNVDNNClass* dnnClass = classOf(mark);
   if (!dnnClass) return;
   const cv::Mat cut = cutOf(mark, picture, trainSetIndex);
   if (cut.empty()) return;
+  const auto bytes = tnv::encodePicture(imagePath(0), cut);
+  steps.add([this, bytes, &mark, label = labelOf(*dnnClass), trainSetIndex] {
+    const bool added = addCut(bytes, label, {trainSetIndex, mark.uniqueId});
+    if (!added) logNotCut(mark, *trainSets[static_cast<std::size_t>(trainSetIndex)]);
+  });
+}
+
+bool TNVHandlerValidation::addCut(const tnv::PictureBytes& bytes, const std::string& label,
+                                  const ImageInfo& info) {
   const auto id = static_cast<int>(imageInfo.size());
   // A cut may have more columns or rows than the format takes.
-  if (!tnv::writePicture(imagePath(id), cut)) {
-    logNotCut(mark, *trainSets[static_cast<std::size_t>(trainSetIndex)]);
-    return;
-  }
-  dnnImages[labelOf(*dnnClass)].push_back(id);
-  imageInfo[id] = {trainSetIndex, mark.uniqueId};
+  if (!tnv::writePicture(imagePath(id), bytes)) return false;
+  dnnImages[label].push_back(id);
+  imageInfo[id] = info;
+  return true;
 }
 
 cv::Mat TNVHandlerValidation::cutOf(const TNVMark& mark, const cv::Mat& picture,

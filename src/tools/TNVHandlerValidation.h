@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -12,6 +13,11 @@
 class TNVDNNClass;
 class TNVMark;
 class TNVTrainSet;
+
+namespace tnv {
+class Steps;
+struct PictureBytes;
+}  // namespace tnv
 
 /// Cuts every mark out of its picture into a gallery on disk, and knows the cuts of each class and
 /// the mark of each cut. The index lasts until the next generation and is not kept on disk.
@@ -27,6 +33,10 @@ class TNVHandlerValidation : public TNVNotificator {
 
   /// One whole run, on the calling thread.
   bool createDNNImages();
+
+  /// The same run with the same outcome, but so many threads of its own read, cut and encode ahead,
+  /// one for each core if none or less are asked for.
+  bool createDNNImagesParallel(int threads);
 
   /// The labels of the classes that have cuts.
   std::vector<std::string> getDNNClasses() const;
@@ -53,9 +63,19 @@ class TNVHandlerValidation : public TNVNotificator {
   std::atomic<bool> stopRequested{false};
 
  private:
+  /// Cuts the next train set.
+  using Turn = std::function<void()>;
+
+  bool run(const std::function<void()>& cutAll);
+  void cutWhileNotStopped(const Turn& turn);
   bool renewDirectory() const;
-  void cutTrainSet(int index);
-  void cutMark(const TNVMark& mark, const cv::Mat& picture, int trainSetIndex);
+
+  /// For any thread; what the steps do is for the thread of the run.
+  void cutTrainSet(int index, tnv::Steps& steps);
+  void cutMark(const TNVMark& mark, const cv::Mat& picture, int trainSetIndex, tnv::Steps& steps);
+
+  /// False if it cannot be written; then it gets no number.
+  bool addCut(const tnv::PictureBytes& bytes, const std::string& label, const ImageInfo& info);
 
   /// Empty for a mark without area, and, with a log line, for one that lies so that nothing can be
   /// cut.

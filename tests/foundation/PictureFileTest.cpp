@@ -67,6 +67,34 @@ TEST(PictureFile, TheExtensionGivesTheFormat) {
   EXPECT_THROW(tnv::writePicture(temp / "a.nothing", picture), cv::Exception);
 }
 
+TEST(PictureFile, EncodedPicturesAreTheContentOfTheFiles) {
+  const TempDirectory temp;
+  const cv::Mat picture = patternedPicture(64, 48);
+  for (const char* extension : {".jpg", ".png"}) {
+    const tnv::PictureBytes bytes = tnv::encodePicture(std::string("any") + extension, picture);
+    const tnv::PictureBytes copy = bytes;
+    EXPECT_EQ(bytes.content, encoded(extension, picture, {}));
+    EXPECT_EQ(copy.content.data(), bytes.content.data());
+    EXPECT_TRUE(tnv::writePicture(temp / "of_bytes", copy));
+    EXPECT_EQ(readFile(temp / "of_bytes"), bytes.content);
+  }
+  EXPECT_EQ(tnv::encodePicture("any.jpg", picture, 10).content,
+            encoded(".jpg", picture, {cv::IMWRITE_JPEG_QUALITY, 10}));
+}
+
+TEST(PictureFile, APictureThatTheFormatDoesNotTakeHasNoContentAndIsNotWritten) {
+  const TempDirectory temp;
+  for (const cv::Size size : {cv::Size(65501, 1), cv::Size(1, 65501), cv::Size(70000, 2)}) {
+    const auto bytes = tnv::encodePicture("a.jpg", cv::Mat(size, CV_8UC3, cv::Scalar()));
+    EXPECT_TRUE(bytes.content.empty()) << size;
+    EXPECT_FALSE(tnv::writePicture(temp / "a.jpg", bytes));
+    EXPECT_FALSE(std::filesystem::exists(temp / "a.jpg"));
+  }
+  const cv::Mat longest(1, 65500, CV_8UC3, cv::Scalar());
+  EXPECT_EQ(tnv::encodePicture("a.jpg", longest).content, encoded(".jpg", longest, {}));
+  EXPECT_THROW(tnv::encodePicture("a.jpg", cv::Mat(0, 70000, CV_8UC3)), cv::Exception);
+}
+
 TEST(PictureFile, WhatCannotBeWrittenIsFalse) {
   const TempDirectory temp;
   EXPECT_FALSE(tnv::writePicture(temp / "absent/a.png", patternedPicture(8, 8)));

@@ -48,6 +48,17 @@ TEST_F(TrainSetImageTest, LoadingReadsTheFileOnce) {
   EXPECT_TRUE(trainSet.image.empty());
 }
 
+TEST_F(TrainSetImageTest, ReadingTakesWhatIsLoadedAndKeepsNothing) {
+  TNVTrainSet& trainSet = record(20, 10);
+  EXPECT_TRUE(samePixels(patternedPicture(20, 10), trainSet.readImage()));
+  EXPECT_FALSE(trainSet.isImageLoaded());
+  const cv::Mat picture = patternedPicture(7, 3);
+  trainSet.keepImage(picture);
+  EXPECT_TRUE(trainSet.isImageLoaded());
+  EXPECT_EQ(trainSet.readImage().data, picture.data);
+  EXPECT_EQ(trainSet.loadImage().data, picture.data);
+}
+
 TEST_F(TrainSetImageTest, UnreadablePictureCountsAsLoaded) {
   for (const std::string& path : unreadablePictures(temp)) {
     TNVTrainSet trainSet(path, "");

@@ -1,6 +1,10 @@
 #include "tools/TNVHandlerValidation.h"
 
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <stdexcept>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -457,4 +461,207 @@ TEST_F(Validation, TheIndexIsNotKeptOnDisk) {
   ASSERT_TRUE(again.wLoad());
   EXPECT_THAT(again.getHndValidation().wGetDNNClasses(), IsEmpty());
   EXPECT_TRUE(std::filesystem::exists(fileOf(0)));
+}
+
+namespace {
+
+/// `wProcessGeneration`, with which the others are compared.
+constexpr int kOneAfterTheOther = -1000;
+
+/// Whatever a run leaves for others to see.
+struct Traces {
+  std::string result;  ///< "true", "false", or what was thrown
+  bool stopped = false;
+  std::vector<std::string> events;
+  std::vector<std::string> log;
+  std::map<std::string, std::string> files;
+  std::map<std::string, std::vector<int>> cutsOfClasses;
+  std::vector<std::vector<int>> origins;
+  std::vector<std::vector<int>> trainSets;
+};
+
+void expectSame(const Traces& expected, const Traces& actual) {
+  EXPECT_EQ(expected.result, actual.result);
+  EXPECT_EQ(expected.stopped, actual.stopped);
+  EXPECT_EQ(expected.events, actual.events);
+  EXPECT_EQ(expected.log, actual.log);
+  EXPECT_EQ(expected.cutsOfClasses, actual.cutsOfClasses);
+  EXPECT_EQ(expected.origins, actual.origins);
+  EXPECT_EQ(expected.trainSets, actual.trainSets);
+  EXPECT_TRUE(expected.files == actual.files);
+}
+
+std::function<void()> reaction;
+std::thread::id home;
+
+void note(const char* event) {
+  const bool isHome = std::this_thread::get_id() == home;
+  events.push_back(isHome ? event : std::string(event) + " elsewhere");
+  if (reaction) reaction();
+}
+
+class ParallelValidation : public Validation {
+ protected:
+  ParallelValidation() {
+    home = std::this_thread::get_id();
+    reaction = nullptr;
+    // It would hear the events of the projects that are compared.
+    gallery.setCBValidGenStarted(nullptr);
+    gallery.setCBValidGenUpdate(nullptr);
+    gallery.setCBValidGenFinished(nullptr);
+    builder.project().wAddImagesToImageSet(
+        {builder.picture("d.jpg", 500, 400), builder.picture("e.png", 1, 1),
+         builder.picture("f.jpg", 90, 300)},
+        {true, true, true}, "then", false);
+  }
+  ~ParallelValidation() override { reaction = nullptr; }
+
+  /// Marks of two classes on all pictures, some of which cannot be cut or have no class.
+  void addMarks() {
+    for (std::size_t i = 0; i < native().trainSetPointers().size(); ++i) {
+      addMark(i, {8, 8, 16, 12}, {1});
+      addMark(i, {8, 8, 16, 12}, {0})->center = {-40, 0.5};
+      addMark(i, {20, 10, 30, 20}, {0});
+      addMark(i, {20, 10, 30, 20}, {7});
+      dynamic_cast<TNVMarkRect*>(addMark(i, {8, 8, 16, 12}, {0}))->size = {70000 / 64.0, 1 / 48.0};
+      addMark(i, {0, 0, 64, 48}, {1});
+    }
+  }
+
+  /// A whole run on the project as it is on disk.
+  Traces run(int threads) {
+    WTNVProject project("demo", builder.temp / "projects/", "", "");
+    EXPECT_TRUE(project.wLoad());
+    WTNVHandlerValidation cuts = project.getHndValidation();
+    cuts.setCBValidGenStarted([] { note("started"); });
+    cuts.setCBValidGenUpdate([] { note("update"); });
+    cuts.setCBValidGenFinished([] { note("finished"); });
+    running = &cuts;
+    events.clear();
+    Traces traces;
+    const LogCapture log;
+    traces.result = resultOf(cuts, threads);
+    traces.stopped = cuts.wProcessIsStopped();
+    traces.events = events;
+    traces.log = log.lines();
+    collect(*project.getNativeProject(), traces);
+    return traces;
+  }
+
+  void expectSameOnAllThreads() {
+    ASSERT_TRUE(builder.project().wUpdate(true));
+    const Traces expected = run(kOneAfterTheOther);
+    for (const int threads : {1, 2, 4, 0, -1, 100}) {
+      SCOPED_TRACE(threads);
+      expectSame(expected, run(threads));
+    }
+  }
+
+  static inline WTNVHandlerValidation* running = nullptr;
+
+ private:
+  static std::string resultOf(WTNVHandlerValidation& cuts, int threads) {
+    try {
+      const bool result = threads == kOneAfterTheOther ? cuts.wProcessGeneration()
+                                                       : cuts.wProcessGenerationParallel(threads);
+      return result ? "true" : "false";
+    } catch (const std::exception& error) {
+      return error.what();
+    }
+  }
+
+  void collect(const TNVProject& project, Traces& traces) const {
+    const std::filesystem::path directory = builder.projectDirectory() + "validation";
+    if (std::filesystem::exists(directory)) {
+      for (const auto& file : std::filesystem::directory_iterator(directory))
+        traces.files[file.path().filename()] = readFile(file.path());
+    }
+    const TNVHandlerValidation& handler = *project.hndValidation;
+    traces.cutsOfClasses = handler.dnnImages;
+    for (const auto& [id, info] : handler.imageInfo)
+      traces.origins.push_back({id, info.trainSetIndex, info.markUniqueId});
+    for (TNVTrainSet* trainSet : project.trainSetPointers()) {
+      traces.trainSets.push_back(
+          {trainSet->imageWidth, trainSet->imageHeight, trainSet->isImageLoaded()});
+    }
+  }
+};
+
+}  // namespace
+
+TEST_F(ParallelValidation, MakesTheSameGallery) {
+  addMarks();
+  for (const std::string& path : unreadablePictures(builder.temp)) {
+    builder.project().wAddImagesToImageSet({path}, {true}, "unreadable", false);
+  }
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  const Traces traces = run(4);
+  EXPECT_EQ(traces.result, "true");
+  // Three marks of each picture can be cut, but of the one pixel only that which has it whole.
+  EXPECT_EQ(traces.files.size(), 3 * 5 + 1U);
+  EXPECT_EQ(traces.origins.size(), 3 * 5 + 1U);
+  EXPECT_THAT(traces.log, testing::Contains(testing::HasSubstr("Could not cut mark 4")));
+  EXPECT_THAT(traces.log, testing::Contains(testing::HasSubstr("Could not load image")));
+  EXPECT_EQ(traces.events.size(), 2 + 6U);
+  expectSameOnAllThreads();
+}
+
+TEST_F(ParallelValidation, WithoutTrainSetsIsRefused) {
+  ProjectBuilder empty("empty");
+  empty.project().wCreate();
+  const LogCapture log;
+  EXPECT_FALSE(empty.project().getHndValidation().wProcessGenerationParallel(2));
+  EXPECT_THAT(log.lines(), ElementsAre("TNVHandlerValidation::createDNNImages: No TrainSets!"));
+}
+
+TEST_F(ParallelValidation, AStopCountsBeforeTheNextTrainSet) {
+  addMarks();
+  for (const std::size_t moment : {1U, 2U, 4U, 8U}) {
+    SCOPED_TRACE(moment);
+    reaction = [moment] {
+      if (events.size() == moment) std::thread([] { running->wProcessStop(); }).join();
+    };
+    ASSERT_TRUE(builder.project().wUpdate(true));
+    const Traces traces = run(2);
+    EXPECT_EQ(traces.result, "true");
+    EXPECT_EQ(traces.events.size(), std::min<std::size_t>(moment + 1, 8));
+    expectSameOnAllThreads();
+  }
+}
+
+TEST_F(ParallelValidation, WhatACallbackThrowsEndsTheRunThere) {
+  addMarks();
+  reaction = [] {
+    if (events.size() == 3) throw std::runtime_error("not in the mood");
+  };
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  EXPECT_EQ(run(2).result, "not in the mood");
+  EXPECT_EQ(run(2).origins.back().at(1), 1) << "the second train set is the last";
+  expectSameOnAllThreads();
+}
+
+TEST_F(ParallelValidation, ADamagedRecordIsThrownInItsTurn) {
+  addMarks();
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  const std::string damaged = trainSet(2).dataPath;
+  std::ofstream(damaged) << "<?xml version=\"1.0\"?>x";
+  std::vector<Traces> all;
+  for (const int threads : {kOneAfterTheOther, 1, 2, 4}) {
+    SCOPED_TRACE(threads);
+    // With an earlier gallery in place all records would be read before the run.
+    std::filesystem::remove_all(builder.projectDirectory() + "validation");
+    all.push_back(run(threads));
+    EXPECT_THAT(all.back().result, testing::HasSubstr(damaged));
+    EXPECT_THAT(all.back().events, ElementsAre("started", "update", "update"));
+    EXPECT_EQ(all.back().files.size(), 6U);
+    expectSame(all.front(), all.back());
+  }
+}
+
+TEST_F(ParallelValidation, ATrainSetThatIsListedTwiceIsCutTwice) {
+  addMark(0, {8, 8, 16, 12}, {0});
+  handler().trainSets = {&trainSet(0), &trainSet(1), &trainSet(0)};
+  ASSERT_TRUE(gallery.wProcessGenerationParallel(4));
+  EXPECT_THAT(gallery.wGetDNNImageIndices("Screw (0)"), ElementsAre(0, 1));
+  EXPECT_EQ(gallery.wGetTrainSetIndex(1), 2);
 }
