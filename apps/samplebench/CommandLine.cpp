@@ -46,6 +46,13 @@ void addOutputFile(CLI::App& command, std::string& file, const std::string& exam
   command.add_option("-o,--output", file, "file to write, like " + example)->required();
 }
 
+void addJobs(CLI::App& command, int& jobs) {
+  constexpr int most = 256;
+  command.add_option("--jobs", jobs, "threads that work on the pictures; 0 is one for each core")
+      ->check(CLI::Range(0, most))
+      ->capture_default_str();
+}
+
 CLI::Validator numberBetween(double least, double most) {
   const auto range = numberText(least) + " to " + numberText(most);
   return {[=](const std::string& text) {

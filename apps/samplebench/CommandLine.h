@@ -47,6 +47,9 @@ CLI::Option* addPictureArgument(CLI::App& command, std::string& picture);
 /// The file that a command writes; `example` is what it may be called.
 void addOutputFile(CLI::App& command, std::string& file, const std::string& example);
 
+/// How many threads work on the pictures; what comes out is the same with any number.
+void addJobs(CLI::App& command, int& jobs);
+
 /// A number with a decimal point, both ends included.
 CLI::Validator numberBetween(double least, double most);
 

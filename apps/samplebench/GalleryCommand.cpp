@@ -25,6 +25,8 @@ struct GalleryOptions {
   std::string project;
   /// Empty for none.
   std::string report;
+  /// Threads; 0 for one for each core.
+  int jobs = 0;
 };
 
 // Small enough that a page of 2,000 stays around 10 MB.
@@ -32,12 +34,13 @@ constexpr int thumbnailSide = 96;
 constexpr int thumbnailQuality = 85;
 
 // How many of the pictures could be read.
-std::size_t cutMarks(WTNVHandlerValidation& handler, std::size_t pictures, Output& output) {
+std::size_t cutMarks(WTNVHandlerValidation& handler, std::size_t pictures, int jobs,
+                     Output& output) {
   Progress progress(pictures, output);
   const platform::InterruptCatcher catcher;
   const WatchedRun<WTNVHandlerValidation> run(handler, progress);
   handler.setCBValidGenUpdate(run.onUpdate);
-  const auto complete = handler.wProcessGeneration();
+  const auto complete = handler.wProcessGenerationParallel(jobs);
   handler.setCBValidGenUpdate(nullptr);
   progress.finish();
   if (run.wasStopped())
@@ -218,7 +221,7 @@ void runGallery(const Locations& locations, const GalleryOptions& options, Outpu
     sayPlan(*project, handler, options, pictures, output);
     return;
   }
-  const auto read = cutMarks(handler, pictures.size(), output);
+  const auto read = cutMarks(handler, pictures.size(), options.jobs, output);
   writeCounts(handler, output);
   sayLeftOut(pictures.size() - std::min(read, pictures.size()), output);
   if (options.report.empty()) return;
@@ -244,6 +247,7 @@ void addGalleryCommand(CLI::App& app, ProgramOptions& program) {
        "gallery parts --report marks.html"},
       [&program, options](Output& output) { runGallery(program.locations, *options, output); });
   addProjectArgument(*command, options->project);
+  addJobs(*command, options->jobs);
   command
       ->add_option("--report", options->report,
                    "page to write, with all cuts, what looks wrong, and plots")

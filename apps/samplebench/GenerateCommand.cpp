@@ -130,13 +130,13 @@ void removePartialSet(const TrainingSetPaths& paths) {
 }
 
 void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSetPaths& paths,
-             SampleSources& sources, Output& output) {
+             SampleSources& sources, int jobs, Output& output) {
   const auto trainSets = project.wGetTrainSets();
   Progress progress(trainSets.size(), output);
   const WatchedRun<WTNVHandlerAugment> run(
       handler, progress, [&](std::size_t place) { sources.add(trainSets[place].getImagePath()); });
   handler.setCBGenerationUpdate(run.onUpdate);
-  const auto complete = handler.wProcess(trainSets, project.wGetGeneration());
+  const auto complete = handler.wProcessParallel(trainSets, project.wGetGeneration(), jobs);
   handler.setCBGenerationUpdate(nullptr);
   progress.finish();
   if (complete) return;
@@ -216,7 +216,7 @@ GenerateResult generateSet(WTNVProject& project, const Locations& locations,
   const auto grouping = parseGrouping(options.keepTogether);
   const auto seed = options.seed ? options.seed : earlierSeed(paths, grouping);
   SampleSources sources(paths.samples);
-  process(project, handler, paths, sources, output);
+  process(project, handler, paths, sources, options.jobs, output);
   sources.write(paths.sources);
   std::optional<GroupedDivision> division;
   if (grouping.kind != Grouping::Kind::none)
@@ -360,6 +360,7 @@ void addGenerateCommand(CLI::App& app, ProgramOptions& program) {
   command->add_option("--augmentation", options->augmentation, "tree of tasks for each picture")
       ->capture_default_str();
   addTemplates(*command, *options);
+  addJobs(*command, options->jobs);
   command->add_flag("--relative-paths", options->relativePaths,
                     "write paths relative to the working directory");
   addDivision(*command, *options);

@@ -28,6 +28,8 @@ struct GenerateOptions {
   bool relativePaths = false;
   /// Samples that must not be torn apart, see `parseGrouping`.
   std::string keepTogether = "none";
+  /// Threads; 0 for one for each core.
+  int jobs = 0;
   /// For the division into groups; without one that of an earlier set, or the best, is taken.
   std::optional<std::uint32_t> seed;
 };

@@ -91,6 +91,12 @@ void runList(const UserOptions& options, Output& output) {
   output.table("users", {"user", "last project"}, rows);
 }
 
+// The library tells of a file that cannot be written in its log alone.
+bool isStored(WTNVUser& user, const UserOptions& options, const std::string& users) {
+  WTNVUser stored(options.name, users);
+  return user.wUpdate() && stored.wLoad() && stored.wGetLastProject() == options.project;
+}
+
 void runSet(const UserOptions& options, Output& output) {
   const auto users = usersDirectory(options);
   requireUser(users, options.name);
@@ -99,8 +105,8 @@ void runSet(const UserOptions& options, Output& output) {
   if (!user.wLoad()) throw CommandError("user '" + options.name + "' cannot be read");
   const platform::InterruptCatcher catcher;
   user.wSetLastProject(options.project);
-  if (!output.isDryRun() && !user.wUpdate())
-    throw CommandError("user '" + options.name + "' cannot be written");
+  if (!output.isDryRun() && !isStored(user, options, users))
+    throw CommandError("user '" + options.name + "' cannot be written: " + output.cause());
   tell(options, users, output);
   output.fact("project", options.project);
   output.say("user '" + options.name + "': last project " +

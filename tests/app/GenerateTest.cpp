@@ -233,6 +233,20 @@ TEST_F(ProgramGenerate, ADamagedTaskTreeIsAMessageWhereverItIsCut) {
   EXPECT_FALSE(fs::exists(place / "set"));
 }
 
+TEST_F(ProgramGenerate, AnyNumberOfThreadsWritesTheSameSet) {
+  markBoth();
+  succeed({"generate", "parts", "--output", "set", "--augmentation", "resize-quarter-turns.xml",
+           "--test-ratio", "0", "--jobs", "1"});
+  const auto one = contents("set");
+  for (const char* jobs : {"0", "2", "5"}) {
+    fs::remove_all(place / "set");
+    succeed({"generate", "parts", "--output", "set", "--augmentation", "resize-quarter-turns.xml",
+             "--test-ratio", "0", "--jobs", jobs});
+    EXPECT_EQ(contents("set"), one) << jobs;
+  }
+  fail({"generate", "parts", "--output", "set", "--jobs", "-1"}, "--jobs", 2);
+}
+
 TEST_F(ProgramGenerate, WeightsAreLaidBesideTheSet) {
   place.write("platforms/darknet/configs/data.tmp", "data\n");
   place.write("platforms/darknet/nets/tiny.tmp", "net\n");
@@ -250,8 +264,9 @@ TEST_F(ProgramGenerate, APictureThatIsGoneOrNoneIsNoted) {
     const auto result = run({"generate", "parts", "--output", "set"});
     EXPECT_EQ(result.exitCode, 3) << path << result.err;
     EXPECT_NE(result.out.find("1 picture left out as unreadable"), std::string::npos) << result.out;
-    // One out of all proportion begins like a picture, and the library tells of it.
-    const auto text = path.ends_with("huge.png") ? "TrainSet image is empty!" : note;
+    // Those out of all proportion begin like pictures, and the library tells of them.
+    const bool beginsLikeOne = path.ends_with("huge.png") || !path.ends_with(".png");
+    const auto text = beginsLikeOne ? "TrainSet image is empty!" : note;
     EXPECT_NE(result.err.find(text), std::string::npos) << path << result.err;
   }
   fs::remove(place / "photos/a.png");
