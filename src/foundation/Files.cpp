@@ -27,12 +27,13 @@ std::optional<std::string> readFile(const std::string& path) {
 }
 
 bool writeFile(const std::string& link, std::string_view content) {
-  const std::string path = withoutLinks(link);
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  std::ofstream file(link, std::ios::binary | std::ios::trunc);
   if (!file) return false;
   file.write(content.data(), static_cast<std::streamsize>(content.size()));
   file.close();
   if (file.good()) return true;
+  // By now a link leads to what was written.
+  const std::string path = withoutLinks(link);
   std::error_code error;
   if (fs::is_regular_file(path, error)) fs::remove(path, error);
   return false;

@@ -7,7 +7,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
-#include <system_error>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -52,10 +52,11 @@ class OrderedWork {
   OrderedWork(const OrderedWork&) = delete;
   OrderedWork& operator=(const OrderedWork&) = delete;
 
-  /// The next result, or what was thrown instead of it. To be called `pieces` times at most. At any
-  /// time two results a thread are there or in the making, among them the one that was taken last:
-  /// it counts until the next call.
+  /// The next result, or what was thrown instead of it; a `std::logic_error` behind the last one.
+  /// At any time two results a thread are there or in the making, among them the one that was taken
+  /// last: it counts until the next call.
   Result take() {
+    if (taken == count) throw std::logic_error("OrderedWork::take: Nothing is left!");
     if (workers.empty()) return produce(taken++);
     Outcome outcome = await();
     if (outcome.error) std::rethrow_exception(outcome.error);
@@ -73,7 +74,7 @@ class OrderedWork {
     try {
       while (workers.size() < number)
         workers.emplace_back([this] { work(); });
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
       // The system has no more threads to give; those that are there do all, or else who takes.
     }
   }

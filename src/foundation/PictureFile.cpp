@@ -59,10 +59,10 @@ std::string_view asContent(const unsigned char* data, std::size_t size) {
 cv::Mat readPicture(const std::string& path) {
   std::error_code error;
   if (!std::filesystem::is_regular_file(path, error)) return {};
-  const PictureHead head = readPictureHead(path);
-  // The image library might find a size where the head tells none, and claim the memory for it.
-  if (head.isHollow || (head.isJpeg && head.size.empty())) return {};
   try {
+    const PictureHead head = readPictureHead(path);
+    // The image library might find a size where the head tells none, and claim the memory for it.
+    if (head.isHollow || (head.isJpeg && head.size.empty())) return {};
     const cv::Mat picture = readPlainJpeg(path, head);
     return picture.empty() ? cv::imread(path, cv::IMREAD_COLOR) : picture;
   } catch (const std::exception&) {

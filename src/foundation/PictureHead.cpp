@@ -7,7 +7,6 @@
 #include <fstream>
 #include <string_view>
 
-#include "foundation/Files.h"
 #include "foundation/PictureFile.h"
 
 namespace tnv {
@@ -185,7 +184,10 @@ JpegHead jpegHead(Bytes& bytes) {
     if (standsAlone(marker)) continue;
     if (marker == kEnd) return result;
     const unsigned length = bytes.takeWord();
-    if (length < 2) return result;
+    const bool isNeeded = isFrame(marker) || marker == kStartOfScan;
+    if (length < 2 && isNeeded) return result;
+    // Another segment without content is passed over, whatever it says of its length.
+    if (length < 2) continue;
     const std::string segment = bytes.take(length - 2);
     if (marker == kNotesOfCamera) isTurned = isTurned || mayBeTurned(segment);
     if (isFrame(marker)) {
@@ -206,10 +208,20 @@ JpegHead jpegHead(Bytes& bytes) {
 /// The library goes through all pixels for each scan, however little it holds.
 std::uint64_t scanCount(const std::string& path) {
   constexpr std::string_view start("\xff\xda", 2);
-  const std::string content = readFile(path).value_or("");
+  constexpr std::size_t pieceSize = std::size_t{1} << 16;
+  std::ifstream file(path, std::ios::binary);
+  std::string piece;
   std::uint64_t count = 0;
-  for (std::size_t at = content.find(start); at != content.npos; at = content.find(start, at + 2))
-    ++count;
+  while (file) {
+    // The last byte of a piece may be the first one of a marker.
+    const std::size_t kept = piece.empty() ? 0 : 1;
+    if (kept == 1) piece.front() = piece.back();
+    piece.resize(pieceSize);
+    file.read(piece.data() + kept, static_cast<std::streamsize>(pieceSize - kept));
+    piece.resize(kept + static_cast<std::size_t>(file.gcount()));
+    for (std::size_t at = piece.find(start); at != piece.npos; at = piece.find(start, at + 2))
+      ++count;
+  }
   return std::max<std::uint64_t>(count, 1);
 }
 

@@ -85,6 +85,15 @@ TEST(Files, AFullDiskLeavesTheEarlierFile) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(temp.path()), {}), 1);
 }
 
+TEST(Files, AFullDiskLeavesNothingBehindALinkThatLedNowhere) {
+  const TempDirectory temp;
+  std::filesystem::create_symlink("real", temp / "link");
+  const FileLimit limit(4);
+  EXPECT_FALSE(tnv::writeFile(temp / "link", "new and longer"));
+  EXPECT_TRUE(std::filesystem::is_symlink(temp / "link"));
+  EXPECT_FALSE(std::filesystem::exists(temp / "real"));
+}
+
 TEST(Files, OfALinkedFileTheFileIsReplacedAndTheLinkStays) {
   const TempDirectory temp;
   temp.write("elsewhere/file", "old");

@@ -72,6 +72,14 @@ INSTANTIATE_TEST_SUITE_P(Rows, Workers,
                                            WorkersRow{0, 1, 1}, WorkersRow{2147483647, 1000, 256},
                                            WorkersRow{2147483647, 5, 5}));
 
+TEST(OrderedWork, BehindTheLastResultThereIsNone) {
+  for (const int count : {0, 3}) {
+    tnv::OrderedWork<int> work(static_cast<std::size_t>(count), 2, asInt);
+    takeAll(work, count);
+    EXPECT_THROW(work.take(), std::logic_error);
+  }
+}
+
 TEST(OrderedWork, NoneOrLessTakesOneThreadForEachCore) {
   const std::size_t cores = std::max(std::thread::hardware_concurrency(), 1U);
   EXPECT_EQ(tnv::workersFor(0, 1000), std::min<std::size_t>(cores, 256));

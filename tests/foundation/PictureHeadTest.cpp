@@ -131,3 +131,49 @@ TEST(PictureHead, BitmapsOfEitherDirectionAreRead) {
   bitmap.replace(22, 4, "\xEB\xFF\xFF\xFF");
   EXPECT_EQ(tnv::readPicture(temp.write("down.bmp", bitmap)).size(), cv::Size(37, 21));
 }
+
+namespace {
+
+/// With segments of a comment that are too short for their own length.
+std::string withShortSegment(const std::string& jpeg, const std::string& before) {
+  return std::string(jpeg).insert(jpeg.find(before), std::string("\xFF\xFE\0\0\xFF\xFE\0\1", 8));
+}
+
+}  // namespace
+
+TEST(PictureHead, ShortSegmentsArePassedOver) {
+  const TempDirectory temp;
+  const std::string jpeg = readFile(writePicture(temp / "a.jpg", 64, 48));
+  for (const char* before : {"\xFF\xDB", "\xFF\xC0", "\xFF\xDA"}) {
+    const std::string path = temp.write("b.jpg", withShortSegment(jpeg, before));
+    EXPECT_EQ(tnv::pictureSize(path), cv::Size(64, 48));
+    EXPECT_TRUE(samePixels(cv::imread(path), tnv::readPicture(path)));
+  }
+  const std::string hollow = hollowJpeg(1500, true);
+  EXPECT_TRUE(tnv::readPicture(temp.write("c.jpg", hollow)).empty());
+  EXPECT_TRUE(tnv::readPicture(temp.write("d.jpg", withShortSegment(hollow, "\xFF\xDA"))).empty());
+}
+
+TEST(PictureHead, ScansAreCountedAcrossPieces) {
+  const TempDirectory temp;
+  const std::string small = hollowJpeg(100, true);
+  const std::size_t frame = small.find("\xFF\xC2");
+  const std::size_t last = small.rfind("\xFF\xDA");
+  std::size_t scans = 0;
+  for (std::size_t at = small.find("\xFF\xDA"); at != small.npos;
+       at = small.find("\xFF\xDA", at + 1))
+    ++scans;
+  // A comment moves the marker of the last scan over the end of a piece of 65,536 bytes.
+  for (std::size_t place = 65533; place <= 65537; ++place) {
+    const std::size_t length = place - last - 2;
+    const std::string comment =
+        std::string{'\xFF', '\xFE', static_cast<char>(length >> 8), static_cast<char>(length)} +
+        std::string(length - 2, 'x');
+    const double bytes = static_cast<double>(small.size() + comment.size());
+    // Believed only if one scan were missed.
+    const int side = static_cast<int>(std::sqrt(10400 * bytes / static_cast<double>(scans)));
+    const std::string jpeg = hollowJpeg(side, true).insert(frame, comment);
+    ASSERT_EQ(jpeg.rfind("\xFF\xDA"), place);
+    EXPECT_TRUE(tnv::readPictureHead(temp.write("a.jpg", jpeg)).isHollow) << place;
+  }
+}
