@@ -128,7 +128,7 @@ DataStatistics projectStatistics(const WTNVProject& project,
     statistics.classes.push_back({dnnClass.wGetName(), 0, {}});
   Counter counter(statistics);
   for (const auto& picture : pictures) {
-    const auto size = readPicture(picture.path).size();
+    const auto size = pictureSize(picture.path);
     counter.beginPicture(size);
     for (const auto& mark : picture.trainSet.wGetMarks())
       addMark(counter, mark, classes, size);
@@ -157,7 +157,7 @@ DataStatistics setStatistics(const SetLayout& layout, const std::vector<std::str
   LabelPlaces places(ignored);
   Counter counter(statistics);
   for (const auto& picture : pictures) {
-    const auto size = readPicture(picture).size();
+    const auto size = pictureSize(picture);
     counter.beginPicture(size);
     for (const auto& line : readTextFile(places.labelOf(picture)).lines)
       if (const auto label = parseLabelLine(line))

@@ -119,7 +119,7 @@ class GalleryBuilder {
 
   bool isReadable(const PictureRecord& picture, std::size_t place) const {
     if (!isFile(picture.path)) return false;
-    return filesAreReadable || hasCut(place) || !readPicture(picture.path).empty();
+    return filesAreReadable || hasCut(place) || !pictureSize(picture.path).empty();
   }
 
   bool hasCut(std::size_t place) const {

@@ -4,6 +4,7 @@
 
 #include "CommandError.h"
 #include "OutputFile.h"
+#include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
 namespace fs = std::filesystem;
 
@@ -42,13 +43,10 @@ bool looksLikePicture(const std::string& file) {
   return isFile(file) && cv::haveImageReader(file);
 }
 
-cv::Mat readPicture(const std::string& file) {
-  if (!isFile(file)) return {};
-  try {
-    return cv::imread(file);
-  } catch (const std::exception&) {
-    return {};
-  }
+cv::Size pictureSize(const std::string& file) {
+  cv::Size size;
+  WTNVToolLabelExchange::wGetPictureSize(file, size.width, size.height);
+  return size;
 }
 
 void sayLeftOut(std::size_t pictures, Output& output) {

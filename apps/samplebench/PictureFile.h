@@ -20,8 +20,8 @@ bool isFile(const std::string& path);
 /// Whether the file begins like a picture that can be read.
 bool looksLikePicture(const std::string& file);
 
-/// The picture of a file, in colour; empty if it cannot be read.
-cv::Mat readPicture(const std::string& file);
+/// The size in which the picture of a file is seen; empty if it cannot be read.
+cv::Size pictureSize(const std::string& file);
 
 /// Tells how many pictures a result does without, for they cannot be read; any is a finding.
 void sayLeftOut(std::size_t pictures, Output& output);

@@ -29,6 +29,10 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   WTNVToolLabelExchange& operator=(const WTNVToolLabelExchange&) = delete;
   ~WTNVToolLabelExchange();
 
+  /// The size in pixels in which a picture file is seen, from its head where that tells it, or else
+  /// by reading it. False, and 0, for what is no picture that can be read.
+  static bool wGetPictureSize(const std::string& path, int& width, int& height);
+
   /// The names of the formats, sorted.
   static std::vector<std::string> wGetAvailableFormats();
 

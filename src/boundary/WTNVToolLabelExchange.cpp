@@ -1,6 +1,7 @@
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
 #include "boundary/Handles.h"
+#include "foundation/PictureHead.h"
 #include "tools/TNVToolLabelExchange.h"
 
 namespace {
@@ -17,6 +18,13 @@ WTNVToolLabelExchange::WTNVToolLabelExchange() : native(new TNVToolLabelExchange
 
 WTNVToolLabelExchange::~WTNVToolLabelExchange() {
   delete native;
+}
+
+bool WTNVToolLabelExchange::wGetPictureSize(const std::string& path, int& width, int& height) {
+  const cv::Size size = tnv::pictureSize(path);
+  width = size.width;
+  height = size.height;
+  return !size.empty();
 }
 
 std::vector<std::string> WTNVToolLabelExchange::wGetAvailableFormats() {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "support/LogCapture.h"
+#include "support/Pictures.h"
 #include "support/TempDirectory.h"
 
 using testing::IsEmpty;
@@ -44,4 +45,20 @@ TEST(WTNVToolLabelExchange, SettingsCountFromTheNextRead) {
   ASSERT_TRUE(exchange.wRead(temp.path()));
   EXPECT_EQ(exchange.wGetFound(), 1);
   EXPECT_EQ(exchange.wGetRejected(), 0);
+}
+
+TEST(WTNVToolLabelExchange, SizesOfPicturesAreThoseInWhichTheyAreSeen) {
+  const TempDirectory temp;
+  int width = -1;
+  int height = -1;
+  EXPECT_TRUE(
+      WTNVToolLabelExchange::wGetPictureSize(writePicture(temp / "a.jpg", 37, 21), width, height));
+  EXPECT_EQ(cv::Size(width, height), cv::Size(37, 21));
+  const std::string turned = temp.write("b.jpg", turnedJpeg(patternedPicture(37, 21), 6));
+  EXPECT_TRUE(WTNVToolLabelExchange::wGetPictureSize(turned, width, height));
+  EXPECT_EQ(cv::Size(width, height), cv::Size(21, 37));
+  for (const std::string& path : unreadablePictures(temp)) {
+    EXPECT_FALSE(WTNVToolLabelExchange::wGetPictureSize(path, width, height)) << path;
+    EXPECT_EQ(cv::Size(width, height), cv::Size()) << path;
+  }
 }
