@@ -140,10 +140,11 @@ class NameMap {
   long long next = 0;
 };
 
+/// What follows the closing bracket is no part of the list.
 void readInlineList(YamlText& text, NameMap& names) {
   while (!text.atEnd() && !text.accept(']')) {
     names.append(text.scalar(",]\n"));
-    if (!text.accept(',') && !text.accept(']')) return;
+    if (!text.accept(',')) return;
   }
 }
 
@@ -151,7 +152,7 @@ void readInlineMap(YamlText& text, NameMap& names) {
   while (!text.atEnd() && !text.accept('}')) {
     const std::string key = text.scalar(":,}\n");
     if (!text.accept(':') || !names.add(key, text.scalar(",}\n"))) return;
-    if (!text.accept(',') && !text.accept('}')) return;
+    if (!text.accept(',')) return;
   }
 }
 

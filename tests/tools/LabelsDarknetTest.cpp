@@ -336,6 +336,12 @@ TEST(LabelNames, QuotesKeepWhatWouldEndAName) {
               ElementsAre("it's", "a \"b\"", "x, y", "#1"));
 }
 
+TEST(LabelNames, WhatFollowsTheBracketIsNoName) {
+  for (const char* text : {"names: ['a', 'b']\nnc: 2\n", "names: [a, b] # two\nnc: 2\ntrain: x\n",
+                           "names: {0: a, 1: b}\n7: c\n", "names: [a, b,]\n, c]\n"})
+    EXPECT_THAT(tnv::parseYaml(text).classes.names, ElementsAre("a", "b")) << text;
+}
+
 TEST(LabelNames, ANumberedMapMayHaveGapsOfAnySize) {
   const auto classes = tnv::parseYaml("names:\n  2147483647: far\n  3: near\n  3: again\n").classes;
   EXPECT_THAT(classes.names, ElementsAre("near", "far"));
