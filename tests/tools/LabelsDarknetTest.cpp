@@ -342,6 +342,34 @@ TEST(LabelNames, WhatFollowsTheBracketIsNoName) {
     EXPECT_THAT(tnv::parseYaml(text).classes.names, ElementsAre("a", "b")) << text;
 }
 
+TEST(LabelNames, EscapesInDoubleQuotesAreDecoded) {
+  struct Row {
+    const char* quoted;
+    const char* name;
+  };
+  const Row rows[] = {
+      {R"("a\"b\\c")", "a\"b\\c"},
+      {R"("H\xFClse")", "H\xC3\xBClse"},
+      {R"("\u0041\u20ac")", "A\xE2\x82\xAC"},
+      {R"("\U0001F529")", "\xF0\x9F\x94\xA9"},
+      {R"("\ud83d\udd29!")", "\xF0\x9F\x94\xA9!"},
+      {R"("a\tb\nc\rd")", "a\tb\nc\rd"},
+      {R"("\ud83d")", "\xEF\xBF\xBD"},
+      {R"("\ud83dx")", "\xEF\xBF\xBDx"},
+      {R"("\U00110000")", "\xEF\xBF\xBD"},
+      {R"("\xg1\u12")", "xg1u12"},
+      {R"("\q\/")", "q/"},
+      {R"('a\nb')", "a\\nb"},
+  };
+  for (const Row& row : rows)
+    EXPECT_THAT(tnv::parseYaml(std::string("names: [") + row.quoted + ", z]").classes.names,
+                ElementsAre(row.name, "z"))
+        << row.quoted;
+  const std::string whole = R"(names: ["\ud83d\udd29\xFC"])";
+  for (std::size_t size = 0; size <= whole.size(); ++size)
+    tnv::parseYaml(whole.substr(0, size));
+}
+
 TEST(LabelNames, ANumberedMapMayHaveGapsOfAnySize) {
   const auto classes = tnv::parseYaml("names:\n  2147483647: far\n  3: near\n  3: again\n").classes;
   EXPECT_THAT(classes.names, ElementsAre("near", "far"));
