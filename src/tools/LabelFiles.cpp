@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kExportLeftovers = ".label-export.";
 constexpr std::string_view kBlanks = " \t\r\f\v";
 
 std::string lowerCase(std::string text) {
@@ -36,6 +37,53 @@ bool copyFile(const std::string& from, const std::string& to) {
   if (fs::equivalent(from, to, error)) return true;
   return fs::copy_file(from, to, fs::copy_options::overwrite_existing, error);
 }
+
+/// Goes through a tree of directories.
+class Walker {
+ public:
+  explicit Walker(const std::function<bool(const std::string&)>& callback) : isEnough(callback) {}
+
+  void enter(const fs::path& directory, bool isLinked) {
+    std::error_code error;
+    const std::string real = fs::canonical(directory, error).string();
+    if (error) return tellUnreadable(directory);
+    // A link to a directory that holds it would have no end; those that link to each other would be
+    // gone through in every order.
+    if (std::find(open.begin(), open.end(), real) != open.end()) return;
+    if (isLinked && !linked.insert(real).second) return;
+    open.push_back(real);
+    auto entry = fs::directory_iterator(directory, error);
+    for (; !error && !ended && entry != fs::directory_iterator(); entry.increment(error))
+      visit(*entry, isLinked);
+    open.pop_back();
+    if (error) tellUnreadable(directory);
+  }
+
+  TreeWalk result;
+
+ private:
+  void visit(const fs::directory_entry& entry, bool isLinked) {
+    std::error_code error;
+    if (entry.path().filename().string().starts_with(kExportLeftovers)) return;
+    const bool isLink = entry.is_symlink(error);
+    if (entry.is_directory(error)) {
+      result.followedLinks = result.followedLinks || isLink;
+      return enter(entry.path(), isLinked || isLink);
+    }
+    if (isLink && !entry.path().has_extension() && !entry.exists(error))
+      return tellUnreadable(entry.path());
+    ended = isEnough(withForwardSlashes(entry.path().string()));
+  }
+
+  void tellUnreadable(const fs::path& path) {
+    result.unreadable.push_back(withForwardSlashes(path.string()));
+  }
+
+  const std::function<bool(const std::string&)>& isEnough;
+  std::vector<std::string> open;  ///< the directories that lead to the one in work
+  std::unordered_set<std::string> linked;
+  bool ended = false;
+};
 
 void logFailure(std::string_view who, const std::string& what, const std::string& path) {
   logLine(std::string(who) + ": Could not " + what + " '" + path + "'!");
@@ -84,6 +132,13 @@ std::optional<std::vector<std::string>> readNames(const std::string& file) {
     names.pop_back();
   if (names.empty()) return std::nullopt;
   return names;
+}
+
+TreeWalk forEachFileBelow(const std::string& directory,
+                          const std::function<bool(const std::string& file)>& isEnough) {
+  Walker walker(isEnough);
+  walker.enter(directory, false);
+  return std::move(walker.result);
 }
 
 std::vector<std::string> outputNames(const LabelSet& set) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +34,20 @@ std::optional<std::string> pathBelow(const std::string& directory, const std::st
 /// Reads a file of class names, one a line: what stands on it without the blanks at both ends.
 /// Empty lines keep their number but at the end. Nothing if it cannot be read or names none.
 std::optional<std::vector<std::string>> readNames(const std::string& file);
+
+/// What was met on the way through a tree of directories.
+struct TreeWalk {
+  std::vector<std::string> unreadable;  ///< directories, and links that lead nowhere
+  bool followedLinks = false;           ///< so that a file may have been met by two paths
+};
+
+constexpr auto kUnreadableDirectory = "directory cannot be read";
+
+/// Calls back with the files below a directory until that gives true. Links to directories are
+/// followed, but for those to a directory that holds them. What an export that was cut off left is
+/// passed over.
+TreeWalk forEachFileBelow(const std::string& directory,
+                          const std::function<bool(const std::string& file)>& isEnough);
 
 /// A file name for each picture of the set, without extension: its own, or with a number behind it
 /// if another picture, whatever its directory or extension, has it already. Names that differ in

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <filesystem>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "foundation/Files.h"
@@ -173,31 +174,6 @@ bool isDirectory(const std::string& path) {
   return fs::is_directory(path, error);
 }
 
-/// Calls back with the files below a directory until that gives true. What cannot be looked into is
-/// left out.
-template <class Callback>
-void forEachFile(const std::string& directory, const Callback& isEnough) {
-  std::error_code error;
-  auto entry = fs::recursive_directory_iterator(
-      directory, fs::directory_options::skip_permission_denied, error);
-  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-    std::error_code kindError;
-    if (entry->is_directory(kindError)) continue;
-    if (isEnough(withForwardSlashes(entry->path().string()))) return;
-  }
-  if (error) logLine(std::string(kReadWho) + ": Could not look through '" + directory + "'!");
-}
-
-std::vector<std::string> sortedFilesBelow(const std::string& directory) {
-  std::vector<std::string> files;
-  forEachFile(directory, [&](std::string file) {
-    files.push_back(std::move(file));
-    return false;
-  });
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
 std::string withTextExtension(const std::string& path) {
   return fs::path(path).replace_extension(kTextExtension).string();
 }
@@ -214,7 +190,7 @@ std::string withDirectory(const std::string& path, std::string_view from, std::s
 class DarknetFiles {
  public:
   void addDirectory(const std::string& directory) {
-    for (const std::string& file : sortedFilesBelow(directory)) {
+    for (const std::string& file : filesBelow(directory)) {
       if (isPicture(file)) addPicture(file, {});
       if (lowerExtension(file) == kTextExtension) addText(file);
     }
@@ -238,7 +214,7 @@ class DarknetFiles {
     const std::string labels = root + std::string(kLabelsDirectory);
     for (std::size_t i = 0; i < names.size(); ++i)
       addPicture(listed.pictures[i].path, labels + names[i] + std::string(kTextExtension));
-    for (const std::string& file : sortedFilesBelow(labels))
+    for (const std::string& file : filesBelow(labels))
       addText(file);
   }
 
@@ -268,32 +244,75 @@ class DarknetFiles {
     }
   }
 
+  /// A picture that was met by two paths counts once, by the one that has labels.
+  void dropDoubles() {
+    if (!followedLinks) return;
+    std::unordered_map<std::string, std::size_t> placeOf;
+    std::vector<LabelledPicture> kept;
+    for (LabelledPicture& picture : pictures) {
+      const auto [place, isNew] = placeOf.emplace(withoutDetours(picture.path), kept.size());
+      if (isNew) {
+        kept.push_back(std::move(picture));
+      } else if (kept[place->second].labelFile.empty() && !picture.labelFile.empty()) {
+        kept[place->second] = std::move(picture);
+      }
+    }
+    pictures = std::move(kept);
+  }
+
+  void reject(const std::string& file, const std::string& reason) {
+    if (rejected.insert(file).second) rejections.push_back({file, 0, reason});
+  }
+
   void exclude(const std::string& file) { notLabels.insert(file); }
 
   bool empty() const {
-    return pictures.empty() && std::all_of(texts.begin(), texts.end(), [this](const auto& text) {
-             return isNoLabelText(text);
-           });
+    return pictures.empty() && rejections.empty() &&
+           std::all_of(texts.begin(), texts.end(),
+                       [this](const auto& text) { return isNoLabelText(text); });
   }
 
   std::vector<std::string> textsWithoutPicture() const {
-    std::unordered_set<std::string_view> used;
+    std::unordered_set<std::string> used;
     for (const LabelledPicture& picture : pictures)
-      used.insert(picture.labelFile);
+      used.insert(withoutDetours(picture.labelFile));
     std::vector<std::string> left;
     for (const std::string& text : texts) {
-      if (!used.contains(text) && !isNoLabelText(text)) left.push_back(text);
+      if (!isNoLabelText(text) && used.insert(withoutDetours(text)).second) left.push_back(text);
     }
     return left;
   }
 
   std::vector<LabelledPicture> pictures;
+  std::vector<LabelRejection> rejections;  ///< of whole directories and lists
 
  private:
-  static std::vector<std::string> linesOf(const std::string& file) {
+  std::vector<std::string> filesBelow(const std::string& directory) {
+    std::vector<std::string> files;
+    const TreeWalk walk = forEachFileBelow(directory, [&](const std::string& file) {
+      files.push_back(file);
+      return false;
+    });
+    followedLinks = followedLinks || walk.followedLinks;
+    for (const std::string& unreadable : walk.unreadable)
+      reject(unreadable, kUnreadableDirectory);
+    std::sort(files.begin(), files.end());
+    return files;
+  }
+
+  /// What is the same for all paths of a file. Asking the file system is left out where no file can
+  /// have two.
+  std::string withoutDetours(const std::string& path) const {
+    if (!followedLinks || path.empty()) return path;
+    std::error_code error;
+    const fs::path real = fs::canonical(path, error);
+    return error ? path : real.string();
+  }
+
+  std::vector<std::string> linesOf(const std::string& file) {
     std::vector<std::string> lines;
     const auto content = readFile(file);
-    if (!content) logLine(std::string(kReadWho) + ": Could not read '" + file + "'!");
+    if (!content) reject(file, "file cannot be read");
     forEachLine(content.value_or(""),
                 [&](std::string_view line, std::size_t) { lines.emplace_back(line); });
     return lines;
@@ -315,7 +334,9 @@ class DarknetFiles {
   std::unordered_set<std::string> known;
   std::unordered_set<std::string> textSet;
   std::unordered_set<std::string> notLabels;
+  std::unordered_set<std::string> rejected;
   std::vector<std::string> texts;
+  bool followedLinks = false;
 };
 
 /// The file that names the classes of a directory; empty if there is none.
@@ -406,9 +427,11 @@ DarknetFiles filesOf(const DarknetPlace& place, const LabelReading& reading) {
     return files;
   } else if (!addSources(files, place.description.sources)) {
     files.addDirectory(place.root);
-    if (files.pictures.empty()) files.addDirectory(picturesBeside(place.root));
+    const std::string beside = picturesBeside(place.root);
+    if (files.pictures.empty() && !beside.empty()) files.addDirectory(beside);
   }
   files.pairByConvention();
+  files.dropDoubles();
   return files;
 }
 
@@ -473,7 +496,7 @@ bool isDarknetLabels(const std::string& path) {
   if (isFile(path)) return isYaml(path) || isDarknetData(path);
   if (!isDirectory(path)) return false;
   bool found = false;
-  forEachFile(asDirectory(path), [&](const std::string& file) {
+  forEachFileBelow(asDirectory(path), [&](const std::string& file) {
     found = lowerExtension(file) == kTextExtension || isYaml(file) || isDarknetData(file);
     return found;
   });
@@ -492,6 +515,7 @@ std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelRe
   LabelSet set;
   set.classNames = std::move(place->description.classes.names);
   set.classNumbers = std::move(place->description.classes.numbers);
+  set.rejections = std::move(files.rejections);
   const std::vector<std::string> left = files.textsWithoutPicture();
   for (LabelledPicture& picture : files.pictures) {
     if (!isFile(picture.path)) {

@@ -10,6 +10,7 @@
 #include "support/LogCapture.h"
 #include "support/TempDirectory.h"
 #include "tools/LabelNames.h"
+#include "tools/LabelTools.h"
 
 namespace fs = std::filesystem;
 
@@ -243,6 +244,64 @@ TEST(LabelsDarknet, ATextThatCannotBeReadIsToldOf) {
   fs::create_symlink(temp / "nowhere", temp / "b.txt");
   EXPECT_THAT(rejections(readSet(temp.path())),
               ElementsAre("a.txt:0: file cannot be read", "b.txt:0: file cannot be read"));
+}
+
+TEST(LabelsDarknet, LinkedDirectoriesBelongToTheSet) {
+  const TempDirectory elsewhere;
+  addPictures(elsewhere, {"photos/a.jpg"});
+  elsewhere.write("texts/a.txt", kBox);
+  const TempDirectory temp;
+  temp.write("classes.txt", "screw\n");
+  fs::create_directory_symlink(elsewhere / "photos", temp / "images");
+  fs::create_directory_symlink(elsewhere / "texts", temp / "labels");
+  const auto set = readSet(temp.path());
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("images/a.jpg: 1"));
+  EXPECT_THAT(rejections(set), IsEmpty());
+}
+
+TEST(LabelsDarknet, APictureThatALinkLeadsToCountsOnce) {
+  const TempDirectory temp;
+  addPictures(temp, {"all/photos/a.jpg", "all/photos/b.jpg"});
+  temp.write("all/texts/a.txt", kBox);
+  temp.write("classes.txt", "screw\n");
+  fs::create_directory_symlink(temp / "all/photos", temp / "images");
+  fs::create_directory_symlink(temp / "all/texts", temp / "labels");
+  const auto set = readSet(temp.path());
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("images/a.jpg: 1", "all/photos/b.jpg: 0"));
+  EXPECT_THAT(rejections(set), IsEmpty());
+}
+
+TEST(LabelsDarknet, LinksInACircleComeToAnEnd) {
+  const TempDirectory temp;
+  addPictures(temp, {"x/a.jpg", "y/b.jpg"});
+  temp.write("classes.txt", "screw\n");
+  for (const char* from : {"x", "y"}) {
+    for (const char* to : {"x", "y", "."})
+      fs::create_directory_symlink(temp / to, temp / from + "/to " + to);
+  }
+  EXPECT_EQ(readSet(temp.path()).pictures.size(), 2U);
+}
+
+TEST(LabelsDarknet, ADirectoryThatCannotBeReadIsRejected) {
+  const TempDirectory temp;
+  addPictures(temp, {"images/a.jpg"});
+  temp.write("classes.txt", "screw\n");
+  temp.write("labels/a.txt", kBox);
+  temp.write("locked/b.txt", kBox);
+  fs::create_symlink(temp / "gone", temp / "linked");
+  fs::permissions(temp.path(), fs::perms::all);
+  fs::permissions(temp / "locked", fs::perms::none);
+  tnv::LabelSet set;
+  {
+    const WithoutRights withoutRights;
+    set = readSet(temp.path());
+  }
+  auto rejected = rejections(set);
+  std::sort(rejected.begin(), rejected.end());
+  EXPECT_THAT(rejected, ElementsAre("linked:0: directory cannot be read",
+                                    "locked:0: directory cannot be read"));
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("images/a.jpg: 1"));
+  fs::permissions(temp / "locked", fs::perms::owner_all);
 }
 
 TEST(LabelsDarknet, ADataFileTellsNamesAndPictures) {
