@@ -134,6 +134,18 @@ std::optional<std::vector<std::string>> readNames(const std::string& file) {
   return names;
 }
 
+std::optional<std::string> findUpwards(const std::string& path,
+                                       const std::vector<fs::path>& directories) {
+  std::error_code error;
+  for (const fs::path& directory : directories) {
+    for (fs::path above = directory;; above = above.parent_path()) {
+      if (fs::exists(above / path, error)) return (above / path).string();
+      if (above == above.parent_path()) break;
+    }
+  }
+  return fs::exists(path, error) ? std::optional(path) : std::nullopt;
+}
+
 TreeWalk forEachFileBelow(const std::string& directory,
                           const std::function<bool(const std::string& file)>& isEnough) {
   Walker walker(isEnough);

@@ -35,6 +35,11 @@ std::optional<std::string> pathBelow(const std::string& directory, const std::st
 /// Empty lines keep their number but at the end. Nothing if it cannot be read or names none.
 std::optional<std::vector<std::string>> readNames(const std::string& file);
 
+/// Where a path that is written in a file may lead: from one of the directories or from one above
+/// it, the first directory first, and at last as it is written. Nothing if nothing is there.
+std::optional<std::string> findUpwards(const std::string& path,
+                                       const std::vector<std::filesystem::path>& directories);
+
 /// What was met on the way through a tree of directories.
 struct TreeWalk {
   std::vector<std::string> unreadable;  ///< directories, and links that lead nowhere

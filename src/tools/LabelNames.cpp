@@ -299,6 +299,20 @@ NumberedNames parseYamlNames(std::string_view value) {
   return names.classes();
 }
 
+/// A text, or a list of them in brackets or on lines of its own.
+std::vector<std::string> yamlTexts(std::string_view text, std::string_view key) {
+  const auto value = valueOf(text, key);
+  if (!value) return {};
+  if (auto listed = parseYamlNames(*value).names; !listed.empty()) return listed;
+  YamlText single(value->substr(0, value->find('\n')));
+  if (single.atEnd() || single.accept('[') || single.accept('{')) return {};
+  return {single.scalar("\n")};
+}
+
+bool namesNothing(const std::string& text) {
+  return text.empty() || text == "~" || text == "null";
+}
+
 std::string yamlScalar(std::string_view text, std::string_view key) {
   const auto value = valueOf(text, key);
   if (!value) return {};
@@ -318,13 +332,10 @@ std::string dataValue(std::string_view text, std::string_view key) {
 /// Darknet takes paths from where it is started, which is often one directory up; people move the
 /// files together with their data file.
 std::string besideOrAsWritten(const std::string& path, const fs::path& directory) {
-  const fs::path places[] = {directory / path, directory.parent_path() / path, path,
-                             directory / fs::path(path).filename()};
-  for (const fs::path& place : places) {
-    std::error_code error;
-    if (fs::exists(place, error)) return place.string();
-  }
-  return (directory / path).string();
+  if (const auto found = findUpwards(path, {directory})) return *found;
+  std::error_code error;
+  const fs::path beside = directory / fs::path(path).filename();
+  return (fs::exists(beside, error) ? beside : directory / path).string();
 }
 
 std::optional<LabelDescription> parseDarknetData(const std::string& text,
@@ -378,8 +389,9 @@ LabelDescription parseYaml(const std::string& text) {
   if (const auto names = valueOf(content, "names")) description.classes = parseYamlNames(*names);
   const fs::path root = yamlScalar(content, "path");
   for (const std::string_view key : kYamlSources) {
-    if (const std::string source = yamlScalar(content, key); !source.empty())
-      description.sources.push_back((root / source).string());
+    for (const std::string& source : yamlTexts(content, key)) {
+      if (!namesNothing(source)) description.sources.push_back((root / source).string());
+    }
   }
   return description;
 }

@@ -196,12 +196,15 @@ class DarknetFiles {
     }
   }
 
-  /// Pictures that a text lists one a line; relative ones count from the text's directory.
-  void addList(const std::string& list) {
+  /// Pictures that a text lists one a line. Relative ones count from the text's directory, or, as
+  /// for who trains, from one that the set was started in: that of its description or one above.
+  void addList(const std::string& list, const std::string& root) {
     const fs::path directory = fs::path(list).parent_path();
     notLabels.insert(list);
-    for (const std::string& line : linesOf(list))
-      addPicture(absolutePicturePath((directory / line).string()), {});
+    for (const std::string& line : linesOf(list)) {
+      const auto found = findUpwards(line, {directory, fs::path(root).parent_path()});
+      addPicture(absolutePicturePath(found.value_or((directory / line).string())), {});
+    }
   }
 
   /// The list that an export wrote, whose label texts lie in a directory of their own.
@@ -389,24 +392,38 @@ std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading&
   return DarknetPlace{root, std::move(*description)};
 }
 
-/// The pictures that the description tells of. False if none of the places exists.
-bool addSources(DarknetFiles& files, const std::vector<std::string>& sources) {
-  bool found = false;
-  for (const std::string& source : sources) {
-    const std::string place = absolutePicturePath(source);
-    if (isFile(place)) {
-      files.addList(place);
-    } else if (isDirectory(place)) {
-      const std::string directory = asDirectory(place);
-      files.addDirectory(directory);
-      if (const auto labels = withDirectory(directory, "images", "labels"); isDirectory(labels))
-        files.addDirectory(labels);
-    } else {
-      continue;
-    }
-    found = true;
+/// False if there is nothing at the place.
+bool addSource(DarknetFiles& files, const std::string& place, const std::string& root) {
+  if (isFile(place)) {
+    files.addList(place, root);
+    return true;
   }
-  return found;
+  if (!isDirectory(place)) return false;
+  const std::string directory = asDirectory(place);
+  files.addDirectory(directory);
+  if (const auto labels = withDirectory(directory, "images", "labels"); isDirectory(labels))
+    files.addDirectory(labels);
+  return true;
+}
+
+/// The pictures that the description tells of. False if none of the places exists: then the set was
+/// moved away from where its description has it.
+bool addSources(DarknetFiles& files, const DarknetPlace& place) {
+  const std::vector<std::string>& sources = place.description.sources;
+  std::vector<std::string> missing;
+  for (const std::string& source : sources) {
+    const std::string path = absolutePicturePath(source);
+    if (!addSource(files, path, place.root)) missing.push_back(path);
+  }
+  if (missing.size() == sources.size()) {
+    for (const std::string& path : missing)
+      logLine(std::string(kReadWho) + ": There is nothing at '" + path + "', '" + place.root +
+              "' is looked through");
+    return false;
+  }
+  for (const std::string& path : missing)
+    files.reject(path, "no such file or directory");
+  return true;
 }
 
 /// A `labels` tree that is read by itself has its pictures beside it.
@@ -425,7 +442,7 @@ DarknetFiles filesOf(const DarknetPlace& place, const LabelReading& reading) {
   } else if (isFile(place.root + std::string(kPictureList))) {
     files.addExport(place.root);
     return files;
-  } else if (!addSources(files, place.description.sources)) {
+  } else if (!addSources(files, place)) {
     files.addDirectory(place.root);
     const std::string beside = picturesBeside(place.root);
     if (files.pictures.empty() && !beside.empty()) files.addDirectory(beside);

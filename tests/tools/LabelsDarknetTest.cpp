@@ -318,6 +318,95 @@ TEST(LabelsDarknet, ADataFileTellsNamesAndPictures) {
   EXPECT_THAT(rejections(set), ElementsAre("gone.jpg:0: no picture"));
 }
 
+TEST(LabelsDarknet, APlaceThatIsMissingIsRejectedWhereAnotherIsThere) {
+  const TempDirectory temp;
+  addPictures(temp, {"train/a.jpg"});
+  temp.write("data.yaml", "train: train\nval: valid/images\ntest:\nnames: [screw]\n");
+  auto set = readSet(temp.path());
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("train/a.jpg: 0"));
+  EXPECT_THAT(rejections(set), ElementsAre("images:0: no such file or directory"));
+  EXPECT_EQ(set.rejections[0].file, temp / "valid/images");
+  temp.write("list.txt", "train/a.jpg\n");
+  temp.write("obj.names", "screw\n");
+  temp.write("obj.data", "train = list.txt\nvalid = gone.txt\nnames = obj.names\n");
+  set = readSet(temp / "obj.data");
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("train/a.jpg: 0"));
+  EXPECT_THAT(rejections(set), ElementsAre("gone.txt:0: no such file or directory"));
+}
+
+TEST(LabelsDarknet, ASetThatWasMovedIsLookedThroughAloud) {
+  const TempDirectory temp;
+  addPictures(temp, {"images/a.jpg"});
+  temp.write("data.yaml", "train: /where/it/was\nnames: [screw]\n");
+  LogCapture log;
+  EXPECT_THAT(pictures(readSet(temp.path()), temp.path()), ElementsAre("images/a.jpg: 0"));
+  EXPECT_THAT(log.text(), HasSubstr("There is nothing at '/where/it/was'"));
+}
+
+TEST(LabelsDarknet, PlacesOfPicturesMayBeLists) {
+  for (const char* train : {"train: [day1, 'day2',\n  day3/gone]\n",
+                            "train:\n  - day1\n  - day2 # the second\n"
+                            "  - day3/gone\nval: day1\n",
+                            "train:\n- day1\nval:\n- day2\ntest: ~\n\ntest: day1\nval: [day2]\n"}) {
+    const TempDirectory temp;
+    addPictures(temp, {"day1/a.jpg", "day2/b.jpg", "day3/c.jpg"});
+    temp.write("data.yaml", std::string(train) + "names: [screw]\n");
+    const auto set = readSet(temp.path());
+    EXPECT_THAT(pictures(set, temp.path()), ElementsAre("day1/a.jpg: 0", "day2/b.jpg: 0"));
+    const bool hasGone = std::string_view(train).find("gone") != std::string_view::npos;
+    EXPECT_EQ(set.rejections.size(), hasGone ? 1U : 0U) << train;
+  }
+}
+
+TEST(LabelsDarknet, AListThatCannotBeReadIsRejected) {
+  const TempDirectory temp;
+  addPictures(temp, {"images/a.jpg"});
+  temp.write("list.txt", "images/a.jpg\n");
+  temp.write("data.yaml", "train: images\nval: list.txt\nnames: [screw]\n");
+  fs::permissions(temp.path(), fs::perms::all);
+  fs::permissions(temp / "list.txt", fs::perms::none);
+  const WithoutRights withoutRights;
+  EXPECT_THAT(rejections(readSet(temp.path())), ElementsAre("list.txt:0: file cannot be read"));
+}
+
+TEST(LabelsDarknet, PathsOfAListCountFromWhereTheTrainerMayBeStarted) {
+  struct Row {
+    const char* data;
+    const char* list;
+    const char* line;
+  };
+  // The picture is always data/obj/a.jpg.
+  for (const auto& [data, list, line] :
+       {Row{"data/obj.data", "data/train.txt", "data/obj/a.jpg"},
+        Row{"data/obj.data", "data/train.txt", "obj/a.jpg"},
+        Row{"data/cfg/deep/obj.data", "data/train.txt", "data/obj/a.jpg"},
+        Row{"data/obj.data", "lists/train.txt", "obj/a.jpg"},
+        Row{"data/obj.data", "data/obj/train.txt", "a.jpg"}}) {
+    const TempDirectory temp;
+    addPictures(temp, {"data/obj/a.jpg"});
+    temp.write("data/obj/a.txt", kBox);
+    temp.write("obj.names", "screw\n");
+    temp.write(list, std::string(line) + "\n");
+    temp.write(data, std::string("train = ") + list + "\nnames = obj.names\n");
+    const auto set = readSet(temp / data);
+    EXPECT_THAT(pictures(set, temp.path()), ElementsAre("data/obj/a.jpg: 1")) << data << list;
+    EXPECT_THAT(rejections(set), IsEmpty());
+  }
+}
+
+TEST(LabelsDarknet, PathsOfAListMayCountFromTheWorkingDirectory) {
+  const TempDirectory temp;
+  addPictures(temp, {"work/out/a.jpg"});
+  temp.write("set/obj.names", "screw\n");
+  temp.write("set/train.txt", "out/a.jpg\n");
+  temp.write("set/obj.data", "train = train.txt\nnames = obj.names\n");
+  const fs::path before = fs::current_path();
+  fs::current_path(temp / "work");
+  const auto set = readSet(temp / "set/obj.data");
+  fs::current_path(before);
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("work/out/a.jpg: 0"));
+}
+
 TEST(LabelsDarknet, NamesThatAreGivenCountBeforeThoseThatLieThere) {
   const TempDirectory temp;
   addPictures(temp, {"a.jpg"});
