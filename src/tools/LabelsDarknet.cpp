@@ -207,6 +207,12 @@ class DarknetFiles {
     }
   }
 
+  /// A text with its picture, if there is one.
+  void addSingle(const std::string& text, const std::string& picture) {
+    addText(text);
+    if (!picture.empty()) addPicture(picture, text);
+  }
+
   /// The list that an export wrote, whose label texts lie in a directory of their own.
   void addExport(const std::string& root) {
     const std::string list = root + std::string(kPictureList);
@@ -363,7 +369,46 @@ std::string namesFileIn(const std::string& root) {
 struct DarknetPlace {
   std::string root;
   LabelDescription description;
+  std::string singleText;  ///< the only text that is asked for; empty for all
 };
+
+/// The picture in the directory that has the name of the text; empty if there is none.
+std::string pictureNamedLike(const std::string& text, const std::string& directory) {
+  const fs::path stem = fs::path(text).stem();
+  std::vector<std::string> found;
+  std::error_code error;
+  for (auto entry = fs::directory_iterator(directory, error);
+       !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    const std::string path = withForwardSlashes(entry->path().string());
+    if (entry->path().stem() == stem && isPicture(path)) found.push_back(path);
+  }
+  return found.empty() ? std::string() : *std::min_element(found.begin(), found.end());
+}
+
+/// The picture of a text, beside it or in the tree of pictures; empty if there is none.
+std::string pictureOfText(const std::string& text) {
+  const std::string directory = asDirectory(fs::path(text).parent_path().string());
+  const std::string beside = pictureNamedLike(text, directory);
+  if (!beside.empty()) return beside;
+  const std::string inTree = withDirectory(directory, "labels", "images");
+  return inTree.empty() ? inTree : pictureNamedLike(text, inTree);
+}
+
+/// Whether a file is the text of a picture. An empty one is only by the picture.
+bool isLabelText(const std::string& file) {
+  if (!isFile(file) || lowerExtension(file) != kTextExtension) return false;
+  if (fs::path(file).filename() == kClassesFile) return false;
+  return holdsLabels(readFile(file).value_or("")) ||
+         !pictureOfText(absolutePicturePath(file)).empty();
+}
+
+/// The file of class names for a text: beside it, or above the tree of texts that it lies in.
+std::string namesFileFor(const std::string& text) {
+  const std::string directory = asDirectory(fs::path(text).parent_path().string());
+  if (const std::string beside = namesFileIn(directory); !beside.empty()) return beside;
+  const std::size_t tree = directory.rfind("/" + std::string(kLabelsDirectory));
+  return tree == directory.npos ? std::string() : namesFileIn(directory.substr(0, tree + 1));
+}
 
 std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading& reading) {
   const std::string absolute = absolutePicturePath(path);
@@ -374,7 +419,10 @@ std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading&
   }
   const std::string root =
       asDirectory(isRoot ? absolute : fs::path(absolute).parent_path().string());
-  const std::string described = isRoot ? namesFileIn(root) : absolute;
+  const bool isSingle = isLabelText(absolute);
+  const std::string described = isRoot     ? namesFileIn(root)
+                                : isSingle ? namesFileFor(absolute)
+                                           : absolute;
   auto description = readDescription(described);
   if (!reading.names.empty()) {
     const auto named = readDescription(reading.names);
@@ -389,7 +437,7 @@ std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading&
     logLine(std::string(kReadWho) + ": No class names found for '" + path + "'!");
     return std::nullopt;
   }
-  return DarknetPlace{root, std::move(*description)};
+  return DarknetPlace{root, std::move(*description), isSingle ? absolute : std::string()};
 }
 
 /// False if there is nothing at the place.
@@ -434,6 +482,13 @@ std::string picturesBeside(const std::string& root) {
 
 DarknetFiles filesOf(const DarknetPlace& place, const LabelReading& reading) {
   DarknetFiles files;
+  if (const std::string& text = place.singleText; !text.empty()) {
+    files.addSingle(
+        text, reading.pictures.empty()
+                  ? pictureOfText(text)
+                  : pictureNamedLike(text, asDirectory(absolutePicturePath(reading.pictures))));
+    return files;
+  }
   if (!reading.pictures.empty()) {
     const std::string pictures = asDirectory(absolutePicturePath(reading.pictures));
     files.addDirectory(pictures);
@@ -510,7 +565,7 @@ bool writePictures(const LabelSet& set, const std::vector<std::string>& names,
 }  // namespace
 
 bool isDarknetLabels(const std::string& path) {
-  if (isFile(path)) return isYaml(path) || isDarknetData(path);
+  if (isFile(path)) return isYaml(path) || isDarknetData(path) || isLabelText(path);
   if (!isDirectory(path)) return false;
   bool found = false;
   forEachFileBelow(asDirectory(path), [&](const std::string& file) {

@@ -304,6 +304,12 @@ void TNVToolLabelExchange::clear() {
 
 bool TNVToolLabelExchange::read(const std::string& path) {
   clear();
+  std::error_code error;
+  if (!fs::exists(path, error)) {
+    logFrom("read", error ? "'" + path + "' cannot be read: " + error.message()
+                          : "There is nothing at '" + path + "'!");
+    return false;
+  }
   const tnv::LabelFormat* chosen =
       format.empty() ? tnv::recogniseLabelFormat(path) : tnv::findLabelFormat(format);
   if (!chosen) {

@@ -214,6 +214,45 @@ TEST(LabelsDarknet, PicturesMayLieElsewhere) {
   EXPECT_THAT(rejections(set), ElementsAre("c.txt:1: no picture"));
 }
 
+TEST(LabelsDarknet, ASingleTextIsReadWithItsPicture) {
+  struct Row {
+    const char* text;
+    const char* picture;
+    const char* names;
+    const char* content;
+  };
+  for (const auto& [text, picture, names, content] :
+       {Row{"a.txt", "a.jpg", "classes.txt", kBox},
+        Row{"labels/train/a.txt", "images/train/a.JPG", "obj.names", kBox},
+        Row{"labels/a.txt", "images/a.png", "labels/classes.txt", kBox},
+        Row{"a.txt", "a.jpg", "classes.txt", ""}}) {
+    const TempDirectory temp;
+    addPictures(temp, {picture, "other.jpg"});
+    temp.write("other.txt", kBox);
+    temp.write(names, "screw\n");
+    const std::string path = temp.write(text, content);
+    EXPECT_TRUE(tnv::isDarknetLabels(path)) << text;
+    const auto set = readSet(path);
+    EXPECT_THAT(set.classNames, ElementsAre("screw"));
+    EXPECT_THAT(pictures(set, temp.path()),
+                ElementsAre(picture + std::string(*content ? ": 1" : ": 0")));
+    EXPECT_THAT(rejections(set), IsEmpty());
+  }
+}
+
+TEST(LabelsDarknet, ASingleTextMayHaveItsPictureElsewhereOrNowhere) {
+  const TempDirectory temp;
+  addPictures(temp, {"photos/a.jpg"});
+  temp.write("set/classes.txt", "screw\n");
+  const std::string path = temp.write("set/a.txt", kBox);
+  tnv::LabelReading reading;
+  EXPECT_THAT(rejections(readSet(path)), ElementsAre("a.txt:1: no picture"));
+  reading.pictures = temp / "photos";
+  EXPECT_THAT(pictures(readSet(path, reading), temp.path()), ElementsAre("photos/a.jpg: 1"));
+  EXPECT_FALSE(tnv::isDarknetLabels(temp / "set/classes.txt"));
+  EXPECT_FALSE(tnv::isDarknetLabels(temp.write("README.txt", "These are screws.\n")));
+}
+
 TEST(LabelsDarknet, ATextWithoutAPictureHasEachOfItsLabelsRejected) {
   const TempDirectory temp;
   addPictures(temp, {"a.jpg"});

@@ -118,6 +118,9 @@ TEST_F(LabelExchange, AFailedReadLeavesNothingInMemory) {
   ASSERT_TRUE(exchange.wRead(labels));
   LogCapture log;
   EXPECT_FALSE(exchange.wRead(builder.temp / "missing"));
+  EXPECT_THAT(log.lines(), ElementsAre("TNVToolLabelExchange::read: There is nothing at '" +
+                                       builder.temp.path() + "missing'!"));
+  EXPECT_FALSE(exchange.wRead(builder.temp.makeDirectory("empty")));
   EXPECT_THAT(log.text(), HasSubstr("TNVToolLabelExchange::read: No labels of a known format at"));
   EXPECT_EQ(exchange.wGetFound(), 0);
   EXPECT_THAT(exchange.wGetClassNames(), IsEmpty());
