@@ -183,6 +183,10 @@ std::string pictureExtension(const std::string& path) {
   return fs::path(path).extension().string();
 }
 
+bool hasExtension(const std::string& path, std::string_view extension) {
+  return lowerCase(pictureExtension(path)) == extension;
+}
+
 bool makeDirectory(const std::string& directory, std::string_view who) {
   std::error_code error;
   fs::create_directories(directory, error);

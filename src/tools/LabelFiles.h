@@ -59,6 +59,9 @@ TreeWalk forEachFileBelow(const std::string& directory,
 /// case only count as the same, since on some file systems they are.
 std::vector<std::string> outputNames(const LabelSet& set);
 
+/// Whether the path has the extension, in letters of either case.
+bool hasExtension(const std::string& path, std::string_view extension);
+
 /// A length in pixels, to a millionth of one, in its shortest form and with a decimal point.
 std::string pixelText(double pixels);
 
