@@ -4,7 +4,10 @@
 #include <array>
 #include <cmath>
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 
 #include "foundation/Files.h"
@@ -84,7 +87,54 @@ std::unique_ptr<TNVMark> markFor(const tnv::Label& label, const TNVDNNClass& dnn
   return mark;
 }
 
-/// The marks of a record that labels can equal, by one coordinate, so that a crowd of labels is not
+/// Centre and size of a box; the corners of the box around an outline.
+using Place = std::array<double, 4>;
+
+Place placeOfBox(cv::Point2d centre, cv::Point2d size) {
+  return {centre.x, centre.y, size.x, size.y};
+}
+
+Place placeOfOutline(const std::vector<cv::Point2d>& corners) {
+  const cv::Rect2d box = tnv::boxOf(corners);
+  return {box.x, box.y, box.br().x, box.br().y};
+}
+
+bool isFinite(const Place& place) {
+  return std::all_of(place.begin(), place.end(),
+                     [](double number) { return std::isfinite(number); });
+}
+
+/// Where marks of one class and kind are near each other. The numbers are whole.
+struct Cell {
+  Place numbers{};
+  int classIdx = 0;
+  bool isOutline = false;
+
+  bool operator==(const Cell&) const = default;
+};
+
+struct CellHash {
+  std::size_t operator()(const Cell& cell) const {
+    constexpr std::size_t prime = 1099511628211U;
+    std::size_t hash = static_cast<std::size_t>(cell.classIdx) * 2 + (cell.isOutline ? 1 : 0);
+    for (const double number : cell.numbers)
+      hash = hash * prime ^ std::hash<double>()(number);
+    return hash;
+  }
+};
+
+/// The side of a cell, relative to the picture: few marks that differ share one, and most places
+/// are further from its edges than marks that are the same may be from each other.
+constexpr double kCellSide = 1e-5;
+
+/// `kSamePlace`, with room for what calculating does to the last digits.
+constexpr double kReach = 2 * kSamePlace;
+
+double cellNumber(double number) {
+  return std::floor(number / kCellSide);
+}
+
+/// The marks of a record that labels can equal, by where they are, so that a crowd of labels is not
 /// compared with a crowd of marks.
 class MarkIndex {
  public:
@@ -94,25 +144,57 @@ class MarkIndex {
   }
 
   void add(const TNVMark& mark) {
-    const auto* line = dynamic_cast<const TNVMarkPolyLine*>(&mark);
-    if (line && line->polyPoints.empty()) return;
-    const double key = line ? line->polyPoints.front().x : mark.center.x;
-    // What is not a number would be in no order.
-    if (std::isfinite(key)) byPlace.emplace(key, &mark);
+    if (const auto* line = dynamic_cast<const TNVMarkPolyLine*>(&mark)) {
+      if (isClosedOutline(line)) add(mark, placeOfOutline(line->polyPoints), true);
+    } else if (const auto* box = dynamic_cast<const TNVMarkRect*>(&mark)) {
+      add(mark, placeOfBox(box->center, box->size), false);
+    }
   }
 
   bool holds(const tnv::Label& label, const TNVDNNClass& dnnClass) const {
-    const double key = label.outline.empty() ? centreOf(label.box).x : label.outline.front().x;
-    const auto end = byPlace.upper_bound(key + kSamePlace);
-    return std::any_of(byPlace.lower_bound(key - kSamePlace), end, [&](const auto& entry) {
-      const std::vector<int>& idx = entry.second->classIdx;
-      return std::find(idx.begin(), idx.end(), dnnClass.uniqueIdx) != idx.end() &&
-             isAtPlace(*entry.second, label);
-    });
+    const bool isOutline = !label.outline.empty();
+    const cv::Point2d size(label.box.width, label.box.height);
+    const Place place =
+        isOutline ? placeOfOutline(label.outline) : placeOfBox(centreOf(label.box), size);
+    constexpr unsigned choices = 1U << std::tuple_size_v<Place>;
+    for (unsigned choice = 0; choice < choices; ++choice) {
+      const auto cell = neighbour(place, choice);
+      if (cell && cellHolds({*cell, dnnClass.uniqueIdx, isOutline}, label)) return true;
+    }
+    return false;
   }
 
  private:
-  std::multimap<double, const TNVMark*> byPlace;
+  void add(const TNVMark& mark, Place place, bool isOutline) {
+    // What is not a number equals nothing.
+    if (!isFinite(place)) return;
+    std::transform(place.begin(), place.end(), place.begin(), cellNumber);
+    for (const int classIdx : mark.classIdx)
+      byCell[{place, classIdx, isOutline}].push_back(&mark);
+  }
+
+  /// One of the cells that what equals the place can lie in: each bit of `choice` takes the upper
+  /// end of one number's reach. Nothing if both ends are the same, and the lower was taken already.
+  static std::optional<Place> neighbour(const Place& place, unsigned choice) {
+    Place cell{};
+    for (std::size_t i = 0; i < place.size(); ++i) {
+      const double lower = cellNumber(place[i] - kReach);
+      const double upper = cellNumber(place[i] + kReach);
+      const bool isUpper = (choice >> i & 1U) != 0;
+      if (isUpper && lower == upper) return std::nullopt;
+      cell[i] = isUpper ? upper : lower;
+    }
+    return cell;
+  }
+
+  bool cellHolds(const Cell& cell, const tnv::Label& label) const {
+    const auto marks = byCell.find(cell);
+    return marks != byCell.end() &&
+           std::any_of(marks->second.begin(), marks->second.end(),
+                       [&](const TNVMark* mark) { return isAtPlace(*mark, label); });
+  }
+
+  std::unordered_map<Cell, std::vector<const TNVMark*>, CellHash> byCell;
 };
 
 /// Records by the paths of their pictures. Of several records of one picture the first counts.

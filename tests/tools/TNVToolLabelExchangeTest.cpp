@@ -1,5 +1,6 @@
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
+#include <chrono>
 #include <filesystem>
 #include <limits>
 #include <sstream>
@@ -231,6 +232,33 @@ TEST_F(LabelExchange, ALabelThatIsThereTwiceIsAddedOnce) {
   ASSERT_TRUE(exchange.wRead(labels));
   EXPECT_EQ(addMarks(), 1);
   EXPECT_THAT(exchange.wGetRejections(), ElementsAre(labels + "a.txt:2: already marked"));
+}
+
+TEST_F(LabelExchange, CrowdsInOneLineCostNoMoreThanScatteredOnes) {
+  // Boxes, then outlines, of one x or of as many as there are labels.
+  const auto secondsFor = [&](bool isLine, bool isOutline) {
+    constexpr int count = 20000;
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+      const std::string x = isLine ? "0.25" : std::to_string(0.1 + i * 3e-5);
+      const std::string y = std::to_string(0.1 + i * 3e-5);
+      text += isOutline ? "0 " + x + " " + y + " 0.9 0.9 0.1 0.95\n"
+                        : "0 " + x + " " + y + " 0.1 0.1\n";
+    }
+    labelsFile("a.txt", text);
+    EXPECT_TRUE(exchange.wRead(labels));
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(addMarks(), count);
+    EXPECT_EQ(addMarks(), 0);
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
+    while (!marks(0).empty())
+      record(0).removeMark(record(0).marks.back().get());
+    return passed.count();
+  };
+  for (const bool isOutline : {false, true}) {
+    const double scattered = secondsFor(false, isOutline);
+    EXPECT_LT(secondsFor(true, isOutline), 5 * scattered + 0.2) << isOutline;
+  }
 }
 
 TEST_F(LabelExchange, APictureIsKnownByItsAbsolutePathToo) {
