@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <filesystem>
+#include <system_error>
 #include <unordered_set>
 
 #include "foundation/Files.h"
@@ -18,6 +19,7 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kExportLeftovers = ".label-export.";
+constexpr std::string_view kCopyInWork = ".copy.part";
 constexpr std::string_view kBlanks = " \t\r\f\v";
 
 std::string lowerCase(std::string text) {
@@ -31,11 +33,17 @@ bool climbs(const fs::path& path) {
   return std::any_of(path.begin(), path.end(), [](const fs::path& part) { return part == ".."; });
 }
 
-bool copyFile(const std::string& from, const std::string& to) {
+/// A copy that was cut off never bears the name of a picture.
+std::error_code copyFile(const fs::path& from, const fs::path& to) {
   std::error_code error;
   // A picture that lies where it is to be copied to is there already.
-  if (fs::equivalent(from, to, error)) return true;
-  return fs::copy_file(from, to, fs::copy_options::overwrite_existing, error);
+  if (fs::equivalent(from, to, error)) return {};
+  const fs::path part = to.parent_path() / kCopyInWork;
+  removeFile(part.string());
+  fs::copy_file(from, part, error);
+  if (!error) fs::rename(part, to, error);
+  if (error) removeFile(part.string());
+  return error;
 }
 
 /// Goes through a tree of directories.
@@ -85,8 +93,10 @@ class Walker {
   bool ended = false;
 };
 
-void logFailure(std::string_view who, const std::string& what, const std::string& path) {
-  logLine(std::string(who) + ": Could not " + what + " '" + path + "'!");
+void logFailure(std::string_view who, const std::string& what, const std::string& path,
+                const std::error_code& error = {}) {
+  logLine(std::string(who) + ": Could not " + what + " '" + path + "'" +
+          (error ? ": " + error.message() : "!"));
 }
 
 }  // namespace
@@ -190,8 +200,9 @@ bool hasExtension(const std::string& path, std::string_view extension) {
 bool makeDirectory(const std::string& directory, std::string_view who) {
   std::error_code error;
   fs::create_directories(directory, error);
-  if (fs::is_directory(directory, error)) return true;
-  logFailure(who, "make", directory);
+  std::error_code kindError;
+  if (fs::is_directory(directory, kindError)) return true;
+  logFailure(who, "make", directory, error);
   return false;
 }
 
@@ -202,15 +213,16 @@ bool writeWhole(const std::string& file, std::string_view text, std::string_view
 }
 
 bool copyPictures(const LabelSet& set, const std::vector<std::string>& names,
-                  const std::string& directory, std::string_view who) {
-  bool copied = true;
+                  const std::string& directory, std::string_view who, const GoOn& goOn) {
   for (std::size_t i = 0; i < set.pictures.size(); ++i) {
+    if (!goesOn(goOn)) return false;
     const std::string& from = set.pictures[i].path;
-    if (copyFile(from, directory + names[i] + pictureExtension(from))) continue;
-    logFailure(who, "copy", from);
-    copied = false;
+    const std::error_code error = copyFile(from, directory + names[i] + pictureExtension(from));
+    if (!error) continue;
+    logFailure(who, "copy", from, error);
+    return false;
   }
-  return copied;
+  return true;
 }
 
 }  // namespace tnv

@@ -68,15 +68,16 @@ std::string pixelText(double pixels);
 /// The extension of a picture with its dot, or nothing.
 std::string pictureExtension(const std::string& path);
 
-/// Makes the directory with its parents. False, with a log line that starts with `who`.
+/// Makes the directory with its parents. False, with a log line that starts with `who` and why.
 bool makeDirectory(const std::string& directory, std::string_view who);
 
 /// Puts the text in the place of the file. False, with a log line that starts with `who`.
 bool writeWhole(const std::string& file, std::string_view text, std::string_view who);
 
 /// Copies the picture of each entry to `directory` under its output name and its own extension,
-/// over what an earlier export left. False, with a log line for each that failed.
+/// each whole or not at all. False at the first that fails, with a log line that tells why, and
+/// when it was stopped.
 bool copyPictures(const LabelSet& set, const std::vector<std::string>& names,
-                  const std::string& directory, std::string_view who);
+                  const std::string& directory, std::string_view who, const GoOn& goOn = {});
 
 }  // namespace tnv

@@ -268,12 +268,14 @@ class CocoReader {
     const Lines lines(*content);
     addCategories(listOf(*root, kCategories));
     addImages(listOf(*root, kImages), lines);
+    if (wasStopped) return;
     for (const Json::Value& annotation : listOf(*root, kAnnotations))
       addAnnotation(annotation, lines.of(annotation));
     rejectMissing();
   }
 
   bool hasRead = false;  ///< any file of labels
+  bool wasStopped = false;
 
  private:
   struct Picture {
@@ -316,8 +318,11 @@ class CocoReader {
     pictures.clear();
     missing.clear();
     const PictureFinder finder(file, reading.pictures);
-    for (const Json::Value& image : images)
+    for (const Json::Value& image : images) {
+      wasStopped = wasStopped || !goesOn(reading.goOn);
+      if (wasStopped) return;
       addImage(image, lines.of(image), finder);
+    }
   }
 
   void addImage(const Json::Value& image, std::size_t line, const PictureFinder& finder) {
@@ -494,8 +499,10 @@ std::optional<LabelSet> readCocoLabels(const std::string& path, const LabelReadi
   const std::vector<std::string> files = filesOf(path);
   LabelSet set;
   CocoReader reader(set, reading);
-  for (const std::string& file : files)
+  for (const std::string& file : files) {
     reader.read(file, isJson(path));
+    if (reader.wasStopped) return std::nullopt;
+  }
   if (reader.hasRead || !set.rejections.empty()) return set;
   logLine(std::string(kReadWho) + ": There is no COCO file at '" + path + "'!");
   return std::nullopt;
@@ -505,20 +512,22 @@ bool writeCocoLabels(const LabelSet& set, const std::string& directory,
                      const LabelWriting& writing) {
   const std::string root = asDirectory(directory);
   if (!makeDirectory(root, kWriteWho)) return false;
-  bool written = true;
   std::vector<std::string> fileNames;
   if (writing.copy) {
     fileNames = outputNames(set);
     const std::string images = root + std::string(kImagesDirectory);
-    written = makeDirectory(images, kWriteWho) && copyPictures(set, fileNames, images, kWriteWho);
+    if (!makeDirectory(images, kWriteWho) ||
+        !copyPictures(set, fileNames, images, kWriteWho, writing.goOn)) {
+      return false;
+    }
     for (std::size_t i = 0; i < fileNames.size(); ++i)
       fileNames[i] += pictureExtension(set.pictures[i].path);
   } else {
     for (const LabelledPicture& picture : set.pictures)
       fileNames.push_back(picture.path);
   }
-  return writeWhole(root + std::string(kOutputFile), documentOf(set, fileNames), kWriteWho) &&
-         written;
+  if (!goesOn(writing.goOn)) return false;
+  return writeWhole(root + std::string(kOutputFile), documentOf(set, fileNames), kWriteWho);
 }
 
 }  // namespace tnv

@@ -546,20 +546,21 @@ std::string namesText(const std::vector<std::string>& names) {
 }
 
 bool writeTexts(const LabelSet& set, const std::vector<std::string>& names,
-                const std::string& labels) {
-  bool written = true;
+                const std::string& labels, const GoOn& goOn) {
   for (std::size_t i = 0; i < names.size(); ++i) {
     const std::string file = labels + names[i] + std::string(kTextExtension);
-    written = writeWhole(file, labelText(set.pictures[i]), kWriteWho) && written;
+    if (!goesOn(goOn) || !writeWhole(file, labelText(set.pictures[i]), kWriteWho)) return false;
   }
-  return written;
+  return true;
 }
 
 bool writePictures(const LabelSet& set, const std::vector<std::string>& names,
-                   const std::string& root, bool copy) {
-  if (!copy) return writeWhole(root + std::string(kPictureList), pictureList(set), kWriteWho);
+                   const std::string& root, const LabelWriting& writing) {
+  if (!writing.copy)
+    return writeWhole(root + std::string(kPictureList), pictureList(set), kWriteWho);
   const std::string images = root + std::string(kImagesDirectory);
-  return makeDirectory(images, kWriteWho) && copyPictures(set, names, images, kWriteWho);
+  return makeDirectory(images, kWriteWho) &&
+         copyPictures(set, names, images, kWriteWho, writing.goOn);
 }
 
 }  // namespace
@@ -590,6 +591,7 @@ std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelRe
   set.rejections = std::move(files.rejections);
   const std::vector<std::string> left = files.textsWithoutPicture();
   for (LabelledPicture& picture : files.pictures) {
+    if (!goesOn(reading.goOn)) return std::nullopt;
     if (!isFile(picture.path)) {
       rejectMissing(set, picture);
       continue;
@@ -597,8 +599,10 @@ std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelRe
     if (!picture.labelFile.empty()) readLabels(set, picture, reading.clip);
     set.pictures.push_back(std::move(picture));
   }
-  for (const std::string& text : left)
+  for (const std::string& text : left) {
+    if (!goesOn(reading.goOn)) return std::nullopt;
     rejectWithoutPicture(set, text);
+  }
   return set;
 }
 
@@ -610,12 +614,9 @@ bool writeDarknetLabels(const LabelSet& set, const std::string& directory,
   const auto names = outputNames(set);
   const std::string pictures(writing.copy ? kImagesDirectory.substr(0, kImagesDirectory.size() - 1)
                                           : kPictureList);
-  bool written = writeTexts(set, names, labels);
-  written = writePictures(set, names, root, writing.copy) && written;
-  written =
-      writeWhole(root + std::string(kClassesFile), namesText(set.classNames), kWriteWho) && written;
-  return writeWhole(root + std::string(kYamlFile), yamlText(set.classNames, pictures), kWriteWho) &&
-         written;
+  return writeTexts(set, names, labels, writing.goOn) && writePictures(set, names, root, writing) &&
+         writeWhole(root + std::string(kClassesFile), namesText(set.classNames), kWriteWho) &&
+         writeWhole(root + std::string(kYamlFile), yamlText(set.classNames, pictures), kWriteWho);
 }
 
 }  // namespace tnv

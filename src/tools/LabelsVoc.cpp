@@ -328,8 +328,10 @@ std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReadin
     return std::nullopt;
   }
   if (names) reader.addNames(*names);
-  for (const std::string& file : files)
+  for (const std::string& file : files) {
+    if (!goesOn(reading.goOn)) return std::nullopt;
     reader.read(file);
+  }
   return set;
 }
 
@@ -340,18 +342,20 @@ bool writeVocLabels(const LabelSet& set, const std::string& directory,
   if (!makeDirectory(labels, kWriteWho)) return false;
   const auto names = outputNames(set);
   const std::string images = root + std::string(kImagesDirectory);
-  bool written = !writing.copy ||
-                 (makeDirectory(images, kWriteWho) && copyPictures(set, names, images, kWriteWho));
+  if (writing.copy && (!makeDirectory(images, kWriteWho) ||
+                       !copyPictures(set, names, images, kWriteWho, writing.goOn))) {
+    return false;
+  }
   for (std::size_t i = 0; i < names.size(); ++i) {
     const LabelledPicture& picture = set.pictures[i];
     const std::string fileName = writing.copy ? names[i] + pictureExtension(picture.path)
                                               : fs::path(picture.path).filename().string();
-    written = writeWhole(labels + names[i] + ".xml", documentOf(set, picture, fileName, writing),
-                         kWriteWho) &&
-              written;
+    if (!goesOn(writing.goOn) ||
+        !writeWhole(labels + names[i] + ".xml", documentOf(set, picture, fileName, writing),
+                    kWriteWho))
+      return false;
   }
-  return writeWhole(root + std::string(kClassesFile), namesText(set.classNames), kWriteWho) &&
-         written;
+  return writeWhole(root + std::string(kClassesFile), namesText(set.classNames), kWriteWho);
 }
 
 }  // namespace tnv

@@ -672,11 +672,12 @@ TEST_F(DarknetRoundTrip, CopiesLieBesideTheLabels) {
   expectSame(back);
 }
 
-TEST_F(DarknetRoundTrip, AFailureIsToldAndTheRestIsWritten) {
+TEST_F(DarknetRoundTrip, WritingEndsAtTheFirstFailureAloud) {
   temp.makeDirectory("out/labels/x.txt/in the way");
   LogCapture log;
   EXPECT_FALSE(tnv::writeDarknetLabels(set, temp / "out", {}));
   EXPECT_THAT(log.text(), HasSubstr("writeDarknetLabels: Could not write"));
-  EXPECT_TRUE(fs::exists(temp / "out/labels/x_2.txt"));
+  EXPECT_FALSE(fs::exists(temp / "out/labels/x_2.txt"));
   EXPECT_FALSE(tnv::writeDarknetLabels(set, temp.write("file", ""), {}));
+  EXPECT_THAT(log.text(), HasSubstr("file/labels/': Not a directory"));
 }
