@@ -21,7 +21,7 @@ class TNVToolLabelExchange;
 ///
 /// The wrapper owns the tool; train sets and classes belong to their project. Failures are told by
 /// the result and a line in the log. For use on one thread at a time, which no main process uses
-/// the train sets on meanwhile.
+/// the train sets on meanwhile; only `wProcessStop` and `wProcessIsStopped` are for any thread.
 class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
  public:
   WTNVToolLabelExchange();
@@ -63,8 +63,8 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   void wSetCopy(bool copy);
 
   /// Takes a set of labels from files into memory, in place of the one that is there. `path` is a
-  /// directory, or a file of the format: a `data.yaml`, a Darknet data file. False if
-  /// there is no such set; none is in memory then.
+  /// directory, or a file of the format: a `data.yaml`, a Darknet data file, a single Darknet text,
+  /// a COCO or VOC file. False if there is no such set or it was stopped; none is in memory then.
   bool wRead(const std::string& path);
 
   /// Takes the marks of the train sets into memory, in place of what is there, reading train sets
@@ -73,8 +73,8 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   /// `classes` or without a size are rejected; what reaches beyond the picture is cut.
   ///
   /// The labels get the classes' numbers (`WTNVDNNClass::wGetDNNId`): false if these do not run
-  /// from 0 without gaps, or if a name is empty, has blanks at its ends or more than one line. A
-  /// damaged train set file throws.
+  /// from 0 without gaps, or if a name is empty, has blanks at its ends or more than one line; and
+  /// if it was stopped, with nothing in memory then. A damaged train set file throws.
   bool wReadMarks(const std::vector<WTNVTrainSet>& trainSets,
                   const std::vector<WTNVDNNClass>& classes);
 
@@ -86,19 +86,33 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   ///
   /// The result is the number of marks added; with `wGetRejected` it makes `wGetFound`. The train
   /// sets are flagged as changed, and `WTNVProject::wUpdate` saves them. A damaged train set file
-  /// throws before anything was added.
+  /// throws before anything was added. When it is stopped, the labels of the pictures that are left
+  /// are rejected; what was added stays.
   int wAddMarks(const std::vector<WTNVTrainSet>& trainSets,
                 const std::vector<WTNVDNNClass>& classes);
 
   /// Whether `wWrite` may write there: the directory does not exist, is empty or an earlier export,
-  /// and holds neither pictures nor files of the set in memory. If not, the log tells why.
+  /// there are rights to write to it, and it holds neither pictures nor files of the set in memory.
+  /// If not, the log tells why. Nothing is made.
   bool wCanWrite(const std::string& directory) const;
 
   /// Writes the set in memory in the format chosen. The directory is made if it does not exist; an
-  /// earlier export in it is replaced. False if no format was chosen, `wCanWrite` is false or
-  /// something could not be written. A format in pixels leaves out pictures that cannot be read;
-  /// their labels count as rejected.
+  /// earlier export in it is replaced when the new one is whole, and stays as it is otherwise.
+  /// False if no format was chosen, `wCanWrite` is false, something could not be written or copied,
+  /// or it was stopped. Pictures that cannot be read are left out, with a line in the log; their
+  /// labels count as rejected.
   bool wWrite(const std::string& directory);
+
+  /// Ends the `wRead`, `wReadMarks`, `wAddMarks` or `wWrite` that is under way before its next
+  /// picture. Without one it does nothing. For any thread, and for the callback.
+  void wProcessStop();
+
+  /// Whether none of them is under way. For any thread.
+  bool wProcessIsStopped() const;
+
+  /// A function to call before each picture, at least once for each, on the thread that reads or
+  /// writes; null clears.
+  void setCBUpdate(void (*callback)());
 
   /// The classes of the set in memory in their order.
   std::vector<std::string> wGetClassNames() const;

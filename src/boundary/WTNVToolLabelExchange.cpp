@@ -82,6 +82,18 @@ bool WTNVToolLabelExchange::wWrite(const std::string& directory) {
   return native->write(directory);
 }
 
+void WTNVToolLabelExchange::wProcessStop() {
+  native->stopRequested = true;
+}
+
+bool WTNVToolLabelExchange::wProcessIsStopped() const {
+  return native->stopped;
+}
+
+void WTNVToolLabelExchange::setCBUpdate(void (*callback)()) {
+  native->onUpdate = callback;
+}
+
 std::vector<std::string> WTNVToolLabelExchange::wGetClassNames() const {
   return native->set.classNames;
 }

@@ -1,10 +1,12 @@
 #include "foundation/Platform.h"
 
 #ifdef _WIN32
+#include <io.h>
 #include <shlobj.h>
 
 #include "foundation/TNVDirectory.h"
 #else
+#include <fcntl.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -31,6 +33,11 @@ std::string documentsDirectory() {
   for (const wchar_t* character = wide; *character != 0; ++character)
     narrow += static_cast<char>(*character & 0xff);
   return TNVDirectory::normalizePath(narrow);
+}
+
+bool mayWriteTo(const std::string& directory) {
+  constexpr int readAndWrite = 6;
+  return _access(directory.c_str(), readAndWrite) == 0;
 }
 
 #else
@@ -63,6 +70,10 @@ std::string documentsDirectoryOf(const std::string& home) {
   const std::string userDirs = readFile(home + "/.config/user-dirs.dirs").value_or("");
   const std::string named = xdgDocumentsDirectory(userDirs, home);
   return named.empty() ? withOneSlash(home) + "Documents/" : named;
+}
+
+bool mayWriteTo(const std::string& directory) {
+  return faccessat(AT_FDCWD, directory.c_str(), R_OK | W_OK | X_OK, AT_EACCESS) == 0;
 }
 
 #endif

@@ -16,4 +16,7 @@ std::string documentsDirectory();
 std::string documentsDirectoryOf(const std::string& home);
 #endif
 
+/// Whether this process has the rights to list the directory and to make files in it.
+bool mayWriteTo(const std::string& directory);
+
 }  // namespace tnv

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <filesystem>
+#include <system_error>
 #include <unordered_set>
 
 #include "foundation/Files.h"
@@ -17,6 +18,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kExportLeftovers = ".label-export.";
+constexpr std::string_view kCopyInWork = ".copy.part";
 constexpr std::string_view kBlanks = " \t\r\f\v";
 
 std::string lowerCase(std::string text) {
@@ -30,15 +33,70 @@ bool climbs(const fs::path& path) {
   return std::any_of(path.begin(), path.end(), [](const fs::path& part) { return part == ".."; });
 }
 
-bool copyFile(const std::string& from, const std::string& to) {
+/// A copy that was cut off never bears the name of a picture.
+std::error_code copyFile(const fs::path& from, const fs::path& to) {
   std::error_code error;
   // A picture that lies where it is to be copied to is there already.
-  if (fs::equivalent(from, to, error)) return true;
-  return fs::copy_file(from, to, fs::copy_options::overwrite_existing, error);
+  if (fs::equivalent(from, to, error)) return {};
+  const fs::path part = to.parent_path() / kCopyInWork;
+  removeFile(part.string());
+  fs::copy_file(from, part, error);
+  if (!error) fs::rename(part, to, error);
+  if (error) removeFile(part.string());
+  return error;
 }
 
-void logFailure(std::string_view who, const std::string& what, const std::string& path) {
-  logLine(std::string(who) + ": Could not " + what + " '" + path + "'!");
+/// Goes through a tree of directories.
+class Walker {
+ public:
+  explicit Walker(const std::function<bool(const std::string&)>& callback) : isEnough(callback) {}
+
+  void enter(const fs::path& directory, bool isLinked) {
+    std::error_code error;
+    const std::string real = fs::canonical(directory, error).string();
+    if (error) return tellUnreadable(directory);
+    // A link to a directory that holds it would have no end; those that link to each other would be
+    // gone through in every order.
+    if (std::find(open.begin(), open.end(), real) != open.end()) return;
+    if (isLinked && !linked.insert(real).second) return;
+    open.push_back(real);
+    auto entry = fs::directory_iterator(directory, error);
+    for (; !error && !ended && entry != fs::directory_iterator(); entry.increment(error))
+      visit(*entry, isLinked);
+    open.pop_back();
+    if (error) tellUnreadable(directory);
+  }
+
+  TreeWalk result;
+
+ private:
+  void visit(const fs::directory_entry& entry, bool isLinked) {
+    std::error_code error;
+    if (entry.path().filename().string().starts_with(kExportLeftovers)) return;
+    const bool isLink = entry.is_symlink(error);
+    if (entry.is_directory(error)) {
+      result.followedLinks = result.followedLinks || isLink;
+      return enter(entry.path(), isLinked || isLink);
+    }
+    if (isLink && !entry.path().has_extension() && !entry.exists(error))
+      return tellUnreadable(entry.path());
+    ended = isEnough(withForwardSlashes(entry.path().string()));
+  }
+
+  void tellUnreadable(const fs::path& path) {
+    result.unreadable.push_back(withForwardSlashes(path.string()));
+  }
+
+  const std::function<bool(const std::string&)>& isEnough;
+  std::vector<std::string> open;  ///< the directories that lead to the one in work
+  std::unordered_set<std::string> linked;
+  bool ended = false;
+};
+
+void logFailure(std::string_view who, const std::string& what, const std::string& path,
+                const std::error_code& error = {}) {
+  logLine(std::string(who) + ": Could not " + what + " '" + path + "'" +
+          (error ? ": " + error.message() : "!"));
 }
 
 }  // namespace
@@ -86,6 +144,25 @@ std::optional<std::vector<std::string>> readNames(const std::string& file) {
   return names;
 }
 
+std::optional<std::string> findUpwards(const std::string& path,
+                                       const std::vector<fs::path>& directories) {
+  std::error_code error;
+  for (const fs::path& directory : directories) {
+    for (fs::path above = directory;; above = above.parent_path()) {
+      if (fs::exists(above / path, error)) return (above / path).string();
+      if (above == above.parent_path()) break;
+    }
+  }
+  return fs::exists(path, error) ? std::optional(path) : std::nullopt;
+}
+
+TreeWalk forEachFileBelow(const std::string& directory,
+                          const std::function<bool(const std::string& file)>& isEnough) {
+  Walker walker(isEnough);
+  walker.enter(directory, false);
+  return std::move(walker.result);
+}
+
 std::vector<std::string> outputNames(const LabelSet& set) {
   std::vector<std::string> names;
   std::unordered_set<std::string> taken;
@@ -116,11 +193,16 @@ std::string pictureExtension(const std::string& path) {
   return fs::path(path).extension().string();
 }
 
+bool hasExtension(const std::string& path, std::string_view extension) {
+  return lowerCase(pictureExtension(path)) == extension;
+}
+
 bool makeDirectory(const std::string& directory, std::string_view who) {
   std::error_code error;
   fs::create_directories(directory, error);
-  if (fs::is_directory(directory, error)) return true;
-  logFailure(who, "make", directory);
+  std::error_code kindError;
+  if (fs::is_directory(directory, kindError)) return true;
+  logFailure(who, "make", directory, error);
   return false;
 }
 
@@ -131,15 +213,16 @@ bool writeWhole(const std::string& file, std::string_view text, std::string_view
 }
 
 bool copyPictures(const LabelSet& set, const std::vector<std::string>& names,
-                  const std::string& directory, std::string_view who) {
-  bool copied = true;
+                  const std::string& directory, std::string_view who, const GoOn& goOn) {
   for (std::size_t i = 0; i < set.pictures.size(); ++i) {
+    if (!goesOn(goOn)) return false;
     const std::string& from = set.pictures[i].path;
-    if (copyFile(from, directory + names[i] + pictureExtension(from))) continue;
-    logFailure(who, "copy", from);
-    copied = false;
+    const std::error_code error = copyFile(from, directory + names[i] + pictureExtension(from));
+    if (!error) continue;
+    logFailure(who, "copy", from, error);
+    return false;
   }
-  return copied;
+  return true;
 }
 
 }  // namespace tnv

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,10 +35,32 @@ std::optional<std::string> pathBelow(const std::string& directory, const std::st
 /// Empty lines keep their number but at the end. Nothing if it cannot be read or names none.
 std::optional<std::vector<std::string>> readNames(const std::string& file);
 
+/// Where a path that is written in a file may lead: from one of the directories or from one above
+/// it, the first directory first, and at last as it is written. Nothing if nothing is there.
+std::optional<std::string> findUpwards(const std::string& path,
+                                       const std::vector<std::filesystem::path>& directories);
+
+/// What was met on the way through a tree of directories.
+struct TreeWalk {
+  std::vector<std::string> unreadable;  ///< directories, and links that lead nowhere
+  bool followedLinks = false;           ///< so that a file may have been met by two paths
+};
+
+constexpr auto kUnreadableDirectory = "directory cannot be read";
+
+/// Calls back with the files below a directory until that gives true. Links to directories are
+/// followed, but for those to a directory that holds them. What an export that was cut off left is
+/// passed over.
+TreeWalk forEachFileBelow(const std::string& directory,
+                          const std::function<bool(const std::string& file)>& isEnough);
+
 /// A file name for each picture of the set, without extension: its own, or with a number behind it
 /// if another picture, whatever its directory or extension, has it already. Names that differ in
 /// case only count as the same, since on some file systems they are.
 std::vector<std::string> outputNames(const LabelSet& set);
+
+/// Whether the path has the extension, in letters of either case.
+bool hasExtension(const std::string& path, std::string_view extension);
 
 /// A length in pixels, to a millionth of one, in its shortest form and with a decimal point.
 std::string pixelText(double pixels);
@@ -44,15 +68,16 @@ std::string pixelText(double pixels);
 /// The extension of a picture with its dot, or nothing.
 std::string pictureExtension(const std::string& path);
 
-/// Makes the directory with its parents. False, with a log line that starts with `who`.
+/// Makes the directory with its parents. False, with a log line that starts with `who` and why.
 bool makeDirectory(const std::string& directory, std::string_view who);
 
 /// Puts the text in the place of the file. False, with a log line that starts with `who`.
 bool writeWhole(const std::string& file, std::string_view text, std::string_view who);
 
 /// Copies the picture of each entry to `directory` under its output name and its own extension,
-/// over what an earlier export left. False, with a log line for each that failed.
+/// each whole or not at all. False at the first that fails, with a log line that tells why, and
+/// when it was stopped.
 bool copyPictures(const LabelSet& set, const std::vector<std::string>& names,
-                  const std::string& directory, std::string_view who);
+                  const std::string& directory, std::string_view who, const GoOn& goOn = {});
 
 }  // namespace tnv

@@ -23,6 +23,59 @@ bool hasExtension(const std::string& file, std::initializer_list<std::string_vie
   return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
 }
 
+/// Stands for what is no character.
+constexpr unsigned long kReplacement = 0xFFFD;
+
+bool isSurrogate(unsigned long code) {
+  return code >= 0xD800 && code <= 0xDFFF;
+}
+
+void appendUtf8(std::string& text, unsigned long code) {
+  if (isSurrogate(code) || code > 0x10FFFF) code = kReplacement;
+  const auto append = [&](unsigned long byte) { text += static_cast<char>(byte); };
+  const auto appendRest = [&](int bits) { append(0x80 | ((code >> bits) & 0x3F)); };
+  if (code < 0x80) return append(code);
+  if (code < 0x800) {
+    append(0xC0 | (code >> 6));
+  } else if (code < 0x10000) {
+    append(0xE0 | (code >> 12));
+    appendRest(6);
+  } else {
+    append(0xF0 | (code >> 18));
+    appendRest(12);
+    appendRest(6);
+  }
+  appendRest(0);
+}
+
+/// How many hexadecimal digits follow the letter behind a backslash; 0 for other letters.
+std::size_t digitsBehind(char letter) {
+  switch (letter) {
+    case 'x':
+      return 2;
+    case 'u':
+      return 4;
+    case 'U':
+      return 8;
+    default:
+      return 0;
+  }
+}
+
+/// What a letter behind a backslash stands for; itself unless it is one of these.
+char controlOf(char letter) {
+  switch (letter) {
+    case 'n':
+      return '\n';
+    case 't':
+      return '\t';
+    case 'r':
+      return '\r';
+    default:
+      return letter;
+  }
+}
+
 NumberedNames numberedFromZero(std::vector<std::string> names) {
   NumberedNames classes{std::move(names), {}};
   for (std::size_t i = 0; i < classes.names.size(); ++i)
@@ -91,16 +144,50 @@ class YamlText {
     return text;
   }
 
-  /// A backslash stands for the character behind it; names have no use for the other escapes.
   std::string doubleQuoted() {
     std::string text;
     while (!rest.empty() && rest.front() != '"') {
-      if (rest.front() == '\\' && rest.size() > 1) rest.remove_prefix(1);
-      text += rest.front();
-      rest.remove_prefix(1);
+      if (rest.front() == '\\' && rest.size() > 1) {
+        rest.remove_prefix(1);
+        appendEscaped(text);
+      } else {
+        text += rest.front();
+        rest.remove_prefix(1);
+      }
     }
     rest.remove_prefix(std::min<std::size_t>(1, rest.size()));
     return text;
+  }
+
+  void appendEscaped(std::string& text) {
+    const char letter = rest.front();
+    if (auto code = codeAt(rest)) {
+      rest.remove_prefix(1 + digitsBehind(letter));
+      if (*code >= 0xD800 && *code < 0xDC00) code = joined(*code);
+      return appendUtf8(text, *code);
+    }
+    text += controlOf(letter);
+    rest.remove_prefix(1);
+  }
+
+  /// Characters far from the front come as two halves where JSON was written.
+  unsigned long joined(unsigned long high) {
+    if (!rest.starts_with("\\u")) return high;
+    const auto low = codeAt(rest.substr(1));
+    if (!low || *low < 0xDC00 || *low > 0xDFFF) return high;
+    rest.remove_prefix(2 + digitsBehind('u'));
+    return 0x10000 + ((high - 0xD800) << 10) + (*low - 0xDC00);
+  }
+
+  /// The number of the character that a letter and its digits stand for; nothing if they do not.
+  static std::optional<unsigned long> codeAt(std::string_view text) {
+    const std::size_t digits = digitsBehind(text.front());
+    const std::string_view number = text.substr(1, digits);
+    unsigned long code = 0;
+    const auto result = std::from_chars(number.data(), number.data() + number.size(), code, 16);
+    const bool isWhole = digits > 0 && number.size() == digits && result.ec == std::errc() &&
+                         result.ptr == number.data() + number.size();
+    return isWhole ? std::optional(code) : std::nullopt;
   }
 
   std::string_view rest;
@@ -140,10 +227,11 @@ class NameMap {
   long long next = 0;
 };
 
+/// What follows the closing bracket is no part of the list.
 void readInlineList(YamlText& text, NameMap& names) {
   while (!text.atEnd() && !text.accept(']')) {
     names.append(text.scalar(",]\n"));
-    if (!text.accept(',') && !text.accept(']')) return;
+    if (!text.accept(',')) return;
   }
 }
 
@@ -151,7 +239,7 @@ void readInlineMap(YamlText& text, NameMap& names) {
   while (!text.atEnd() && !text.accept('}')) {
     const std::string key = text.scalar(":,}\n");
     if (!text.accept(':') || !names.add(key, text.scalar(",}\n"))) return;
-    if (!text.accept(',') && !text.accept('}')) return;
+    if (!text.accept(',')) return;
   }
 }
 
@@ -211,6 +299,20 @@ NumberedNames parseYamlNames(std::string_view value) {
   return names.classes();
 }
 
+/// A text, or a list of them in brackets or on lines of its own.
+std::vector<std::string> yamlTexts(std::string_view text, std::string_view key) {
+  const auto value = valueOf(text, key);
+  if (!value) return {};
+  if (auto listed = parseYamlNames(*value).names; !listed.empty()) return listed;
+  YamlText single(value->substr(0, value->find('\n')));
+  if (single.atEnd() || single.accept('[') || single.accept('{')) return {};
+  return {single.scalar("\n")};
+}
+
+bool namesNothing(const std::string& text) {
+  return text.empty() || text == "~" || text == "null";
+}
+
 std::string yamlScalar(std::string_view text, std::string_view key) {
   const auto value = valueOf(text, key);
   if (!value) return {};
@@ -230,13 +332,10 @@ std::string dataValue(std::string_view text, std::string_view key) {
 /// Darknet takes paths from where it is started, which is often one directory up; people move the
 /// files together with their data file.
 std::string besideOrAsWritten(const std::string& path, const fs::path& directory) {
-  const fs::path places[] = {directory / path, directory.parent_path() / path, path,
-                             directory / fs::path(path).filename()};
-  for (const fs::path& place : places) {
-    std::error_code error;
-    if (fs::exists(place, error)) return place.string();
-  }
-  return (directory / path).string();
+  if (const auto found = findUpwards(path, {directory})) return *found;
+  std::error_code error;
+  const fs::path beside = directory / fs::path(path).filename();
+  return (fs::exists(beside, error) ? beside : directory / path).string();
 }
 
 std::optional<LabelDescription> parseDarknetData(const std::string& text,
@@ -290,8 +389,9 @@ LabelDescription parseYaml(const std::string& text) {
   if (const auto names = valueOf(content, "names")) description.classes = parseYamlNames(*names);
   const fs::path root = yamlScalar(content, "path");
   for (const std::string_view key : kYamlSources) {
-    if (const std::string source = yamlScalar(content, key); !source.empty())
-      description.sources.push_back((root / source).string());
+    for (const std::string& source : yamlTexts(content, key)) {
+      if (!namesNothing(source)) description.sources.push_back((root / source).string());
+    }
   }
   return description;
 }

@@ -23,7 +23,8 @@ bool isYaml(const std::string& file);
 bool isDarknetData(const std::string& file);
 
 /// Reads what a `data.yaml` says under `names`, `path`, `train`, `val` and `test`. The names may be
-/// a list or a map of numbers, in brackets or on lines of their own; all else is passed over.
+/// a list or a map of numbers, in brackets or on lines of their own, the places of pictures a text
+/// or such a list; all else is passed over.
 LabelDescription parseYaml(const std::string& text);
 
 /// Reads class names from a file of names, one a line, a Darknet data file, which names such a

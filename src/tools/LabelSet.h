@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -77,18 +78,27 @@ class LabelSet {
 /// The bounding box of points; empty at the origin without any.
 cv::Rect2d boxOf(const std::vector<cv::Point2d>& points);
 
+/// Asked before each picture; false ends the work there. Nothing to ask goes on.
+using GoOn = std::function<bool()>;
+
+inline bool goesOn(const GoOn& goOn) {
+  return !goOn || goOn();
+}
+
 /// How a set is to be read.
 struct LabelReading {
   std::string names;     ///< file with class names, for formats that have them elsewhere; or empty
   std::string pictures;  ///< directory of the pictures, if they lie elsewhere; or empty
   int base = 1;          ///< of the pixel coordinates of Pascal VOC, 0 or 1
   bool clip = false;     ///< cut at the edges what reaches beyond the picture
+  GoOn goOn;             ///< a set that was not read to its end is none
 };
 
 /// How a set is to be written.
 struct LabelWriting {
   bool copy = false;  ///< copy the pictures beside the labels
   int base = 1;       ///< of the pixel coordinates of Pascal VOC, 0 or 1
+  GoOn goOn;          ///< false counts as a failure
 };
 
 }  // namespace tnv

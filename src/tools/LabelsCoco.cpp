@@ -29,9 +29,15 @@ constexpr std::string_view kWriteWho = "writeCocoLabels";
 constexpr std::string_view kOutputFile = "annotations.json";
 constexpr std::string_view kImagesDirectory = "images/";
 
-/// What every file of boxes has; others of the family have captions or whole scenes.
-constexpr std::string_view kKeys[] = {"\"images\"", "\"annotations\"", "\"categories\"",
-                                      "\"bbox\""};
+/// What every file of labels has.
+constexpr auto kCategories = "categories";
+constexpr auto kImages = "images";
+constexpr auto kAnnotations = "annotations";
+
+/// What an annotation has that tells of a place; others of the family have captions.
+constexpr std::string_view kPlaces[] = {"\"bbox\"", "\"segmentation\""};
+
+constexpr auto kNoPicture = "no picture";
 
 constexpr int kCoordinatesOfBox = 4;
 constexpr Json::ArrayIndex kFewestCoordinates = 6;
@@ -39,38 +45,61 @@ constexpr Json::ArrayIndex kFewestCoordinates = 6;
 /// Deeper nesting is no label file; the parser would run out of stack.
 constexpr int kDeepest = 100;
 
-bool isJson(const fs::path& path) {
+bool isJson(const std::string& path) {
   std::error_code error;
-  return path.extension() == ".json" && fs::is_regular_file(path, error);
+  return hasExtension(path, ".json") && fs::is_regular_file(path, error);
 }
 
-bool holdsBoxes(const std::string& file) {
+bool hasKey(std::string_view text, std::string_view key) {
+  return text.find("\"" + std::string(key) + "\"") != text.npos;
+}
+
+/// Whether the list of annotations has no entry.
+bool hasNoAnnotations(std::string_view text) {
+  const std::string key = "\"" + std::string(kAnnotations) + "\"";
+  std::size_t place = text.find(key);
+  if (place == text.npos) return false;
+  place += key.size();
+  for (const char expected : {':', '[', ']'}) {
+    place = text.find_first_not_of(" \t\r\n", place);
+    if (place == text.npos || text[place] != expected) return false;
+    ++place;
+  }
+  return true;
+}
+
+bool holdsLabels(std::string_view text) {
+  const auto isThere = [&](std::string_view place) { return text.find(place) != text.npos; };
+  return hasKey(text, kCategories) && hasKey(text, kImages) && hasKey(text, kAnnotations) &&
+         (hasNoAnnotations(text) || std::any_of(std::begin(kPlaces), std::end(kPlaces), isThere));
+}
+
+bool isLabelFile(const std::string& file) {
   const auto content = readFile(file);
-  return content && std::all_of(std::begin(kKeys), std::end(kKeys), [&](std::string_view key) {
-           return content->find(key) != content->npos;
-         });
+  return content && holdsLabels(*content);
 }
 
 std::vector<std::string> jsonFilesIn(const fs::path& directory) {
   std::vector<std::string> files;
   std::error_code error;
   for (const auto& entry : fs::directory_iterator(directory, error)) {
-    if (isJson(entry.path())) files.push_back(withForwardSlashes(entry.path().string()));
+    const std::string path = withForwardSlashes(entry.path().string());
+    if (isJson(path)) files.push_back(path);
   }
   std::sort(files.begin(), files.end());
   return files;
 }
 
-/// The files of boxes at the path.
+/// The files at the path: those of the first directory that has labels, or else has any. What is
+/// beside labels may be labels that were cut.
 std::vector<std::string> filesOf(const std::string& path) {
   if (isJson(path)) return {absolutePicturePath(path)};
   const fs::path root(absolutePicturePath(path));
-  for (const fs::path& directory : {root, root / "annotations"}) {
-    std::vector<std::string> files = jsonFilesIn(directory);
-    std::erase_if(files, [](const std::string& file) { return !holdsBoxes(file); });
-    if (!files.empty()) return files;
+  const std::vector<std::string> sets[] = {jsonFilesIn(root), jsonFilesIn(root / "annotations")};
+  for (const std::vector<std::string>& files : sets) {
+    if (std::any_of(files.begin(), files.end(), isLabelFile)) return files;
   }
-  return {};
+  return sets[0].empty() ? sets[1] : sets[0];
 }
 
 std::optional<Json::Value> parse(const std::string& text, const std::string& file) {
@@ -113,7 +142,14 @@ class Lines {
 
 /// A number or a text that names something; empty for all else.
 std::string idOf(const Json::Value& value) {
-  return value.isIntegral() || value.isString() ? value.asString() : std::string();
+  if (value.isString()) return value.asString();
+  // 1.0 is 1.
+  if (value.isInt64()) return std::to_string(value.asInt64());
+  return value.isUInt64() ? std::to_string(value.asUInt64()) : std::string();
+}
+
+bool isCrowd(const Json::Value& value) {
+  return value.isBool() ? value.asBool() : value.isNumeric() && value.asDouble() != 0.0;
 }
 
 std::string textOf(const Json::Value& object, const char* key) {
@@ -217,24 +253,45 @@ class CocoReader {
  public:
   CocoReader(LabelSet& target, const LabelReading& manner) : set(target), reading(manner) {}
 
-  void read(const std::string& path) {
+  /// What `isGiven` was asked for by its name; others of a directory may be no labels.
+  void read(const std::string& path, bool isGiven) {
     const auto content = readFile(path);
     if (!content) return set.reject(path, 0, "file cannot be read");
     const auto root = parse(*content, path);
     if (!root) return set.reject(path, 0, "file cannot be read");
+    if (!isGiven && !holdsLabels(*content)) return logOther(path);
     file = path;
-    addCategories(listOf(*root, "categories"));
-    addImages(listOf(*root, "images"));
+    hasRead = true;
+    rejectUnlessList(*root, kCategories, "categories are no list");
+    rejectUnlessList(*root, kImages, "images are no list");
+    rejectUnlessList(*root, kAnnotations, "annotations are no list");
     const Lines lines(*content);
-    for (const Json::Value& annotation : listOf(*root, "annotations"))
+    addCategories(listOf(*root, kCategories));
+    addImages(listOf(*root, kImages), lines);
+    if (wasStopped) return;
+    for (const Json::Value& annotation : listOf(*root, kAnnotations))
       addAnnotation(annotation, lines.of(annotation));
+    rejectMissing();
   }
+
+  bool hasRead = false;  ///< any file of labels
+  bool wasStopped = false;
 
  private:
   struct Picture {
     std::optional<std::size_t> place;  ///< in the set; nothing for one that is not there
     cv::Size size;
+    std::size_t line = 0;
+    bool isTold = false;  ///< that it is not there
   };
+
+  static void logOther(const std::string& path) {
+    logLine(std::string(kReadWho) + ": '" + path + "' has no labels, passed over");
+  }
+
+  void rejectUnlessList(const Json::Value& root, const char* key, const char* reason) {
+    if (!memberOf(root, key).isArray()) set.reject(file, 0, reason);
+  }
 
   void addCategories(const Json::Value& categories) {
     classes.clear();
@@ -257,16 +314,40 @@ class CocoReader {
     return place;
   }
 
-  void addImages(const Json::Value& images) {
+  void addImages(const Json::Value& images, const Lines& lines) {
     pictures.clear();
+    missing.clear();
     const PictureFinder finder(file, reading.pictures);
     for (const Json::Value& image : images) {
-      if (!image.isObject()) continue;
-      Picture picture;
-      picture.size = {sideOf(image, "width"), sideOf(image, "height")};
-      if (const auto path = finder.find(textOf(image, "file_name")))
-        picture.place = placeOf(*path, picture.size);
-      pictures.emplace(idOf(memberOf(image, "id")), picture);
+      wasStopped = wasStopped || !goesOn(reading.goOn);
+      if (wasStopped) return;
+      addImage(image, lines.of(image), finder);
+    }
+  }
+
+  void addImage(const Json::Value& image, std::size_t line, const PictureFinder& finder) {
+    if (!image.isObject()) return set.reject(file, line, "no image");
+    const std::string id = idOf(memberOf(image, "id"));
+    if (!id.empty() && pictures.contains(id))
+      return set.reject(file, line, "another image has its id");
+    Picture picture;
+    picture.size = {sideOf(image, "width"), sideOf(image, "height")};
+    picture.line = line;
+    if (const auto path = finder.find(textOf(image, "file_name"))) {
+      picture.place = placeOf(*path, picture.size);
+    } else if (id.empty()) {
+      set.reject(file, line, kNoPicture);
+    } else {
+      missing.push_back(id);
+    }
+    // No annotation can tell of one without an id.
+    if (!id.empty()) pictures.emplace(id, picture);
+  }
+
+  /// Those that no annotation was rejected for.
+  void rejectMissing() {
+    for (const std::string& id : missing) {
+      if (!pictures.at(id).isTold) set.reject(file, pictures.at(id).line, kNoPicture);
     }
   }
 
@@ -281,10 +362,12 @@ class CocoReader {
     if (!annotation.isObject()) return rejectFor("no annotation");
     const auto picture = pictures.find(idOf(memberOf(annotation, "image_id")));
     if (picture == pictures.end()) return rejectFor("unknown picture");
-    if (!picture->second.place) return rejectFor("no picture");
+    if (!picture->second.place) {
+      picture->second.isTold = true;
+      return rejectFor(kNoPicture);
+    }
     if (picture->second.size.empty()) return rejectFor("size of the picture is unknown");
-    const Json::Value& crowd = memberOf(annotation, "iscrowd");
-    if (crowd.isIntegral() && crowd.asLargestInt() != 0) return rejectFor("a crowd, no object");
+    if (isCrowd(memberOf(annotation, "iscrowd"))) return rejectFor("a crowd, no object");
     FoundLabel label;
     label.line = line;
     label.classNumber = numberOf(memberOf(annotation, "category_id"));
@@ -318,6 +401,7 @@ class CocoReader {
   std::string file;
   std::unordered_map<long long, long long> classes;
   std::unordered_map<std::string, Picture> pictures;
+  std::vector<std::string> missing;  ///< ids of images whose pictures are not there
   std::unordered_map<std::string, std::size_t> places;
 };
 
@@ -381,20 +465,20 @@ class JsonList {
 
 std::string documentOf(const LabelSet& set, const std::vector<std::string>& fileNames) {
   std::string text = "{";
-  JsonList categories(text, "categories");
+  JsonList categories(text, kCategories);
   for (std::size_t i = 0; i < set.classNames.size(); ++i)
     categories.add("{\"id\":" + std::to_string(i + 1) + ",\"name\":" + quoted(set.classNames[i]) +
                    "}");
   categories.end();
   text += ",\n";
-  JsonList images(text, "images");
+  JsonList images(text, kImages);
   for (std::size_t i = 0; i < set.pictures.size(); ++i)
     images.add("{\"id\":" + std::to_string(i + 1) + ",\"file_name\":" + quoted(fileNames[i]) +
                ",\"width\":" + std::to_string(set.pictures[i].size.width) +
                ",\"height\":" + std::to_string(set.pictures[i].size.height) + "}");
   images.end();
   text += ",\n";
-  JsonList annotations(text, "annotations");
+  JsonList annotations(text, kAnnotations);
   std::size_t id = 0;
   for (std::size_t i = 0; i < set.pictures.size(); ++i) {
     for (const Label& label : set.pictures[i].labels)
@@ -408,40 +492,42 @@ std::string documentOf(const LabelSet& set, const std::vector<std::string>& file
 
 bool isCocoLabels(const std::string& path) {
   const std::vector<std::string> files = filesOf(path);
-  return !files.empty() && holdsBoxes(files.front());
+  return std::any_of(files.begin(), files.end(), isLabelFile);
 }
 
 std::optional<LabelSet> readCocoLabels(const std::string& path, const LabelReading& reading) {
   const std::vector<std::string> files = filesOf(path);
-  if (files.empty()) {
-    logLine(std::string(kReadWho) + ": There is no COCO file at '" + path + "'!");
-    return std::nullopt;
-  }
   LabelSet set;
   CocoReader reader(set, reading);
-  for (const std::string& file : files)
-    reader.read(file);
-  return set;
+  for (const std::string& file : files) {
+    reader.read(file, isJson(path));
+    if (reader.wasStopped) return std::nullopt;
+  }
+  if (reader.hasRead || !set.rejections.empty()) return set;
+  logLine(std::string(kReadWho) + ": There is no COCO file at '" + path + "'!");
+  return std::nullopt;
 }
 
 bool writeCocoLabels(const LabelSet& set, const std::string& directory,
                      const LabelWriting& writing) {
   const std::string root = asDirectory(directory);
   if (!makeDirectory(root, kWriteWho)) return false;
-  bool written = true;
   std::vector<std::string> fileNames;
   if (writing.copy) {
     fileNames = outputNames(set);
     const std::string images = root + std::string(kImagesDirectory);
-    written = makeDirectory(images, kWriteWho) && copyPictures(set, fileNames, images, kWriteWho);
+    if (!makeDirectory(images, kWriteWho) ||
+        !copyPictures(set, fileNames, images, kWriteWho, writing.goOn)) {
+      return false;
+    }
     for (std::size_t i = 0; i < fileNames.size(); ++i)
       fileNames[i] += pictureExtension(set.pictures[i].path);
   } else {
     for (const LabelledPicture& picture : set.pictures)
       fileNames.push_back(picture.path);
   }
-  return writeWhole(root + std::string(kOutputFile), documentOf(set, fileNames), kWriteWho) &&
-         written;
+  if (!goesOn(writing.goOn)) return false;
+  return writeWhole(root + std::string(kOutputFile), documentOf(set, fileNames), kWriteWho);
 }
 
 }  // namespace tnv

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <filesystem>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "foundation/Files.h"
@@ -173,31 +174,6 @@ bool isDirectory(const std::string& path) {
   return fs::is_directory(path, error);
 }
 
-/// Calls back with the files below a directory until that gives true. What cannot be looked into is
-/// left out.
-template <class Callback>
-void forEachFile(const std::string& directory, const Callback& isEnough) {
-  std::error_code error;
-  auto entry = fs::recursive_directory_iterator(
-      directory, fs::directory_options::skip_permission_denied, error);
-  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-    std::error_code kindError;
-    if (entry->is_directory(kindError)) continue;
-    if (isEnough(withForwardSlashes(entry->path().string()))) return;
-  }
-  if (error) logLine(std::string(kReadWho) + ": Could not look through '" + directory + "'!");
-}
-
-std::vector<std::string> sortedFilesBelow(const std::string& directory) {
-  std::vector<std::string> files;
-  forEachFile(directory, [&](std::string file) {
-    files.push_back(std::move(file));
-    return false;
-  });
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
 std::string withTextExtension(const std::string& path) {
   return fs::path(path).replace_extension(kTextExtension).string();
 }
@@ -214,18 +190,27 @@ std::string withDirectory(const std::string& path, std::string_view from, std::s
 class DarknetFiles {
  public:
   void addDirectory(const std::string& directory) {
-    for (const std::string& file : sortedFilesBelow(directory)) {
+    for (const std::string& file : filesBelow(directory)) {
       if (isPicture(file)) addPicture(file, {});
       if (lowerExtension(file) == kTextExtension) addText(file);
     }
   }
 
-  /// Pictures that a text lists one a line; relative ones count from the text's directory.
-  void addList(const std::string& list) {
+  /// Pictures that a text lists one a line. Relative ones count from the text's directory, or, as
+  /// for who trains, from one that the set was started in: that of its description or one above.
+  void addList(const std::string& list, const std::string& root) {
     const fs::path directory = fs::path(list).parent_path();
     notLabels.insert(list);
-    for (const std::string& line : linesOf(list))
-      addPicture(absolutePicturePath((directory / line).string()), {});
+    for (const std::string& line : linesOf(list)) {
+      const auto found = findUpwards(line, {directory, fs::path(root).parent_path()});
+      addPicture(absolutePicturePath(found.value_or((directory / line).string())), {});
+    }
+  }
+
+  /// A text with its picture, if there is one.
+  void addSingle(const std::string& text, const std::string& picture) {
+    addText(text);
+    if (!picture.empty()) addPicture(picture, text);
   }
 
   /// The list that an export wrote, whose label texts lie in a directory of their own.
@@ -238,7 +223,7 @@ class DarknetFiles {
     const std::string labels = root + std::string(kLabelsDirectory);
     for (std::size_t i = 0; i < names.size(); ++i)
       addPicture(listed.pictures[i].path, labels + names[i] + std::string(kTextExtension));
-    for (const std::string& file : sortedFilesBelow(labels))
+    for (const std::string& file : filesBelow(labels))
       addText(file);
   }
 
@@ -268,32 +253,75 @@ class DarknetFiles {
     }
   }
 
+  /// A picture that was met by two paths counts once, by the one that has labels.
+  void dropDoubles() {
+    if (!followedLinks) return;
+    std::unordered_map<std::string, std::size_t> placeOf;
+    std::vector<LabelledPicture> kept;
+    for (LabelledPicture& picture : pictures) {
+      const auto [place, isNew] = placeOf.emplace(withoutDetours(picture.path), kept.size());
+      if (isNew) {
+        kept.push_back(std::move(picture));
+      } else if (kept[place->second].labelFile.empty() && !picture.labelFile.empty()) {
+        kept[place->second] = std::move(picture);
+      }
+    }
+    pictures = std::move(kept);
+  }
+
+  void reject(const std::string& file, const std::string& reason) {
+    if (rejected.insert(file).second) rejections.push_back({file, 0, reason});
+  }
+
   void exclude(const std::string& file) { notLabels.insert(file); }
 
   bool empty() const {
-    return pictures.empty() && std::all_of(texts.begin(), texts.end(), [this](const auto& text) {
-             return isNoLabelText(text);
-           });
+    return pictures.empty() && rejections.empty() &&
+           std::all_of(texts.begin(), texts.end(),
+                       [this](const auto& text) { return isNoLabelText(text); });
   }
 
   std::vector<std::string> textsWithoutPicture() const {
-    std::unordered_set<std::string_view> used;
+    std::unordered_set<std::string> used;
     for (const LabelledPicture& picture : pictures)
-      used.insert(picture.labelFile);
+      used.insert(withoutDetours(picture.labelFile));
     std::vector<std::string> left;
     for (const std::string& text : texts) {
-      if (!used.contains(text) && !isNoLabelText(text)) left.push_back(text);
+      if (!isNoLabelText(text) && used.insert(withoutDetours(text)).second) left.push_back(text);
     }
     return left;
   }
 
   std::vector<LabelledPicture> pictures;
+  std::vector<LabelRejection> rejections;  ///< of whole directories and lists
 
  private:
-  static std::vector<std::string> linesOf(const std::string& file) {
+  std::vector<std::string> filesBelow(const std::string& directory) {
+    std::vector<std::string> files;
+    const TreeWalk walk = forEachFileBelow(directory, [&](const std::string& file) {
+      files.push_back(file);
+      return false;
+    });
+    followedLinks = followedLinks || walk.followedLinks;
+    for (const std::string& unreadable : walk.unreadable)
+      reject(unreadable, kUnreadableDirectory);
+    std::sort(files.begin(), files.end());
+    return files;
+  }
+
+  /// What is the same for all paths of a file. Asking the file system is left out where no file can
+  /// have two.
+  std::string withoutDetours(const std::string& path) const {
+    if (!followedLinks || path.empty()) return path;
+    std::error_code error;
+    const fs::path real = fs::canonical(path, error);
+    return error ? path : real.string();
+  }
+
+  std::vector<std::string> linesOf(const std::string& file) {
     std::vector<std::string> lines;
     const auto content = readFile(file);
-    if (!content) logLine(std::string(kReadWho) + ": Could not read '" + file + "'!");
+    if (!content) reject(file, "file cannot be read");
     forEachLine(content.value_or(""),
                 [&](std::string_view line, std::size_t) { lines.emplace_back(line); });
     return lines;
@@ -315,7 +343,9 @@ class DarknetFiles {
   std::unordered_set<std::string> known;
   std::unordered_set<std::string> textSet;
   std::unordered_set<std::string> notLabels;
+  std::unordered_set<std::string> rejected;
   std::vector<std::string> texts;
+  bool followedLinks = false;
 };
 
 /// The file that names the classes of a directory; empty if there is none.
@@ -339,7 +369,46 @@ std::string namesFileIn(const std::string& root) {
 struct DarknetPlace {
   std::string root;
   LabelDescription description;
+  std::string singleText;  ///< the only text that is asked for; empty for all
 };
+
+/// The picture in the directory that has the name of the text; empty if there is none.
+std::string pictureNamedLike(const std::string& text, const std::string& directory) {
+  const fs::path stem = fs::path(text).stem();
+  std::vector<std::string> found;
+  std::error_code error;
+  for (auto entry = fs::directory_iterator(directory, error);
+       !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    const std::string path = withForwardSlashes(entry->path().string());
+    if (entry->path().stem() == stem && isPicture(path)) found.push_back(path);
+  }
+  return found.empty() ? std::string() : *std::min_element(found.begin(), found.end());
+}
+
+/// The picture of a text, beside it or in the tree of pictures; empty if there is none.
+std::string pictureOfText(const std::string& text) {
+  const std::string directory = asDirectory(fs::path(text).parent_path().string());
+  const std::string beside = pictureNamedLike(text, directory);
+  if (!beside.empty()) return beside;
+  const std::string inTree = withDirectory(directory, "labels", "images");
+  return inTree.empty() ? inTree : pictureNamedLike(text, inTree);
+}
+
+/// Whether a file is the text of a picture. An empty one is only by the picture.
+bool isLabelText(const std::string& file) {
+  if (!isFile(file) || lowerExtension(file) != kTextExtension) return false;
+  if (fs::path(file).filename() == kClassesFile) return false;
+  return holdsLabels(readFile(file).value_or("")) ||
+         !pictureOfText(absolutePicturePath(file)).empty();
+}
+
+/// The file of class names for a text: beside it, or above the tree of texts that it lies in.
+std::string namesFileFor(const std::string& text) {
+  const std::string directory = asDirectory(fs::path(text).parent_path().string());
+  if (const std::string beside = namesFileIn(directory); !beside.empty()) return beside;
+  const std::size_t tree = directory.rfind("/" + std::string(kLabelsDirectory));
+  return tree == directory.npos ? std::string() : namesFileIn(directory.substr(0, tree + 1));
+}
 
 std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading& reading) {
   const std::string absolute = absolutePicturePath(path);
@@ -350,7 +419,10 @@ std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading&
   }
   const std::string root =
       asDirectory(isRoot ? absolute : fs::path(absolute).parent_path().string());
-  const std::string described = isRoot ? namesFileIn(root) : absolute;
+  const bool isSingle = isLabelText(absolute);
+  const std::string described = isRoot     ? namesFileIn(root)
+                                : isSingle ? namesFileFor(absolute)
+                                           : absolute;
   auto description = readDescription(described);
   if (!reading.names.empty()) {
     const auto named = readDescription(reading.names);
@@ -365,27 +437,41 @@ std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading&
     logLine(std::string(kReadWho) + ": No class names found for '" + path + "'!");
     return std::nullopt;
   }
-  return DarknetPlace{root, std::move(*description)};
+  return DarknetPlace{root, std::move(*description), isSingle ? absolute : std::string()};
 }
 
-/// The pictures that the description tells of. False if none of the places exists.
-bool addSources(DarknetFiles& files, const std::vector<std::string>& sources) {
-  bool found = false;
-  for (const std::string& source : sources) {
-    const std::string place = absolutePicturePath(source);
-    if (isFile(place)) {
-      files.addList(place);
-    } else if (isDirectory(place)) {
-      const std::string directory = asDirectory(place);
-      files.addDirectory(directory);
-      if (const auto labels = withDirectory(directory, "images", "labels"); isDirectory(labels))
-        files.addDirectory(labels);
-    } else {
-      continue;
-    }
-    found = true;
+/// False if there is nothing at the place.
+bool addSource(DarknetFiles& files, const std::string& place, const std::string& root) {
+  if (isFile(place)) {
+    files.addList(place, root);
+    return true;
   }
-  return found;
+  if (!isDirectory(place)) return false;
+  const std::string directory = asDirectory(place);
+  files.addDirectory(directory);
+  if (const auto labels = withDirectory(directory, "images", "labels"); isDirectory(labels))
+    files.addDirectory(labels);
+  return true;
+}
+
+/// The pictures that the description tells of. False if none of the places exists: then the set was
+/// moved away from where its description has it.
+bool addSources(DarknetFiles& files, const DarknetPlace& place) {
+  const std::vector<std::string>& sources = place.description.sources;
+  std::vector<std::string> missing;
+  for (const std::string& source : sources) {
+    const std::string path = absolutePicturePath(source);
+    if (!addSource(files, path, place.root)) missing.push_back(path);
+  }
+  if (missing.size() == sources.size()) {
+    for (const std::string& path : missing)
+      logLine(std::string(kReadWho) + ": There is nothing at '" + path + "', '" + place.root +
+              "' is looked through");
+    return false;
+  }
+  for (const std::string& path : missing)
+    files.reject(path, "no such file or directory");
+  return true;
 }
 
 /// A `labels` tree that is read by itself has its pictures beside it.
@@ -396,6 +482,13 @@ std::string picturesBeside(const std::string& root) {
 
 DarknetFiles filesOf(const DarknetPlace& place, const LabelReading& reading) {
   DarknetFiles files;
+  if (const std::string& text = place.singleText; !text.empty()) {
+    files.addSingle(
+        text, reading.pictures.empty()
+                  ? pictureOfText(text)
+                  : pictureNamedLike(text, asDirectory(absolutePicturePath(reading.pictures))));
+    return files;
+  }
   if (!reading.pictures.empty()) {
     const std::string pictures = asDirectory(absolutePicturePath(reading.pictures));
     files.addDirectory(pictures);
@@ -404,11 +497,13 @@ DarknetFiles filesOf(const DarknetPlace& place, const LabelReading& reading) {
   } else if (isFile(place.root + std::string(kPictureList))) {
     files.addExport(place.root);
     return files;
-  } else if (!addSources(files, place.description.sources)) {
+  } else if (!addSources(files, place)) {
     files.addDirectory(place.root);
-    if (files.pictures.empty()) files.addDirectory(picturesBeside(place.root));
+    const std::string beside = picturesBeside(place.root);
+    if (files.pictures.empty() && !beside.empty()) files.addDirectory(beside);
   }
   files.pairByConvention();
+  files.dropDoubles();
   return files;
 }
 
@@ -451,29 +546,30 @@ std::string namesText(const std::vector<std::string>& names) {
 }
 
 bool writeTexts(const LabelSet& set, const std::vector<std::string>& names,
-                const std::string& labels) {
-  bool written = true;
+                const std::string& labels, const GoOn& goOn) {
   for (std::size_t i = 0; i < names.size(); ++i) {
     const std::string file = labels + names[i] + std::string(kTextExtension);
-    written = writeWhole(file, labelText(set.pictures[i]), kWriteWho) && written;
+    if (!goesOn(goOn) || !writeWhole(file, labelText(set.pictures[i]), kWriteWho)) return false;
   }
-  return written;
+  return true;
 }
 
 bool writePictures(const LabelSet& set, const std::vector<std::string>& names,
-                   const std::string& root, bool copy) {
-  if (!copy) return writeWhole(root + std::string(kPictureList), pictureList(set), kWriteWho);
+                   const std::string& root, const LabelWriting& writing) {
+  if (!writing.copy)
+    return writeWhole(root + std::string(kPictureList), pictureList(set), kWriteWho);
   const std::string images = root + std::string(kImagesDirectory);
-  return makeDirectory(images, kWriteWho) && copyPictures(set, names, images, kWriteWho);
+  return makeDirectory(images, kWriteWho) &&
+         copyPictures(set, names, images, kWriteWho, writing.goOn);
 }
 
 }  // namespace
 
 bool isDarknetLabels(const std::string& path) {
-  if (isFile(path)) return isYaml(path) || isDarknetData(path);
+  if (isFile(path)) return isYaml(path) || isDarknetData(path) || isLabelText(path);
   if (!isDirectory(path)) return false;
   bool found = false;
-  forEachFile(asDirectory(path), [&](const std::string& file) {
+  forEachFileBelow(asDirectory(path), [&](const std::string& file) {
     found = lowerExtension(file) == kTextExtension || isYaml(file) || isDarknetData(file);
     return found;
   });
@@ -492,8 +588,10 @@ std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelRe
   LabelSet set;
   set.classNames = std::move(place->description.classes.names);
   set.classNumbers = std::move(place->description.classes.numbers);
+  set.rejections = std::move(files.rejections);
   const std::vector<std::string> left = files.textsWithoutPicture();
   for (LabelledPicture& picture : files.pictures) {
+    if (!goesOn(reading.goOn)) return std::nullopt;
     if (!isFile(picture.path)) {
       rejectMissing(set, picture);
       continue;
@@ -501,8 +599,10 @@ std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelRe
     if (!picture.labelFile.empty()) readLabels(set, picture, reading.clip);
     set.pictures.push_back(std::move(picture));
   }
-  for (const std::string& text : left)
+  for (const std::string& text : left) {
+    if (!goesOn(reading.goOn)) return std::nullopt;
     rejectWithoutPicture(set, text);
+  }
   return set;
 }
 
@@ -514,12 +614,9 @@ bool writeDarknetLabels(const LabelSet& set, const std::string& directory,
   const auto names = outputNames(set);
   const std::string pictures(writing.copy ? kImagesDirectory.substr(0, kImagesDirectory.size() - 1)
                                           : kPictureList);
-  bool written = writeTexts(set, names, labels);
-  written = writePictures(set, names, root, writing.copy) && written;
-  written =
-      writeWhole(root + std::string(kClassesFile), namesText(set.classNames), kWriteWho) && written;
-  return writeWhole(root + std::string(kYamlFile), yamlText(set.classNames, pictures), kWriteWho) &&
-         written;
+  return writeTexts(set, names, labels, writing.goOn) && writePictures(set, names, root, writing) &&
+         writeWhole(root + std::string(kClassesFile), namesText(set.classNames), kWriteWho) &&
+         writeWhole(root + std::string(kYamlFile), yamlText(set.classNames, pictures), kWriteWho);
 }
 
 }  // namespace tnv

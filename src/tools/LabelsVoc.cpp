@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include <pugixml.hpp>
 
@@ -23,15 +24,16 @@ constexpr std::string_view kReadWho = "readVocLabels";
 constexpr std::string_view kWriteWho = "writeVocLabels";
 
 constexpr std::string_view kClassesFile = "classes.txt";
+constexpr std::string_view kTreeName = "Annotations";
 constexpr std::string_view kLabelsDirectory = "Annotations/";
 constexpr std::string_view kImagesDirectory = "JPEGImages/";
 
 constexpr auto kRoot = "annotation";
 constexpr auto kCorners = {"xmin", "ymin", "xmax", "ymax"};
 
-bool isXml(const fs::path& path) {
+bool isXml(const std::string& path) {
   std::error_code error;
-  return path.extension() == ".xml" && fs::is_regular_file(path, error);
+  return hasExtension(path, ".xml") && fs::is_regular_file(path, error);
 }
 
 bool isAnnotation(const std::string& file) {
@@ -39,21 +41,55 @@ bool isAnnotation(const std::string& file) {
   return content && content->find("<annotation") != content->npos;
 }
 
+struct XmlFiles {
+  std::vector<std::string> files;
+  std::vector<std::string> unreadable;  ///< directories
+};
+
 std::vector<std::string> xmlFilesIn(const fs::path& directory) {
   std::vector<std::string> files;
   std::error_code error;
   for (const auto& entry : fs::directory_iterator(directory, error)) {
-    if (isXml(entry.path())) files.push_back(withForwardSlashes(entry.path().string()));
+    const std::string path = withForwardSlashes(entry.path().string());
+    if (isXml(path)) files.push_back(path);
   }
-  std::sort(files.begin(), files.end());
   return files;
 }
 
-std::vector<std::string> filesOf(const std::string& path) {
-  if (isXml(path)) return {absolutePicturePath(path)};
+/// Files that links lead to by two paths hold their labels once.
+void dropDoubles(std::vector<std::string>& files) {
+  std::unordered_set<std::string> seen;
+  std::erase_if(files, [&](const std::string& file) {
+    std::error_code error;
+    const std::string real = fs::canonical(file, error).string();
+    return !error && !seen.insert(real).second;
+  });
+}
+
+void addFilesBelow(const fs::path& directory, XmlFiles& found) {
+  std::error_code error;
+  const fs::file_status status = fs::status(directory, error);
+  if (fs::status_known(status) && !fs::is_directory(status)) return;
+  TreeWalk walk = forEachFileBelow(directory.string(), [&](const std::string& file) {
+    if (isXml(file)) found.files.push_back(file);
+    return false;
+  });
+  std::sort(found.files.begin(), found.files.end());
+  if (walk.followedLinks) dropDoubles(found.files);
+  found.unreadable = std::move(walk.unreadable);
+}
+
+/// The files of a directory lie below `Annotations`, or in itself, or anywhere below.
+XmlFiles filesOf(const std::string& path) {
+  if (isXml(path)) return {{absolutePicturePath(path)}, {}};
   const fs::path root(absolutePicturePath(path));
-  auto files = xmlFilesIn(root / kLabelsDirectory);
-  return files.empty() ? xmlFilesIn(root) : files;
+  XmlFiles found;
+  addFilesBelow(root / kTreeName, found);
+  if (!found.files.empty()) return found;
+  found.files = xmlFilesIn(root);
+  std::sort(found.files.begin(), found.files.end());
+  if (found.files.empty()) addFilesBelow(root, found);
+  return found;
 }
 
 /// The text of an element below this one, without blanks at its ends.
@@ -189,8 +225,24 @@ class VocReader {
   std::vector<std::string> directoriesFor(const std::string& file) const {
     if (!reading.pictures.empty()) return {asDirectory(reading.pictures)};
     const fs::path here = fs::path(file).parent_path();
-    return {(here.parent_path() / kImagesDirectory).string(), asDirectory(here.string()),
-            (here.parent_path() / "images/").string(), (here / kImagesDirectory).string()};
+    std::vector<std::string> directories{
+        (here.parent_path() / kImagesDirectory).string(), asDirectory(here.string()),
+        (here.parent_path() / "images/").string(), (here / kImagesDirectory).string()};
+    addTreesBeside(file, directories);
+    return directories;
+  }
+
+  /// Below `Annotations` there may be directories, as there may be in the tree of the pictures.
+  static void addTreesBeside(const std::string& file, std::vector<std::string>& directories) {
+    const std::string tree = "/" + std::string(kLabelsDirectory);
+    const std::size_t place = file.rfind(tree);
+    if (place == file.npos) return;
+    const fs::path base = file.substr(0, place);
+    const fs::path below = fs::path(file.substr(place + tree.size())).parent_path();
+    for (const fs::path& inTree : {below, fs::path()}) {
+      for (const std::string_view images : {kImagesDirectory, std::string_view("images/")})
+        directories.push_back(asDirectory((base / images / inTree).string()));
+    }
   }
 
   static std::optional<std::string> ifThere(const std::string& path) {
@@ -255,17 +307,19 @@ std::string namesText(const std::vector<std::string>& names) {
 }  // namespace
 
 bool isVocLabels(const std::string& path) {
-  const std::vector<std::string> files = filesOf(path);
+  const std::vector<std::string> files = filesOf(path).files;
   return std::any_of(files.begin(), files.end(), isAnnotation);
 }
 
 std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReading& reading) {
-  const std::vector<std::string> files = filesOf(path);
-  if (files.empty()) {
+  const auto [files, unreadable] = filesOf(path);
+  if (files.empty() && unreadable.empty()) {
     logLine(std::string(kReadWho) + ": There is no Pascal VOC file at '" + path + "'!");
     return std::nullopt;
   }
   LabelSet set;
+  for (const std::string& directory : unreadable)
+    set.reject(directory, 0, kUnreadableDirectory);
   VocReader reader(set, reading);
   const std::string beside = asDirectory(path) + std::string(kClassesFile);
   const auto names = readNames(reading.names.empty() ? beside : reading.names);
@@ -274,8 +328,10 @@ std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReadin
     return std::nullopt;
   }
   if (names) reader.addNames(*names);
-  for (const std::string& file : files)
+  for (const std::string& file : files) {
+    if (!goesOn(reading.goOn)) return std::nullopt;
     reader.read(file);
+  }
   return set;
 }
 
@@ -286,18 +342,20 @@ bool writeVocLabels(const LabelSet& set, const std::string& directory,
   if (!makeDirectory(labels, kWriteWho)) return false;
   const auto names = outputNames(set);
   const std::string images = root + std::string(kImagesDirectory);
-  bool written = !writing.copy ||
-                 (makeDirectory(images, kWriteWho) && copyPictures(set, names, images, kWriteWho));
+  if (writing.copy && (!makeDirectory(images, kWriteWho) ||
+                       !copyPictures(set, names, images, kWriteWho, writing.goOn))) {
+    return false;
+  }
   for (std::size_t i = 0; i < names.size(); ++i) {
     const LabelledPicture& picture = set.pictures[i];
     const std::string fileName = writing.copy ? names[i] + pictureExtension(picture.path)
                                               : fs::path(picture.path).filename().string();
-    written = writeWhole(labels + names[i] + ".xml", documentOf(set, picture, fileName, writing),
-                         kWriteWho) &&
-              written;
+    if (!goesOn(writing.goOn) ||
+        !writeWhole(labels + names[i] + ".xml", documentOf(set, picture, fileName, writing),
+                    kWriteWho))
+      return false;
   }
-  return writeWhole(root + std::string(kClassesFile), namesText(set.classNames), kWriteWho) &&
-         written;
+  return writeWhole(root + std::string(kClassesFile), namesText(set.classNames), kWriteWho);
 }
 
 }  // namespace tnv

@@ -4,12 +4,18 @@
 #include <array>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <optional>
 #include <string_view>
+#include <system_error>
+#include <tuple>
 #include <unordered_map>
 
 #include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "foundation/PictureHead.h"
+#include "foundation/Platform.h"
 #include "generation/RunGuard.h"
 #include "marks/TNVMarkPolyLine.h"
 #include "marks/TNVMarkRect.h"
@@ -34,6 +40,11 @@ constexpr std::size_t kFewestCorners = 3;
 /// Lies in the directory of an export, so that a later one may take its place.
 constexpr std::string_view kExportMark = ".label-export";
 
+/// Where a new export comes together, and where the earlier one waits while it takes its place.
+/// Readers pass over names that begin so.
+constexpr std::string_view kStaging = ".label-export.next";
+constexpr std::string_view kRetired = ".label-export.former";
+
 /// All that an export of any format puts into its directory.
 constexpr std::string_view kExportEntries[] = {"labels",       "images",          "JPEGImages",
                                                "Annotations",  "classes.txt",     "data.yaml",
@@ -43,10 +54,13 @@ void logFrom(std::string_view operation, const std::string& text) {
   tnv::logLine("TNVToolLabelExchange::" + std::string(operation) + ": " + text);
 }
 
-void loadAll(const TrainSets& trainSets) {
+/// False if it was stopped.
+bool loadAll(const TrainSets& trainSets, const tnv::GoOn& goOn) {
   for (TNVTrainSet* trainSet : trainSets) {
+    if (!goOn()) return false;
     if (!trainSet->dataLoaded) trainSet->load();
   }
+  return true;
 }
 
 bool isClose(cv::Point2d a, cv::Point2d b) {
@@ -84,7 +98,54 @@ std::unique_ptr<TNVMark> markFor(const tnv::Label& label, const TNVDNNClass& dnn
   return mark;
 }
 
-/// The marks of a record that labels can equal, by one coordinate, so that a crowd of labels is not
+/// Centre and size of a box; the corners of the box around an outline.
+using Place = std::array<double, 4>;
+
+Place placeOfBox(cv::Point2d centre, cv::Point2d size) {
+  return {centre.x, centre.y, size.x, size.y};
+}
+
+Place placeOfOutline(const std::vector<cv::Point2d>& corners) {
+  const cv::Rect2d box = tnv::boxOf(corners);
+  return {box.x, box.y, box.br().x, box.br().y};
+}
+
+bool isFinite(const Place& place) {
+  return std::all_of(place.begin(), place.end(),
+                     [](double number) { return std::isfinite(number); });
+}
+
+/// Where marks of one class and kind are near each other. The numbers are whole.
+struct Cell {
+  Place numbers{};
+  int classIdx = 0;
+  bool isOutline = false;
+
+  bool operator==(const Cell&) const = default;
+};
+
+struct CellHash {
+  std::size_t operator()(const Cell& cell) const {
+    constexpr std::size_t prime = 1099511628211U;
+    std::size_t hash = static_cast<std::size_t>(cell.classIdx) * 2 + (cell.isOutline ? 1 : 0);
+    for (const double number : cell.numbers)
+      hash = hash * prime ^ std::hash<double>()(number);
+    return hash;
+  }
+};
+
+/// The side of a cell, relative to the picture: few marks that differ share one, and most places
+/// are further from its edges than marks that are the same may be from each other.
+constexpr double kCellSide = 1e-5;
+
+/// `kSamePlace`, with room for what calculating does to the last digits.
+constexpr double kReach = 2 * kSamePlace;
+
+double cellNumber(double number) {
+  return std::floor(number / kCellSide);
+}
+
+/// The marks of a record that labels can equal, by where they are, so that a crowd of labels is not
 /// compared with a crowd of marks.
 class MarkIndex {
  public:
@@ -94,25 +155,57 @@ class MarkIndex {
   }
 
   void add(const TNVMark& mark) {
-    const auto* line = dynamic_cast<const TNVMarkPolyLine*>(&mark);
-    if (line && line->polyPoints.empty()) return;
-    const double key = line ? line->polyPoints.front().x : mark.center.x;
-    // What is not a number would be in no order.
-    if (std::isfinite(key)) byPlace.emplace(key, &mark);
+    if (const auto* line = dynamic_cast<const TNVMarkPolyLine*>(&mark)) {
+      if (isClosedOutline(line)) add(mark, placeOfOutline(line->polyPoints), true);
+    } else if (const auto* box = dynamic_cast<const TNVMarkRect*>(&mark)) {
+      add(mark, placeOfBox(box->center, box->size), false);
+    }
   }
 
   bool holds(const tnv::Label& label, const TNVDNNClass& dnnClass) const {
-    const double key = label.outline.empty() ? centreOf(label.box).x : label.outline.front().x;
-    const auto end = byPlace.upper_bound(key + kSamePlace);
-    return std::any_of(byPlace.lower_bound(key - kSamePlace), end, [&](const auto& entry) {
-      const std::vector<int>& idx = entry.second->classIdx;
-      return std::find(idx.begin(), idx.end(), dnnClass.uniqueIdx) != idx.end() &&
-             isAtPlace(*entry.second, label);
-    });
+    const bool isOutline = !label.outline.empty();
+    const cv::Point2d size(label.box.width, label.box.height);
+    const Place place =
+        isOutline ? placeOfOutline(label.outline) : placeOfBox(centreOf(label.box), size);
+    constexpr unsigned choices = 1U << std::tuple_size_v<Place>;
+    for (unsigned choice = 0; choice < choices; ++choice) {
+      const auto cell = neighbour(place, choice);
+      if (cell && cellHolds({*cell, dnnClass.uniqueIdx, isOutline}, label)) return true;
+    }
+    return false;
   }
 
  private:
-  std::multimap<double, const TNVMark*> byPlace;
+  void add(const TNVMark& mark, Place place, bool isOutline) {
+    // What is not a number equals nothing.
+    if (!isFinite(place)) return;
+    std::transform(place.begin(), place.end(), place.begin(), cellNumber);
+    for (const int classIdx : mark.classIdx)
+      byCell[{place, classIdx, isOutline}].push_back(&mark);
+  }
+
+  /// One of the cells that what equals the place can lie in: each bit of `choice` takes the upper
+  /// end of one number's reach. Nothing if both ends are the same, and the lower was taken already.
+  static std::optional<Place> neighbour(const Place& place, unsigned choice) {
+    Place cell{};
+    for (std::size_t i = 0; i < place.size(); ++i) {
+      const double lower = cellNumber(place[i] - kReach);
+      const double upper = cellNumber(place[i] + kReach);
+      const bool isUpper = (choice >> i & 1U) != 0;
+      if (isUpper && lower == upper) return std::nullopt;
+      cell[i] = isUpper ? upper : lower;
+    }
+    return cell;
+  }
+
+  bool cellHolds(const Cell& cell, const tnv::Label& label) const {
+    const auto marks = byCell.find(cell);
+    return marks != byCell.end() &&
+           std::any_of(marks->second.begin(), marks->second.end(),
+                       [&](const TNVMark* mark) { return isAtPlace(*mark, label); });
+  }
+
+  std::unordered_map<Cell, std::vector<const TNVMark*>, CellHash> byCell;
 };
 
 /// Records by the paths of their pictures. Of several records of one picture the first counts.
@@ -246,10 +339,9 @@ class MarkReader {
   std::unordered_map<int, long long> places;
 };
 
-bool isNewOrEmpty(const fs::path& directory) {
+bool isEmpty(const fs::path& directory) {
   std::error_code error;
-  if (!fs::exists(directory, error)) return !error;
-  return fs::is_directory(directory, error) && fs::is_empty(directory, error) && !error;
+  return fs::is_empty(directory, error) && !error;
 }
 
 bool isExport(const fs::path& directory) {
@@ -257,19 +349,148 @@ bool isExport(const fs::path& directory) {
   return fs::is_regular_file(directory / kExportMark, error);
 }
 
-void removeExport(const fs::path& directory) {
+bool isTooLong(const fs::path& path) {
   std::error_code error;
-  for (const std::string_view entry : kExportEntries)
-    fs::remove_all(directory / entry, error);
+  const fs::file_status status = fs::status(path, error);
+  return !fs::exists(status) && error == std::errc::filename_too_long;
 }
 
-tnv::LabelSet picturesWithSize(const tnv::LabelSet& set) {
-  tnv::LabelSet sized;
-  sized.classNames = set.classNames;
-  sized.classNumbers = set.classNumbers;
-  std::copy_if(set.pictures.begin(), set.pictures.end(), std::back_inserter(sized.pictures),
-               [](const tnv::LabelledPicture& picture) { return !picture.size.empty(); });
-  return sized;
+/// Why a directory cannot be one to write to; empty if it is one, or could be made.
+std::string whyNoDirectory(const std::string& directory) {
+  if (directory.empty()) return "No directory was given!";
+  fs::path present;  // the lowest directory on the way that exists
+  bool isThere = true;
+  for (const fs::path& part : fs::path(tnv::absolutePicturePath(directory))) {
+    const fs::path next = present / part;
+    if (isTooLong(next)) return "'" + part.string() + "' is too long a name!";
+    std::error_code error;
+    const fs::file_status status = fs::status(next, error);
+    if (!isThere || status.type() == fs::file_type::not_found) {
+      isThere = false;
+    } else if (!fs::status_known(status)) {
+      return "'" + next.string() + "' cannot be used: " + error.message();
+    } else if (!fs::is_directory(status)) {
+      return "'" + next.string() + "' is a file, no directory!";
+    } else {
+      present = next;
+    }
+  }
+  if (isTooLong(directory)) return "'" + directory + "' is too long a path!";
+  if (!tnv::mayWriteTo(present.string()))
+    return "There are no rights to write to '" + present.string() + "'!";
+  if (isThere && !isEmpty(present) && !isExport(present))
+    return "'" + directory + "' holds files that are no earlier export!";
+  return {};
+}
+
+/// The directory of an export. A new one comes together out of sight, and takes the place of the
+/// earlier one when it is whole; otherwise all is left as it was.
+class ExportPlace {
+ public:
+  explicit ExportPlace(const std::string& directory)
+      : root(directory), staging(root / kStaging), retired(root / kRetired) {}
+
+  ExportPlace(const ExportPlace&) = delete;
+  ExportPlace& operator=(const ExportPlace&) = delete;
+
+  ~ExportPlace() {
+    std::error_code error;
+    fs::remove_all(staging, error);
+    if (!isMarkedAnew) return;
+    fs::remove(root / kExportMark, error);
+    for (const fs::path& directory : made)
+      fs::remove(directory, error);
+  }
+
+  /// False, with a log line, if nothing can be written there.
+  bool prepare() {
+    noteMissing();
+    if (!tnv::makeDirectory(root.string(), kWho)) return false;
+    isMarkedAnew = !isExport(root);
+    // Marked first, so that what is left of a run that was killed can be replaced.
+    if (isMarkedAnew && !mark({})) return false;
+    restore();
+    std::error_code error;
+    fs::remove_all(staging, error);
+    return tnv::makeDirectory(staging.string(), kWho);
+  }
+
+  std::string newExport() const { return tnv::asDirectory(staging.string()); }
+
+  /// False, with a log line, if the earlier export stayed.
+  bool replace(const std::string& format) {
+    if (!tnv::makeDirectory(retired.string(), kWho)) return false;
+    if (!moveAll(root, retired) || !moveAll(staging, root) || !mark(format)) {
+      restore();
+      return false;
+    }
+    isMarkedAnew = false;
+    std::error_code error;
+    fs::remove_all(retired, error);
+    return true;
+  }
+
+ private:
+  static constexpr std::string_view kWho = "TNVToolLabelExchange::write";
+
+  void noteMissing() {
+    std::error_code error;
+    for (fs::path path = tnv::absolutePicturePath(root.string());
+         !path.empty() && !fs::exists(path, error) && !error; path = path.parent_path()) {
+      if (path.has_filename()) made.push_back(path);
+    }
+  }
+
+  bool mark(const std::string& format) const {
+    return tnv::writeWhole((root / kExportMark).string(), format + "\n", kWho);
+  }
+
+  /// Moves what belongs to an export. False, with a log line, at the first entry that cannot be.
+  static bool moveAll(const fs::path& from, const fs::path& to) {
+    for (const std::string_view entry : kExportEntries) {
+      std::error_code error;
+      if (!fs::exists(fs::symlink_status(from / entry, error))) continue;
+      fs::rename(from / entry, to / entry, error);
+      if (!error) continue;
+      logFrom("write", "Could not move '" + (from / entry).string() + "': " + error.message());
+      return false;
+    }
+    return true;
+  }
+
+  /// Puts an export back that was on its way out.
+  void restore() const {
+    std::error_code error;
+    if (!fs::is_directory(retired, error)) return;
+    for (const std::string_view entry : kExportEntries) {
+      // What is not in the retired one is either still in place, or part of the new one.
+      if (!fs::exists(fs::symlink_status(retired / entry, error))) continue;
+      fs::remove_all(root / entry, error);
+      fs::rename(retired / entry, root / entry, error);
+    }
+    fs::remove(retired, error);
+  }
+
+  fs::path root;
+  fs::path staging;
+  fs::path retired;
+  std::vector<fs::path> made;  ///< directories that did not exist, the lowest first
+  bool isMarkedAnew = false;
+};
+
+bool canBeRead(const std::string& file) {
+  std::error_code error;
+  return fs::is_regular_file(file, error) && std::ifstream(file).good();
+}
+
+tnv::LabelSet without(const tnv::LabelSet& set, const std::unordered_set<std::size_t>& leftOut) {
+  tnv::LabelSet rest;
+  rest.classNames = set.classNames;
+  rest.classNumbers = set.classNumbers;
+  for (std::size_t i = 0; i < set.pictures.size(); ++i) {
+    if (!leftOut.contains(i)) rest.pictures.push_back(set.pictures[i]);
+  }
+  return rest;
 }
 
 std::string placeText(const tnv::LabelRejection& rejection) {
@@ -302,40 +523,83 @@ void TNVToolLabelExchange::clear() {
   rejectedOnWayOut.clear();
 }
 
+/// While it lives, an operation is under way.
+class TNVToolLabelExchange::Run {
+ public:
+  explicit Run(TNVToolLabelExchange& tool) : exchange(tool) {
+    exchange.stopRequested = false;
+    exchange.stopped = false;
+  }
+  ~Run() { exchange.stopped = true; }
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
+
+ private:
+  TNVToolLabelExchange& exchange;
+};
+
+tnv::GoOn TNVToolLabelExchange::untilStopped() {
+  return [this] {
+    if (auto* const update = onUpdate.load()) update();
+    return !stopRequested;
+  };
+}
+
+bool TNVToolLabelExchange::wasStopped(std::string_view operation) const {
+  if (stopRequested) logFrom(operation, "Stopped!");
+  return stopRequested;
+}
+
 bool TNVToolLabelExchange::read(const std::string& path) {
+  const Run run(*this);
   clear();
+  std::error_code error;
+  if (!fs::exists(path, error)) {
+    logFrom("read", error ? "'" + path + "' cannot be read: " + error.message()
+                          : "There is nothing at '" + path + "'!");
+    return false;
+  }
   const tnv::LabelFormat* chosen =
       format.empty() ? tnv::recogniseLabelFormat(path) : tnv::findLabelFormat(format);
   if (!chosen) {
     logFrom("read", "No labels of a known format at '" + path + "'!");
     return false;
   }
-  auto found = chosen->read(path, reading);
-  if (!found) return false;
+  tnv::LabelReading manner = reading;
+  manner.goOn = untilStopped();
+  auto found = chosen->read(path, manner);
+  if (wasStopped("read") || !found) return false;
   set = std::move(*found);
   readFormat = chosen->name;
   return true;
 }
 
 bool TNVToolLabelExchange::readMarks(const TrainSets& trainSets, const Classes& classes) {
+  const Run run(*this);
   clear();
   const Classes ordered = classesByNumber(classes);
   if (ordered.empty()) return false;
-  loadAll(trainSets);
+  const tnv::GoOn goOn = untilStopped();
+  loadAll(trainSets, goOn);
   MarkReader reader(set, ordered);
   for (const TNVTrainSet* trainSet : trainSets) {
+    if (!goOn()) break;
     if (trainSet->dataLoaded) {
       reader.add(*trainSet);
     } else {
       set.reject(trainSet->dataPath, 0, "file cannot be read");
     }
   }
-  return true;
+  if (!wasStopped("readMarks")) return true;
+  clear();
+  return false;
 }
 
 int TNVToolLabelExchange::addMarks(const TrainSets& trainSets, const Classes& classes) {
+  const Run run(*this);
   rejectedOnWayOut.clear();
-  loadAll(trainSets);
+  const tnv::GoOn goOn = untilStopped();
+  bool goesOn = loadAll(trainSets, goOn);
   const auto records = byPicture(trainSets);
   const Classes classOfPlace = classesByName(set, classes);
   int added = 0;
@@ -343,19 +607,22 @@ int TNVToolLabelExchange::addMarks(const TrainSets& trainSets, const Classes& cl
     const auto reject = [&](const tnv::Label& label, const char* reason) {
       rejectedOnWayOut.push_back({picture.labelFile, label.line, reason});
     };
-    if (const auto record = records.find(picture.path); record != records.end()) {
+    goesOn = goesOn && goOn();
+    const auto record = records.find(picture.path);
+    if (goesOn && record != records.end()) {
       added += addMarksTo(*record->second, picture, classOfPlace, reject);
       continue;
     }
     for (const tnv::Label& label : picture.labels)
-      reject(label, "picture is not among the train sets");
+      reject(label, goesOn ? "picture is not among the train sets" : "stopped");
   }
+  wasStopped("addMarks");
   return added;
 }
 
 bool TNVToolLabelExchange::canWrite(const std::string& directory) const {
-  if (directory.empty() || (!isNewOrEmpty(directory) && !isExport(directory))) {
-    logFrom("write", "'" + directory + "' holds files that are no earlier export!");
+  if (const std::string reason = whyNoDirectory(directory); !reason.empty()) {
+    logFrom("write", reason);
     return false;
   }
   tnv::RunGuard guard{TrainSets()};
@@ -369,20 +636,25 @@ bool TNVToolLabelExchange::canWrite(const std::string& directory) const {
   return false;
 }
 
-bool TNVToolLabelExchange::findSizes() {
-  bool known = true;
-  for (tnv::LabelledPicture& picture : set.pictures) {
-    if (picture.size.empty()) picture.size = tnv::pictureSize(picture.path);
-    if (!picture.size.empty()) continue;
-    known = false;
+std::unordered_set<std::size_t> TNVToolLabelExchange::leaveOutUnreadable(bool needsSizes,
+                                                                         const tnv::GoOn& goOn) {
+  std::unordered_set<std::size_t> leftOut;
+  for (std::size_t i = 0; i < set.pictures.size() && goOn(); ++i) {
+    tnv::LabelledPicture& picture = set.pictures[i];
+    const bool isThere = canBeRead(picture.path);
+    if (isThere && needsSizes && picture.size.empty())
+      picture.size = tnv::pictureSize(picture.path);
+    if (isThere && (!needsSizes || !picture.size.empty())) continue;
+    leftOut.insert(i);
     logFrom("write", "The picture '" + picture.path + "' cannot be read and is left out!");
     for (const tnv::Label& label : picture.labels)
       rejectedOnWayOut.push_back({picture.labelFile, label.line, "picture cannot be read"});
   }
-  return known;
+  return leftOut;
 }
 
 bool TNVToolLabelExchange::write(const std::string& directory) {
+  const Run run(*this);
   rejectedOnWayOut.clear();
   const tnv::LabelFormat* chosen = tnv::findLabelFormat(format);
   if (!chosen) {
@@ -390,16 +662,16 @@ bool TNVToolLabelExchange::write(const std::string& directory) {
     return false;
   }
   if (!canWrite(directory)) return false;
-  const std::string root = tnv::asDirectory(directory);
-  // Marked first, so that what an interrupted run leaves can be replaced.
-  if (!tnv::makeDirectory(root, "TNVToolLabelExchange::write") ||
-      !tnv::writeWhole(root + std::string(kExportMark), format + "\n",
-                       "TNVToolLabelExchange::write")) {
-    return false;
-  }
-  removeExport(root);
-  if (!chosen->needsSizes || findSizes()) return chosen->write(set, root, writing);
-  return chosen->write(picturesWithSize(set), root, writing);
+  tnv::LabelWriting manner = writing;
+  manner.goOn = untilStopped();
+  const auto leftOut = leaveOutUnreadable(chosen->needsSizes, manner.goOn);
+  if (wasStopped("write")) return false;
+  ExportPlace place(directory);
+  if (!place.prepare()) return false;
+  const bool isWhole = leftOut.empty()
+                           ? chosen->write(set, place.newExport(), manner)
+                           : chosen->write(without(set, leftOut), place.newExport(), manner);
+  return !wasStopped("write") && isWhole && place.replace(format);
 }
 
 std::vector<std::string> TNVToolLabelExchange::getImagePaths() const {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "tools/LabelSet.h"
@@ -38,7 +41,8 @@ class TNVToolLabelExchange {
   /// memory was made of. False with a log line.
   bool canWrite(const std::string& directory) const;
 
-  /// Writes the set in memory in the format that was set, in place of an earlier export.
+  /// Writes the set in memory in the format that was set, in place of an earlier export. That stays
+  /// as it is until the new one is whole. Pictures that cannot be read are left out.
   bool write(const std::string& directory);
 
   std::vector<std::string> getImagePaths() const;
@@ -60,10 +64,20 @@ class TNVToolLabelExchange {
   tnv::LabelSet set;
   std::vector<tnv::LabelRejection> rejectedOnWayOut;  ///< by the last `addMarks` or `write`
 
- private:
-  void clear();
+  std::atomic<bool> stopRequested{false};     ///< ends what is under way before its next picture
+  std::atomic<bool> stopped{true};            ///< nothing is under way
+  std::atomic<void (*)()> onUpdate{nullptr};  ///< called before each picture
 
-  /// Finds the sizes of pictures that do not have theirs yet. False if some have none to be found;
-  /// their labels are rejected.
-  bool findSizes();
+ private:
+  class Run;
+
+  void clear();
+  tnv::GoOn untilStopped();
+
+  /// With a log line if it was.
+  bool wasStopped(std::string_view operation) const;
+
+  /// The places of the pictures that cannot be read; their labels are rejected. Finds sizes that
+  /// are needed and not known yet.
+  std::unordered_set<std::size_t> leaveOutUnreadable(bool needsSizes, const tnv::GoOn& goOn);
 };

@@ -1,5 +1,7 @@
 #include "tools/LabelFiles.h"
 
+#include <filesystem>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -50,15 +52,42 @@ TEST(LabelFiles, NamesKeepTheirNumbersAndLoseTheirBlanks) {
   EXPECT_EQ(tnv::readNames(temp / "missing.txt"), std::nullopt);
 }
 
-TEST(LabelFiles, CopiesReplaceEarlierOnesAndTellOfFailures) {
+TEST(LabelFiles, CopiesReplaceEarlierOnesAndEndAtTheFirstFailure) {
   const TempDirectory temp;
-  const auto set = setOf({temp.write("a.jpg", "new"), temp / "missing.jpg"});
+  const auto set =
+      setOf({temp.write("a.jpg", "new"), temp / "missing.jpg", temp.write("c.jpg", "")});
   const std::string target = temp.makeDirectory("images");
   temp.write("images/x.jpg", "old");
   LogCapture log;
-  EXPECT_FALSE(tnv::copyPictures(set, {"x", "y"}, target, "who"));
+  EXPECT_FALSE(tnv::copyPictures(set, {"x", "y", "z"}, target, "who"));
   EXPECT_EQ(readFile(target + "x.jpg"), "new");
-  EXPECT_THAT(log.lines(), ElementsAre("who: Could not copy '" + temp.path() + "missing.jpg'!"));
+  EXPECT_FALSE(std::filesystem::exists(target + "z.jpg"));
+  EXPECT_THAT(log.lines(), ElementsAre("who: Could not copy '" + temp.path() +
+                                       "missing.jpg': No such file or directory"));
+}
+
+TEST(LabelFiles, ACopyThatFailsLeavesNothing) {
+  const TempDirectory temp;
+  const auto set = setOf({temp.write("a.jpg", "picture")});
+  const std::string target = temp.makeDirectory("images");
+  temp.write("images/x.jpg/in the way", "");
+  LogCapture log;
+  EXPECT_FALSE(tnv::copyPictures(set, {"x"}, target, "who"));
+  EXPECT_THAT(log.text(), HasSubstr("a.jpg': "));
+  std::vector<std::string> left;
+  for (const auto& entry : std::filesystem::directory_iterator(target))
+    left.push_back(entry.path().filename().string());
+  EXPECT_THAT(left, ElementsAre("x.jpg"));
+}
+
+TEST(LabelFiles, CopyingEndsBeforeTheNextPictureWhenTold) {
+  const TempDirectory temp;
+  const auto set = setOf({temp.write("a.jpg", "a"), temp.write("b.jpg", "b")});
+  const std::string target = temp.makeDirectory("images");
+  int asked = 0;
+  EXPECT_FALSE(tnv::copyPictures(set, {"a", "b"}, target, "who", [&] { return ++asked < 2; }));
+  EXPECT_TRUE(std::filesystem::exists(target + "a.jpg"));
+  EXPECT_FALSE(std::filesystem::exists(target + "b.jpg"));
 }
 
 TEST(LabelFiles, APictureThatIsItsOwnCopyStaysWhole) {

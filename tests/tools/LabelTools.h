@@ -1,5 +1,8 @@
 #pragma once
 
+#include <unistd.h>
+
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -48,3 +51,22 @@ inline double moved(const cv::Rect2d& from, const cv::Rect2d& to, cv::Size size)
   return std::max({std::abs(begin.x) * size.width, std::abs(end.x) * size.width,
                    std::abs(begin.y) * size.height, std::abs(end.y) * size.height});
 }
+
+/// While it lives, the file system holds the rights of others against this process, even if the
+/// system's own user runs it.
+class WithoutRights {
+ public:
+  WithoutRights() : before(geteuid()) {
+    constexpr uid_t nobody = 65534;
+    isOther = before == 0 && seteuid(nobody) == 0;
+  }
+  ~WithoutRights() {
+    if (isOther && seteuid(before) != 0) std::abort();
+  }
+  WithoutRights(const WithoutRights&) = delete;
+  WithoutRights& operator=(const WithoutRights&) = delete;
+
+ private:
+  uid_t before;
+  bool isOther = false;
+};

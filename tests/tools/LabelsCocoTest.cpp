@@ -176,6 +176,100 @@ TEST_F(LabelsCoco, PicturesAreFoundWhereSetsHaveThem) {
   }
 }
 
+TEST_F(LabelsCoco, ADamagedFileBesideAGoodOneIsRejected) {
+  const std::string good = fileWith({annotation(kBox)});
+  temp.write("one.json", good);
+  // Cut before the boxes, and before anything.
+  temp.write("two.json", good.substr(0, 40));
+  temp.write("three.json", "");
+  temp.write("settings.json", "{\"a\": 1}");
+  LogCapture log;
+  const auto set = tnv::readCocoLabels(temp.path(), {});
+  ASSERT_TRUE(set);
+  EXPECT_EQ(set->accepted, 1U);
+  EXPECT_THAT(rejectionsIn(*set),
+              ElementsAre("three.json:0: file cannot be read", "two.json:0: file cannot be read"));
+  EXPECT_THAT(log.text(), HasSubstr("settings.json' has no labels, passed over"));
+}
+
+TEST_F(LabelsCoco, WhatShouldBeAListAndIsNoneIsRejected) {
+  const std::string names[] = {kCategories, kImages};
+  struct Row {
+    std::string text;
+    const char* reason;
+  };
+  const Row rows[] = {
+      {"{" + names[0] + "," + names[1] + R"(,"annotations":{"1":{"bbox":[]}}})",
+       "annotations are no list"},
+      {"{" + names[0] + "," + names[1] + "}", "annotations are no list"},
+      {"{" + names[0] + R"(,"images":7,"annotations":[]})", "images are no list"},
+      {"{" + names[1] + R"(,"categories":"x","annotations":[]})", "categories are no list"},
+  };
+  for (const Row& row : rows) {
+    const auto set = tnv::readCocoLabels(temp.write("labels.json", row.text), {});
+    ASSERT_TRUE(set);
+    EXPECT_THAT(rejectionsIn(*set), ElementsAre(std::string("labels.json:0: ") + row.reason))
+        << row.text;
+  }
+}
+
+TEST_F(LabelsCoco, ImagesThatCannotBeTakenAreRejectedWithTheirLine) {
+  temp.write("labels.json", R"({"categories":[{"id":1,"name":"screw"}],"images":[
+{"id":1,"file_name":"a.jpg","width":9,"height":9},
+{"id":1,"file_name":"b.jpg","width":9,"height":9},
+{"id":2,"file_name":"absent.jpg","width":9,"height":9},
+{"id":3,"file_name":"absent too.jpg","width":9,"height":9},
+{"file_name":"nowhere.jpg","width":9,"height":9},
+7],"annotations":[
+{"image_id":1,"category_id":1,"bbox":[0,0,1,1]},
+{"category_id":1,"bbox":[0,0,1,1]},
+{"image_id":3,"category_id":1,"bbox":[0,0,1,1]}]})");
+  const auto set = tnv::readCocoLabels(temp / "labels.json", {});
+  ASSERT_TRUE(set);
+  EXPECT_THAT(picturesIn(*set), ElementsAre("a.jpg: 1"));
+  EXPECT_THAT(rejectionsIn(*set),
+              ElementsAre("labels.json:3: another image has its id", "labels.json:6: no picture",
+                          "labels.json:7: no image", "labels.json:9: unknown picture",
+                          "labels.json:10: no picture", "labels.json:4: no picture"));
+}
+
+TEST_F(LabelsCoco, IdsAndCrowdsMayBeWrittenInOtherTypes) {
+  const auto set = read({
+      annotation(kBox, "1.0"),
+      annotation(kBox, "1", "3.0"),
+      annotation(kBox, "1.5"),
+      annotation(std::string(kBox) + R"(,"iscrowd":true)"),
+      annotation(std::string(kBox) + R"(,"iscrowd":1.0)"),
+      annotation(std::string(kBox) + R"(,"iscrowd":false)"),
+  });
+  EXPECT_THAT(picturesIn(set), ElementsAre("a.jpg: 3", "b.jpg: 0"));
+  EXPECT_THAT(rejectionsIn(set),
+              ElementsAre("labels.json:6: unknown picture", "labels.json:7: a crowd, no object",
+                          "labels.json:8: a crowd, no object"));
+}
+
+TEST_F(LabelsCoco, ASetWithoutAnyMarkComesBack) {
+  const TempDirectory target;
+  auto before = sampleSet(temp / "a.jpg", temp / "b.jpg");
+  for (auto& picture : before.pictures)
+    picture.labels.clear();
+  ASSERT_TRUE(tnv::writeCocoLabels(before, target.path(), {}));
+  EXPECT_TRUE(tnv::isCocoLabels(target.path()));
+  const auto set = tnv::readCocoLabels(target.path(), {});
+  ASSERT_TRUE(set);
+  EXPECT_THAT(picturesIn(*set), ElementsAre("a.jpg: 0", "b.jpg: 0"));
+  EXPECT_EQ(set->classNames, before.classNames);
+  EXPECT_EQ(set->found(), 0U);
+}
+
+TEST_F(LabelsCoco, FilesWithOutlinesOnlyOrAnotherCaseAreRecognised) {
+  temp.write("Labels.JSON", "{" + std::string(kCategories) + "," + kImages +
+                                R"(,"annotations":[{"image_id":1,"category_id":3,)"
+                                R"("segmentation":[[20,10,70,10,45,50]]}]})");
+  ASSERT_TRUE(tnv::isCocoLabels(temp.path()));
+  EXPECT_EQ(tnv::readCocoLabels(temp.path(), {})->accepted, 1U);
+}
+
 TEST_F(LabelsCoco, SeveralFilesShareTheirClassesByName) {
   temp.write("one.json", R"({"categories":[{"id":1,"name":"nut"},{"id":2,"name":"screw"}],"images":
 [{"id":1,"file_name":"a.jpg","width":9,"height":9}],"annotations":

@@ -10,6 +10,7 @@
 #include "support/LogCapture.h"
 #include "support/TempDirectory.h"
 #include "tools/LabelNames.h"
+#include "tools/LabelTools.h"
 
 namespace fs = std::filesystem;
 
@@ -213,6 +214,45 @@ TEST(LabelsDarknet, PicturesMayLieElsewhere) {
   EXPECT_THAT(rejections(set), ElementsAre("c.txt:1: no picture"));
 }
 
+TEST(LabelsDarknet, ASingleTextIsReadWithItsPicture) {
+  struct Row {
+    const char* text;
+    const char* picture;
+    const char* names;
+    const char* content;
+  };
+  for (const auto& [text, picture, names, content] :
+       {Row{"a.txt", "a.jpg", "classes.txt", kBox},
+        Row{"labels/train/a.txt", "images/train/a.JPG", "obj.names", kBox},
+        Row{"labels/a.txt", "images/a.png", "labels/classes.txt", kBox},
+        Row{"a.txt", "a.jpg", "classes.txt", ""}}) {
+    const TempDirectory temp;
+    addPictures(temp, {picture, "other.jpg"});
+    temp.write("other.txt", kBox);
+    temp.write(names, "screw\n");
+    const std::string path = temp.write(text, content);
+    EXPECT_TRUE(tnv::isDarknetLabels(path)) << text;
+    const auto set = readSet(path);
+    EXPECT_THAT(set.classNames, ElementsAre("screw"));
+    EXPECT_THAT(pictures(set, temp.path()),
+                ElementsAre(picture + std::string(*content ? ": 1" : ": 0")));
+    EXPECT_THAT(rejections(set), IsEmpty());
+  }
+}
+
+TEST(LabelsDarknet, ASingleTextMayHaveItsPictureElsewhereOrNowhere) {
+  const TempDirectory temp;
+  addPictures(temp, {"photos/a.jpg"});
+  temp.write("set/classes.txt", "screw\n");
+  const std::string path = temp.write("set/a.txt", kBox);
+  tnv::LabelReading reading;
+  EXPECT_THAT(rejections(readSet(path)), ElementsAre("a.txt:1: no picture"));
+  reading.pictures = temp / "photos";
+  EXPECT_THAT(pictures(readSet(path, reading), temp.path()), ElementsAre("photos/a.jpg: 1"));
+  EXPECT_FALSE(tnv::isDarknetLabels(temp / "set/classes.txt"));
+  EXPECT_FALSE(tnv::isDarknetLabels(temp.write("README.txt", "These are screws.\n")));
+}
+
 TEST(LabelsDarknet, ATextWithoutAPictureHasEachOfItsLabelsRejected) {
   const TempDirectory temp;
   addPictures(temp, {"a.jpg"});
@@ -245,6 +285,64 @@ TEST(LabelsDarknet, ATextThatCannotBeReadIsToldOf) {
               ElementsAre("a.txt:0: file cannot be read", "b.txt:0: file cannot be read"));
 }
 
+TEST(LabelsDarknet, LinkedDirectoriesBelongToTheSet) {
+  const TempDirectory elsewhere;
+  addPictures(elsewhere, {"photos/a.jpg"});
+  elsewhere.write("texts/a.txt", kBox);
+  const TempDirectory temp;
+  temp.write("classes.txt", "screw\n");
+  fs::create_directory_symlink(elsewhere / "photos", temp / "images");
+  fs::create_directory_symlink(elsewhere / "texts", temp / "labels");
+  const auto set = readSet(temp.path());
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("images/a.jpg: 1"));
+  EXPECT_THAT(rejections(set), IsEmpty());
+}
+
+TEST(LabelsDarknet, APictureThatALinkLeadsToCountsOnce) {
+  const TempDirectory temp;
+  addPictures(temp, {"all/photos/a.jpg", "all/photos/b.jpg"});
+  temp.write("all/texts/a.txt", kBox);
+  temp.write("classes.txt", "screw\n");
+  fs::create_directory_symlink(temp / "all/photos", temp / "images");
+  fs::create_directory_symlink(temp / "all/texts", temp / "labels");
+  const auto set = readSet(temp.path());
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("images/a.jpg: 1", "all/photos/b.jpg: 0"));
+  EXPECT_THAT(rejections(set), IsEmpty());
+}
+
+TEST(LabelsDarknet, LinksInACircleComeToAnEnd) {
+  const TempDirectory temp;
+  addPictures(temp, {"x/a.jpg", "y/b.jpg"});
+  temp.write("classes.txt", "screw\n");
+  for (const char* from : {"x", "y"}) {
+    for (const char* to : {"x", "y", "."})
+      fs::create_directory_symlink(temp / to, temp / from + "/to " + to);
+  }
+  EXPECT_EQ(readSet(temp.path()).pictures.size(), 2U);
+}
+
+TEST(LabelsDarknet, ADirectoryThatCannotBeReadIsRejected) {
+  const TempDirectory temp;
+  addPictures(temp, {"images/a.jpg"});
+  temp.write("classes.txt", "screw\n");
+  temp.write("labels/a.txt", kBox);
+  temp.write("locked/b.txt", kBox);
+  fs::create_symlink(temp / "gone", temp / "linked");
+  fs::permissions(temp.path(), fs::perms::all);
+  fs::permissions(temp / "locked", fs::perms::none);
+  tnv::LabelSet set;
+  {
+    const WithoutRights withoutRights;
+    set = readSet(temp.path());
+  }
+  auto rejected = rejections(set);
+  std::sort(rejected.begin(), rejected.end());
+  EXPECT_THAT(rejected, ElementsAre("linked:0: directory cannot be read",
+                                    "locked:0: directory cannot be read"));
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("images/a.jpg: 1"));
+  fs::permissions(temp / "locked", fs::perms::owner_all);
+}
+
 TEST(LabelsDarknet, ADataFileTellsNamesAndPictures) {
   const TempDirectory temp;
   addPictures(temp, {"data/obj/a.jpg", "data/obj/b.jpg", "data/obj/c.jpg"});
@@ -257,6 +355,95 @@ TEST(LabelsDarknet, ADataFileTellsNamesAndPictures) {
   const auto set = readSet(temp / "data/obj.data");
   EXPECT_THAT(pictures(set, temp.path()), ElementsAre("data/obj/a.jpg: 1", "data/obj/b.jpg: 0"));
   EXPECT_THAT(rejections(set), ElementsAre("gone.jpg:0: no picture"));
+}
+
+TEST(LabelsDarknet, APlaceThatIsMissingIsRejectedWhereAnotherIsThere) {
+  const TempDirectory temp;
+  addPictures(temp, {"train/a.jpg"});
+  temp.write("data.yaml", "train: train\nval: valid/images\ntest:\nnames: [screw]\n");
+  auto set = readSet(temp.path());
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("train/a.jpg: 0"));
+  ASSERT_THAT(rejections(set), ElementsAre("images:0: no such file or directory"));
+  EXPECT_EQ(set.rejections[0].file, temp / "valid/images");
+  temp.write("list.txt", "train/a.jpg\n");
+  temp.write("obj.names", "screw\n");
+  temp.write("obj.data", "train = list.txt\nvalid = gone.txt\nnames = obj.names\n");
+  set = readSet(temp / "obj.data");
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("train/a.jpg: 0"));
+  EXPECT_THAT(rejections(set), ElementsAre("gone.txt:0: no such file or directory"));
+}
+
+TEST(LabelsDarknet, ASetThatWasMovedIsLookedThroughAloud) {
+  const TempDirectory temp;
+  addPictures(temp, {"images/a.jpg"});
+  temp.write("data.yaml", "train: /where/it/was\nnames: [screw]\n");
+  LogCapture log;
+  EXPECT_THAT(pictures(readSet(temp.path()), temp.path()), ElementsAre("images/a.jpg: 0"));
+  EXPECT_THAT(log.text(), HasSubstr("There is nothing at '/where/it/was'"));
+}
+
+TEST(LabelsDarknet, PlacesOfPicturesMayBeLists) {
+  for (const char* train : {"train: [day1, 'day2',\n  day3/gone]\n",
+                            "train:\n  - day1\n  - day2 # the second\n"
+                            "  - day3/gone\nval: day1\n",
+                            "train:\n- day1\nval:\n- day2\ntest: ~\n\ntest: day1\nval: [day2]\n"}) {
+    const TempDirectory temp;
+    addPictures(temp, {"day1/a.jpg", "day2/b.jpg", "day3/c.jpg"});
+    temp.write("data.yaml", std::string(train) + "names: [screw]\n");
+    const auto set = readSet(temp.path());
+    EXPECT_THAT(pictures(set, temp.path()), ElementsAre("day1/a.jpg: 0", "day2/b.jpg: 0"));
+    const bool hasGone = std::string_view(train).find("gone") != std::string_view::npos;
+    EXPECT_EQ(set.rejections.size(), hasGone ? 1U : 0U) << train;
+  }
+}
+
+TEST(LabelsDarknet, AListThatCannotBeReadIsRejected) {
+  const TempDirectory temp;
+  addPictures(temp, {"images/a.jpg"});
+  temp.write("list.txt", "images/a.jpg\n");
+  temp.write("data.yaml", "train: images\nval: list.txt\nnames: [screw]\n");
+  fs::permissions(temp.path(), fs::perms::all);
+  fs::permissions(temp / "list.txt", fs::perms::none);
+  const WithoutRights withoutRights;
+  EXPECT_THAT(rejections(readSet(temp.path())), ElementsAre("list.txt:0: file cannot be read"));
+}
+
+TEST(LabelsDarknet, PathsOfAListCountFromWhereTheTrainerMayBeStarted) {
+  struct Row {
+    const char* data;
+    const char* list;
+    const char* line;
+  };
+  // The picture is always data/obj/a.jpg.
+  for (const auto& [data, list, line] :
+       {Row{"data/obj.data", "data/train.txt", "data/obj/a.jpg"},
+        Row{"data/obj.data", "data/train.txt", "obj/a.jpg"},
+        Row{"data/cfg/deep/obj.data", "data/train.txt", "data/obj/a.jpg"},
+        Row{"data/obj.data", "lists/train.txt", "obj/a.jpg"},
+        Row{"data/obj.data", "data/obj/train.txt", "a.jpg"}}) {
+    const TempDirectory temp;
+    addPictures(temp, {"data/obj/a.jpg"});
+    temp.write("data/obj/a.txt", kBox);
+    temp.write("obj.names", "screw\n");
+    temp.write(list, std::string(line) + "\n");
+    temp.write(data, std::string("train = ") + list + "\nnames = obj.names\n");
+    const auto set = readSet(temp / data);
+    EXPECT_THAT(pictures(set, temp.path()), ElementsAre("data/obj/a.jpg: 1")) << data << list;
+    EXPECT_THAT(rejections(set), IsEmpty());
+  }
+}
+
+TEST(LabelsDarknet, PathsOfAListMayCountFromTheWorkingDirectory) {
+  const TempDirectory temp;
+  addPictures(temp, {"work/out/a.jpg"});
+  temp.write("set/obj.names", "screw\n");
+  temp.write("set/train.txt", "out/a.jpg\n");
+  temp.write("set/obj.data", "train = train.txt\nnames = obj.names\n");
+  const fs::path before = fs::current_path();
+  fs::current_path(temp / "work");
+  const auto set = readSet(temp / "set/obj.data");
+  fs::current_path(before);
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("work/out/a.jpg: 0"));
 }
 
 TEST(LabelsDarknet, NamesThatAreGivenCountBeforeThoseThatLieThere) {
@@ -334,6 +521,40 @@ TEST(LabelNames, YamlHasThemInManyForms) {
 TEST(LabelNames, QuotesKeepWhatWouldEndAName) {
   EXPECT_THAT(tnv::parseYaml("names: ['it''s', \"a \\\"b\\\"\", 'x, y', '#1']").classes.names,
               ElementsAre("it's", "a \"b\"", "x, y", "#1"));
+}
+
+TEST(LabelNames, WhatFollowsTheBracketIsNoName) {
+  for (const char* text : {"names: ['a', 'b']\nnc: 2\n", "names: [a, b] # two\nnc: 2\ntrain: x\n",
+                           "names: {0: a, 1: b}\n7: c\n", "names: [a, b,]\n, c]\n"})
+    EXPECT_THAT(tnv::parseYaml(text).classes.names, ElementsAre("a", "b")) << text;
+}
+
+TEST(LabelNames, EscapesInDoubleQuotesAreDecoded) {
+  struct Row {
+    const char* quoted;
+    const char* name;
+  };
+  const Row rows[] = {
+      {R"("a\"b\\c")", "a\"b\\c"},
+      {R"("H\xFClse")", "H\xC3\xBClse"},
+      {R"("\u0041\u20ac")", "A\xE2\x82\xAC"},
+      {R"("\U0001F529")", "\xF0\x9F\x94\xA9"},
+      {R"("\ud83d\udd29!")", "\xF0\x9F\x94\xA9!"},
+      {R"("a\tb\nc\rd")", "a\tb\nc\rd"},
+      {R"("\ud83d")", "\xEF\xBF\xBD"},
+      {R"("\ud83dx")", "\xEF\xBF\xBDx"},
+      {R"("\U00110000")", "\xEF\xBF\xBD"},
+      {R"("\xg1\u12")", "xg1u12"},
+      {R"("\q\/")", "q/"},
+      {R"('a\nb')", "a\\nb"},
+  };
+  for (const Row& row : rows)
+    EXPECT_THAT(tnv::parseYaml(std::string("names: [") + row.quoted + ", z]").classes.names,
+                ElementsAre(row.name, "z"))
+        << row.quoted;
+  const std::string whole = R"(names: ["\ud83d\udd29\xFC"])";
+  for (std::size_t size = 0; size <= whole.size(); ++size)
+    tnv::parseYaml(whole.substr(0, size));
 }
 
 TEST(LabelNames, ANumberedMapMayHaveGapsOfAnySize) {
@@ -451,11 +672,12 @@ TEST_F(DarknetRoundTrip, CopiesLieBesideTheLabels) {
   expectSame(back);
 }
 
-TEST_F(DarknetRoundTrip, AFailureIsToldAndTheRestIsWritten) {
+TEST_F(DarknetRoundTrip, WritingEndsAtTheFirstFailureAloud) {
   temp.makeDirectory("out/labels/x.txt/in the way");
   LogCapture log;
   EXPECT_FALSE(tnv::writeDarknetLabels(set, temp / "out", {}));
   EXPECT_THAT(log.text(), HasSubstr("writeDarknetLabels: Could not write"));
-  EXPECT_TRUE(fs::exists(temp / "out/labels/x_2.txt"));
+  EXPECT_FALSE(fs::exists(temp / "out/labels/x_2.txt"));
   EXPECT_FALSE(tnv::writeDarknetLabels(set, temp.write("file", ""), {}));
+  EXPECT_THAT(log.text(), HasSubstr("file/labels/': Not a directory"));
 }

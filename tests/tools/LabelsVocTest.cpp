@@ -124,7 +124,12 @@ TEST_F(LabelsVoc, PicturesAreFoundWhereSetsHaveThem) {
   for (const auto& [file, picture, name] :
        {Row{"Annotations/c.xml", "JPEGImages/c.jpg", "c.jpg"}, Row{"c.xml", "c.jpg", "c.jpg"},
         Row{"Annotations/c.xml", "images/c.jpg", "c"}, Row{"c.xml", "JPEGImages/c.jpg", ""},
-        Row{"c.xml", "elsewhere/c.jpg", "c.jpg"}}) {
+        Row{"c.xml", "elsewhere/c.jpg", "c.jpg"}, Row{"c.XML", "c.jpg", "c.jpg"},
+        Row{"Annotations/train/c.Xml", "JPEGImages/c.jpg", "c.jpg"},
+        Row{"Annotations/train/day1/c.xml", "JPEGImages/train/day1/c.jpg", "c"},
+        Row{"Annotations/train/c.xml", "images/train/c.jpg", "c.jpg"},
+        Row{"train/c.xml", "train/c.jpg", "c.jpg"},
+        Row{"kit/Annotations/c.xml", "kit/JPEGImages/c.jpg", "c.jpg"}}) {
     const TempDirectory other;
     other.write(picture, "");
     other.write(file, fileWith(object("nut", corners("21", "11", "70", "50")), name));
@@ -136,6 +141,29 @@ TEST_F(LabelsVoc, PicturesAreFoundWhereSetsHaveThem) {
     ASSERT_EQ(set->pictures.size(), 1U) << picture;
     EXPECT_EQ(set->pictures[0].path, other / picture);
   }
+}
+
+TEST_F(LabelsVoc, ADirectoryThatCannotBeReadIsRejectedAndALinkedOneRead) {
+  namespace fs = std::filesystem;
+  const TempDirectory set;
+  const auto box = fileWith(object("nut", corners("21", "11", "70", "50")));
+  set.write("Annotations/locked/b.xml", box);
+  temp.write("linked/a.xml", box);
+  fs::create_directory_symlink(temp / "linked", set / "Annotations/linked");
+  fs::create_directory_symlink(temp / "linked", set / "Annotations/twice");
+  set.write("JPEGImages/a.jpg", "");
+  for (const std::string& path : {set.path(), temp.path()})
+    fs::permissions(path, fs::perms::all);
+  fs::permissions(set / "Annotations/locked", fs::perms::none);
+  std::optional<tnv::LabelSet> found;
+  {
+    const WithoutRights withoutRights;
+    found = tnv::readVocLabels(set.path(), {});
+  }
+  fs::permissions(set / "Annotations/locked", fs::perms::owner_all);
+  ASSERT_TRUE(found);
+  EXPECT_THAT(picturesIn(*found), ElementsAre("a.jpg: 1"));
+  EXPECT_THAT(rejectionsIn(*found), ElementsAre("locked:0: directory cannot be read"));
 }
 
 TEST_F(LabelsVoc, OtherFilesArePassedOver) {

@@ -1,5 +1,6 @@
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
+#include <chrono>
 #include <filesystem>
 #include <limits>
 #include <sstream>
@@ -14,6 +15,7 @@
 #include "project/TNVTrainSet.h"
 #include "support/LogCapture.h"
 #include "support/ProjectBuilder.h"
+#include "tools/LabelTools.h"
 
 namespace fs = std::filesystem;
 
@@ -118,6 +120,9 @@ TEST_F(LabelExchange, AFailedReadLeavesNothingInMemory) {
   ASSERT_TRUE(exchange.wRead(labels));
   LogCapture log;
   EXPECT_FALSE(exchange.wRead(builder.temp / "missing"));
+  EXPECT_THAT(log.lines(), ElementsAre("TNVToolLabelExchange::read: There is nothing at '" +
+                                       builder.temp.path() + "missing'!"));
+  EXPECT_FALSE(exchange.wRead(builder.temp.makeDirectory("empty")));
   EXPECT_THAT(log.text(), HasSubstr("TNVToolLabelExchange::read: No labels of a known format at"));
   EXPECT_EQ(exchange.wGetFound(), 0);
   EXPECT_THAT(exchange.wGetClassNames(), IsEmpty());
@@ -230,6 +235,33 @@ TEST_F(LabelExchange, ALabelThatIsThereTwiceIsAddedOnce) {
   EXPECT_THAT(exchange.wGetRejections(), ElementsAre(labels + "a.txt:2: already marked"));
 }
 
+TEST_F(LabelExchange, CrowdsInOneLineCostNoMoreThanScatteredOnes) {
+  // Boxes, then outlines, of one x or of as many as there are labels.
+  const auto secondsFor = [&](bool isLine, bool isOutline) {
+    constexpr int count = 20000;
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+      const std::string x = isLine ? "0.25" : std::to_string(0.1 + i * 3e-5);
+      const std::string y = std::to_string(0.1 + i * 3e-5);
+      text += isOutline ? "0 " + x + " " + y + " 0.9 0.9 0.1 0.95\n"
+                        : "0 " + x + " " + y + " 0.1 0.1\n";
+    }
+    labelsFile("a.txt", text);
+    EXPECT_TRUE(exchange.wRead(labels));
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(addMarks(), count);
+    EXPECT_EQ(addMarks(), 0);
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
+    while (!marks(0).empty())
+      record(0).removeMark(record(0).marks.back().get());
+    return passed.count();
+  };
+  for (const bool isOutline : {false, true}) {
+    const double scattered = secondsFor(false, isOutline);
+    EXPECT_LT(secondsFor(true, isOutline), 5 * scattered + 0.2) << isOutline;
+  }
+}
+
 TEST_F(LabelExchange, APictureIsKnownByItsAbsolutePathToo) {
   labelsFile("a.txt", "1 0.5 0.5 0.25 0.5\n");
   ASSERT_TRUE(exchange.wRead(labels));
@@ -337,10 +369,36 @@ TEST_F(LabelExchange, MarksAreCutAtTheEdgesOfThePicture) {
 TEST_F(LabelExchange, AMarkWhoseSizeDependsOnAMissingPictureIsRejected) {
   mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {0});
   mark(0, TNVMarkPolyLine({{0.25, 0.25}, {0.75, 0.25}, {0.5, 0.75}}, false), {0, 1});
-  fs::remove(builder.temp / "pictures/a.png");
+  builder.temp.write("pictures/a.png", "no picture");
   ASSERT_TRUE(readMarks());
   EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"size of the picture is unknown", 2}}));
   EXPECT_EQ(written("a"), "0 0.5 0.375 0.5 0.25\n");
+}
+
+TEST_F(LabelExchange, AMissingPictureIsLeftOutAloudInEachFormat) {
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {0});
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.5, 0.5}, false), {0});
+  mark(1, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {0});
+  // Known from the record, the size does not make up for the file.
+  record(0).imageWidth = 64;
+  record(0).imageHeight = 48;
+  fs::remove(builder.temp / "pictures/a.png");
+  ASSERT_TRUE(readMarks());
+  for (const std::string& format : WTNVToolLabelExchange::wGetAvailableFormats()) {
+    for (const bool copy : {false, true}) {
+      exchange.wSetFormat(format);
+      exchange.wSetCopy(copy);
+      LogCapture log;
+      ASSERT_TRUE(exchange.wWrite(out())) << format;
+      EXPECT_THAT(log.text(), HasSubstr("pictures/a.png' cannot be read and is left out!"));
+      EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"picture cannot be read", 2}}));
+      WTNVToolLabelExchange back;
+      ASSERT_TRUE(back.wRead(out()));
+      EXPECT_EQ(back.wGetReadFormat(), format);
+      EXPECT_EQ(back.wGetImagePaths().size(), 1U);
+      EXPECT_EQ(back.wGetFound(), 1);
+    }
+  }
 }
 
 TEST_F(LabelExchange, ClassesGoOutByTheirNumbers) {
@@ -418,4 +476,195 @@ TEST_F(LabelExchange, AnExportNeverReplacesItsOwnSources) {
   EXPECT_FALSE(exchange.wWrite(builder.temp / "texts"));
   EXPECT_THAT(log.text(), HasSubstr("texts/labels/a.txt"));
   EXPECT_TRUE(fs::exists(builder.temp / "texts/labels/a.txt"));
+}
+
+namespace {
+
+/// The files below a directory with what is in them.
+std::map<std::string, std::string> filesBelow(const std::string& directory) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(directory)) {
+    const std::string name = entry.path().lexically_relative(directory).generic_string();
+    files[name] = entry.is_regular_file() ? readFile(entry.path().string()) : "";
+  }
+  return files;
+}
+
+/// What the callback, which has no argument, works with.
+WTNVToolLabelExchange* toStop = nullptr;
+int picturesUntilStop = 0;
+
+void stopInTime() {
+  EXPECT_FALSE(toStop->wProcessIsStopped());
+  if (picturesUntilStop-- == 0) toStop->wProcessStop();
+}
+
+/// An earlier export of two pictures with copies lies there, with a file of somebody else.
+class LaterExport : public LabelExchange {
+ protected:
+  LaterExport() {
+    exchange.wSetPictureDirectory("");
+    exchange.wSetFormat("Darknet");
+    exchange.wSetCopy(true);
+    mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {1});
+    EXPECT_TRUE(readMarks());
+    EXPECT_TRUE(exchange.wWrite(out()));
+    builder.temp.write("out/notes", "of somebody");
+    before = filesBelow(out());
+    mark(1, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {1});
+    EXPECT_TRUE(readMarks());
+    toStop = &exchange;
+  }
+  ~LaterExport() override { exchange.setCBUpdate(nullptr); }
+
+  std::map<std::string, std::string> before;
+};
+
+}  // namespace
+
+TEST_F(LaterExport, TakesThePlaceOfTheEarlierAndOfNothingElse) {
+  exchange.wSetFormat("VOC");
+  exchange.wSetCopy(false);
+  ASSERT_TRUE(exchange.wWrite(out()));
+  std::vector<std::string> names;
+  for (const auto& [name, content] : filesBelow(out()))
+    names.push_back(name);
+  EXPECT_THAT(names, UnorderedElementsAre(".label-export", "Annotations", "Annotations/a.xml",
+                                          "Annotations/b.xml", "classes.txt", "notes"));
+  EXPECT_EQ(readFile(out() + "/.label-export"), "VOC\n");
+}
+
+TEST_F(LaterExport, LeavesTheEarlierAsItWasWhenACopyFails) {
+  // The picture goes when both were looked at and the first is to be copied or written.
+  for (const std::string& format : WTNVToolLabelExchange::wGetAvailableFormats()) {
+    exchange.wSetFormat(format);
+    exchange.setCBUpdate([] {
+      const fs::path picture = toStop->wGetImagePaths().at(1);
+      if (++picturesUntilStop == 3) fs::remove(picture);
+    });
+    picturesUntilStop = 0;
+    LogCapture log;
+    EXPECT_FALSE(exchange.wWrite(out())) << format;
+    EXPECT_THAT(log.text(), HasSubstr("b.png': No such file or directory")) << format;
+    EXPECT_EQ(filesBelow(out()), before) << format;
+    builder.picture("b.png");
+  }
+}
+
+TEST_F(LaterExport, LeavesTheEarlierAsItWasWhenStopped) {
+  exchange.setCBUpdate(stopInTime);
+  for (const std::string& format : WTNVToolLabelExchange::wGetAvailableFormats()) {
+    exchange.wSetFormat(format);
+    // Two pictures are looked at and copied.
+    for (const int pictures : {0, 1, 2, 3}) {
+      picturesUntilStop = pictures;
+      LogCapture log;
+      EXPECT_FALSE(exchange.wWrite(out())) << format << pictures;
+      EXPECT_THAT(log.text(), HasSubstr("TNVToolLabelExchange::write: Stopped!"));
+      EXPECT_EQ(filesBelow(out()), before) << format << pictures;
+      EXPECT_TRUE(exchange.wProcessIsStopped());
+    }
+  }
+  exchange.setCBUpdate(nullptr);
+  EXPECT_TRUE(exchange.wWrite(out()));
+}
+
+TEST_F(LaterExport, ThatIsStoppedLeavesNoNewDirectory) {
+  exchange.setCBUpdate(stopInTime);
+  const std::string empty = builder.temp.makeDirectory("empty");
+  for (const std::string& directory : {builder.temp / "new/in/new", empty}) {
+    picturesUntilStop = 3;
+    EXPECT_FALSE(exchange.wWrite(directory));
+  }
+  EXPECT_FALSE(fs::exists(builder.temp / "new"));
+  EXPECT_TRUE(fs::is_empty(empty));
+}
+
+TEST_F(LaterExport, MendsWhatAKilledOneLeft) {
+  fs::create_directories(out() + "/.label-export.former");
+  fs::rename(out() + "/labels", out() + "/.label-export.former/labels");
+  builder.temp.write("out/.label-export.next/labels/x.txt", "0 0.5 0.5 1 1\n");
+  exchange.setCBUpdate(stopInTime);
+  picturesUntilStop = 3;
+  EXPECT_FALSE(exchange.wWrite(out()));
+  EXPECT_EQ(filesBelow(out()), before);
+}
+
+TEST_F(LaterExport, IsReadWithoutWhatAKilledOneLeft) {
+  builder.temp.write("out/.label-export.next/labels/x.txt", "0 0.5 0.5 1 1\n");
+  WTNVToolLabelExchange back;
+  ASSERT_TRUE(back.wRead(out()));
+  EXPECT_EQ(back.wGetFound(), 1);
+}
+
+TEST_F(LaterExport, IsNoHindranceToReadingThatStops) {
+  exchange.setCBUpdate(stopInTime);
+  const std::string sets = builder.temp / "sets/";
+  for (const std::string& format : WTNVToolLabelExchange::wGetAvailableFormats()) {
+    exchange.wSetFormat(format);
+    picturesUntilStop = -1;
+    ASSERT_TRUE(exchange.wWrite(sets + format));
+  }
+  for (const std::string& format : WTNVToolLabelExchange::wGetAvailableFormats()) {
+    exchange.wSetFormat(format);
+    picturesUntilStop = 1;
+    LogCapture log;
+    EXPECT_FALSE(exchange.wRead(sets + format)) << format;
+    EXPECT_THAT(log.text(), HasSubstr("TNVToolLabelExchange::read: Stopped!")) << format;
+    EXPECT_THAT(exchange.wGetImagePaths(), IsEmpty());
+  }
+  picturesUntilStop = 3;
+  EXPECT_FALSE(readMarks());
+  EXPECT_EQ(exchange.wGetFound(), 0);
+}
+
+TEST_F(LabelExchange, AddingThatIsStoppedRejectsTheRest) {
+  labelsFile("a.txt", "1 0.5 0.375 0.25 0.5\n");
+  labelsFile("b.txt", "1 0.5 0.375 0.25 0.5\n0 0.5 0.5 0.25 0.5\n");
+  ASSERT_TRUE(exchange.wRead(labels));
+  toStop = &exchange;
+  exchange.setCBUpdate(stopInTime);
+  // Two records are read before the two pictures.
+  picturesUntilStop = 3;
+  EXPECT_EQ(addMarks(), 1);
+  EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"stopped", 2}}));
+  EXPECT_EQ(marks(1).size(), 0U);
+  exchange.setCBUpdate(nullptr);
+  // A stop that came too late or too early has nothing to stop.
+  exchange.wProcessStop();
+  EXPECT_EQ(addMarks(), 2);
+  EXPECT_TRUE(exchange.wProcessIsStopped());
+}
+
+TEST_F(LabelExchange, WhyADirectoryCannotBeWrittenToIsTold) {
+  const TempDirectory locked;
+  const std::string file = builder.temp.write("file", "");
+  const std::string longName(300, 'x');
+  const auto readOnly = fs::perms::owner_read | fs::perms::owner_exec | fs::perms::group_read |
+                        fs::perms::group_exec | fs::perms::others_read | fs::perms::others_exec;
+  fs::permissions(locked.path(), readOnly);
+  for (const std::string& open : {builder.temp.path(), labels})
+    fs::permissions(open, fs::perms::all);
+  struct Row {
+    std::string directory;
+    std::string reason;
+  };
+  const Row rows[] = {
+      {"", "No directory was given!"},
+      {builder.temp / longName, "'" + longName + "' is too long a name!"},
+      {builder.temp / "new/" + longName + "/x", "'" + longName + "' is too long a name!"},
+      {file, "'" + file + "' is a file, no directory!"},
+      {file + "/below", "'" + file + "' is a file, no directory!"},
+      {locked.path(), "There are no rights to write to '" + locked.path() + "'!"},
+      {locked / "new/deeper",
+       "There are no rights to write to '" + fs::path(locked.path()).parent_path().string() + "'!"},
+      {labels, "'" + labels + "' holds files that are no earlier export!"},
+  };
+  const WithoutRights withoutRights;
+  for (const Row& row : rows) {
+    LogCapture log;
+    EXPECT_FALSE(exchange.wCanWrite(row.directory)) << row.directory;
+    EXPECT_THAT(log.lines(), ElementsAre("TNVToolLabelExchange::write: " + row.reason));
+  }
+  EXPECT_TRUE(exchange.wCanWrite(builder.temp / "new/deeper"));
 }
