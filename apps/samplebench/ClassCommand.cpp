@@ -145,6 +145,7 @@ void report(const WTNVProject& project, const std::string& did, std::size_t mark
 }
 
 void runAdd(const Locations& locations, const ClassAddOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   for (const auto& name : options.names) {
     requireClassName(name);
@@ -160,6 +161,7 @@ void runList(const Locations& locations, const std::string& project, Output& out
 }
 
 void runRename(const Locations& locations, const ClassEditOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const auto dnnClass = findClass(*project, options.name);
   requireClassName(options.target);
@@ -183,6 +185,7 @@ std::vector<WTNVDNNClass> classesNamed(const WTNVProject& project,
 
 void runMerge(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const Annotations annotations(*project, output);
   const auto target = findClass(*project, options.target);
@@ -201,6 +204,7 @@ void runMerge(const Locations& locations, const ClassEditOptions& options, Outpu
 
 void runDelete(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const Annotations annotations(*project, output);
   const auto before = annotations.markCount();
@@ -282,6 +286,7 @@ void moveUp(WTNVProject& project, const std::vector<WTNVDNNClass>& order) {
 
 void runOrder(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const auto order = classesNamed(*project, options.names);
   if (order.size() != project->wGetDNNClasses().size())

@@ -207,6 +207,7 @@ void reportExport(const WTNVToolLabelExchange& exchange, const LabelsOptions& op
 }
 
 void runImport(const Locations& locations, const LabelsOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   requireRejectionsPlace(options, *project, output);
   if (!options.rejections.empty()) requireApart(options.rejections, sourcesOf(options));
@@ -237,6 +238,7 @@ void runExport(const Locations& locations, const LabelsOptions& options, Output&
         "the classes cannot be written; their numbers must run from 0 without gaps "
         "(samplebench class list " +
         options.project + ")");
+  requireDirectoryPlace(options.path);
   const platform::InterruptCatcher catcher;
   const bool done =
       output.isDryRun() ? exchange.wCanWrite(options.path) : exchange.wWrite(options.path);
