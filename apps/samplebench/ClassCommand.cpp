@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <set>
+#include <unordered_map>
 
 #include "CommandError.h"
 #include "CommandLine.h"
@@ -85,16 +86,25 @@ class Annotations {
                          " cannot be read; restore those records, or remove the pictures");
   }
 
-  /// Calls the edit, which gives the number of marks that it touched, for each picture.
-  std::size_t edit(const std::function<int(const WTNVTrainSet&)>& change) const {
-    std::size_t marks = 0;
+  void edit(const std::function<void(const WTNVTrainSet&)>& change) const {
     for (const auto& picture : pictures)
-      marks += static_cast<std::size_t>(change(picture.trainSet));
-    return marks;
+      change(picture.trainSet);
+  }
+
+  /// How many marks carry at least one of the classes.
+  std::size_t countOf(const std::vector<WTNVDNNClass>& classes) const {
+    std::size_t count = 0;
+    for (const auto& picture : pictures)
+      for (const auto& mark : picture.trainSet.wGetMarks())
+        if (!mark.wGetDNNClasses(classes).empty()) ++count;
+    return count;
   }
 
   std::size_t markCount() const {
-    return edit([](const auto& trainSet) { return trainSet.getMarkCount(); });
+    std::size_t count = 0;
+    for (const auto& picture : pictures)
+      count += static_cast<std::size_t>(picture.trainSet.getMarkCount());
+    return count;
   }
 
  private:
@@ -135,6 +145,7 @@ void report(const WTNVProject& project, const std::string& did, std::size_t mark
 }
 
 void runAdd(const Locations& locations, const ClassAddOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   for (const auto& name : options.names) {
     requireClassName(name);
@@ -150,6 +161,7 @@ void runList(const Locations& locations, const std::string& project, Output& out
 }
 
 void runRename(const Locations& locations, const ClassEditOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const auto dnnClass = findClass(*project, options.name);
   requireClassName(options.target);
@@ -158,18 +170,31 @@ void runRename(const Locations& locations, const ClassEditOptions& options, Outp
   report(*project, "renamed " + options.name + " to " + options.target, 0, output);
 }
 
+std::vector<WTNVDNNClass> classesNamed(const WTNVProject& project,
+                                       const std::vector<std::string>& names) {
+  std::unordered_map<std::string, WTNVDNNClass> byName;
+  for (const auto& dnnClass : project.wGetDNNClasses())
+    byName.emplace(dnnClass.wGetName(), dnnClass);
+  std::vector<WTNVDNNClass> classes;
+  for (const auto& name : names) {
+    const auto found = byName.find(name);
+    classes.push_back(found == byName.end() ? findClass(project, name) : found->second);
+  }
+  return classes;
+}
+
 void runMerge(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const Annotations annotations(*project, output);
   const auto target = findClass(*project, options.target);
-  std::size_t marks = 0;
-  for (const auto& name : options.names) {
-    const auto dnnClass = findClass(*project, name);
+  const auto classes = classesNamed(*project, options.names);
+  const auto marks = annotations.countOf(classes);
+  for (const auto& dnnClass : classes) {
     if (dnnClass.equal(target))
-      throw CommandError("class '" + name + "' cannot be merged into itself", exitUsage);
-    marks += annotations.edit(
-        [&](const auto& trainSet) { return trainSet.wReplaceClass(dnnClass, target); });
+      throw CommandError("class '" + options.target + "' cannot be merged into itself", exitUsage);
+    annotations.edit([&](const auto& trainSet) { trainSet.wReplaceClass(dnnClass, target); });
     project->wRemoveDNNClass(dnnClass);
   }
   renumber(*project);
@@ -179,18 +204,18 @@ void runMerge(const Locations& locations, const ClassEditOptions& options, Outpu
 
 void runDelete(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const Annotations annotations(*project, output);
   const auto before = annotations.markCount();
-  std::size_t marks = 0;
-  for (const auto& name : options.names) {
-    const auto dnnClass = findClass(*project, name);
-    marks +=
-        annotations.edit([&](const auto& trainSet) { return trainSet.wRemoveClass(dnnClass); });
+  const auto classes = classesNamed(*project, options.names);
+  const auto marks = annotations.countOf(classes);
+  for (const auto& dnnClass : classes) {
+    annotations.edit([&](const auto& trainSet) { trainSet.wRemoveClass(dnnClass); });
     project->wRemoveDNNClass(dnnClass);
   }
   const auto deleted = before - annotations.markCount();
-  if (deleted > 0 && !options.withMarks && !output.isDryRun())
+  if (deleted > 0 && !options.withMarks)
     throw CommandError(counted(deleted, "mark") + " would be deleted with " +
                        joined(options.names) +
                        ", having no other class; --with-marks does that, and class merge gives "
@@ -202,22 +227,77 @@ void runDelete(const Locations& locations, const ClassEditOptions& options, Outp
          output);
 }
 
+// All that a class is.
+struct ClassContent {
+  explicit ClassContent(const WTNVDNNClass& dnnClass, int uniqueIndex)
+      : name(dnnClass.wGetName()),
+        index(uniqueIndex),
+        samplePath(dnnClass.wGetSamplePath()),
+        comment(dnnClass.wGetComment()) {
+    dnnClass.wGetColor(&red, &green, &blue);
+  }
+
+  std::string name;
+  int index;
+  std::string samplePath;
+  std::string comment;
+  int red = 0;
+  int green = 0;
+  int blue = 0;
+};
+
+// The indices that marks know the classes by. They run from 0, with gaps where classes went.
+std::unordered_map<const TNVDNNClass*, int> indicesOf(const std::vector<WTNVDNNClass>& classes) {
+  constexpr int mostGaps = 10000;
+  const auto end = static_cast<int>(classes.size()) + mostGaps;
+  std::unordered_map<const TNVDNNClass*, int> indices;
+  for (int index = 0; index < end && indices.size() < classes.size(); ++index) {
+    const auto dnnClass = WTNVDNNClass::wGetDNNClassByIdx(classes, index);
+    if (dnnClass.isValid()) indices.emplace(dnnClass.getNativeDNNClass(), index);
+  }
+  return indices;
+}
+
+// Makes the classes anew in their order: to move many up one by one takes steps without end.
+void rebuild(WTNVProject& project, const std::vector<WTNVDNNClass>& order,
+             const std::unordered_map<const TNVDNNClass*, int>& indices) {
+  std::vector<ClassContent> contents;
+  for (const auto& dnnClass : order)
+    contents.emplace_back(dnnClass, indices.at(dnnClass.getNativeDNNClass()));
+  project.wClearDNNClasses();
+  for (std::size_t i = 0; i < contents.size(); ++i) {
+    const auto& each = contents[i];
+    const auto number = static_cast<int>(i);
+    const auto dnnClass = project.wAddDNNClass(each.name, each.index, number);
+    project.wUpdateDNNClass(dnnClass, each.name, number, each.samplePath, each.comment, each.red,
+                            each.green, each.blue);
+  }
+}
+
+void moveUp(WTNVProject& project, const std::vector<WTNVDNNClass>& order) {
+  for (std::size_t number = 0; number < order.size(); ++number)
+    update(project, order[number], order[number].wGetName(), static_cast<int>(number));
+  // Behind those that have found their place, which are as many as its number says.
+  for (std::size_t place = 0; place < order.size(); ++place) {
+    while (!project.wGetDNNClasses()[place].equal(order[place]))
+      project.wOrderUpDNNClass(order[place]);
+  }
+}
+
 void runOrder(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
-  std::vector<WTNVDNNClass> order;
-  for (const auto& name : options.names)
-    order.push_back(findClass(*project, name));
+  const auto order = classesNamed(*project, options.names);
   if (order.size() != project->wGetDNNClasses().size())
     throw CommandError("name all " + std::to_string(project->wGetDNNClasses().size()) +
                            " classes in their new order",
                        exitUsage);
-  for (std::size_t number = 0; number < order.size(); ++number)
-    update(*project, order[number], options.names[number], static_cast<int>(number));
-  // Behind those that have found their place, which are as many as its number says.
-  for (std::size_t place = 0; place < order.size(); ++place) {
-    while (!project->wGetDNNClasses()[place].equal(order[place]))
-      project->wOrderUpDNNClass(order[place]);
+  const auto indices = indicesOf(project->wGetDNNClasses());
+  if (indices.size() == order.size()) {
+    rebuild(*project, order, indices);
+  } else {
+    moveUp(*project, order);
   }
   saveProject(*project, true, output);
   report(*project, "numbered the classes anew", 0, output);

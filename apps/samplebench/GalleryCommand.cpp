@@ -209,6 +209,7 @@ void sayPlan(const WTNVProject& project, const WTNVHandlerValidation& handler,
 }
 
 void runGallery(const Locations& locations, const GalleryOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   requireWholeRecords(*project);
   const auto pictures = readPictures(*project, output);
@@ -216,6 +217,7 @@ void runGallery(const Locations& locations, const GalleryOptions& options, Outpu
     throw CommandError("the project has no pictures; add some with: samplebench import " +
                        options.project + " SET DIRECTORY");
   if (!options.report.empty()) requireWritable(options.report, *project, pictures);
+  requireDirectoryPlace((projectDirectory(*project) / "validation").string());
   auto handler = project->getHndValidation();
   if (output.isDryRun()) {
     sayPlan(*project, handler, options, pictures, output);

@@ -127,14 +127,19 @@ void setDarknet(const WTNVGenerationDarknet& darknet, const GenerateOptions& opt
 // Without its lists a set would not be known as ours by the next run.
 void removePartialSet(const TrainingSetPaths& paths) {
   fs::remove_all(paths.samples);
+  fs::remove(paths.sources);
 }
 
 void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSetPaths& paths,
              SampleSources& sources, int jobs, Output& output) {
   const auto trainSets = project.wGetTrainSets();
   Progress progress(trainSets.size(), output);
-  const WatchedRun<WTNVHandlerAugment> run(
-      handler, progress, [&](std::size_t place) { sources.add(trainSets[place].getImagePath()); });
+  const WatchedRun<WTNVHandlerAugment> run(handler, progress, [&](std::size_t place) {
+    sources.add(trainSets[place].getImagePath());
+    // The library clears the directory when it begins. By this file a set is known as ours even
+    // if the run is cut short before it has its lists.
+    if (place == 0) sources.write(paths.sources);
+  });
   handler.setCBGenerationUpdate(run.onUpdate);
   const auto complete = handler.wProcessParallel(trainSets, project.wGetGeneration(), jobs);
   handler.setCBGenerationUpdate(nullptr);

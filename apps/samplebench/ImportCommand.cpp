@@ -61,6 +61,7 @@ ImportResult addPictures(WTNVProject& project, const std::string& set,
 namespace {
 
 void runImport(const Locations& locations, const ImportOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const auto result = importPictures(*project, options.set, options.directory, options.recursive);
   saveProject(*project, true, output);

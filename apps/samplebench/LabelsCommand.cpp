@@ -1,6 +1,7 @@
 #include "LabelsCommand.h"
 
 #include <algorithm>
+#include <set>
 #include <unordered_set>
 
 #include "ClassCommand.h"
@@ -52,15 +53,44 @@ void writeRejections(const std::string& file, const std::vector<std::string>& re
   });
 }
 
+// Where labels are read from, and what they need to be understood. With a file its neighbours are
+// read, too: the lists that it names, the names of the classes.
+std::vector<std::filesystem::path> sourcesOf(const LabelsOptions& options) {
+  std::vector<std::filesystem::path> sources;
+  std::error_code error;
+  if (std::filesystem::is_directory(options.path, error)) {
+    sources.emplace_back(options.path);
+  } else {
+    sources.push_back(std::filesystem::path(absolutePath(options.path)).parent_path());
+  }
+  if (!options.names.empty()) sources.emplace_back(options.names);
+  if (!options.pictures.empty()) sources.emplace_back(options.pictures);
+  return sources;
+}
+
+void requireApart(const std::string& file, const std::vector<std::filesystem::path>& sources) {
+  const auto destination = destinationOf(file);
+  std::error_code error;
+  for (const auto& source : sources)
+    if (liesWithin(destination, source) || std::filesystem::equivalent(destination, source, error))
+      throw CommandError("'" + file + "' would lie in what is read, '" + source.string() +
+                         "'; choose another place for the list of rejected labels");
+}
+
 // Before anything is changed: the list must not take the place of what it tells of.
 void requireRejectionsPlace(const LabelsOptions& options, const WTNVProject& project,
                             Output& output) {
   const auto& file = options.rejections;
   if (file.empty()) return;
   requireWritable(file, project, readPictures(project, output));
-  if (liesWithin(file, options.path))
-    throw CommandError("'" + file + "' lies in '" + options.path +
-                       "'; choose another place for the list of rejected labels");
+}
+
+// A description may lead to pictures, with labels beside them, anywhere.
+void requireApartFromPictures(const std::string& file, const std::vector<std::string>& pictures) {
+  std::set<std::filesystem::path> directories;
+  for (const auto& picture : pictures)
+    directories.insert(std::filesystem::path(picture).parent_path());
+  requireApart(file, {directories.begin(), directories.end()});
 }
 
 void noteRejections(const std::vector<std::string>& rejections, Output& output) {
@@ -177,8 +207,10 @@ void reportExport(const WTNVToolLabelExchange& exchange, const LabelsOptions& op
 }
 
 void runImport(const Locations& locations, const LabelsOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   requireRejectionsPlace(options, *project, output);
+  if (!options.rejections.empty()) requireApart(options.rejections, sourcesOf(options));
   WTNVToolLabelExchange exchange;
   setUp(exchange, options);
   if (!exchange.wRead(options.path))
@@ -186,6 +218,8 @@ void runImport(const Locations& locations, const LabelsOptions& options, Output&
                        "; --format and --names tell how to read them");
   if (exchange.wGetImagePaths().empty())
     throw CommandError("the labels have no pictures; --pictures tells where they lie");
+  if (!options.rejections.empty())
+    requireApartFromPictures(options.rejections, exchange.wGetImagePaths());
   const auto counts = addAll(*project, options.set, exchange, output);
   saveProject(*project, counts.classes + counts.pictures > 0, output);
   reportImport(counts, exchange, output);
@@ -195,6 +229,7 @@ void runImport(const Locations& locations, const LabelsOptions& options, Output&
 void runExport(const Locations& locations, const LabelsOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   requireRejectionsPlace(options, *project, output);
+  if (!options.rejections.empty()) requireApart(options.rejections, {options.path});
   WTNVToolLabelExchange exchange;
   setUp(exchange, options);
   const auto trainSets = chosenTrainSets(*project, options.workflow, output);
@@ -203,6 +238,7 @@ void runExport(const Locations& locations, const LabelsOptions& options, Output&
         "the classes cannot be written; their numbers must run from 0 without gaps "
         "(samplebench class list " +
         options.project + ")");
+  requireDirectoryPlace(options.path);
   const platform::InterruptCatcher catcher;
   const bool done =
       output.isDryRun() ? exchange.wCanWrite(options.path) : exchange.wWrite(options.path);

@@ -185,6 +185,7 @@ void requireOneKindOfMark(const MarkOptions& options) {
 
 void runMark(const Locations& locations, const MarkOptions& options, Output& output) {
   requireOneKindOfMark(options);
+  const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const auto requests = requestsFor(options);
   const MarkManner manner{options.pixels ? PointUnit::pixels : PointUnit::relative, options.assist};

@@ -35,7 +35,8 @@ void requireNoPicture(const std::string& file, const std::vector<PictureRecord>&
 
 void requireParent(const std::string& file) {
   std::error_code error;
-  if (!fs::is_directory(destinationOf(file).parent_path(), error)) refuse(file);
+  const auto directory = destinationOf(file).parent_path();
+  if (!fs::is_directory(directory, error) || !platform::canWriteIn(directory)) refuse(file);
 }
 
 bool isTaken(const fs::path& path) {
@@ -102,6 +103,9 @@ void requireDirectoryPlace(const std::string& directory) {
   while (!fs::exists(place, error) && place.has_relative_path())
     place = place.parent_path();
   if (!fs::is_directory(place, error)) refuseDirectory(directory);
+  if (!platform::canWriteIn(place))
+    throw CommandError("'" + place.string() +
+                       "' cannot be written to; choose a directory of yours");
 }
 
 void makeDirectory(const std::string& directory) {

@@ -18,12 +18,13 @@ void requireReplaceableFile(const std::string& file);
 void requireReplaceableFile(const std::string& file, const WTNVProject& project,
                             const std::vector<PictureRecord>& pictures);
 
-/// The same, and there must be a directory to write the file in.
+/// The same, and there must be a directory that the file can be written in.
 void requireWritable(const std::string& file);
 void requireWritable(const std::string& file, const WTNVProject& project,
                      const std::vector<PictureRecord>& pictures);
 
-/// Throws CommandError if no directory can be made there because a file is in the way.
+/// Throws CommandError if no directory can be made there because a file is in the way, or if what
+/// is there, or above it, cannot be written to.
 void requireDirectoryPlace(const std::string& directory);
 
 /// Makes the directory, and those above it, if it is not there; throws CommandError if that fails.

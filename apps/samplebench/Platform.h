@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 
 /// What POSIX and Windows call by different names.
 namespace platform {
@@ -11,11 +12,33 @@ std::filesystem::path executableDirectory();
 /// Whether standard error goes to a terminal.
 bool errorsGoToTerminal();
 
-/// Has the user's interrupt (Ctrl-C) end the program with that code from now on.
+/// Whether the program may make and remove files in the directory, as far as the system tells
+/// without trying.
+bool canWriteIn(const std::filesystem::path& directory);
+
+/// Keeps a directory for this program while it lives. Others notice if they ask for such a lock;
+/// it goes with the program, however that ends.
+class DirectoryLock {
+ public:
+  explicit DirectoryLock(const std::filesystem::path& directory);
+  ~DirectoryLock();
+  DirectoryLock(const DirectoryLock&) = delete;
+  DirectoryLock& operator=(const DirectoryLock&) = delete;
+
+  /// False if another program holds it. Where the file system knows no locks this is true.
+  bool isOurs() const;
+
+ private:
+  struct State;
+  std::unique_ptr<State> state;
+};
+
+/// Has the user's interrupt (Ctrl-C), and a request to end or a terminal that goes away, end the
+/// program with that code from now on.
 void endAtInterrupt(int exitCode);
 
-/// Keeps an interrupt from ending the program while it lives, for work that would be left half
-/// done; long work asks whether one came. A second interrupt ends the program all the same.
+/// Keeps these from ending the program while it lives, for work that would be left half
+/// done; long work asks whether one came. A second one ends the program all the same.
 class InterruptCatcher {
  public:
   InterruptCatcher();

@@ -70,6 +70,13 @@ void requireNewProject(const Locations& locations, const std::string& name) {
     throw CommandError("project '" + name + "' is there already in " + locations.projects +
                        "; choose another name");
   requireStorable("the name of a project", name);
+  auto place = fs::path(locations.projects).parent_path();
+  std::error_code error;
+  while (!fs::exists(place, error) && place.has_relative_path())
+    place = place.parent_path();
+  if (!platform::canWriteIn(place))
+    throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
+                       "; use a directory that can be written to");
 }
 
 std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
@@ -105,7 +112,34 @@ std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::
   return project;
 }
 
+ProjectLock::ProjectLock(const Locations& locations, const std::string& name,
+                         const Output& output) {
+  if (output.isDryRun()) return;
+  lock = std::make_unique<platform::DirectoryLock>(fs::path(locations.projects) / name);
+  if (!lock->isOurs())
+    throw CommandError("another command works on project '" + name +
+                       "'; nothing was changed, try again when it is done");
+}
+
+namespace {
+
+// What saving replaces lies in these.
+void requireWritableProject(const WTNVProject& project) {
+  auto directory = projectDirectory(project);
+  bool isOurs = platform::canWriteIn(directory);
+  for (const auto& set : project.wGetImageSets()) {
+    const auto records = directory / ("is_" + set);
+    isOurs = isOurs && (!fs::exists(records) || platform::canWriteIn(records));
+  }
+  if (!isOurs)
+    throw CommandError("project '" + project.wGetProjectName() +
+                       "' cannot be saved; see that its directory can be written to");
+}
+
+}  // namespace
+
 void saveProject(WTNVProject& project, bool full, const Output& output) {
+  requireWritableProject(project);
   if (output.isDryRun()) return;
   const platform::InterruptCatcher catcher;
   if (!project.wUpdate(full))

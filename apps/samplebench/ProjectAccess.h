@@ -8,6 +8,7 @@
 
 #include "CommandError.h"
 #include "Output.h"
+#include "Platform.h"
 #include "TNV_SampleBenchNative/WTNVProject.h"
 
 /// Where projects, templates and task trees lie.
@@ -34,6 +35,17 @@ void requireStorable(const std::string& what, const std::string& text);
 
 /// Loads a project; throws CommandError, which lists the projects, if there is none of that name.
 std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name);
+
+/// Keeps other commands from changing the project as long as it lives: of two that read, change and
+/// save it at once, the one that saves first would lose its changes. To be made before the project
+/// is opened; throws CommandError if another command has it. A dry run keeps nobody out.
+class ProjectLock {
+ public:
+  ProjectLock(const Locations& locations, const std::string& name, const Output& output);
+
+ private:
+  std::unique_ptr<platform::DirectoryLock> lock;
+};
 
 /// Saves all (`full`), or only pictures with changed marks; throws CommandError if that fails. In a
 /// dry run nothing is saved.

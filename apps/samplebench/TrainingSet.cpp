@@ -34,7 +34,7 @@ bool isOurs(const fs::path& entry) {
 }
 
 bool isSample(const fs::path& entry) {
-  static const std::regex sample(R"(img_[0-9]+\.(jpg|txt))");
+  static const std::regex sample(R"(img_[0-9]+\.(jpg|txt)(\.new)?)");
   return std::regex_match(entry.filename().string(), sample);
 }
 
@@ -45,9 +45,12 @@ bool holdsOnly(const fs::path& directory, Predicate predicate) {
 }
 
 bool isEarlierSet(const fs::path& directory) {
-  return fs::is_regular_file(directory / trainName) && fs::is_regular_file(directory / testName) &&
-         fs::is_directory(directory / samplesName) && holdsOnly(directory, isOurs) &&
-         holdsOnly(directory / samplesName, isSample);
+  const bool hasLists =
+      fs::is_regular_file(directory / trainName) && fs::is_regular_file(directory / testName);
+  // Of a run that was cut short there is only this.
+  const bool isPartial = fs::is_regular_file(directory / sourcesName);
+  return (hasLists || isPartial) && fs::is_directory(directory / samplesName) &&
+         holdsOnly(directory, isOurs) && holdsOnly(directory / samplesName, isSample);
 }
 
 bool hasTrainedWeights(const fs::path& directory) {

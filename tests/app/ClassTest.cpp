@@ -1,7 +1,10 @@
+#include <chrono>
 #include <filesystem>
 #include <sstream>
 
+#include "Editor.h"
 #include "ProgramRunner.h"
+#include "ProjectAccess.h"
 #include "support/Pictures.h"
 
 namespace {
@@ -19,6 +22,21 @@ class ProgramClasses : public ProgramTest {
 
   void mark(const std::string& picture, const std::string& name) const {
     succeed({"mark", "parts", picture, "Rect", "0.25,0.25", "0.5,0.75", "--class", name});
+  }
+
+  /// As front ends can.
+  void markWithBoth(const std::string& picture, const std::string& first,
+                    const std::string& second) const {
+    WTNVProject project("parts", place / "projects/", "", "");
+    ASSERT_TRUE(project.wLoad());
+    Output output;
+    const auto index = PictureIndex(readPictures(project, output)).find(picture);
+    Editor editor(project);
+    editor.goTo(index);
+    ASSERT_TRUE(editor.marks.designMark({{0.5, 0.5}, {0.75, 0.75}}, "Rect",
+                                        {findClass(project, first), findClass(project, second)}));
+    ASSERT_TRUE(editor.marks.addDesignedMark());
+    ASSERT_TRUE(project.wUpdate(false));
   }
 
   /// The class numbers of all labels of a set, in the order of the marks.
@@ -63,6 +81,41 @@ TEST_F(ProgramClasses, MergedClassesGiveTheirMarksAndLeaveNoGap) {
   EXPECT_EQ(numbers(), "10|11|");
 }
 
+TEST_F(ProgramClasses, AMarkOfTwoClassesCountsOnce) {
+  markWithBoth("a.png", "screw", "nut");
+  const auto changed = [&](std::vector<std::string> call) {
+    const auto out = succeed(call);
+    return out.substr(0, out.find('\n'));
+  };
+  EXPECT_EQ(changed({"class", "merge", "parts", "screw", "nut", "--into", "bolt", "--dry-run"}),
+            "would have merged screw, nut into bolt; 4 marks would change");
+  EXPECT_EQ(changed({"class", "delete", "parts", "screw", "nut", "--with-marks", "--dry-run"}),
+            "would have deleted screw, nut with 4 marks; 4 marks would change");
+}
+
+TEST_F(ProgramClasses, ManyClassesAreOrderedAtOnceAndMarksKeepTheirs) {
+  std::vector<std::string> add{"class", "add", "parts"};
+  std::vector<std::string> order{"class", "order", "parts"};
+  constexpr int many = 1500;
+  for (int i = 0; i < many; ++i)
+    add.push_back("c" + std::to_string(i));
+  order.insert(order.end(), add.rbegin(), add.rend() - 3);
+  order.insert(order.end(), {"bolt", "nut", "screw"});
+  succeed(add);
+  // A gap in what marks know the classes by.
+  succeed({"class", "delete", "parts", "c7"});
+  std::erase(order, "c7");
+  const auto begin = std::chrono::steady_clock::now();
+  const auto out = succeed(order);
+  // To move each up by swaps takes over ten times as long.
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4));
+  EXPECT_NE(out.find("\n     0  c1499  "), std::string::npos);
+  EXPECT_NE(out.find("\n  1499  bolt   ff8000\n"), std::string::npos);
+  EXPECT_NE(out.find("\n  1501  screw  56b4e9\n"), std::string::npos);
+  EXPECT_EQ(succeed({"class", "list", "parts"}), out.substr(out.find('\n') + 1));
+  EXPECT_EQ(numbers(), "15011500|15011499|");
+}
+
 TEST_F(ProgramClasses, AMergeIntoItselfIsWrongUsage) {
   fail({"class", "merge", "parts", "screw", "bolt", "--into", "bolt"}, "into itself", 2);
   fail({"class", "merge", "parts", "screw", "screw", "--into", "bolt"}, "named twice", 2);
@@ -98,7 +151,8 @@ TEST_F(ProgramClasses, ADryRunCountsAndChangesNothing) {
   const auto out = succeed({"class", "merge", "parts", "screw", "--into", "bolt", "--dry-run"});
   EXPECT_EQ(out.substr(0, out.find('\n')),
             "would have merged screw into bolt; 2 marks would change");
-  const auto deleted = succeed({"class", "delete", "parts", "screw", "--dry-run"});
+  fail({"class", "delete", "parts", "screw", "--dry-run"}, "2 marks would be deleted with screw");
+  const auto deleted = succeed({"class", "delete", "parts", "screw", "--with-marks", "--dry-run"});
   EXPECT_EQ(deleted.substr(0, deleted.find('\n')),
             "would have deleted screw with 2 marks; 2 marks would change");
   EXPECT_EQ(numbers(), "01|02|");

@@ -6,7 +6,9 @@
 #include <fstream>
 #include <sstream>
 
+#include <fcntl.h>
 #include <pty.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -283,6 +285,100 @@ TEST_F(ProgramCommands, DryRunsRefuseWhatRunsRefuse) {
               real.err.substr(real.err.rfind("samplebench: ")))
         << textOf(call);
   }
+}
+
+namespace {
+
+using ProgramRights = ProgramTest;
+
+}  // namespace
+
+TEST_F(ProgramRights, ADryRunRefusesAPlaceThatCannotBeWrittenTo) {
+  makeProject();
+  succeed({"mark", "parts", "a.png", "Rect", "0,0", "0.5,0.5", "--class", "nut"});
+  fs::create_directories(place / "in");
+  fs::copy_file(place / "photos/a.png", place / "in/a.png");
+  place.write("in/a.txt", "0 0.5 0.5 0.5 0.5\n");
+  place.write("in/classes.txt", "nut\n");
+  place.makeDirectory("users");
+  const std::vector<Words> calls{
+      {"create", "other"},
+      {"create", "other", "--projects", "below/it"},
+      {"mark", "parts", "a.png", "Rect", "0,0", "0.5,0.5", "--class", "nut"},
+      {"import", "parts", "day2", "photos"},
+      {"class", "add", "parts", "bolt"},
+      {"class", "rename", "parts", "nut", "bolt"},
+      {"class", "merge", "parts", "nut", "--into", "screw"},
+      {"class", "delete", "parts", "screw"},
+      {"class", "order", "parts", "nut", "screw"},
+      {"generate", "parts", "--output", "set"},
+      {"render", "parts", "a.png", "-o", "seen.png"},
+      {"gallery", "parts"},
+      {"crop", "parts", "a.png", "-o", "cut"},
+      {"labels", "import", "parts", "day2", "in"},
+      {"labels", "export", "parts", "out", "--format", "Darknet"},
+      {"user", "create", "ann"},
+      {"demo", "walk"},
+      {"stats", "parts", "--report", "page.html"}};
+  for (const auto& call : calls) {
+    auto dry = call;
+    dry.push_back("--dry-run");
+    const auto before = contents(".");
+    EXPECT_EQ(runWithoutRights(call).exitCode, 1) << textOf(call);
+    const auto result = runWithoutRights(dry);
+    EXPECT_EQ(result.exitCode, 1) << textOf(call) << result.out;
+    EXPECT_THAT(result.err, HasSubstr("samplebench: ")) << textOf(call);
+    EXPECT_EQ(contents("."), before);
+    EXPECT_EQ(run(dry).exitCode, 0) << textOf(call);
+  }
+}
+
+namespace {
+
+using ProgramLock = ProgramTest;
+
+}  // namespace
+
+TEST_F(ProgramLock, OneCommandAtATimeChangesAProject) {
+  makeProject();
+  const Words mark{"mark", "parts", "a.png", "Rect", "0,0", "0.5,0.5", "--class", "nut"};
+  const int directory = open((place / "projects/parts").c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_EQ(flock(directory, LOCK_EX | LOCK_NB), 0);
+  const auto before = contents("projects");
+  for (const auto& call : {mark,
+                           {"import", "parts", "day2", "photos"},
+                           {"class", "add", "parts", "bolt"},
+                           {"class", "order", "parts", "nut", "screw"},
+                           {"class", "rename", "parts", "nut", "bolt"},
+                           {"class", "merge", "parts", "nut", "--into", "screw"},
+                           {"class", "delete", "parts", "nut"},
+                           {"gallery", "parts"}})
+    fail(call, "another command works on project 'parts'");
+  EXPECT_EQ(contents("projects"), before);
+  succeed({"list", "parts"});
+  succeed({"generate", "parts", "--output", "set"});
+  succeed({"class", "add", "parts", "bolt", "--dry-run"});
+  close(directory);
+  succeed(mark);
+}
+
+TEST_F(ProgramLock, MarksOfCommandsAtOnceAreThereOrRefused) {
+  makeProject();
+  std::vector<std::unique_ptr<RunningProgram>> programs;
+  for (int i = 0; i < 8; ++i)
+    programs.push_back(
+        std::make_unique<RunningProgram>(Words{SAMPLEBENCH_PROGRAM, "mark", "parts", "a.png",
+                                               "Rect", "0,0", "0.5,0.5", "--class", "nut"},
+                                         place.path()));
+  std::size_t added = 0;
+  for (auto& program : programs) {
+    const auto result = program->wait();
+    EXPECT_THAT(result.exitCode, AnyOf(0, 1)) << result.err;
+    if (result.exitCode == 0) ++added;
+  }
+  EXPECT_GE(added, 1U);
+  EXPECT_THAT(succeed({"list", "parts"}),
+              HasSubstr("total: 2 pictures, " + counted(added, "mark") + "\n"));
 }
 
 namespace {

@@ -1,3 +1,4 @@
+#include <csignal>
 #include <filesystem>
 #include <opencv2/imgcodecs.hpp>
 #include <sstream>
@@ -274,21 +275,43 @@ TEST_F(ProgramGenerate, APictureThatIsGoneOrNoneIsNoted) {
   fail({"generate", "parts", "--output", "set"}, "no pictures that can be read");
 }
 
-TEST_F(ProgramGenerate, AnInterruptStopsTheRunAndTheNextOneWorks) {
-  place.makeDirectory("many");
-  for (int i = 0; i < 100; ++i)
-    writePicture(place / "many/" + std::to_string(i) + ".jpg", 800, 600);
-  succeed({"import", "parts", "day2", "many"});
-  auto program =
-      start({"generate", "parts", "--output", "set", "--augmentation", "resize-quarter-turns.xml"});
-  ASSERT_TRUE(program.waitForError("(10 %)"));
-  program.interrupt();
-  const auto result = program.wait();
-  EXPECT_EQ(result.exitCode, 130);
-  EXPECT_NE(result.err.find("samplebench: interrupted after"), std::string::npos) << result.err;
-  EXPECT_EQ(result.out, "");
-  EXPECT_FALSE(fs::exists(place / "set/samples"));
+class ProgramStopped : public ProgramGenerate {
+ protected:
+  /// A run over an earlier set that has written a tenth.
+  RunningProgram running() const {
+    succeed({"generate", "parts", "--output", "set"});
+    place.makeDirectory("many");
+    for (int i = 0; i < 100; ++i)
+      writePicture(place / "many/" + std::to_string(i) + ".jpg", 800, 600);
+    succeed({"import", "parts", "day2", "many"});
+    return start(
+        {"generate", "parts", "--output", "set", "--augmentation", "resize-quarter-turns.xml"});
+  }
+};
+
+TEST_F(ProgramStopped, ARequestToEndStopsTheRunAndTheNextOneWorks) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    auto program = running();
+    ASSERT_TRUE(program.waitForError("(10 %)"));
+    program.signal(number);
+    const auto result = program.wait();
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_NE(result.err.find("samplebench: interrupted after"), std::string::npos) << result.err;
+    EXPECT_EQ(result.out, "");
+    EXPECT_FALSE(fs::exists(place / "set/samples"));
+  }
   succeed({"generate", "parts", "--output", "set"});
+}
+
+TEST_F(ProgramStopped, WhatAKilledRunLeavesIsReplaced) {
+  auto program = running();
+  ASSERT_TRUE(program.waitForError("(10 %)"));
+  program.signal(SIGKILL);
+  EXPECT_EQ(program.wait().exitCode, -SIGKILL);
+  EXPECT_FALSE(fs::exists(place / "set/train.txt"));
+  EXPECT_TRUE(fs::exists(place / "set/samples/img_0.jpg"));
+  succeed({"generate", "parts", "--output", "set"});
+  EXPECT_TRUE(fs::exists(place / "set/train.txt"));
 }
 
 }  // namespace

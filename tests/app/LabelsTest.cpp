@@ -107,6 +107,38 @@ TEST_F(LabelsTest, ManyRejectionsAreListedInAFile) {
   EXPECT_EQ(occurrences(readFile(place / "why.txt"), "d.txt:"), 23U);
 }
 
+TEST_F(LabelsTest, TheListOfRejectionsTakesThePlaceOfNothingThatIsRead) {
+  labels("d", "broken\n");
+  place.write("names.txt", "bolt\nnut\n");
+  fs::create_directories(place / "elsewhere");
+  fs::copy_file(place / "photos/a.png", place / "elsewhere/c.png");
+  place.write("set/labels/c.txt", "0 0.5 0.5 0.25 0.5\nbroken\n");
+  place.write("set/obj.names", "bolt\n");
+  place.write("set/train.txt", (place / "elsewhere/c.png") + "\n");
+  place.write("elsewhere/c.txt", "0 0.5 0.5 0.25 0.5\nbroken\n");
+  place.write("set/obj.data", "classes=1\ntrain=train.txt\nnames=obj.names\n");
+  fs::create_symlink(place / "names.txt", place / "link");
+  const std::vector<std::string> words{"labels", "import", "parts", "others"};
+  const std::vector<std::pair<std::vector<std::string>, std::string>> calls{
+      {{"in", "--names", "names.txt"}, "names.txt"},
+      {{"in", "--names", "names.txt"}, "link"},
+      {{"in", "--pictures", "elsewhere"}, "elsewhere/c.png"},
+      {{"in"}, "in/images/c.png"},
+      {{"set/obj.data"}, "set/labels/c.txt"},
+      {{"set/obj.data"}, "set/train.txt"},
+      {{"set/obj.data"}, "elsewhere/c.txt"}};
+  for (const auto& [more, file] : calls) {
+    auto call = words;
+    call.insert(call.end(), more.begin(), more.end());
+    call.insert(call.end(), {"--rejections", file});
+    const auto content = readFile(place / file);
+    const auto result = run(call);
+    EXPECT_EQ(result.exitCode, 1) << file << result.err;
+    EXPECT_THAT(result.err, HasSubstr("would lie in what is read")) << file;
+    EXPECT_EQ(readFile(place / file), content) << file;
+  }
+}
+
 TEST_F(LabelsTest, TheListOfRejectionsHurtsNothing) {
   labels("d", "broken\n");
   const auto before = succeed({"list", "parts"});

@@ -1,6 +1,7 @@
 #include "ProgramRunner.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +18,13 @@ void redirect(int descriptor, const std::string& file) {
   const int opened = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   dup2(opened, descriptor);
   close(opened);
+}
+
+// Whoever is no superuser keeps their rights.
+void becomeNobody() {
+  constexpr unsigned int nobody = 65534;
+  if (geteuid() != 0) return;
+  if (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0) _exit(125);
 }
 
 [[noreturn]] void become(const std::vector<std::string>& command) {
@@ -37,7 +45,7 @@ std::vector<std::string> programWith(const std::vector<std::string>& arguments) 
 }  // namespace
 
 RunningProgram::RunningProgram(const std::vector<std::string>& command,
-                               const std::string& directory)
+                               const std::string& directory, User user)
     : child(-1) {
   // Made before the fork: the child only calls what is safe there.
   const std::string out = outputs.write("out", "");
@@ -47,6 +55,7 @@ RunningProgram::RunningProgram(const std::vector<std::string>& command,
   if (chdir(directory.c_str()) != 0) _exit(126);
   redirect(STDOUT_FILENO, out);
   redirect(STDERR_FILENO, err);
+  if (user == User::nobody) becomeNobody();
   become(command);
 }
 
@@ -60,7 +69,11 @@ bool RunningProgram::waitForError(const std::string& text) const {
 }
 
 void RunningProgram::interrupt() const {
-  kill(child, SIGINT);
+  signal(SIGINT);
+}
+
+void RunningProgram::signal(int number) const {
+  kill(child, number);
 }
 
 ProgramResult RunningProgram::wait() {
@@ -76,6 +89,23 @@ RunningProgram ProgramTest::start(const std::vector<std::string>& arguments) con
 
 ProgramResult ProgramTest::run(const std::vector<std::string>& arguments) const {
   return start(arguments).wait();
+}
+
+ProgramResult ProgramTest::runWithoutRights(const std::vector<std::string>& arguments) const {
+  namespace fs = std::filesystem;
+  constexpr auto writing = fs::perms::owner_write;
+  constexpr auto readable = fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
+                            fs::perms::others_read | fs::perms::others_exec;
+  std::vector<fs::path> directories{place.path()};
+  for (const auto& entry : fs::recursive_directory_iterator(place.path()))
+    if (entry.is_directory()) directories.push_back(entry.path());
+  for (const auto& directory : directories)
+    fs::permissions(directory, readable & ~writing);
+  auto result =
+      RunningProgram(programWith(arguments), place.path(), RunningProgram::User::nobody).wait();
+  for (const auto& directory : directories)
+    fs::permissions(directory, readable);
+  return result;
 }
 
 std::string ProgramTest::succeed(const std::vector<std::string>& arguments) const {

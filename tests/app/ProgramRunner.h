@@ -19,12 +19,17 @@ struct ProgramResult {
 /// A child process in a directory, with its outputs in files.
 class RunningProgram {
  public:
-  RunningProgram(const std::vector<std::string>& command, const std::string& directory);
+  /// The superuser is refused nothing: as `nobody` the program runs without such rights.
+  enum class User { same, nobody };
+
+  RunningProgram(const std::vector<std::string>& command, const std::string& directory,
+                 User user = User::same);
 
   /// Waits, half a minute at most, until standard error holds the text.
   bool waitForError(const std::string& text) const;
 
   void interrupt() const;
+  void signal(int number) const;
   ProgramResult wait();
 
  private:
@@ -36,6 +41,9 @@ class RunningProgram {
 class ProgramTest : public ::testing::Test {
  protected:
   ProgramResult run(const std::vector<std::string>& arguments) const;
+
+  /// Runs it where nothing below the directory can be written to.
+  ProgramResult runWithoutRights(const std::vector<std::string>& arguments) const;
 
   /// Runs the program, which must succeed, and returns its standard output.
   std::string succeed(const std::vector<std::string>& arguments) const;
