@@ -91,6 +91,13 @@ ProgramResult ProgramTest::run(const std::vector<std::string>& arguments) const 
   return start(arguments).wait();
 }
 
+ProgramResult ProgramTest::runAsNobody(const std::vector<std::string>& arguments) const {
+  namespace fs = std::filesystem;
+  fs::permissions(place.path(), fs::perms::others_read | fs::perms::others_exec,
+                  fs::perm_options::add);
+  return RunningProgram(programWith(arguments), place.path(), RunningProgram::User::nobody).wait();
+}
+
 ProgramResult ProgramTest::runWithoutRights(const std::vector<std::string>& arguments) const {
   namespace fs = std::filesystem;
   constexpr auto writing = fs::perms::owner_write;

@@ -42,6 +42,9 @@ class ProgramTest : public ::testing::Test {
  protected:
   ProgramResult run(const std::vector<std::string>& arguments) const;
 
+  /// Runs it without the rights of a superuser.
+  ProgramResult runAsNobody(const std::vector<std::string>& arguments) const;
+
   /// Runs it where nothing below the directory can be written to.
   ProgramResult runWithoutRights(const std::vector<std::string>& arguments) const;
 

@@ -132,6 +132,66 @@ TEST_F(VerifiedSetTest, ARowThatStandsTwice) {
   EXPECT_THAT(findings(), ElementsAre("samples/img_0.txt:3 duplicate-row"));
 }
 
+TEST_F(VerifiedSetTest, RowsAreTheSameIfTheirNumbersAre) {
+  label("0 0.5 0.5 0.25 0.5\n0 .5 0.50 25e-2 0.5\n0 0.5 0.5 0.25 0.500001\n");
+  EXPECT_THAT(findings(), ElementsAre("samples/img_0.txt:2 duplicate-row"));
+}
+
+TEST_F(VerifiedSetTest, APictureThatBreaksOff) {
+  const auto file = sample(0, ".jpg");
+  place.write("train.txt", file + "\n" + sample(1, ".png") + "\n");
+  fs::remove(sample(0, ".png"));
+  std::vector<unsigned char> bytes;
+  cv::imencode(".jpg", scene(1, {640, 480}), bytes);
+  const std::string whole(bytes.begin(), bytes.end());
+  // A segment that holds a whole JPEG, as cameras write thumbnails.
+  const std::string segment = std::string("\xff\xe5\x00\x08", 4) + "\xff\xd8\xff\xd9zz";
+  const auto withThumbnail = whole.substr(0, 2) + segment + whole.substr(2);
+  const auto written = [&](const std::string& content) {
+    place.write("samples/img_0.jpg", content);
+    return findings();
+  };
+  EXPECT_THAT(written(whole), IsEmpty());
+  EXPECT_THAT(written(withThumbnail), IsEmpty());
+  EXPECT_THAT(written(whole + "behind the end"), IsEmpty());
+  for (const auto& content : {whole, withThumbnail})
+    EXPECT_THAT(written(content.substr(0, content.size() / 2)),
+                ElementsAre("samples/img_0.jpg:0 cut-picture"));
+  EXPECT_THAT(written(whole.substr(0, whole.size() - 2)),
+              ElementsAre("samples/img_0.jpg:0 cut-picture"));
+}
+
+TEST_F(VerifiedSetTest, FoldersOfTheSetWithoutListedSamplesAreLookedInto) {
+  fs::create_directories(place / "images/more");
+  fs::copy_file(sample(0, ".png"), place / "images/more/x.png");
+  place.write("labels/y.txt", "0 0.5 0.5 0.25 0.5\n");
+  EXPECT_THAT(findings(),
+              ElementsAre("images/more/x.png:0 stray-picture", "labels/y.txt:0 stray-text"));
+}
+
+TEST_F(VerifiedSetTest, BesideTheListsOnlyTextsThatReadAsLabelsAreStray) {
+  for (const auto* name : {"img_0", "img_1"})
+    for (const auto* ending : {".png", ".txt"})
+      fs::rename(place / ("samples/" + std::string(name) + ending),
+                 place / (name + std::string(ending)));
+  place.write("train.txt", (place / "img_0.png") + "\n" + (place / "img_1.png") + "\n");
+  place.write("requirements.txt", "a text of another kind\n");
+  place.write("left.txt", "0 0.5 0.5 0.25 0.5\n");
+  EXPECT_THAT(findings(), ElementsAre("left.txt:0 stray-text"));
+}
+
+TEST_F(VerifiedSetTest, ASetWithoutListsAndNamesIsNamedByItsDirectory) {
+  fs::create_directories(place / "bare");
+  fs::rename(sample(0, ".png"), place / "bare/a.png");
+  place.write("bare/a.txt", "0 0.5 0.5 0.25 0.5\n");
+  Findings found;
+  const auto verified =
+      verifySet(findSet(place / "bare", "", found), found, {[](std::size_t) {}, [] {}});
+  ASSERT_EQ(verified.findings.size(), 1U);
+  EXPECT_EQ(verified.findings[0].rule, "missing-names");
+  EXPECT_EQ(verified.findings[0].file, place / "bare");
+}
+
 TEST_F(VerifiedSetTest, AByteOrderMarkInEachKindOfText) {
   for (const std::string file :
        {"samples/img_0.txt", "parts.names", "parts.data", "parts.cfg", "train.txt", "test.txt"}) {
@@ -196,7 +256,11 @@ TEST_F(VerifiedSetTest, DefectsOfFiles) {
          place.write("train.txt", "");
          place.write("test.txt", "");
        },
-       {"train.txt:0 empty-list"}},
+       {"samples/img_0.png:0 stray-picture", "samples/img_0.txt:0 stray-text",
+        "samples/img_1.png:0 stray-picture", "samples/img_1.txt:0 stray-text",
+        "samples/img_2.png:0 stray-picture", "samples/img_2.txt:0 stray-text",
+        "samples/img_3.png:0 stray-picture", "samples/img_3.txt:0 stray-text",
+        "train.txt:0 empty-list"}},
       {"input between the grid",
        [&] {
          auto text = network(2, 21);
@@ -327,6 +391,19 @@ TEST_F(VerifiedSetTest, WhatIsNoSetIsAnError) {
 }
 
 class ProgramVerify : public ProgramTest {};
+
+TEST_F(ProgramVerify, ADirectoryThatIsLockedIsNamedAndTheRestGoneOnWith) {
+  place.makeDirectory("bare/locked");
+  writePicture(place / "bare/a.png", 32, 32);
+  place.write("bare/a.txt", "");
+  place.write("bare/classes.txt", "nut\n");
+  fs::permissions(place / "bare/locked", fs::perms::none);
+  const auto result = runAsNobody({"verify", "bare"});
+  fs::permissions(place / "bare/locked", fs::perms::owner_all);
+  EXPECT_EQ(result.exitCode, 3) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("locked: locked-directory"));
+  EXPECT_THAT(result.out, HasSubstr("1 picture, "));
+}
 
 TEST_F(ProgramVerify, AGeneratedSetIsSoundAndABrokenOneIsFound) {
   makeProject();

@@ -102,10 +102,14 @@ class LineCheck {
   Findings& findings;
 };
 
-std::string joinedFields(const std::vector<std::string>& fields) {
+/// The same for rows that say the same: 0.5 is .5 and 0.50. Rows that are no labels are the same if
+/// their fields are.
+std::string sameKey(const std::vector<std::string>& fields) {
   std::string text;
-  for (const auto& field : fields)
-    text += field + ' ';
+  for (const auto& field : fields) {
+    const auto number = parseNumber(field);
+    text += (number ? numberText(*number) : field) + ' ';
+  }
   return text;
 }
 
@@ -130,7 +134,7 @@ std::size_t checkLabels(const TextFile& file, const LabelRules& rules, Findings&
     if (fields.empty()) continue;
     ++labels;
     LineCheck(file, i, rules, findings).run(fields);
-    const auto [same, isNew] = earlier.emplace(joinedFields(fields), i + 1);
+    const auto [same, isNew] = earlier.emplace(sameKey(fields), i + 1);
     if (!isNew)
       findings.push_back(
           {file.path, i + 1, "duplicate-row", "the same as line " + std::to_string(same->second)});

@@ -40,6 +40,34 @@ cv::Mat decoded(const std::vector<uchar>& bytes) {
   }
 }
 
+/// Whether a JPEG breaks off: decoders fill the rest with grey and say nothing. What stands behind
+/// the end marker does not matter, nor what lies in segments, like the whole JPEG of a thumbnail.
+bool isCutJpeg(const std::vector<uchar>& bytes) {
+  constexpr uchar marker = 0xff;
+  constexpr uchar startOfPicture = 0xd8;
+  constexpr uchar endOfPicture = 0xd9;
+  constexpr uchar startOfScan = 0xda;
+  const auto at = [&](std::size_t i) { return i < bytes.size() ? bytes[i] : uchar{0}; };
+  // In a scan these two follow the marker byte without ending it.
+  const auto goesOn = [](uchar code) { return code == 0 || (code >= 0xd0 && code <= 0xd7); };
+  if (at(0) != marker || at(1) != startOfPicture) return false;
+  std::size_t i = 2;
+  while (i + 1 < bytes.size()) {
+    if (at(i) != marker || at(i + 1) == marker) {
+      ++i;
+      continue;
+    }
+    const auto code = at(i + 1);
+    if (code == endOfPicture) return false;
+    const auto length = static_cast<std::size_t>(at(i + 2)) << 8U | at(i + 3);
+    i += goesOn(code) ? 2 : 2 + length;
+    if (code != startOfScan) continue;
+    while (i + 1 < bytes.size() && (at(i) != marker || goesOn(at(i + 1))))
+      ++i;
+  }
+  return true;
+}
+
 // FNV-1a; whoever finds two alike compares the files.
 std::uint64_t hashOf(const std::vector<uchar>& bytes) {
   std::uint64_t hash = 14695981039346656037U;
@@ -94,6 +122,9 @@ std::optional<PictureMarks> checkPicture(const std::string& path, Findings& find
     findings.push_back({path, 0, "unreadable-picture", "the picture cannot be read"});
     return std::nullopt;
   }
+  if (isCutJpeg(bytes))
+    findings.push_back({path, 0, "cut-picture",
+                        "the file breaks off before the picture's end; trainers see grey there"});
   if (picture.cols < smallestSide || picture.rows < smallestSide)
     findings.push_back({path, 0, "tiny-picture",
                         "the picture has " + std::to_string(picture.cols) + "x" +

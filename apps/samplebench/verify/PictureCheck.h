@@ -16,8 +16,8 @@ struct PictureMarks {
   std::optional<std::uint64_t> look;
 };
 
-/// Checks that a picture can be read, is no mere dot, and carries no orientation tag, which some
-/// trainers follow and others don't. Nothing if it cannot be read.
+/// Checks that a picture can be read, is whole and no mere dot, and carries no orientation tag,
+/// which some trainers follow and others don't. Nothing if it cannot be read.
 std::optional<PictureMarks> checkPicture(const std::string& path, Findings& findings);
 
 /// In how many of its 64 features one look differs from another.

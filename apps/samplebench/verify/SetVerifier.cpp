@@ -55,12 +55,31 @@ std::vector<fs::path> filesIn(const fs::path& directory) {
   return files;
 }
 
-std::vector<std::string> picturesBelow(const fs::path& directory) {
+/// The directory and all below it, links not followed. What cannot be looked into is reported, and
+/// the rest gone on with.
+std::vector<fs::path> directoriesFrom(const fs::path& top, Findings& findings) {
+  std::vector<fs::path> directories{top};
+  for (std::size_t i = 0; i < directories.size(); ++i) {
+    std::error_code error;
+    const auto directory = directories[i];
+    fs::directory_iterator entry(directory, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+      std::error_code unknown;
+      if (entry->is_directory(unknown) && !entry->is_symlink(unknown))
+        directories.push_back(entry->path());
+    }
+    if (error)
+      findings.push_back({directory.generic_string(), 0, "locked-directory",
+                          "the directory cannot be looked into: " + error.message()});
+  }
+  return directories;
+}
+
+std::vector<std::string> picturesBelow(const fs::path& top, Findings& findings) {
   std::vector<std::string> pictures;
-  std::error_code error;
-  for (const auto& entry : fs::recursive_directory_iterator(directory, error))
-    if (entry.is_regular_file(error) && isPicture(entry.path()))
-      pictures.push_back(entry.path().generic_string());
+  for (const auto& directory : directoriesFrom(top, findings))
+    for (const auto& file : filesIn(directory))
+      if (isPicture(file)) pictures.push_back(file.generic_string());
   std::sort(pictures.begin(), pictures.end());
   return pictures;
 }
@@ -86,7 +105,7 @@ std::string valueOf(const DataFile& data, const std::string& key) {
   return value == data.values.end() ? "" : value->second;
 }
 
-void addFilesOfDirectory(const fs::path& directory, SetLayout& layout) {
+void addFilesOfDirectory(const fs::path& directory, SetLayout& layout, Findings& findings) {
   layout.trainList = ifThere(directory / "train.txt");
   for (const auto* name : {"test.txt", "valid.txt", "val.txt"})
     if (layout.testList.empty()) layout.testList = ifThere(directory / name);
@@ -95,7 +114,7 @@ void addFilesOfDirectory(const fs::path& directory, SetLayout& layout) {
   if (!layout.trainList.empty()) return;
   const auto images = directory / "images";
   std::error_code error;
-  layout.pictures = picturesBelow(fs::is_directory(images, error) ? images : directory);
+  layout.pictures = picturesBelow(fs::is_directory(images, error) ? images : directory, findings);
   if (layout.pictures.empty())
     throw CommandError("'" + directory.string() +
                        "' is no training set: it has no data file, no train.txt and no pictures");
@@ -138,7 +157,8 @@ class Verifier {
   void readRules() {
     if (layout.namesFile.empty()) {
       if (layout.dataFile.empty())
-        report(layout.trainList, "missing-names", "there is no file of class names");
+        report(layout.trainList.empty() ? layout.directory : layout.trainList, "missing-names",
+               "there is no file of class names");
     } else {
       rules.classCount = checkNames(layout.namesFile, result.findings);
     }
@@ -188,9 +208,24 @@ class Verifier {
     result.labels += checkLabels(readTextFile(sample.label), rules, result.findings);
   }
 
+  /// Where a set keeps its pictures and labels, whether listed or not.
+  std::set<fs::path> foldersOfSet() {
+    std::set<fs::path> folders;
+    // Without lists all pictures that are there make up the set.
+    if (layout.trainList.empty()) return folders;
+    for (const auto* name : {"samples", "images", "labels", "JPEGImages"}) {
+      const fs::path folder = absolutePath((fs::path(layout.directory) / name).string());
+      std::error_code error;
+      if (!fs::is_directory(folder, error)) continue;
+      for (const auto& directory : directoriesFrom(folder, result.findings))
+        folders.insert(directory);
+    }
+    return folders;
+  }
+
   /// Looks at all files in the directories of the samples and of their labels.
   void findStrays() {
-    std::set<fs::path> directories;
+    auto directories = foldersOfSet();
     std::unordered_set<std::string> known;
     for (const auto& file : {layout.trainList, layout.testList, layout.namesFile, layout.sources})
       if (!file.empty()) known.insert(absolutePath(file));
@@ -205,15 +240,31 @@ class Verifier {
       findStraysIn(directory, known);
   }
 
+  /// A directory that lists lie in, or where the user works, holds texts of other kinds, too.
+  bool isShared(const fs::path& directory) const {
+    std::error_code error;
+    return fs::equivalent(directory, fs::current_path(error), error) ||
+           fs::equivalent(directory, layout.directory, error);
+  }
+
+  static bool readsAsLabels(const fs::path& file) {
+    const auto lines = readTextFile(file.string()).lines;
+    return std::all_of(lines.begin(), lines.end(), [](const std::string& line) {
+      return trimmed(line).empty() || parseLabelLine(line);
+    });
+  }
+
   void findStraysIn(const fs::path& directory, const std::unordered_set<std::string>& known) {
     std::map<std::string, std::string> byStem;
+    const bool holdsOtherTexts = isShared(directory);
     for (const auto& file : filesIn(directory)) {
       const auto path = file.generic_string();
       if (isPicture(file)) {
         const auto [first, isNew] = byStem.emplace(file.stem().string(), path);
         if (!isNew) report(path, "same-stem", "shares its label text with " + first->second);
         if (!known.contains(path)) report(path, "stray-picture", "the picture is in no list");
-      } else if (isText(file) && !known.contains(path)) {
+      } else if (isText(file) && !known.contains(path) &&
+                 (!holdsOtherTexts || readsAsLabels(file))) {
         report(path, "stray-text", "the text belongs to no picture of the set");
       }
     }
@@ -327,8 +378,9 @@ SetLayout findSet(const std::string& path, const std::string& network, Findings&
   const fs::path directory = isDirectory ? fs::path(path) : fs::path(path).parent_path();
   const auto dataFile = isDirectory ? onlyFile(directory, ".data", true) : path;
   SetLayout layout;
+  layout.directory = directory.empty() ? "." : directory.generic_string();
   if (dataFile.empty()) {
-    addFilesOfDirectory(directory, layout);
+    addFilesOfDirectory(directory, layout, findings);
   } else {
     addFilesOfDataFile(dataFile, layout, findings);
   }

@@ -9,6 +9,7 @@
 
 /// The files that make up a training set.
 struct SetLayout {
+  std::string directory;
   std::string dataFile;  ///< empty if there is none
   std::string namesFile;
   std::string network;
