@@ -16,13 +16,14 @@ class Counter {
  public:
   explicit Counter(DataStatistics& target) : statistics(target) {}
 
-  void beginPicture(cv::Size pictureSize) {
+  void beginPicture(const std::string& path, cv::Size pictureSize) {
     size = pictureSize;
     boxes = 0;
     seen.clear();
     ++statistics.pictures;
     if (size.empty()) {
       ++statistics.unreadable;
+      statistics.unreadablePictures.push_back(path);
     } else {
       ++statistics.pictureSizes[{size.width, size.height}];
     }
@@ -129,7 +130,7 @@ DataStatistics projectStatistics(const WTNVProject& project,
   Counter counter(statistics);
   for (const auto& picture : pictures) {
     const auto size = pictureSize(picture.path);
-    counter.beginPicture(size);
+    counter.beginPicture(picture.path, size);
     for (const auto& mark : picture.trainSet.wGetMarks())
       addMark(counter, mark, classes, size);
     counter.endPicture();
@@ -158,10 +159,14 @@ DataStatistics setStatistics(const SetLayout& layout, const std::vector<std::str
   Counter counter(statistics);
   for (const auto& picture : pictures) {
     const auto size = pictureSize(picture);
-    counter.beginPicture(size);
-    for (const auto& line : readTextFile(places.labelOf(picture)).lines)
-      if (const auto label = parseLabelLine(line))
+    counter.beginPicture(picture, size);
+    for (const auto& line : readTextFile(places.labelOf(picture)).lines) {
+      if (const auto label = parseLabelLine(line)) {
         counter.add(label->classNumber, scaled(label->box, size));
+      } else if (!trimmed(line).empty()) {
+        ++statistics.badLines;
+      }
+    }
     counter.endPicture();
     step();
   }

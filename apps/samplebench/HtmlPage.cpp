@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 
 #include "GalleryStatistics.h"
 #include "Numbers.h"
@@ -19,6 +20,12 @@ constexpr double plotWidth = 300;
 constexpr double plotHeight = 96;
 constexpr double labelHeight = 16;
 constexpr double placesSide = 112;
+
+// No page of another make is likely to begin with all of this.
+constexpr std::string_view pageBegin =
+    "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+    "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
+    "img-src data:; style-src 'unsafe-inline'\">\n";
 
 constexpr auto commonStyle = R"(
 :root { color-scheme: light dark; --ink: #1d2024; --soft: #636b74; --line: #dcdfe3; --ground: #fff;
@@ -156,12 +163,16 @@ std::string pageNumber(double value) {
 
 void writePageHead(std::ostream& page, const std::string& title, std::string_view style) {
   const auto text = htmlText(title);
-  page << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-          "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
-          "img-src data:; style-src 'unsafe-inline'\">\n"
-          "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>"
+  page << pageBegin
+       << "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>"
        << text << "</title>\n<style>" << commonStyle << style << "</style>\n</head>\n<body>\n<h1>"
        << text << "</h1>\n";
+}
+
+bool isPageOfOurs(const std::string& file) {
+  std::string begin(pageBegin.size(), '\0');
+  std::ifstream(file, std::ios::binary).read(begin.data(), std::ssize(begin));
+  return begin == pageBegin;
 }
 
 void writePageEnd(std::ostream& page) {

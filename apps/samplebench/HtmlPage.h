@@ -17,6 +17,9 @@ std::string pageNumber(double value);
 
 /// Begins a page, up to its first heading. `style` is what it has beyond the common one.
 void writePageHead(std::ostream& page, const std::string& title, std::string_view style = "");
+/// Whether the file begins like a page that was written here.
+bool isPageOfOurs(const std::string& file);
+
 void writePageEnd(std::ostream& page);
 
 /// A box in pixels of its picture.

@@ -35,12 +35,32 @@ bool isProject(const Locations& locations, const std::string& name) {
 }
 
 // In a set a page would replace a sample, or keep the next run from replacing the set.
+void requireNoForeignPage(const std::string& report) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(report, error)) return;
+  if (std::filesystem::is_empty(report, error) || isPageOfOurs(report)) return;
+  throw CommandError("'" + report +
+                     "' is no report of ours and would be replaced; choose another file");
+}
+
 void requireOutside(const std::string& report, const std::string& set) {
   requireWritable(report);
   const std::filesystem::path path(set);
   const auto directory = std::filesystem::is_directory(path) ? path : path.parent_path();
   if (!directory.empty() && liesWithin(report, directory))
     throw CommandError("'" + report + "' lies in the training set; choose another place");
+  requireNoForeignPage(report);
+}
+
+// Numbers of what is not there would all be zero.
+void requireLists(const SetLayout& layout) {
+  for (const auto& list : {layout.trainList, layout.testList})
+    if (!list.empty() && !readTextFile(list).readable)
+      throw CommandError("the list '" + list +
+                         "' of the set is missing or cannot be read; samplebench verify tells "
+                         "what else is wrong");
+  if (layout.trainList.empty() && layout.pictures.empty())
+    throw CommandError("'" + layout.dataFile + "' names no list of pictures (train = ...)");
 }
 
 DataStatistics statisticsOf(const Locations& locations, const StatsOptions& options,
@@ -48,7 +68,10 @@ DataStatistics statisticsOf(const Locations& locations, const StatsOptions& opti
   if (isProject(locations, options.subject)) {
     const auto project = openProject(locations, options.subject);
     const auto pictures = readPictures(*project, output);
-    if (!options.report.empty()) requireWritable(options.report, *project, pictures);
+    if (!options.report.empty()) {
+      requireWritable(options.report, *project, pictures);
+      requireNoForeignPage(options.report);
+    }
     return counting(pictures.size(), output, [&](const PictureStep& step) {
       return projectStatistics(*project, pictures, step);
     });
@@ -59,6 +82,7 @@ DataStatistics statisticsOf(const Locations& locations, const StatsOptions& opti
   if (!options.report.empty()) requireOutside(options.report, options.subject);
   Findings ignored;
   const auto layout = findSet(options.subject, "", ignored);
+  requireLists(layout);
   const auto pictures = picturesOf(layout);
   auto statistics = counting(pictures.size(), output, [&](const PictureStep& step) {
     return setStatistics(layout, pictures, step);
@@ -91,6 +115,17 @@ void write(const DataStatistics& statistics, Output& output) {
   output.table("totals", {"pictures", "unreadable", "without boxes", "boxes", "without class"},
                {{statistics.pictures, statistics.unreadable, statistics.withoutBoxes,
                  statistics.boxCount(), statistics.withoutClass}});
+  Json::Value unreadable(Json::arrayValue);
+  for (const auto& picture : statistics.unreadablePictures) {
+    unreadable.append(picture);
+    output.note(picture.empty() ? "a picture whose record cannot be read"
+                                : "cannot be read, its boxes do not count: " + picture);
+  }
+  output.fact("unreadablePictures", unreadable);
+  output.fact("badLines", static_cast<Json::UInt64>(statistics.badLines));
+  if (statistics.badLines > 0)
+    output.say(counted(statistics.badLines, "line") +
+               " of label texts left out as no labels; samplebench verify names them");
   output.say();
   std::vector<TableRow> rows;
   for (const auto& dnnClass : statistics.classes) {

@@ -12,6 +12,8 @@ using testing::Not;
 
 namespace {
 
+using Words = std::vector<std::string>;
+
 class ProgramStats : public ProgramTest {
  protected:
   /// Pictures of 128 by 64 pixels: a screw of 32 by 32 and a nut of 64 by 16 on the first one.
@@ -90,4 +92,39 @@ TEST_F(ProgramStats, JsonHasNumbersAsNumbers) {
 TEST_F(ProgramStats, WhatIsNeitherProjectNorSetIsAnError) {
   fail({"stats", "absent"}, "neither a project in");
   fail({"stats", "photos/a.png/x"}, "neither a project in");
+}
+
+TEST_F(ProgramStats, UnreadablePicturesAndBadLinesAreNamedAndCounted) {
+  place.write("photos/a.png", "trash");
+  const auto result = run({"stats", "parts"});
+  EXPECT_THAT(
+      result.err,
+      HasSubstr("cannot be read, its boxes do not count: " + (place / "photos/a.png") + "\n"));
+  place.write("set/images/b.txt", "0 0.5 0.5 0.5 0.5\nno label\n\n1 2\n");
+  std::filesystem::copy_file(place / "photos/b.png", place / "set/images/b.png");
+  place.write("set/classes.txt", "nut\n");
+  EXPECT_THAT(succeed({"stats", "set"}), HasSubstr("\n2 lines of label texts left out"));
+  EXPECT_THAT(succeed({"stats", "set", "--json"}), HasSubstr("\"badLines\" : 2"));
+}
+
+TEST_F(ProgramStats, ASetWhoseListsAreMissingIsNoEmptySet) {
+  succeed({"generate", "parts", "--output", "set"});
+  std::filesystem::remove(place / "set/train.txt");
+  fail({"stats", "set"}, "set/train.txt' of the set is missing or cannot be read");
+  place.write("set/parts.data", "classes = 2\n");
+  fail({"stats", "set"}, "names no list of pictures");
+}
+
+TEST_F(ProgramStats, AReportReplacesNothingButAReport) {
+  place.write("mine.html", "<!DOCTYPE html>\n<html lang=\"en\">\nmine");
+  for (const Words& more : {Words{}, Words{"--dry-run"}}) {
+    Words call{"stats", "parts", "--report", "mine.html"};
+    call.insert(call.end(), more.begin(), more.end());
+    fail(call, "is no report of ours");
+  }
+  EXPECT_TRUE(readFile(place / "mine.html").ends_with("mine"));
+  succeed({"stats", "parts", "--report", "page.html"});
+  EXPECT_THAT(succeed({"stats", "parts", "--report", "page.html", "--dry-run"}),
+              HasSubstr("would replace page.html"));
+  succeed({"stats", "parts", "--report", "page.html"});
 }
