@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <functional>
-#include <map>
 #include <set>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "CommandError.h"
 #include "CommandLine.h"
@@ -28,13 +29,32 @@ std::string colorText(const WTNVDNNClass& dnnClass) {
 constexpr std::array palette{"56b4e9", "e69f00", "cc79a7", "009e73", "f0e442",
                              "d55e00", "0072b2", "ffffff", "9467bd", "8c564b"};
 
-// The colour of the palette that the fewest classes have, the first of several.
+// Colours without end, neighbours far apart: steps of the golden angle go round without meeting.
+std::string colorOnWheel(std::size_t number) {
+  constexpr double goldenAngle = 137.50776405;
+  constexpr double darkest = 0.3;
+  const auto channel = [&](double shift) {
+    const auto hue = std::fmod(static_cast<double>(number) * goldenAngle + shift, 360.0) / 60;
+    const auto strength = std::clamp(std::abs(hue - 3) - 1, 0.0, 1.0);
+    return static_cast<int>(std::lround(255 * (darkest + (1 - darkest) * strength)));
+  };
+  char text[32];
+  std::snprintf(text, sizeof text, "%02x%02x%02x", channel(0), channel(240), channel(120));
+  return text;
+}
+
+// One that no class has: of the palette while it lasts.
 std::string nextColor(const WTNVProject& project) {
-  std::map<std::string, int> uses;
+  std::unordered_set<std::string> used;
   for (const auto& dnnClass : project.wGetDNNClasses())
-    ++uses[colorText(dnnClass)];
-  return *std::min_element(palette.begin(), palette.end(),
-                           [&](const char* a, const char* b) { return uses[a] < uses[b]; });
+    used.insert(colorText(dnnClass));
+  const auto* const free = std::find_if(palette.begin(), palette.end(),
+                                        [&](const char* color) { return !used.contains(color); });
+  if (free != palette.end()) return *free;
+  // Beyond that many the wheel has no colours left that an eye could tell.
+  for (std::size_t number = 0; number < used.size(); ++number)
+    if (const auto color = colorOnWheel(number); !used.contains(color)) return color;
+  return colorOnWheel(used.size());
 }
 
 }  // namespace
@@ -313,7 +333,7 @@ void addAdd(CLI::App& classes, ProgramOptions& program) {
   addProjectArgument(*command, options->project);
   command->add_option("NAME", options->names, "names of the classes")->required();
   command->add_option("--color", options->color,
-                      "colour for drawing, RRGGBB (default: one that few have)");
+                      "colour for drawing, RRGGBB (default: one that no other has)");
 }
 
 void addList(CLI::App& classes, ProgramOptions& program) {

@@ -15,6 +15,6 @@ void addClassCommands(CLI::App& app, ProgramOptions& program);
 /// Shows the classes of a project that is open.
 void writeClasses(const WTNVProject& project, Output& output);
 
-/// Adds a class, in memory only; without a colour it gets one that few classes
-/// have. Throws CommandError.
+/// Adds a class, in memory only; without a colour it gets one that no other
+/// has. Throws CommandError.
 void addClass(WTNVProject& project, const std::string& name, const std::string& color);
