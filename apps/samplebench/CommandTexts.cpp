@@ -274,6 +274,7 @@ void addTextCommands(CLI::App& app, ProgramOptions& program) {
              {"manual", "Writes the manual page, in the language of man.",
               "manual > samplebench.1 && man -l samplebench.1"},
              [&app](Output& output) {
+               output.setQuiet();
                std::ostringstream page;
                writeManual(page, app);
                output.text("manual", page.str());
@@ -284,6 +285,8 @@ void addTextCommands(CLI::App& app, ProgramOptions& program) {
                  {"completion", "Writes a script that completes what is typed, in a shell.",
                   "completion bash > ~/.local/share/bash-completion/completions/samplebench"},
                  [&app, &program, shell](Output& output) {
+                   // To know what options take, the library is asked, and its log is no part of it.
+                   output.setQuiet();
                    std::ostringstream script;
                    writeCompletion(script, app, program, *shell);
                    output.text("script", script.str());

@@ -92,7 +92,7 @@ bool writeCrop(Editor& editor, const WTNVMark& mark, const std::string& director
 void runCrop(const Locations& locations, const CropOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   const auto pictures = readPictures(*project, output);
-  const auto place = PictureIndex(pictures).find(options.picture);
+  const auto place = PictureIndex(pictures, output).find(options.picture);
   Editor editor(*project);
   editor.goTo(place);
   const auto marks = editor.marks.getAllMarks();
@@ -104,6 +104,7 @@ void runCrop(const Locations& locations, const CropOptions& options, Output& out
   requireDirectoryPlace(directory);
   if (!output.isDryRun()) makeDirectory(directory);
   Json::Value files(Json::arrayValue);
+  Json::Value replaced(Json::arrayValue);
   const platform::InterruptCatcher catcher;
   for (std::size_t i = 0; i < marks.size(); ++i) {
     stopIfInterrupted();
@@ -114,15 +115,21 @@ void runCrop(const Locations& locations, const CropOptions& options, Output& out
       continue;
     }
     requireReplaceableFile(directory + name, *project, pictures);
+    std::error_code error;
+    const bool isThere = fs::exists(directory + name, error);
     if (writeCrop(editor, marks[i], directory, name, output)) {
       output.say(directory + name);
       files.append(directory + name);
+      if (isThere) replaced.append(directory + name);
     } else {
       output.note(mark + " cannot be cut out: it lies off the picture or is far too large");
       output.setFindings();
     }
   }
   output.fact("files", files);
+  output.fact("replaced", replaced);
+  for (const auto& file : replaced)
+    output.note(std::string(output.told("replaced ", "would replace ")) + file.asString());
 }
 
 }  // namespace

@@ -361,7 +361,7 @@ void addGenerateCommand(CLI::App& app, ProgramOptions& program) {
        "generate parts --output set/ --test-ratio 0.1 --set WIDTH=608"},
       [&program, options](Output& output) { runGenerate(program.locations, *options, output); });
   addProjectArgument(*command, options->project);
-  command->add_option("--output", options->output, "directory of the set")->required();
+  command->add_option("-o,--output", options->output, "directory of the set")->required();
   command->add_option("--augmentation", options->augmentation, "tree of tasks for each picture")
       ->capture_default_str();
   addTemplates(*command, *options);

@@ -1,6 +1,7 @@
 #include "ImportCommand.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "CommandError.h"
 #include "CommandLine.h"
@@ -60,17 +61,36 @@ ImportResult addPictures(WTNVProject& project, const std::string& set,
 
 namespace {
 
+// A picture in two sets is two records, and work on one is not seen in the other.
+std::size_t inOtherSets(const WTNVProject& project, const ImportOptions& options, Output& output) {
+  std::unordered_set<std::string> others;
+  for (const auto& picture : readPictures(project, output))
+    if (picture.set != options.set && !picture.path.empty())
+      others.insert(absolutePath(picture.path));
+  const auto pictures = picturesIn(project, options.directory, options.recursive);
+  return static_cast<std::size_t>(
+      std::count_if(pictures.begin(), pictures.end(),
+                    [&](const auto& picture) { return others.contains(absolutePath(picture)); }));
+}
+
 void runImport(const Locations& locations, const ImportOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const auto result = importPictures(*project, options.set, options.directory, options.recursive);
   saveProject(*project, true, output);
+  const auto elsewhere = inOtherSets(*project, options, output);
   output.fact("set", options.set);
   output.fact("added", static_cast<Json::UInt64>(result.added));
   output.fact("alreadyThere", static_cast<Json::UInt64>(result.alreadyThere));
+  output.fact("inOtherSets", static_cast<Json::UInt64>(elsewhere));
   output.say("set " + options.set + ": " + counted(result.added, "picture") +
              std::string(output.told(" added, ", " would be added, ")) +
              std::to_string(result.alreadyThere) + " already there");
+  if (elsewhere > 0)
+    output.say(
+        counted(elsewhere, "picture") +
+        " of it also in other sets: each is two pictures to the program, with marks of their "
+        "own, and a training set gets samples of both");
 }
 
 }  // namespace

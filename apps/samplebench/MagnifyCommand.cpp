@@ -77,7 +77,7 @@ void runMagnify(const Locations& locations, const MagnifyOptions& options, Outpu
   const auto window = windowSize(options);
   const auto project = openProject(locations, options.project);
   const auto pictures = readPictures(*project, output);
-  const auto place = PictureIndex(pictures).find(options.picture);
+  const auto place = PictureIndex(pictures, output).find(options.picture);
   requireWritablePicture(options.file, *project, pictures);
   Editor editor(*project);
   choose(editor.view, options, window);

@@ -96,8 +96,8 @@ auto named(const MarkRequest& request, Function function) {
 
 std::vector<Job> checkedJobs(const WTNVProject& project, const std::vector<PictureRecord>& pictures,
                              const WTNVHandlerMark& marks, const std::vector<MarkRequest>& requests,
-                             PointUnit unit) {
-  const PictureIndex index(pictures);
+                             PointUnit unit, Output& output) {
+  const PictureIndex index(pictures, output);
   const auto forms = marks.getAvailableMarkForms();
   std::vector<Job> jobs;
   for (const auto& request : requests) {
@@ -153,7 +153,7 @@ std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& reque
                      const MarkManner& manner, Output& output) {
   const auto pictures = readPictures(project, output);
   Editor editor(project);
-  auto jobs = checkedJobs(project, pictures, editor.marks, requests, manner.unit);
+  auto jobs = checkedJobs(project, pictures, editor.marks, requests, manner.unit, output);
   // Each picture is bound once: to bind one means to read it.
   std::stable_sort(jobs.begin(), jobs.end(),
                    [](const Job& a, const Job& b) { return a.picture < b.picture; });

@@ -12,7 +12,8 @@ namespace {
 
 void requireFormat(const std::string& file) {
   if (!cv::haveImageWriter(file))
-    throw CommandError("'" + file + "' is of no format that can be written; use .png or .jpg");
+    throw CommandError("'" + file + "' is of no format that can be written; use .png or .jpg",
+                       exitUsage);
 }
 
 std::vector<unsigned char> encoded(const std::string& file, const cv::Mat& picture) {
@@ -57,12 +58,15 @@ void sayLeftOut(std::size_t pictures, Output& output) {
 }
 
 void requireWritablePicture(const std::string& file) {
+  // First: a directory has no format to speak of.
+  requireReplaceableFile(file);
   requireFormat(file);
   requireWritable(file);
 }
 
 void requireWritablePicture(const std::string& file, const WTNVProject& project,
                             const std::vector<PictureRecord>& pictures) {
+  requireReplaceableFile(file);
   requireFormat(file);
   requireWritable(file, project, pictures);
 }

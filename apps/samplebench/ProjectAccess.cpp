@@ -243,7 +243,8 @@ std::string absolutePath(const std::string& path) {
   return fs::absolute(path).lexically_normal().generic_string();
 }
 
-PictureIndex::PictureIndex(const std::vector<PictureRecord>& pictures) : records(pictures) {
+PictureIndex::PictureIndex(const std::vector<PictureRecord>& pictures, Output& output)
+    : records(pictures), messages(output) {
   for (std::size_t place = 0; place < records.size(); ++place) {
     const auto& path = records[place].path;
     if (path.empty()) continue;
@@ -255,10 +256,16 @@ PictureIndex::PictureIndex(const std::vector<PictureRecord>& pictures) : records
 std::size_t PictureIndex::find(const std::string& name) const {
   const auto places = placesOf(name);
   if (places.empty()) throw CommandError(missing(name));
-  if (places.size() > 1)
-    throw CommandError("'" + name + "' may be one of " + candidates(places) +
-                       "; give the path of one that is in a single set");
-  return places.front();
+  const auto first = places.front();
+  const auto isSame = [&](std::size_t place) {
+    return absolutePath(records[place].path) == absolutePath(records[first].path);
+  };
+  if (!std::all_of(places.begin(), places.end(), isSame))
+    throw CommandError("'" + name + "' may be one of " + candidates(places) + "; give its path");
+  if (places.size() > 1 && noted.insert(first).second)
+    messages.note("'" + name + "' is in several sets, " + candidates(places) +
+                  "; the first one is taken");
+  return first;
 }
 
 std::string PictureIndex::missing(const std::string& name) const {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "CommandError.h"
@@ -87,9 +88,10 @@ std::string absolutePath(const std::string& path);
 /// Finds pictures of a project by path or by file name.
 class PictureIndex {
  public:
-  explicit PictureIndex(const std::vector<PictureRecord>& pictures);
+  PictureIndex(const std::vector<PictureRecord>& pictures, Output& output);
 
-  /// Place of the picture in the list. A file name will do if it is the only one; throws
+  /// Place of the picture in the list; of one that is in several sets the first, which is noted. A
+  /// file name will do if it is the only one; throws
   /// CommandError, with the candidates, if it is not, and if there is no such picture, with the
   /// records that cannot be read, for it may be in one of them.
   std::size_t find(const std::string& name) const;
@@ -100,6 +102,8 @@ class PictureIndex {
   std::string missing(const std::string& name) const;
 
   std::vector<PictureRecord> records;
+  Output& messages;
+  mutable std::unordered_set<std::size_t> noted;
   std::unordered_map<std::string, std::vector<std::size_t>> byPath;
   std::unordered_map<std::string, std::vector<std::size_t>> byFileName;
 };

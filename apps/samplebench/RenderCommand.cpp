@@ -44,7 +44,7 @@ void zoom(WTNVHandlerImageView& view, const RenderOptions& options) {
 void renderPicture(WTNVProject& project, const RenderOptions& options, Output& output) {
   const auto cross = crossPosition(options.cross);
   const auto pictures = readPictures(project, output);
-  const auto place = PictureIndex(pictures).find(options.picture);
+  const auto place = PictureIndex(pictures, output).find(options.picture);
   requireWritablePicture(options.file, project, pictures);
   Editor editor(project);
   choose(editor.view, options);

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "CommandError.h"
+#include "Numbers.h"
 #include "Output.h"
 #include "ProjectAccess.h"
 
@@ -14,11 +15,19 @@ void requireUsable(const std::string& key, const std::string& value, ExitCode co
     throw CommandError("the value of " + key + " must not hold ### or a line break", code);
 }
 
+// A trainer would read such a value as zero, or stop.
+void requireNumber(const std::string& key, const std::string& value, const std::string& usual) {
+  if (parseNumber(usual) && !parseNumber(value))
+    throw CommandError("the value of " + key + " must be a number, like " + usual + ", and is '" +
+                       value + "'");
+}
+
 TemplateValues valuesOf(const TemplateValues& defaults, const TemplateValues& settings,
                         const TemplateValues& own, std::set<std::string>& missing) {
   TemplateValues values;
   for (const auto& [key, value] : defaults) {
     if (const auto set = settings.find(key); set != settings.end()) {
+      requireNumber(key, set->second, value);
       values.insert(*set);
     } else if (const auto known = own.find(key); known != own.end()) {
       values.insert(*known);

@@ -30,7 +30,7 @@ class ProgramClasses : public ProgramTest {
     WTNVProject project("parts", place / "projects/", "", "");
     ASSERT_TRUE(project.wLoad());
     Output output;
-    const auto index = PictureIndex(readPictures(project, output)).find(picture);
+    const auto index = PictureIndex(readPictures(project, output), output).find(picture);
     Editor editor(project);
     editor.goTo(index);
     ASSERT_TRUE(editor.marks.designMark({{0.5, 0.5}, {0.75, 0.75}}, "Rect",

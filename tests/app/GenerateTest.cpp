@@ -115,6 +115,7 @@ TEST_F(ProgramGenerate, RefusesWhatWillNotDoAndDeletesNothing) {
       {{"--net", "absent.tmp"}, "choose from: yolo-tiny-cpu.tmp, yolov4-tiny.tmp"},
       {{"--weights", "absent.weights"}, "there is no weights file 'absent.weights'"},
       {{"--set", "WIDHT=8"}, "there is no key 'WIDHT'; choose from: BACKUP, BATCH, CLASSES"},
+      {{"--set", "WIDTH=abc"}, "the value of WIDTH must be a number, like 416, and is 'abc'"},
       {{"--set", "WIDTH"}, "write it as KEY=VALUE", 2},
       {{"--set", "WIDTH=###WIDTH=416###"}, "must not hold ###", 2},
       {{"--test-ratio", "1.5"}, "no number from 0 to 1", 2},

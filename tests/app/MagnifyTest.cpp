@@ -100,7 +100,11 @@ TEST_F(ProgramCrop, AnEarlierCropIsReplacedAndNothingElse) {
   succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
   place.makeDirectory("cut");
   place.write("cut/a-1.png", "an earlier one");
-  succeed({"crop", "parts", "a.png", "-o", "cut"});
+  const auto dry = run({"crop", "parts", "a.png", "-o", "cut", "--dry-run"});
+  EXPECT_NE(dry.err.find("would replace cut/a-1.png\n"), std::string::npos) << dry.err;
+  const auto real = run({"crop", "parts", "a.png", "-o", "cut"});
+  EXPECT_EQ(real.exitCode, 0);
+  EXPECT_NE(real.err.find("replaced cut/a-1.png\n"), std::string::npos) << real.err;
   EXPECT_EQ(cv::imread(place / "cut/a-1.png").size(), cv::Size(32, 32));
   // A link may lead to anything, and a directory holds what nobody wants to lose.
   std::filesystem::remove(place / "cut/a-1.png");

@@ -104,7 +104,7 @@ TEST_F(ProgramProjects, ClassesGetConsecutiveNumbersAndTheirColour) {
 TEST_F(ProgramProjects, ClassesGetColoursOfTheirOwn) {
   succeed({"create", "parts"});
   std::vector<std::string> add{"class", "add", "parts"};
-  for (int i = 0; i < 11; ++i)
+  for (int i = 0; i < 60; ++i)
     add.push_back("c" + std::to_string(i));
   succeed(add);
   std::map<std::string, int> uses;
@@ -112,9 +112,7 @@ TEST_F(ProgramProjects, ClassesGetColoursOfTheirOwn) {
   std::string line;
   for (std::getline(list, line); std::getline(list, line);)
     ++uses[line.substr(line.size() - 6)];
-  // Ten colours; the eleventh class takes the first one again.
-  EXPECT_EQ(uses.size(), 10U);
-  EXPECT_EQ(uses["56b4e9"], 2);
+  EXPECT_EQ(uses.size(), 60U);
 }
 
 TEST_F(ProgramProjects, AClassMayBeNamedLikeACommand) {
@@ -152,6 +150,29 @@ TEST_F(ProgramProjects, ADryImportSaysWhatItWouldAdd) {
             "set day1: 1 picture would be added, 2 already there\n");
   EXPECT_EQ(succeed({"import", "parts", "day1", "photos"}),
             "set day1: 1 picture added, 2 already there\n");
+}
+
+TEST_F(ProgramProjects, APictureInTwoSetsIsToldAndTheFirstIsTaken) {
+  makeProject();
+  writePicture(place / "photos/c.png", 8, 8);
+  const auto twice = "2 pictures of it also in other sets: each is two pictures to the program";
+  for (const bool dry : {true, false}) {
+    std::vector<std::string> call{"import", "parts", "day2", "photos"};
+    if (dry) call.push_back("--dry-run");
+    const auto out = succeed(call);
+    EXPECT_EQ(out.find("set day2: 3 pictures "), 0U) << out;
+    EXPECT_NE(out.find(twice), std::string::npos) << out;
+  }
+  for (const std::string name : {"a.png", "photos/a.png"}) {
+    const auto result =
+        run({"mark", "parts", name, "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.err.find("'" + name + "' is in several sets, "), std::string::npos)
+        << result.err;
+  }
+  const auto list = succeed({"list", "parts"});
+  EXPECT_NE(list.find("set day1: 2 pictures, 2 marks"), std::string::npos) << list;
+  EXPECT_NE(list.find("set day2: 3 pictures, 0 marks"), std::string::npos) << list;
 }
 
 TEST_F(ProgramProjects, ImportLooksBelowOnlyWhenTold) {

@@ -86,7 +86,7 @@ TEST_F(ProgramRender, APictureThatCannotBeReadIsAMessage) {
 }
 
 TEST_F(ProgramRender, AFormatThatNobodyWritesIsAMessage) {
-  fail({"render", "parts", "a.png", "-o", "x.nothing"}, "use .png or .jpg");
+  fail({"render", "parts", "a.png", "-o", "x.nothing"}, "use .png or .jpg", 2);
 }
 
 TEST_F(ProgramRender, NeitherFilesOfTheProjectNorSpecialFilesAreWrittenOver) {

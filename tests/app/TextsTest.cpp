@@ -71,6 +71,15 @@ class ProgramTexts : public ProgramTest {
 
 }  // namespace
 
+TEST_F(ProgramTexts, NothingStandsBesideThem) {
+  for (const auto& call : {Words{"manual"}, Words{"completion", "bash"}}) {
+    const auto result = run(call);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_NE(result.out, "");
+  }
+}
+
 TEST_F(ProgramTexts, TheVersionIsTold) {
   EXPECT_THAT(succeed({"--version"}), ::testing::MatchesRegex("samplebench [0-9]+\\.[0-9.]+\n"));
 }

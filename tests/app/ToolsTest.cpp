@@ -101,7 +101,7 @@ TEST_F(ProgramView, RefusesWhatWillNotDo) {
   fail({"view", ".", "-o", "x.png"}, "holds no pictures with a label text");
   fail({"view", "images", "img_9", "-o", "x.png"}, "no sample 'img_9'");
   fail({"view", "images", "-o", "images/img_1.png"}, "lies among the samples");
-  fail({"view", "images", "-o", "x.nothing"}, "use .png or .jpg");
+  fail({"view", "images", "-o", "x.nothing"}, "use .png or .jpg", 2);
   fail({"view", "images", "-o", "x.png", "--count", "0"}, "--count", 2);
 }
 
