@@ -42,13 +42,18 @@ bool writeFile(const std::string& link, std::string_view content) {
 bool replaceFile(const std::string& path, std::string_view content) {
   if (path.empty()) return false;
   const std::string target = withoutLinks(path);
-  const std::string written = target + ".new";
-  // A link or a pipe of that name would take the content elsewhere.
-  removeFile(written);
-  if (!writeFile(written, content)) return false;
+  const std::string written = writeBeside(target, content);
+  if (written.empty()) return false;
   if (takePlace(written, target)) return true;
   removeFile(written);
   return false;
+}
+
+std::string writeBeside(const std::string& target, std::string_view content) {
+  std::string written = target + ".new";
+  // A link or a pipe of that name would take the content elsewhere.
+  removeFile(written);
+  return writeFile(written, content) ? written : "";
 }
 
 bool takePlace(const std::string& path, const std::string& target) {

@@ -19,6 +19,10 @@ bool writeFile(const std::string& link, std::string_view content);
 /// failed; then the earlier file is untouched.
 bool replaceFile(const std::string& path, std::string_view content);
 
+/// Writes the content into a new file beside the target, to take its place later. Gives its path;
+/// empty when it could not be written.
+std::string writeBeside(const std::string& target, std::string_view content);
+
 /// Renames a file over another one, of which the permission bits stay. False when that failed.
 bool takePlace(const std::string& path, const std::string& target);
 

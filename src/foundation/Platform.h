@@ -2,6 +2,7 @@
 
 #include <ctime>
 #include <string>
+#include <vector>
 
 /// What POSIX and Windows call by different names.
 namespace tnv {
@@ -18,5 +19,8 @@ std::string documentsDirectoryOf(const std::string& home);
 
 /// Whether this process has the rights to list the directory and to make files in it.
 bool mayWriteTo(const std::string& directory);
+
+/// Waits until the files' contents are on the disk. False if one may not be.
+bool flushToDisk(const std::vector<std::string>& paths);
 
 }  // namespace tnv

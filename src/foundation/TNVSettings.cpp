@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/FileReplacements.h"
 #include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "foundation/Numbers.h"
@@ -105,7 +106,7 @@ bool TNVSettings::saveFile() {
     const bool inText = flag != quoted.end() && flag->second == 1;
     text += key + " = " + (inText ? inQuotes(value) : value) + "\n";
   }
-  return tnv::replaceFile(path, text);
+  return tnv::replaceForGood(path, text);
 }
 
 const std::string* TNVSettings::find(const std::string& key) const {

@@ -81,10 +81,6 @@ cv::FileStorage newXml() {
   return {".xml", cv::FileStorage::WRITE | cv::FileStorage::MEMORY | cv::FileStorage::FORMAT_XML};
 }
 
-bool replaceXml(cv::FileStorage& storage, const std::string& path) {
-  return replaceFile(path, storage.releaseAndGetString());
-}
-
 cv::FileNode child(const cv::FileNode& node, const std::string& name) {
   return node.isMap() ? node[name] : cv::FileNode();
 }

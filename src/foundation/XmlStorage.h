@@ -23,10 +23,6 @@ void nameFile(cv::Exception& error, const std::string& path);
 /// A storage that builds its document in memory.
 cv::FileStorage newXml();
 
-/// Ends the document and puts it in the place of the file. False when it could not be written; an
-/// earlier file is whole then.
-bool replaceXml(cv::FileStorage& storage, const std::string& path);
-
 /// The child of that name, or an empty node when there is none or `node` is no map.
 cv::FileNode child(const cv::FileNode& node, const std::string& name);
 

@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "foundation/FileReplacements.h"
 #include "foundation/Files.h"
 #include "foundation/FirstError.h"
 #include "foundation/Log.h"
@@ -211,16 +212,18 @@ bool TNVProject::_updateImageFiles(bool full) {
 bool TNVProject::_saveChangedTrainSets() {
   bool written = true;
   tnv::FirstError errors;
+  tnv::FileReplacements files;
   for (auto& [set, trainSets] : imageSets) {
     const std::string directory = _imageSetDirectory(set);
     for (auto& trainSet : trainSets) {
       if (!trainSet->changed) continue;
       errors.attempt([&, &record = *trainSet] {
         if (!record.dataLoaded) record.load();
-        written = record.save(directory) && written;
+        written = record.save(directory, files) && written;
       });
     }
   }
+  written = files.commit() && written;
   errors.rethrow();
   return written;
 }
@@ -253,6 +256,7 @@ bool TNVProject::_saveImageSet(const std::string& set, ImageSet& trainSets) {
   }
   bool written = true;
   tnv::FirstError errors;
+  tnv::FileReplacements files;
   cv::FileStorage list = tnv::newXml();
   list << "Count" << static_cast<int>(trainSets.size());
   for (std::size_t i = 0; i < trainSets.size(); ++i) {
@@ -262,12 +266,16 @@ bool TNVProject::_saveImageSet(const std::string& set, ImageSet& trainSets) {
     tnv::writeText(list, "DataPath", trainSet.getDataPath(directory));
     list << "}";
     trainSet.changed = true;
-    errors.attempt([&] { written = trainSet.save(directory) && written; });
+    errors.attempt([&] { written = trainSet.save(directory, files) && written; });
   }
-  if (!tnv::replaceXml(list, _imageSetList(set))) {
-    tnv::logLine("TNVProject::_updateImageFiles(): Could not write image set list!");
-    written = false;
-  }
+  const auto endList = [](bool isReplaced) {
+    if (!isReplaced)
+      tnv::logLine("TNVProject::_updateImageFiles(): Could not write image set list!");
+  };
+  // Last, so that it names no record that is not there.
+  const bool listWritten = files.add(_imageSetList(set), list.releaseAndGetString(), endList);
+  if (!listWritten) endList(false);
+  written = files.commit() && listWritten && written;
   errors.rethrow();
   return written;
 }

@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "foundation/FileReplacements.h"
 #include "foundation/Log.h"
 #include "foundation/TNVDirectory.h"
 #include "foundation/XmlStorage.h"
@@ -110,6 +111,11 @@ std::string TNVTrainSet::getDataPath(const std::string& directory) {
 }
 
 bool TNVTrainSet::save(const std::string& directory) {
+  tnv::FileReplacements files;
+  return save(directory, files) && files.commit();
+}
+
+bool TNVTrainSet::save(const std::string& directory, tnv::FileReplacements& files) {
   dataPath = getDataPath(directory);
   if (uniqueName.empty()) uniqueName = makeUniqueName();
   if (!dataLoaded) {
@@ -119,12 +125,16 @@ bool TNVTrainSet::save(const std::string& directory) {
   if (!changed) return true;
   cv::FileStorage storage = tnv::newXml();
   writeNodes(storage);
-  if (!tnv::replaceXml(storage, dataPath)) {
-    tnv::logLine("TNVTrainSet::save: Could not write '" + dataPath + "'!");
-    return false;
-  }
-  if (!current) changed = false;
-  return true;
+  const auto end = [this](bool isReplaced) {
+    if (!isReplaced) {
+      tnv::logLine("TNVTrainSet::save: Could not write '" + dataPath + "'!");
+    } else if (!current) {
+      changed = false;
+    }
+  };
+  const bool written = files.add(dataPath, storage.releaseAndGetString(), end);
+  if (!written) end(false);
+  return written;
 }
 
 void TNVTrainSet::writeNodes(cv::FileStorage& storage) {

@@ -10,6 +10,10 @@
 
 class TNVMark;
 
+namespace tnv {
+class FileReplacements;
+}
+
 /// One picture with its marks: the record in memory of one XML file. It comes into being with
 /// little more than a path; the marks are read on first need, the picture apart from them.
 class TNVTrainSet {
@@ -30,6 +34,10 @@ class TNVTrainSet {
   /// Writes the record's file if the record was loaded and has changed. False, with a log line,
   /// when the file could not be written; the record stays flagged as changed then.
   bool save(const std::string& directory);
+
+  /// The same in one pass with other files. False, with a log line, when the file could not be
+  /// written; if it cannot take its place, a log line tells when the pass ends.
+  bool save(const std::string& directory, tnv::FileReplacements& files);
 
   /// The path of the record's file; a new record gets its name here.
   std::string getDataPath(const std::string& directory);

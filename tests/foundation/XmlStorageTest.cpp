@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "foundation/FileReplacements.h"
 #include "support/TempDirectory.h"
 
 using testing::ElementsAre;
@@ -26,7 +27,7 @@ class XmlStorageTest : public testing::Test {
 
   /// The root of a document that was just written.
   cv::FileNode rewritten(cv::FileStorage& written) {
-    EXPECT_TRUE(tnv::replaceXml(written, temp / "file.xml"));
+    EXPECT_TRUE(tnv::replaceForGood(temp / "file.xml", written.releaseAndGetString()));
     storage = tnv::openXml(temp / "file.xml");
     return storage.root();
   }

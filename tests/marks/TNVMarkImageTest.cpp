@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/FileReplacements.h"
 #include "foundation/XmlStorage.h"
 #include "support/TempDirectory.h"
 
@@ -44,7 +45,7 @@ TEST(TNVMarkImage, ComesBackAsWhatItWas) {
           << "{";
   mark.write(storage);
   storage << "}";
-  ASSERT_TRUE(tnv::replaceXml(storage, directory / "marks.xml"));
+  ASSERT_TRUE(tnv::replaceForGood(directory / "marks.xml", storage.releaseAndGetString()));
   const cv::FileStorage file = tnv::openXml(directory / "marks.xml");
   const TNVMarkImage read(file["Mark0"]);
   EXPECT_EQ(read.type, "Rect");
