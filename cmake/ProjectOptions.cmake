@@ -19,6 +19,16 @@ if(TNV_SANITIZE)
     -fsanitize=${TNV_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
     # Instrumented code makes GCC see uninitialised values in the standard library; the other builds
     # keep this warning.
-    -Wno-maybe-uninitialized)
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(tnv_options INTERFACE -fsanitize=${TNV_SANITIZE})
+endif()
+
+# What a release carries against the use of errors that slipped through. Position independent programs
+# come from CMAKE_POSITION_INDEPENDENT_CODE, which counts for linking once this was asked.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+if(NOT TNV_SANITIZE AND NOT MSVC)
+  target_compile_options(tnv_options INTERFACE
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
+  target_link_options(tnv_options INTERFACE LINKER:-z,relro,-z,now)
 endif()

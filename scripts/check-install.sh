@@ -30,6 +30,14 @@ printf '0.1 0.2 0.4 0.5\n\n0.3 0.3 0.6 0.6\n' |
 [ "$(head -c 2 "$place/seen.ppm")" = P6 ]
 samplebench list clicks | grep -q 'total: 2 pictures, 2 marks'
 
+# What guards against errors that slipped through.
+for file in "$place/prefix/bin/samplebench" "$(find "$place/prefix" -name 'libTNV_SampleBenchNative.so.*.*')"; do
+  elf=$(readelf --wide --file-header --dynamic --program-headers --dyn-syms "$file")
+  for guard in 'Type: +DYN' 'FLAGS.* NOW|BIND_NOW' GNU_RELRO __stack_chk_fail '_chk@GLIBC'; do
+    grep -qE "$guard" <<<"$elf" || { echo "check-install: $file has no $guard" >&2; exit 1; }
+  done
+done
+
 # What shells and man look for.
 for text in bash-completion/completions/samplebench zsh/site-functions/_samplebench \
   fish/vendor_completions.d/samplebench.fish man/man1/samplebench.1.gz; do
