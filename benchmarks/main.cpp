@@ -1,5 +1,5 @@
 // Each workload of the library beside its twin, see Compare.h, and the quality of fits. With
-// --smoke each runs just once; with --large some run at larger sizes too.
+// --smoke each runs just once.
 
 #include <algorithm>
 #include <exception>
@@ -38,17 +38,19 @@ bool isChosen(const std::string& name) {
 int main(int count, char** arguments) {
   Plan plan;
   plan.smoke = takeFlag(count, arguments, "--smoke");
-  plan.large = takeFlag(count, arguments, "--large");
   benchmark::Initialize(&count, arguments);
   if (benchmark::ReportUnrecognizedArguments(count, arguments)) return 1;
-  addRenders(plan);
+  addMemory(plan);
   addGenerations(plan);
+  addGalleries(plan);
+  addRenders(plan);
+  addEditing(plan);
+  addAssists(plan);
+  addTemplates(plan);
   addImageSets(plan);
   addSaves(plan);
   addLabels(plan);
-  addAssists(plan);
   addHashes(plan);
-  addGalleries(plan);
   std::ostream output(std::cout.rdbuf());
   NoBuffer nowhere;
   std::streambuf* const before = std::cout.rdbuf(&nowhere);
