@@ -285,7 +285,7 @@ Pair makeFilling(cv::Size size, int count) {
   fill();
   bareFill();
   requireSame(cv::norm(*view, *bareView, cv::NORM_INF) == 0, "fillings");
-  return {{fill}, {bareFill}};
+  return {{fill, [=] { picture.copyTo(*view); }}, {bareFill, [=] { picture.copyTo(*bareView); }}};
 }
 
 }  // namespace

@@ -32,10 +32,12 @@ std::vector<TNVFileInfo> filteredEntries(Iterator entries, const std::vector<std
   std::transform(types.begin(), types.end(), std::back_inserter(wanted), lowerCased);
   std::vector<TNVFileInfo> result;
   for (const fs::directory_entry& entry : entries) {
-    const TNVFileInfo info(entry.path().string());
+    TNVFileInfo info(entry.path().string());
     const auto times =
         wanted.empty() ? 1 : std::count(wanted.begin(), wanted.end(), lowerCased(info.extension));
-    result.insert(result.end(), static_cast<std::size_t>(times), info);
+    for (auto i = times; i > 1; --i)
+      result.push_back(info);
+    if (times > 0) result.push_back(std::move(info));
   }
   return result;
 }

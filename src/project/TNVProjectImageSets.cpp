@@ -111,9 +111,8 @@ std::vector<std::string> TNVProject::readImagesFromDirectory(const std::string& 
     tnv::logLine("TNVProject::readImagesFromDirectory: Directory '" + path + "' does not exist!");
     return images;
   }
-  for (const TNVFileInfo& info : TNVDirectory::readFiles(path, imageTypes, recursive)) {
-    images.push_back(info.fullPath);
-  }
+  for (TNVFileInfo& info : TNVDirectory::readFiles(path, imageTypes, recursive))
+    images.push_back(std::move(info.fullPath));
   return images;
 }
 
@@ -137,7 +136,8 @@ int TNVProject::addImages(const std::vector<std::string>& images, const std::vec
   }
   const std::string basePath = sameDirectory ? commonDirectory(images.front()) : "";
   ImageSet& trainSets = imageSets[set];
-  std::unordered_set<std::string> present;
+  std::unordered_set<std::string_view> present;
+  present.reserve(trainSets.size() + images.size());
   for (const auto& trainSet : trainSets)
     present.insert(trainSet->imagePathAbs);
   int added = 0;

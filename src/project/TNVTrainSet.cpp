@@ -84,7 +84,14 @@ cv::Size readCacheSize(const cv::FileNode& node) {
   return double{1.0} * size.width * size.height > kMostPixels ? cv::Size() : size;
 }
 
+/// Whether the path is absolute and surely holds no component that a normal one lacks.
+bool isPlainlyAbsolute(const std::string& path) {
+  return path.starts_with('/') && path.find("//") == path.npos && path.find("/.") == path.npos;
+}
+
 std::string absolutePath(const std::string& path) {
+  // Taking a path to pieces costs more than all else about a record that is added.
+  if (isPlainlyAbsolute(path)) return TNVDirectory::normalizePath(path);
   std::error_code error;
   const auto absolute = std::filesystem::absolute(path, error);
   return TNVDirectory::normalizePath(error ? path : absolute.lexically_normal().string());
