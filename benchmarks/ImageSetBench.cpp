@@ -98,7 +98,7 @@ Pair makeImporting(int count) {
   const auto imported = std::make_shared<std::vector<std::string>>();
   const auto import = [=] {
     *imported = bench->project.wReadImagesFromDirectory(directory, false);
-    bench->add(*imported);
+    bench->add(*imported, true);
     requireSame(bench->project.wGetTrainSetCountFromImageSet("set") == count, "count");
   };
   const auto forget = [=] { bench->project.wRemoveImagesFromImageSet(*imported, "set"); };

@@ -105,15 +105,12 @@ void TNVProject::_dropAllTrainSets() {
 
 std::vector<std::string> TNVProject::readImagesFromDirectory(const std::string& directory,
                                                              bool recursive) const {
-  std::vector<std::string> images;
   const std::string path = TNVDirectory::normalizePath(directory);
   if (!TNVDirectory::exists(path)) {
     tnv::logLine("TNVProject::readImagesFromDirectory: Directory '" + path + "' does not exist!");
-    return images;
+    return {};
   }
-  for (TNVFileInfo& info : TNVDirectory::readFiles(path, imageTypes, recursive))
-    images.push_back(std::move(info.fullPath));
-  return images;
+  return TNVDirectory::readPaths(path, imageTypes, recursive);
 }
 
 int TNVProject::addImages(const std::vector<std::string>& images, const std::vector<bool>& use,

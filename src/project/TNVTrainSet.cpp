@@ -84,6 +84,10 @@ cv::Size readCacheSize(const cv::FileNode& node) {
   return double{1.0} * size.width * size.height > kMostPixels ? cv::Size() : size;
 }
 
+std::string_view fileName(std::string_view path) {
+  return path.substr(path.find_last_of("/\\") + 1);
+}
+
 /// Whether the path is absolute and surely holds no component that a normal one lacks.
 bool isPlainlyAbsolute(const std::string& path) {
   return path.starts_with('/') && path.find("//") == path.npos && path.find("/.") == path.npos;
@@ -103,7 +107,8 @@ TNVTrainSet::TNVTrainSet() = default;
 
 TNVTrainSet::TNVTrainSet(const std::string& path, const std::string& basePath)
     : imagePath(path),
-      imagePathAbs(basePath.empty() ? absolutePath(path) : basePath + TNVFileInfo(path).fileName),
+      imagePathAbs(basePath.empty() ? absolutePath(path)
+                                    : std::string(basePath).append(fileName(path))),
       dataLoaded(true) {}
 
 TNVTrainSet::~TNVTrainSet() = default;
