@@ -23,6 +23,9 @@ namespace {
 /// Marks the directory of an image set; persisted.
 constexpr std::string_view kSetPrefix = "is_";
 
+/// The node of an entry in a list; persisted.
+const std::string kDataPathNode = "DataPath";
+
 /// The directory that all pictures of one call are taken to lie in.
 std::string commonDirectory(const std::string& firstImage) {
   return TNVFileInfo(TNVTrainSet(firstImage, "").imagePathAbs).directory;
@@ -256,7 +259,7 @@ bool TNVProject::_saveImageSet(const std::string& set, ImageSet& trainSets) {
     TNVTrainSet& trainSet = *trainSets[i];
     errors.attempt([&] { _updateImageCache(trainSet); });
     list << "id" + std::to_string(i) << "{";
-    tnv::writeText(list, "DataPath", trainSet.getDataPath(directory));
+    tnv::writeText(list, kDataPathNode, trainSet.getDataPath(directory));
     list << "}";
     trainSet.changed = true;
     errors.attempt([&] { written = trainSet.save(directory) && written; });
@@ -310,11 +313,12 @@ void TNVProject::_readImageSet(const std::string& set) {
   // Lists are stored in the order of their names, so this is the set just made; in a file that was
   // put out of order by hand the records go to the last set.
   ImageSet& trainSets = imageSets.rbegin()->second;
+  auto entry = entries.begin();
   for (int i = 0; i < count; ++i) {
-    const auto entry = entries.find(i);
     auto trainSet = std::make_unique<TNVTrainSet>();
-    if (entry != entries.end()) {
-      trainSet->dataPath = tnv::readText(tnv::child(entry->second, "DataPath"), "");
+    if (entry != entries.end() && entry->first == i) {
+      trainSet->dataPath = tnv::readText(tnv::child(entry->second, kDataPathNode), "");
+      ++entry;
     }
     trainSets.push_back(std::move(trainSet));
   }
