@@ -313,6 +313,7 @@ void TNVProject::_readImageSet(const std::string& set) {
   // Lists are stored in the order of their names, so this is the set just made; in a file that was
   // put out of order by hand the records go to the last set.
   ImageSet& trainSets = imageSets.rbegin()->second;
+  trainSets.reserve(trainSets.size() + static_cast<std::size_t>(std::max(count, 0)));
   auto entry = entries.begin();
   for (int i = 0; i < count; ++i) {
     auto trainSet = std::make_unique<TNVTrainSet>();

@@ -162,14 +162,11 @@ void TNVTrainSet::load() {
     tnv::logLine("TNVTrainSet::load: Datapath is empty!");
     return;
   }
-  if (!TNVDirectory::exists(dataPath)) {
-    tnv::logLine("TNVTrainSet::load: File does not exist!");
-    return;
-  }
   const cv::FileStorage storage = tnv::openXml(dataPath);
   if (!storage.isOpened()) {
     // A record of a file that lost its content must not be written over what may be restored.
-    tnv::logLine("TNVTrainSet::load: File is empty!");
+    tnv::logLine(TNVDirectory::exists(dataPath) ? "TNVTrainSet::load: File is empty!"
+                                                : "TNVTrainSet::load: File does not exist!");
     return;
   }
   try {
