@@ -234,19 +234,19 @@ void addAssists(const Plan& plan) {
     }
   }
   for (const int megapixels : plan.sizes({1, 12})) {
-    addComparison(plan, "assist, one object, Mpx", megapixels, 31, [=] {
+    addComparison(plan, {"assist, one object, Mpx", megapixels}, [=] {
       return makeAssist(megapixels, {120, 120});
     });
   }
   for (const int megapixels : plan.sizes({1, 12, 48})) {
-    addComparison(plan, "assist, object grows, Mpx", megapixels, 31, [=] {
+    addComparison(plan, {"assist, object grows, Mpx", megapixels}, [=] {
       const int radius = sizeOfMegapixels(megapixels).height / 5;
       return makeAssist(megapixels, {radius, radius});
     });
   }
   for (const std::string& mode : TNVTypeHelperMode().getNames()) {
     for (const int megapixels : plan.sizes({1, 48})) {
-      addComparison(plan, "magnify, " + mode + ", Mpx", megapixels, 201,
+      addComparison(plan, {"magnify, " + mode + ", Mpx", megapixels},
                     [=] { return makeMagnifier(megapixels, mode); });
     }
   }

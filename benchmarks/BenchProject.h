@@ -15,8 +15,9 @@
 struct BenchProject {
   BenchProject() { project.wCreate(); }
 
-  void add(const std::vector<std::string>& pictures) {
-    project.wAddImagesToImageSet(pictures, std::vector<bool>(pictures.size(), true), "set", false);
+  void add(const std::vector<std::string>& pictures, bool ofOneDirectory = false) {
+    project.wAddImagesToImageSet(pictures, std::vector<bool>(pictures.size(), true), "set",
+                                 ofOneDirectory);
   }
 
   TempDirectory temp;

@@ -1,9 +1,12 @@
-// Generation of a training set with the tree that ships: the picture, resized, and in quarter
-// turns.
+// Generation of a training set with the trees that ship, and what the trees come to by direct
+// calls.
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <random>
 
 #include "BenchProject.h"
 #include "Compare.h"
@@ -19,18 +22,73 @@ using Boxes = std::vector<std::vector<cv::Point2d>>;
 
 constexpr int kSide = 416;
 
+// Between these the tree of random lengths draws.
+constexpr int kShortest = 320;
+constexpr int kLongest = 640;
+
+enum class Tree { kDefault, kRandomLengths, kQuarterTurns };
+
+struct Shipped {
+  Tree tree;
+  const char* name;
+  const char* file;
+};
+
+constexpr Shipped kTrees[] = {{Tree::kDefault, "as it is", "default.xml"},
+                              {Tree::kRandomLengths, "random lengths", "random-lengths.xml"},
+                              {Tree::kQuarterTurns, "quarter turns", "resize-quarter-turns.xml"}};
+
+/// Makes so many files and returns their paths.
+using Pictures = std::function<std::vector<std::string>(const TempDirectory& temp, int count)>;
+
+std::vector<std::string> writePictures(const TempDirectory& temp, int count,
+                                       const std::function<cv::Mat(unsigned seed)>& make) {
+  std::vector<std::string> paths;
+  for (int i = 0; i < count; ++i) {
+    paths.push_back(temp / ("picture_" + std::to_string(i) + ".jpg"));
+    cv::imwrite(paths.back(), make(static_cast<unsigned>(i + 1)));
+  }
+  return paths;
+}
+
+Pictures detailed(cv::Size size) {
+  return [size](const TempDirectory& temp, int count) {
+    return writePictures(temp, count, [size](unsigned seed) { return photograph(size, seed); });
+  };
+}
+
+Pictures smooth(cv::Size size) {
+  return [size](const TempDirectory& temp, int count) {
+    return writePictures(temp, count, [size](unsigned seed) {
+      cv::Mat picture;
+      cv::resize(photograph(size / 16, seed), picture, size, 0, 0, cv::INTER_CUBIC);
+      return picture;
+    });
+  };
+}
+
+/// The first pictures of that folder, in the order of their names.
+Pictures picturesIn(const std::string& folder) {
+  return [folder](const TempDirectory& /*temp*/, int count) {
+    std::vector<std::string> paths;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      if (entry.path().extension() == ".jpg") paths.push_back(entry.path().string());
+    }
+    std::sort(paths.begin(), paths.end());
+    paths.resize(std::min(paths.size(), static_cast<std::size_t>(count)));
+    return paths;
+  };
+}
+
 class Run {
  public:
-  Run(int pictures, cv::Size size) {
-    for (int i = 0; i < pictures; ++i) {
-      paths.push_back(bench.temp / ("picture_" + std::to_string(i) + ".jpg"));
-      cv::imwrite(paths.back(), photograph(size, static_cast<unsigned>(i + 1)));
-    }
+  Run(const Pictures& pictures, int count, const Shipped& shipped)
+      : paths(pictures(bench.temp, count)) {
     bench.project.wAddDNNClass("thing", 0, 0);
     bench.add(paths);
     for (const WTNVTrainSet& trainSet : bench.project.wGetTrainSets())
       mark(*trainSet.getNativeTrainSet());
-    configure();
+    configure(shipped.file);
   }
 
   void process(bool onTwoThreads) {
@@ -58,7 +116,7 @@ class Run {
     }
   }
 
-  void configure() {
+  void configure(const std::string& tree) {
     bench.project.wSetGeneration("Darknet");
     const WTNVGeneration generation = bench.project.wGetGeneration();
     const WTNVGenerationDarknet darknet(generation);
@@ -71,14 +129,14 @@ class Run {
     };
     choose("configs", "data.tmp");
     choose("nets", "yolo-tiny-cpu.tmp");
-    bench.project.getHndAugment().wSetAugmentation("resize-quarter-turns.xml");
+    bench.project.getHndAugment().wSetAugmentation(tree);
   }
 };
 
 class BareRun {
  public:
-  BareRun(std::vector<std::string> pictures, std::string directory)
-      : paths(std::move(pictures)), output(std::move(directory)) {}
+  BareRun(std::vector<std::string> pictures, std::string directory, Tree wanted)
+      : paths(std::move(pictures)), output(std::move(directory)), tree(wanted) {}
 
   void process() {
     number = 0;
@@ -104,14 +162,36 @@ class BareRun {
       boxes.push_back({{left, top}, {right, top}, {right, bottom}, {left, bottom}});
     }
     write(picture, boxes);
-    cv::Mat resized;
-    cv::resize(picture, resized, {kSide, kSide}, 0, 0, cv::INTER_CUBIC);
+    if (tree == Tree::kDefault) return;
+    const cv::Mat resized = tree == Tree::kQuarterTurns ? squeezed(picture) : shortened(picture);
     for (auto& box : boxes) {
       for (cv::Point2d& point : box)
-        point = {point.x * (kSide / columns), point.y * (kSide / rows)};
+        point = {point.x * (resized.cols / columns), point.y * (resized.rows / rows)};
     }
     write(resized, boxes);
-    turn(resized, boxes);
+    if (tree == Tree::kQuarterTurns) turn(resized, boxes);
+  }
+
+  static cv::Mat squeezed(const cv::Mat& picture) {
+    cv::Mat resized;
+    cv::resize(picture, resized, {kSide, kSide}, 0, 0, cv::INTER_CUBIC);
+    return resized;
+  }
+
+  /// Halved as often as it stays longer than the drawn length, then brought to it.
+  cv::Mat shortened(cv::Mat picture) {
+    const int length = std::uniform_int_distribution(kShortest, kLongest)(random);
+    const bool byWidth = picture.cols > picture.rows;
+    if (length == (byWidth ? picture.cols : picture.rows)) return picture;
+    do {
+      cv::Mat half;
+      cv::pyrDown(picture, half);
+      picture = half;
+    } while ((byWidth ? picture.cols : picture.rows) / 2 > length);
+    const double factor = static_cast<double>(length) / (byWidth ? picture.cols : picture.rows);
+    cv::Mat resized;
+    cv::resize(picture, resized, {cvRound(picture.cols * factor), cvRound(picture.rows * factor)});
+    return resized;
   }
 
   void turn(const cv::Mat& picture, const Boxes& boxes) {
@@ -146,35 +226,60 @@ class BareRun {
 
   std::vector<std::string> paths;
   std::string output;
+  Tree tree;
   int number = 0;
+  std::mt19937 random{std::random_device{}()};
 };
 
+/// Files of which the lengths are drawn differ from run to run.
+bool isDrawn(Tree tree, const fs::path& file) {
+  return tree == Tree::kRandomLengths && std::stoi(file.stem().string().substr(4)) % 2 == 1;
+}
+
+void requireSameFiles(const Run& run, const std::string& directory, Tree tree) {
+  for (const auto& file : fs::directory_iterator(directory)) {
+    const std::string name = file.path().filename().string();
+    const std::string made = readFile(run.output() + "images/" + name);
+    requireSame(isDrawn(tree, file.path()) ? !made.empty() : made == readFile(file.path().string()),
+                name);
+  }
+}
+
 /// The twin is always a loop on one thread.
-Pair makePair(int pictures, cv::Size size, bool onTwoThreads) {
-  const auto run = std::make_shared<Run>(pictures, size);
-  const auto bare = std::make_shared<BareRun>(run->paths, run->bench.temp / "bare/");
+Pair makePair(const Pictures& pictures, int count, const Shipped& shipped, bool onTwoThreads) {
+  const auto run = std::make_shared<Run>(pictures, count, shipped);
+  const std::string directory = run->bench.temp / "bare/";
+  const auto bare = std::make_shared<BareRun>(run->paths, directory, shipped.tree);
   run->process(onTwoThreads);
   bare->clear();
   bare->process();
-  for (const auto& file : fs::directory_iterator(run->bench.temp / "bare/")) {
-    const std::string name = file.path().filename().string();
-    requireSame(readFile(run->output() + "images/" + name) == readFile(file.path().string()), name);
-  }
+  requireSameFiles(*run, directory, shipped.tree);
   return {{[=] { run->process(onTwoThreads); }, [run] { run->clear(); }},
           {[bare] { bare->process(); }, [bare] { bare->clear(); }}};
+}
+
+void add(const Plan& plan, const std::string& kind, const Pictures& pictures) {
+  constexpr int kCount = 8;
+  const int count = plan.smoke ? 2 : kCount;
+  for (const Shipped& shipped : kTrees) {
+    for (const bool onTwoThreads : {false, true}) {
+      const std::string name = std::string("generate, ") + shipped.name + ", " + kind +
+                               (onTwoThreads ? ", 2 threads" : "");
+      addComparison(plan, {name, count, onTwoThreads ? 0.45 : 0.8},
+                    [=] { return makePair(pictures, count, shipped, onTwoThreads); });
+    }
+  }
 }
 
 }  // namespace
 
 void addGenerations(const Plan& plan) {
-  const auto add = [&](const char* name, cv::Size size, int repeats, bool onTwoThreads) {
-    for (const int pictures : plan.sizes({4, 40})) {
-      addComparison(plan, name, pictures, repeats,
-                    [=] { return makePair(pictures, size, onTwoThreads); });
-    }
-  };
-  add("generate from 640 x 480", {640, 480}, 7, false);
-  add("generate from 1920 x 1080", {1920, 1080}, 5, false);
-  add("generate on two threads, 640 x 480", {640, 480}, 7, true);
-  add("generate on two threads, 1920x1080", {1920, 1080}, 5, true);
+  add(plan, "1080p smooth", smooth({1920, 1080}));
+  add(plan, "1080p detailed", detailed({1920, 1080}));
+  const char* const folder = std::getenv("SAMPLEBENCH_PICTURES");
+  if (folder) {
+    add(plan, "photographs", picturesIn(folder));
+  } else {
+    add(plan, "640 x 640", detailed({640, 640}));
+  }
 }

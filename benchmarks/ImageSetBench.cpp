@@ -1,9 +1,14 @@
-// Opening a project with long lists, and adding and removing many pictures, of which none exists.
+// Opening a project with long lists and what its records take in memory, importing a directory, and
+// adding and removing many pictures, of which none exists.
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <unordered_set>
+
+#include <malloc.h>
+#include <unistd.h>
 
 #include "BenchProject.h"
 #include "Compare.h"
@@ -37,12 +42,18 @@ std::size_t openBare(const std::string& list) {
   return paths.size();
 }
 
-Pair makeOpening(int count) {
+/// A project of which the list has so many entries.
+std::shared_ptr<BenchProject> longProject(int count) {
   const auto bench = std::make_shared<BenchProject>();
   bench->add({"/pictures/one.jpg"});
   bench->project.wUpdate(true);
+  writeList(bench->temp / "bench/", count);
+  return bench;
+}
+
+Pair makeOpening(int count) {
+  const auto bench = longProject(count);
   const std::string directory = bench->temp / "bench/";
-  writeList(directory, count);
   const auto opened = std::make_shared<std::unique_ptr<WTNVProject>>();
   const auto closeAndOpen = [=] {
     *opened = std::make_unique<WTNVProject>("bench", bench->temp.path(), "", "");
@@ -54,6 +65,51 @@ Pair makeOpening(int count) {
            },
            closeAndOpen},
           {[=] { requireSame(openBare(directory + "set.xml") == total, "bare count"); }}};
+}
+
+/// What the process has in memory, without what was given back and is only kept for later.
+double residentBytes() {
+  malloc_trim(0);
+  std::ifstream file("/proc/self/statm");
+  double total = 0;
+  double resident = 0;
+  file >> total >> resident;
+  return resident * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
+
+std::string bytesOfRecords(int count) {
+  const auto bench = longProject(count);
+  WTNVProject opened("bench", bench->temp.path(), "", "");
+  const double before = residentBytes();
+  opened.wLoad();
+  const double each = (residentBytes() - before) / count;
+  requireSame(opened.wGetTrainSetCountFromImageSet("set") == count, "count");
+  char text[80];
+  std::snprintf(text, sizeof text, "%.0f bytes each of %d; wanted: less than 1024", each, count);
+  return text;
+}
+
+/// A directory of empty files with the names of pictures, and what reads it into a project.
+Pair makeImporting(int count) {
+  const auto bench = std::make_shared<BenchProject>();
+  const std::string directory = bench->temp.makeDirectory("pictures");
+  for (int i = 0; i < count; ++i)
+    std::ofstream(directory + "picture_" + std::to_string(i) + ".jpg");
+  const auto imported = std::make_shared<std::vector<std::string>>();
+  const auto import = [=] {
+    *imported = bench->project.wReadImagesFromDirectory(directory, false);
+    bench->add(*imported, true);
+    requireSame(bench->project.wGetTrainSetCountFromImageSet("set") == count, "count");
+  };
+  const auto forget = [=] { bench->project.wRemoveImagesFromImageSet(*imported, "set"); };
+  const auto bareImport = [=] {
+    std::vector<std::string> paths;
+    for (const auto& entry : fs::directory_iterator(directory)) {
+      if (entry.path().extension() == ".jpg") paths.push_back(entry.path().string());
+    }
+    requireSame(paths.size() == static_cast<std::size_t>(count), "bare count");
+  };
+  return {{import, forget}, {bareImport}};
 }
 
 std::vector<std::string> picturePaths(int count) {
@@ -100,10 +156,19 @@ Pair makeRemoving(int count) {
 }  // namespace
 
 void addImageSets(const Plan& plan) {
+  for (const int count : plan.sizes({1000, 10'000, 50'000, 100'000}))
+    addComparison(plan, {"open a list", count, count == 50'000 ? 1.5 : 0},
+                  [=] { return makeOpening(count); });
   for (const int count : plan.sizes({1000, 10'000, 100'000}))
-    addComparison(plan, "open a list", count, 11, [=] { return makeOpening(count); });
-  for (const int count : plan.sizes({10'000, 100'000}))
-    addComparison(plan, "add pictures", count, 11, [=] { return makeAdding(count); });
-  for (const int count : plan.sizes({10'000, 100'000}))
-    addComparison(plan, "remove pictures", count, 11, [=] { return makeRemoving(count); });
+    addComparison(plan, {"import a directory", count, count == 100'000 ? 2.0 : 0},
+                  [=] { return makeImporting(count); });
+  for (const int count : plan.sizes({1000, 10'000, 100'000}))
+    addComparison(plan, {"add pictures", count}, [=] { return makeAdding(count); });
+  for (const int count : plan.sizes({1000, 10'000, 100'000}))
+    addComparison(plan, {"remove pictures", count}, [=] { return makeRemoving(count); });
+}
+
+void addMemory(const Plan& plan) {
+  addFinding("memory of unloaded records",
+             [count = plan.smoke ? 1000 : 100'000] { return bytesOfRecords(count); });
 }

@@ -116,8 +116,6 @@ Pair makeImport(int count) {
 }  // namespace
 
 void addLabels(const Plan& plan) {
-  for (const int count : plan.sizes({1000, 10'000}))
-    addComparison(plan, "import labels", count, 7, [=] { return makeImport(count); });
-  if (plan.large)
-    addComparison(plan, "import labels", 100'000, 3, [] { return makeImport(100'000); });
+  for (const int count : plan.sizes({1000, 10'000, 100'000}))
+    addComparison(plan, {"import labels", count}, [=] { return makeImport(count); });
 }

@@ -1,4 +1,4 @@
-// Saving records with marks, one file each.
+// Saving records with marks, one file each, and reading one.
 
 #include <filesystem>
 #include <fstream>
@@ -55,6 +55,7 @@ void writeBareMark(cv::FileStorage& storage, const cv::Rect2d& box) {
 }
 
 std::string bareRecord(const TNVTrainSet& trainSet, const std::vector<cv::Rect2d>& boxes) {
+  const int count = static_cast<int>(boxes.size());
   cv::FileStorage storage(
       ".xml", cv::FileStorage::WRITE | cv::FileStorage::MEMORY | cv::FileStorage::FORMAT_XML);
   storage << "UniqueName" << trainSet.uniqueName << "ImagePath" << trainSet.imagePath;
@@ -64,8 +65,8 @@ std::string bareRecord(const TNVTrainSet& trainSet, const std::vector<cv::Rect2d
           << "[:" << 0 << 0 << "]";
   storage << "Comment"
           << "";
-  storage << "MarkCnt" << kMarks << "Special" << 0 << "Remove" << 0 << "Workflow" << -1;
-  for (int i = 0; i < kMarks; ++i) {
+  storage << "MarkCnt" << count << "Special" << 0 << "Remove" << 0 << "Workflow" << -1;
+  for (int i = 0; i < count; ++i) {
     storage << "Mark" + std::to_string(i) << "{";
     writeBareMark(storage, boxes[static_cast<std::size_t>(i)]);
     storage << "}";
@@ -84,7 +85,7 @@ void saveBare(const Records& records, const std::string& directory) {
     replaceBare(directory + trainSet->uniqueName + ".xml", bareRecord(*trainSet, boxes));
 }
 
-Pair makePair(int count, bool full) {
+Pair makeSaves(int count, bool full) {
   const auto records = std::make_shared<Records>(count);
   const std::string directory = records->bench.temp.makeDirectory("bare");
   saveBare(*records, directory);
@@ -96,13 +97,72 @@ Pair makePair(int count, bool full) {
           {[=] { saveBare(*records, directory); }}};
 }
 
+struct BareMark {
+  std::string type;
+  std::vector<double> center, pois, poiSize, size;
+  std::vector<int> classes;
+};
+
+std::vector<BareMark> readBare(const std::string& path) {
+  const cv::FileStorage storage(readFile(path), cv::FileStorage::READ | cv::FileStorage::MEMORY);
+  const cv::FileNode root = storage.root();
+  std::vector<std::string> texts;
+  for (const char* name : {"UniqueName", "ImagePath", "ImagePathAbs", "ImageCachePath", "Comment"})
+    texts.push_back(root[name].string());
+  std::vector<int> numbers;
+  for (const char* name : {"MarkCnt", "Special", "Remove", "Workflow"})
+    numbers.push_back(static_cast<int>(root[name]));
+  std::vector<BareMark> marks;
+  for (const cv::FileNode& node : root) {
+    if (!node.isMap()) continue;
+    BareMark& mark = marks.emplace_back();
+    mark.type = node["Type"].string();
+    node["Center"] >> mark.center;
+    node["POIs"] >> mark.pois;
+    node["POISize"] >> mark.poiSize;
+    node["ClassIdx"] >> mark.classes;
+    node["Size"] >> mark.size;
+  }
+  requireSame(marks.size() == static_cast<std::size_t>(numbers[0]), "bare count");
+  return marks;
+}
+
+/// A record on its own, read and written again.
+Pair makeRoundTrip(int marks) {
+  const auto temp = std::make_shared<TempDirectory>();
+  const auto boxes = relativeBoxes(marks);
+  const auto first = std::make_shared<TNVTrainSet>("/pictures/holiday/picture_1.jpg", "");
+  for (const cv::Rect2d& box : boxes)
+    first->addMark(TNVMarkRect(box.tl(), box.br(), false));
+  requireSame(first->save(temp->path()), "the save failed");
+  const std::string path = first->dataPath;
+  const std::string barePath = temp->write("bare.xml", bareRecord(*first, boxes));
+  const auto product = [=] {
+    TNVTrainSet record;
+    record.dataPath = path;
+    record.load();
+    record.changed = true;
+    requireSame(record.save(temp->path()), "the save failed");
+  };
+  const auto bare = [=] {
+    requireSame(readBare(barePath).size() == boxes.size(), "bare marks");
+    replaceBare(barePath, bareRecord(*first, boxes));
+  };
+  product();
+  requireSame(readFile(path) == readFile(barePath), path);
+  return {{product}, {bare}};
+}
+
 }  // namespace
 
 void addSaves(const Plan& plan) {
+  for (const int marks : plan.sizes({5, 100}))
+    addComparison(plan, {"read and write a record, marks", marks, 1.2},
+                  [=] { return makeRoundTrip(marks); });
   for (const bool full : {true, false}) {
-    for (const int count : plan.sizes({1000, 10'000})) {
-      addComparison(plan, full ? "full save" : "quick save", count, 7,
-                    [=] { return makePair(count, full); });
+    for (const int count : plan.sizes({1000, 10'000, 100'000})) {
+      addComparison(plan, {full ? "full save" : "quick save", count},
+                    [=] { return makeSaves(count, full); });
     }
   }
 }

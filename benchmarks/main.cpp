@@ -1,15 +1,20 @@
 // Each workload of the library beside its twin, see Compare.h, and the quality of fits. With
-// --smoke each runs just once; with --large some run at larger sizes too.
+// --smoke each runs just once; --report=DIRECTORY writes a document about the run.
 
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <regex>
+#include <sstream>
 #include <streambuf>
 #include <string>
 #include <string_view>
 
+#include <opencv2/core/utility.hpp>
+
 #include "Compare.h"
+#include "Report.h"
 
 namespace {
 
@@ -19,12 +24,16 @@ class NoBuffer : public std::streambuf {
   int overflow(int character) override { return traits_type::not_eof(character); }
 };
 
-bool takeFlag(int& count, char** arguments, std::string_view flag) {
-  const auto isFlag = [flag](std::string_view argument) { return argument == flag; };
-  char** const end = std::remove_if(arguments, arguments + count, isFlag);
-  const bool found = end != arguments + count;
-  count = static_cast<int>(end - arguments);
-  return found;
+/// What stands behind the flag, of which nothing else is to know; nothing if it is not there.
+std::optional<std::string> takeFlag(int& count, char** arguments, std::string_view flag) {
+  char** const end = arguments + count;
+  char** const place = std::find_if(
+      arguments, end, [flag](std::string_view argument) { return argument.starts_with(flag); });
+  if (place == end) return std::nullopt;
+  const std::string value = *place + flag.size();
+  std::copy(place + 1, end, place);
+  --count;
+  return value;
 }
 
 /// What is no workload can be chosen with --benchmark_filter all the same.
@@ -37,18 +46,23 @@ bool isChosen(const std::string& name) {
 
 int main(int count, char** arguments) {
   Plan plan;
-  plan.smoke = takeFlag(count, arguments, "--smoke");
-  plan.large = takeFlag(count, arguments, "--large");
+  plan.smoke = takeFlag(count, arguments, "--smoke").has_value();
+  const auto report = takeFlag(count, arguments, "--report=");
   benchmark::Initialize(&count, arguments);
   if (benchmark::ReportUnrecognizedArguments(count, arguments)) return 1;
-  addRenders(plan);
+  // Otherwise "on one thread" would not be true of what OpenCV shares out by itself.
+  cv::setNumThreads(1);
+  addMemory(plan);
   addGenerations(plan);
+  addGalleries(plan);
+  addRenders(plan);
+  addEditing(plan);
+  addAssists(plan);
+  addTemplates(plan);
   addImageSets(plan);
   addSaves(plan);
   addLabels(plan);
-  addAssists(plan);
   addHashes(plan);
-  addGalleries(plan);
   std::ostream output(std::cout.rdbuf());
   NoBuffer nowhere;
   std::streambuf* const before = std::cout.rdbuf(&nowhere);
@@ -56,7 +70,10 @@ int main(int count, char** arguments) {
   int result = 0;
   try {
     benchmark::RunSpecifiedBenchmarks(&table);
-    if (isChosen("fit quality")) printFitQuality(plan, output);
+    std::ostringstream fitQuality;
+    if (isChosen("fit quality")) printFitQuality(plan, fitQuality);
+    output << fitQuality.str();
+    if (report) writeReport(*report, table, fitQuality.str());
   } catch (const std::exception& failure) {
     std::cerr << "benchmarks: " << failure.what() << '\n';
     result = 1;

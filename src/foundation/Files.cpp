@@ -9,18 +9,28 @@ namespace tnv {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+void reserveForFile(std::string& content, const std::string& path) {
+  std::error_code error;
+  const auto size = fs::file_size(path, error);
+  if (!error) content.reserve(size);
+}
+
+}  // namespace
+
 std::optional<std::string> readFile(const std::string& path) {
   std::error_code error;
   if (!fs::is_regular_file(path, error)) return std::nullopt;
   std::ifstream file(path, std::ios::binary);
   if (!file) return std::nullopt;
   std::string content;
-  const auto size = fs::file_size(path, error);
-  if (!error) content.reserve(size);
   std::array<char, std::size_t{1} << 14> piece;
   while (file) {
     file.read(piece.data(), piece.size());
     content.append(piece.data(), static_cast<std::size_t>(file.gcount()));
+    // Most files end here; only a long one is worth asking for its size.
+    if (file && content.size() == piece.size()) reserveForFile(content, path);
   }
   if (file.bad()) return std::nullopt;
   return content;
@@ -59,7 +69,10 @@ std::string writeBeside(const std::string& target, std::string_view content) {
 bool takePlace(const std::string& path, const std::string& target) {
   std::error_code error;
   const fs::file_status earlier = fs::status(target, error);
-  if (fs::exists(earlier)) fs::permissions(path, earlier.permissions(), error);
+  const bool differs =
+      fs::exists(earlier) && fs::status(path, error).permissions() != earlier.permissions();
+  // Setting them writes to the disk even if they stay the same.
+  if (differs) fs::permissions(path, earlier.permissions(), error);
   fs::rename(path, target, error);
   return !error;
 }
@@ -73,7 +86,8 @@ std::string withoutLinks(const std::string& path) {
 
 void removeFile(const std::string& path) {
   std::error_code error;
-  if (!fs::is_directory(fs::symlink_status(path, error))) fs::remove(path, error);
+  const fs::file_status found = fs::symlink_status(path, error);
+  if (fs::exists(found) && !fs::is_directory(found)) fs::remove(path, error);
 }
 
 std::vector<std::string_view> splitLines(std::string_view text) {

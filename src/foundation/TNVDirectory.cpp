@@ -26,18 +26,27 @@ std::string lowerCased(std::string text) {
   return text;
 }
 
+/// What follows the last dot of the last component; a leading dot does not count.
+std::string_view extensionOf(std::string_view path) {
+  const std::string_view name = path.substr(path.rfind('/') + 1);
+  const auto dot = name.rfind('.');
+  return dot == name.npos || dot == 0 ? std::string_view() : name.substr(dot + 1);
+}
+
 template <class Iterator>
-std::vector<TNVFileInfo> filteredEntries(Iterator entries, const std::vector<std::string>& types) {
+std::vector<std::string> filteredPaths(Iterator entries, const std::vector<std::string>& types) {
   std::vector<std::string> wanted;
   std::transform(types.begin(), types.end(), std::back_inserter(wanted), lowerCased);
-  std::vector<TNVFileInfo> result;
+  std::vector<std::string> paths;
   for (const fs::directory_entry& entry : entries) {
-    const TNVFileInfo info(entry.path().string());
-    const auto times =
-        wanted.empty() ? 1 : std::count(wanted.begin(), wanted.end(), lowerCased(info.extension));
-    result.insert(result.end(), static_cast<std::size_t>(times), info);
+    std::string path = tnv::withForwardSlashes(entry.path().string());
+    const std::string extension = lowerCased(std::string(extensionOf(path)));
+    const auto times = wanted.empty() ? 1 : std::count(wanted.begin(), wanted.end(), extension);
+    for (auto i = times; i > 1; --i)
+      paths.push_back(path);
+    if (times > 0) paths.push_back(std::move(path));
   }
-  return result;
+  return paths;
 }
 
 std::string hexText(const unsigned char* bytes, std::size_t count) {
@@ -72,15 +81,22 @@ void TNVDirectory::remove(const std::string& path) {
   if (error) throw fs::filesystem_error("remove_all", path, error);
 }
 
-std::vector<TNVFileInfo> TNVDirectory::readFiles(const std::string& path,
+std::vector<std::string> TNVDirectory::readPaths(const std::string& path,
                                                  const std::vector<std::string>& types,
                                                  bool recursive) {
   if (!exists(path)) {
     tnv::logLine("TNVDirectory::readFiles: Path '" + path + "' not found!");
     return {};
   }
-  if (recursive) return filteredEntries(fs::recursive_directory_iterator(path), types);
-  return filteredEntries(fs::directory_iterator(path), types);
+  if (recursive) return filteredPaths(fs::recursive_directory_iterator(path), types);
+  return filteredPaths(fs::directory_iterator(path), types);
+}
+
+std::vector<TNVFileInfo> TNVDirectory::readFiles(const std::string& path,
+                                                 const std::vector<std::string>& types,
+                                                 bool recursive) {
+  const auto paths = readPaths(path, types, recursive);
+  return {paths.begin(), paths.end()};
 }
 
 std::vector<std::string> TNVDirectory::readFileNames(const std::string& path,

@@ -25,6 +25,10 @@ class TNVDirectory {
   static std::vector<TNVFileInfo> readFiles(const std::string& path,
                                             const std::vector<std::string>& types, bool recursive);
 
+  /// The full paths of `readFiles`, which of a long list is all that most callers need.
+  static std::vector<std::string> readPaths(const std::string& path,
+                                            const std::vector<std::string>& types, bool recursive);
+
   /// The file names of `readFiles` without recursion. A missing directory gives none, silently.
   static std::vector<std::string> readFileNames(const std::string& path,
                                                 const std::vector<std::string>& types);

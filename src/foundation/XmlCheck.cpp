@@ -1,6 +1,7 @@
 #include "foundation/XmlCheck.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -13,9 +14,17 @@ constexpr std::size_t kDeepestNesting = 1000;
 
 constexpr std::string_view kSpaces = " \t\r\n";
 
+/// Which bytes may stand in a name; looked up, since long lists are mostly names.
+constexpr std::array<bool, 256> kIsNameCharacter = [] {
+  std::array<bool, 256> isName{};
+  for (const char c :
+       std::string_view("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-"))
+    isName[static_cast<unsigned char>(c)] = true;
+  return isName;
+}();
+
 bool isNameCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-         c == '-';
+  return kIsNameCharacter[static_cast<unsigned char>(c)];
 }
 
 std::string_view withoutSpacesBehind(std::string_view text) {
@@ -26,13 +35,21 @@ bool isName(std::string_view text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), isNameCharacter);
 }
 
-/// Takes what stands before `mark` off the document, with the mark; nothing if it does not occur.
-std::optional<std::string_view> takeUntil(std::string_view& document, std::string_view mark) {
-  const auto at = document.find(mark);
-  if (at == document.npos) return std::nullopt;
-  const std::string_view taken = document.substr(0, at);
-  document.remove_prefix(at + mark.size());
+/// Takes what stands before the place off the document, with the mark there; nothing without one.
+std::optional<std::string_view> takeUntil(std::string_view& document, std::size_t place,
+                                          std::size_t markLength) {
+  if (place == document.npos) return std::nullopt;
+  const std::string_view taken = document.substr(0, place);
+  document.remove_prefix(place + markLength);
   return taken;
+}
+
+std::optional<std::string_view> takeUntil(std::string_view& document, std::string_view mark) {
+  return takeUntil(document, document.find(mark), mark.size());
+}
+
+std::optional<std::string_view> takeUntil(std::string_view& document, char mark) {
+  return takeUntil(document, document.find(mark), 1);
 }
 
 bool isSpace(std::string_view text) {
@@ -62,7 +79,7 @@ bool takeTag(std::string_view tag, std::vector<std::string_view>& open) {
 
 bool takeMarkup(std::string_view& document, std::vector<std::string_view>& open) {
   if (document.starts_with("!--")) return takeUntil(document, "-->").has_value();
-  const auto tag = takeUntil(document, ">");
+  const auto tag = takeUntil(document, '>');
   return tag && takeTag(*tag, open);
 }
 
@@ -72,7 +89,7 @@ bool isWholeXml(std::string_view document) {
   if (!takeProlog(document)) return false;
   std::vector<std::string_view> open;
   bool anyElement = false;
-  while (const auto text = takeUntil(document, "<")) {
+  while (const auto text = takeUntil(document, '<')) {
     if (open.empty() && !isSpace(*text)) return false;
     if (!takeMarkup(document, open)) return false;
     anyElement = anyElement || !open.empty();

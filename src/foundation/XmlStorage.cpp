@@ -1,9 +1,11 @@
 #include "foundation/XmlStorage.h"
 
+#include <algorithm>
+#include <charconv>
+#include <optional>
 #include <string_view>
 
 #include "foundation/Files.h"
-#include "foundation/Numbers.h"
 #include "foundation/XmlCheck.h"
 
 namespace tnv {
@@ -40,6 +42,17 @@ std::string escaped(const std::string& text) {
     }
   }
   return result;
+}
+
+/// The number that the name has behind the prefix, written as we write it.
+std::optional<int> numberBehind(std::string_view prefix, std::string_view name) {
+  if (!name.starts_with(prefix)) return std::nullopt;
+  name.remove_prefix(prefix.size());
+  const bool isPlain = name == "0" || (!name.empty() && name.front() > '0' && name.front() <= '9');
+  int number = 0;
+  const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+  if (!isPlain || error != std::errc() || end != name.data() + name.size()) return std::nullopt;
+  return number;
 }
 
 template <class T>
@@ -85,17 +98,20 @@ cv::FileNode child(const cv::FileNode& node, const std::string& name) {
   return node.isMap() ? node[name] : cv::FileNode();
 }
 
-std::map<int, cv::FileNode> numberedChildren(const cv::FileNode& node, const std::string& prefix,
-                                             int count) {
-  std::map<int, cv::FileNode> children;
+std::vector<std::pair<int, cv::FileNode>> numberedChildren(const cv::FileNode& node,
+                                                           const std::string& prefix, int count) {
+  std::vector<std::pair<int, cv::FileNode>> children;
   if (!node.isMap()) return children;
   for (const cv::FileNode& candidate : node) {
-    const std::string name = candidate.name();
-    if (!name.starts_with(prefix)) continue;
-    const int number = parseInt(std::string_view(name).substr(prefix.size()));
-    const bool inRange = number >= 0 && number < count;
-    if (inRange && name == prefix + std::to_string(number)) children.emplace(number, candidate);
+    const auto number = numberBehind(prefix, candidate.name());
+    if (number && *number < count) children.emplace_back(*number, candidate);
   }
+  const auto byNumber = [](const auto& a, const auto& b) { return a.first < b.first; };
+  const auto sameNumber = [](const auto& a, const auto& b) { return a.first == b.first; };
+  // What we wrote ourselves is in order.
+  if (!std::is_sorted(children.begin(), children.end(), byNumber))
+    std::stable_sort(children.begin(), children.end(), byNumber);
+  children.erase(std::unique(children.begin(), children.end(), sameNumber), children.end());
   return children;
 }
 

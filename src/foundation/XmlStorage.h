@@ -1,7 +1,7 @@
 #pragma once
 
-#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <opencv2/core.hpp>
@@ -26,10 +26,10 @@ cv::FileStorage newXml();
 /// The child of that name, or an empty node when there is none or `node` is no map.
 cv::FileNode child(const cv::FileNode& node, const std::string& name);
 
-/// The children named `prefix` and a number below `count`, by number, found in one walk however
-/// many there are.
-std::map<int, cv::FileNode> numberedChildren(const cv::FileNode& node, const std::string& prefix,
-                                             int count);
+/// The children named `prefix` and a number below `count`, in the order of their numbers and one
+/// for each, found in one walk however many there are.
+std::vector<std::pair<int, cv::FileNode>> numberedChildren(const cv::FileNode& node,
+                                                           const std::string& prefix, int count);
 
 std::string readText(const cv::FileNode& node, const std::string& defaultValue);
 int readInt(const cv::FileNode& node, int defaultValue);

@@ -24,6 +24,9 @@ namespace {
 /// Marks the directory of an image set; persisted.
 constexpr std::string_view kSetPrefix = "is_";
 
+/// The node of an entry in a list; persisted.
+const std::string kDataPathNode = "DataPath";
+
 /// The directory that all pictures of one call are taken to lie in.
 std::string commonDirectory(const std::string& firstImage) {
   return TNVFileInfo(TNVTrainSet(firstImage, "").imagePathAbs).directory;
@@ -106,16 +109,12 @@ void TNVProject::_dropAllTrainSets() {
 
 std::vector<std::string> TNVProject::readImagesFromDirectory(const std::string& directory,
                                                              bool recursive) const {
-  std::vector<std::string> images;
   const std::string path = TNVDirectory::normalizePath(directory);
   if (!TNVDirectory::exists(path)) {
     tnv::logLine("TNVProject::readImagesFromDirectory: Directory '" + path + "' does not exist!");
-    return images;
+    return {};
   }
-  for (const TNVFileInfo& info : TNVDirectory::readFiles(path, imageTypes, recursive)) {
-    images.push_back(info.fullPath);
-  }
-  return images;
+  return TNVDirectory::readPaths(path, imageTypes, recursive);
 }
 
 int TNVProject::addImages(const std::vector<std::string>& images, const std::vector<bool>& use,
@@ -138,7 +137,8 @@ int TNVProject::addImages(const std::vector<std::string>& images, const std::vec
   }
   const std::string basePath = sameDirectory ? commonDirectory(images.front()) : "";
   ImageSet& trainSets = imageSets[set];
-  std::unordered_set<std::string> present;
+  std::unordered_set<std::string_view> present;
+  present.reserve(trainSets.size() + images.size());
   for (const auto& trainSet : trainSets)
     present.insert(trainSet->imagePathAbs);
   int added = 0;
@@ -263,7 +263,7 @@ bool TNVProject::_saveImageSet(const std::string& set, ImageSet& trainSets) {
     TNVTrainSet& trainSet = *trainSets[i];
     errors.attempt([&] { _updateImageCache(trainSet); });
     list << "id" + std::to_string(i) << "{";
-    tnv::writeText(list, "DataPath", trainSet.getDataPath(directory));
+    tnv::writeText(list, kDataPathNode, trainSet.getDataPath(directory));
     list << "}";
     trainSet.changed = true;
     errors.attempt([&] { written = trainSet.save(directory, files) && written; });
@@ -321,11 +321,13 @@ void TNVProject::_readImageSet(const std::string& set) {
   // Lists are stored in the order of their names, so this is the set just made; in a file that was
   // put out of order by hand the records go to the last set.
   ImageSet& trainSets = imageSets.rbegin()->second;
+  trainSets.reserve(trainSets.size() + static_cast<std::size_t>(std::max(count, 0)));
+  auto entry = entries.begin();
   for (int i = 0; i < count; ++i) {
-    const auto entry = entries.find(i);
     auto trainSet = std::make_unique<TNVTrainSet>();
-    if (entry != entries.end()) {
-      trainSet->dataPath = tnv::readText(tnv::child(entry->second, "DataPath"), "");
+    if (entry != entries.end() && entry->first == i) {
+      trainSet->dataPath = tnv::readText(tnv::child(entry->second, kDataPathNode), "");
+      ++entry;
     }
     trainSets.push_back(std::move(trainSet));
   }

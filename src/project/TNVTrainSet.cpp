@@ -85,7 +85,18 @@ cv::Size readCacheSize(const cv::FileNode& node) {
   return double{1.0} * size.width * size.height > kMostPixels ? cv::Size() : size;
 }
 
+std::string_view fileName(std::string_view path) {
+  return path.substr(path.find_last_of("/\\") + 1);
+}
+
+/// Whether the path is absolute and surely holds no component that a normal one lacks.
+bool isPlainlyAbsolute(const std::string& path) {
+  return path.starts_with('/') && path.find("//") == path.npos && path.find("/.") == path.npos;
+}
+
 std::string absolutePath(const std::string& path) {
+  // Taking a path to pieces costs more than all else about a record that is added.
+  if (isPlainlyAbsolute(path)) return TNVDirectory::normalizePath(path);
   std::error_code error;
   const auto absolute = std::filesystem::absolute(path, error);
   return TNVDirectory::normalizePath(error ? path : absolute.lexically_normal().string());
@@ -97,7 +108,8 @@ TNVTrainSet::TNVTrainSet() = default;
 
 TNVTrainSet::TNVTrainSet(const std::string& path, const std::string& basePath)
     : imagePath(path),
-      imagePathAbs(basePath.empty() ? absolutePath(path) : basePath + TNVFileInfo(path).fileName),
+      imagePathAbs(basePath.empty() ? absolutePath(path)
+                                    : std::string(basePath).append(fileName(path))),
       dataLoaded(true) {}
 
 TNVTrainSet::~TNVTrainSet() = default;
@@ -160,14 +172,11 @@ void TNVTrainSet::load() {
     tnv::logLine("TNVTrainSet::load: Datapath is empty!");
     return;
   }
-  if (!TNVDirectory::exists(dataPath)) {
-    tnv::logLine("TNVTrainSet::load: File does not exist!");
-    return;
-  }
   const cv::FileStorage storage = tnv::openXml(dataPath);
   if (!storage.isOpened()) {
     // A record of a file that lost its content must not be written over what may be restored.
-    tnv::logLine("TNVTrainSet::load: File is empty!");
+    tnv::logLine(TNVDirectory::exists(dataPath) ? "TNVTrainSet::load: File is empty!"
+                                                : "TNVTrainSet::load: File does not exist!");
     return;
   }
   try {

@@ -144,11 +144,15 @@ TEST_F(XmlStorageTest, DefaultsStandForAbsentNodes) {
 }
 
 TEST_F(XmlStorageTest, NumberedChildrenAreThoseBelowTheCount) {
-  const cv::FileNode node = root("<id2>c</id2><id0>a</id0><id01>x</id01><idx>x</idx><id3>d</id3>");
+  const cv::FileNode node = root(
+      "<id2>c</id2><id0>a</id0><id01>x</id01><idx>x</idx><id>x</id><id-1>x</id-1><id1x>x</id1x>"
+      "<id00>x</id00><id99999999999>x</id99999999999><id3>d</id3>");
   const auto children = tnv::numberedChildren(node, "id", 3);
   ASSERT_THAT(children, SizeIs(2));
-  EXPECT_EQ("a", children.at(0).string());
-  EXPECT_EQ("c", children.at(2).string());
+  EXPECT_EQ(0, children[0].first);
+  EXPECT_EQ("a", children[0].second.string());
+  EXPECT_EQ(2, children[1].first);
+  EXPECT_EQ("c", children[1].second.string());
 }
 
 TEST_F(XmlStorageTest, CutAndDamagedFilesThrowOrRead) {

@@ -474,6 +474,14 @@ TEST_F(TNVMarkOnView, FillingBlendsWithinTheOutline) {
   drawAndCompare(styleNamed("White", true));
 }
 
+TEST_F(TNVMarkOnView, FillingLeavesOutWhatLiesBetweenTheTeethOfAnOutline) {
+  mark.outline = {{0.1, 0.1}, {0.9, 0.1}, {0.9, 0.9}, {0.6, 0.2},
+                  {0.5, 0.9}, {0.4, 0.2}, {0.1, 0.9}};
+  fillReference(expected, {{10, 6}, {90, 6}, {90, 54}, {60, 12}, {50, 54}, {40, 12}, {10, 54}},
+                {255, 255, 255});
+  drawAndCompare(styleNamed("White", true));
+}
+
 TEST_F(TNVMarkOnView, FillingOverTheEdgeIsClipped) {
   mark.outline = {{-0.5, -0.5}, {2, 0.2}, {0.4, 1.9}};
   fillReference(expected, {{-50, -30}, {200, 12}, {40, 114}}, {255, 64, 64});
