@@ -143,6 +143,15 @@ class TNV_SAMPLEBENCH_API WTNVProject {
   /// found.
   int wRemoveImagesFromImageSet(const std::vector<std::string>& images, const std::string& set);
 
+  /// For pictures that were moved: those below the directory `from` are looked for below `to` from
+  /// now on. Reads the train sets' data, see `WTNVTrainSet::wLoadData`; a damaged file throws.
+  /// Returns the number of train sets that changed.
+  int wRelinkPictures(const std::string& from, const std::string& to);
+
+  /// The same for the project's own files, which its lists name by their whole paths: for a project
+  /// whose directory was moved, to be called after `wLoad` and before `wRelinkPictures`.
+  int wRelinkTrainSets(const std::string& from, const std::string& to);
+
   /// Names of the image sets, sorted.
   std::vector<std::string> wGetImageSets() const;
 

@@ -28,6 +28,9 @@ class TNV_SAMPLEBENCH_API WTNVTrainSet {
   /// data were not read, see `wLoadData`.
   std::string getImagePath() const;
 
+  /// The path of the train set's own file; empty before the first save.
+  std::string wGetDataPath() const;
+
   /// Number of marks; 0 as long as the train set's data were not read.
   int getMarkCount() const;
 

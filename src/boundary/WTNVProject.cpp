@@ -272,6 +272,14 @@ std::vector<WTNVTrainSet> WTNVProject::wGetTrainSets() const {
   return tnv::asHandles<WTNVTrainSet>(native->trainSetPointers());
 }
 
+int WTNVProject::wRelinkPictures(const std::string& from, const std::string& to) {
+  return native->relinkPictures(from, to);
+}
+
+int WTNVProject::wRelinkTrainSets(const std::string& from, const std::string& to) {
+  return native->relinkTrainSets(from, to);
+}
+
 int WTNVProject::wClearImagesCache() {
   return native->clearImagesCache();
 }

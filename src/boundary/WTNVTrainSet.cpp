@@ -26,6 +26,10 @@ std::string WTNVTrainSet::getImagePath() const {
   return native->imagePath;
 }
 
+std::string WTNVTrainSet::wGetDataPath() const {
+  return native->dataPath;
+}
+
 int WTNVTrainSet::getMarkCount() const {
   return static_cast<int>(native->marks.size());
 }

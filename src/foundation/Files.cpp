@@ -111,6 +111,13 @@ std::string withOneSlash(std::string path) {
   return path + "/";
 }
 
+std::optional<std::string> movedPath(const std::string& path, const std::string& from,
+                                     const std::string& to) {
+  const std::string before = withOneSlash(from);
+  if (!path.starts_with(before)) return std::nullopt;
+  return withOneSlash(to) + path.substr(before.size());
+}
+
 bool isPlainName(std::string_view name) {
   if (name.empty() || name == "." || name == "..") return false;
   return std::none_of(name.begin(), name.end(), [](char c) {

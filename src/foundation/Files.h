@@ -43,6 +43,11 @@ std::string withForwardSlashes(std::string path);
 /// The path with exactly one slash at its end.
 std::string withOneSlash(std::string path);
 
+/// Where a path leads after the directory `from` became the directory `to`. Nothing for a path that
+/// does not lie below `from`, which is that of a directory, as `to` is.
+std::optional<std::string> movedPath(const std::string& path, const std::string& from,
+                                     const std::string& to);
+
 /// True when a name given by a person or a file can be a directory entry of its own: not empty, not
 /// "." or "..", without slash, backslash and control characters.
 bool isPlainName(std::string_view name);

@@ -64,6 +64,8 @@ class TNVProject {
   int addImages(const std::vector<std::string>& images, const std::vector<bool>& use,
                 const std::string& set, bool sameDirectory);
   int removeImagesFromImageSet(const std::vector<std::string>& images, const std::string& set);
+  int relinkPictures(const std::string& from, const std::string& to);
+  int relinkTrainSets(const std::string& from, const std::string& to);
   std::vector<TNVTrainSet*> trainSetPointers() const;
   int clearImagesCache();
 

@@ -184,6 +184,22 @@ int TNVProject::removeImagesFromImageSet(const std::vector<std::string>& images,
   return removed;
 }
 
+int TNVProject::relinkPictures(const std::string& from, const std::string& to) {
+  int count = 0;
+  for (TNVTrainSet* trainSet : trainSetPointers()) {
+    if (!trainSet->dataLoaded) trainSet->load();
+    if (trainSet->relinkPicture(from, to)) ++count;
+  }
+  return count;
+}
+
+int TNVProject::relinkTrainSets(const std::string& from, const std::string& to) {
+  int count = 0;
+  for (TNVTrainSet* trainSet : trainSetPointers())
+    if (trainSet->relinkRecord(from, to)) ++count;
+  return count;
+}
+
 int TNVProject::clearImagesCache() {
   if (_refusePlace("clearImagesCache")) return 0;
   const auto trainSets = trainSetPointers();

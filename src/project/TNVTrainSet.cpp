@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "foundation/FileReplacements.h"
+#include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "foundation/TNVDirectory.h"
 #include "foundation/XmlStorage.h"
@@ -204,6 +205,30 @@ void TNVTrainSet::readNodes(const cv::FileNode& root) {
     addMark(*mark);
   changed = false;
   dataLoaded = true;
+}
+
+bool TNVTrainSet::relinkPicture(const std::string& from, const std::string& to) {
+  const auto path = tnv::movedPath(imagePath, from, to);
+  const auto pathAbs = tnv::movedPath(imagePathAbs, from, to);
+  if (!path && !pathAbs) return false;
+  // One that was told relative to a directory is found by its whole path from now on.
+  imagePath = path.value_or(pathAbs.value_or(""));
+  imagePathAbs = pathAbs.value_or(absolutePath(imagePath));
+  releaseImage();
+  changed = true;
+  return true;
+}
+
+bool TNVTrainSet::relinkRecord(const std::string& from, const std::string& to) {
+  const auto path = tnv::movedPath(dataPath, from, to);
+  if (path) dataPath = *path;
+  if (!dataLoaded) load();
+  const auto cachePath = tnv::movedPath(imageCachePath, from, to);
+  if (cachePath) {
+    imageCachePath = *cachePath;
+    changed = true;
+  }
+  return path || cachePath;
 }
 
 TNVMark* TNVTrainSet::addMark(const TNVMark& source) {

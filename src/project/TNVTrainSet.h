@@ -45,6 +45,11 @@ class TNVTrainSet {
   /// Appends a copy of the mark with an id of this record; null for a kind that is not known.
   TNVMark* addMark(const TNVMark& source);
 
+  /// Follows the picture, or the record's own files, to where a directory was moved. False if none
+  /// lies below `from`.
+  bool relinkPicture(const std::string& from, const std::string& to);
+  bool relinkRecord(const std::string& from, const std::string& to);
+
   /// Takes the mark out. It is no longer drawn nor saved, but stays readable as long as the record.
   void removeMark(TNVMark* mark);
 
