@@ -77,7 +77,8 @@ void runRemoveMark(const Locations& locations, const RemoveOptions& options, Out
   output.say(counted(options.numbers.size(), "mark") +
              std::string(output.told(" removed from ", " would be removed from ")) +
              options.picture + "; " + counted(left, "mark") +
-             std::string(output.told(" left", " would be left")) + ", numbered from 1 without gaps");
+             std::string(output.told(" left", " would be left")) +
+             ", numbered from 1 without gaps");
 }
 
 void runRemovePicture(const Locations& locations, const RemoveOptions& options, Output& output) {
@@ -156,8 +157,9 @@ void runRemoveProject(const Locations& locations, const RemoveOptions& options, 
     throw CommandError("project '" + options.project + "' cannot be removed: " + output.cause());
   output.fact("project", options.project);
   output.fact("files", static_cast<Json::UInt64>(files));
-  reportPictures(pictures, "project " + options.project + " with its directory " +
-                               directory.string() + " (" + counted(files, "file") + ")",
+  reportPictures(pictures,
+                 "project " + options.project + " with its directory " + directory.string() + " (" +
+                     counted(files, "file") + ")",
                  output);
 }
 

@@ -102,7 +102,8 @@ TEST_F(ProgramRemove, PicturesGoWithTheirMarksOnlyWhenTold) {
               AllOf(HasSubstr("set day1: 1 picture, 1 mark"), HasSubstr("set day2: 1 picture, 0"),
                     HasSubstr("more/b.png"), Not(HasSubstr("a.png")), Not(HasSubstr("c.png"))));
   expectPicturesThere();
-  EXPECT_THAT(succeed({"import", "parts", "day1", "photos"}), HasSubstr("1 picture added, 1 already"));
+  EXPECT_THAT(succeed({"import", "parts", "day1", "photos"}),
+              HasSubstr("1 picture added, 1 already"));
   EXPECT_THAT(succeed({"list", "parts"}), HasSubstr("set day1: 2 pictures, 1 mark"))
       << "it comes back without its marks";
 }
@@ -120,8 +121,8 @@ TEST_F(ProgramRemove, APictureInTwoSetsHasToBeNamedWithItsSet) {
   failWholly({"remove", "picture", "parts", "a.png", "--set", "day4"},
              "there is no set 'day4'; choose from: day1, day2, day3");
   succeed({"remove", "picture", "parts", "a.png", "--set", "day3"});
-  EXPECT_THAT(succeed({"list", "parts"}),
-              AllOf(HasSubstr("set day1: 2 pictures, 4 marks"), HasSubstr("set day3: 1 picture, 0")));
+  EXPECT_THAT(succeed({"list", "parts"}), AllOf(HasSubstr("set day1: 2 pictures, 4 marks"),
+                                                HasSubstr("set day3: 1 picture, 0")));
 }
 
 TEST_F(ProgramRemove, ASetGoes) {
@@ -140,8 +141,8 @@ TEST_F(ProgramRemove, AProjectGoes) {
   failWholly({"remove", "project", "parts"}, "4 marks would be removed, too");
   failWholly({"remove", "project", "none"}, "there is no project 'none'");
   EXPECT_THAT(dryRun({"remove", "project", "parts"}),
-              AllOf(HasSubstr("4 pictures with 4 marks would be removed"), HasSubstr("projects/parts"),
-                    HasSubstr("the picture files stay")));
+              AllOf(HasSubstr("4 pictures with 4 marks would be removed"),
+                    HasSubstr("projects/parts"), HasSubstr("the picture files stay")));
   succeed({"remove", "project", "parts", "--with-marks"});
   EXPECT_FALSE(fs::exists(place / "projects/parts"));
   expectPicturesThere();
@@ -179,7 +180,8 @@ TEST_F(ProgramRemove, ASetChoosesAmongPicturesOfOneName) {
               HasSubstr("     1  0.0  0.0   64.0    32.0  Rect"));
   EXPECT_THAT(succeed({"render", "parts", "a.png", "--set", "day3", "-o", "seen.png"}),
               HasSubstr(", 1 mark)\n"));
-  EXPECT_EQ(occurrences(succeed({"crop", "parts", "a.png", "--set", "day3", "-o", "cut"}), "\n"), 1U);
+  EXPECT_EQ(occurrences(succeed({"crop", "parts", "a.png", "--set", "day3", "-o", "cut"}), "\n"),
+            1U);
   const auto result =
       run({"magnify", "parts", "a.png", "--set", "day3", "--at", "0.5,0.5", "-o", "spot.png"});
   EXPECT_EQ(result.exitCode, 0);
