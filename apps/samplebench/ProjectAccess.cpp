@@ -80,9 +80,43 @@ void requireNewProject(const Locations& locations, const std::string& name) {
                        "; use a directory that can be written to");
 }
 
+namespace {
+
+[[noreturn]] void refuseBusy(const std::string& project) {
+  throw CommandError("another command works on project '" + project +
+                     "'; nothing was changed, try again when it is done");
+}
+
+// A directory that is there while it lives, and goes again if nothing was put into it.
+struct ClaimedDirectory {
+  explicit ClaimedDirectory(fs::path directory) : path(std::move(directory)) {
+    std::error_code error;
+    fs::create_directories(path.parent_path(), error);
+    isNew = fs::create_directory(path, error);
+  }
+
+  ~ClaimedDirectory() {
+    std::error_code error;
+    if (isNew) fs::remove(path, error);
+  }
+
+  ClaimedDirectory(const ClaimedDirectory&) = delete;
+  ClaimedDirectory& operator=(const ClaimedDirectory&) = delete;
+
+  fs::path path;
+  bool isNew = false;
+};
+
+}  // namespace
+
 std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
   requireNewProject(locations, name);
   const platform::InterruptCatcher catcher;
+  // Of several commands that make it at once one wins; the others meet its lock or its project.
+  const ClaimedDirectory directory(fs::path(locations.projects) / name);
+  const platform::DirectoryLock lock(directory.path);
+  if (!lock.isOurs()) refuseBusy(name);
+  requireNewProject(locations, name);
   auto project = projectAt(locations, name);
   if (!project->wCreate())
     throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
@@ -117,9 +151,7 @@ ProjectLock::ProjectLock(const Locations& locations, const std::string& name,
                          const Output& output) {
   if (output.isDryRun()) return;
   lock = std::make_unique<platform::DirectoryLock>(fs::path(locations.projects) / name);
-  if (!lock->isOurs())
-    throw CommandError("another command works on project '" + name +
-                       "'; nothing was changed, try again when it is done");
+  if (!lock->isOurs()) refuseBusy(name);
 }
 
 namespace {
