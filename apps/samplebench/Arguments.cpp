@@ -16,6 +16,7 @@
 #include "MarkCommand.h"
 #include "Platform.h"
 #include "ProjectCommands.h"
+#include "RemoveCommand.h"
 #include "RenderCommand.h"
 #include "StatsCommand.h"
 #include "UserCommand.h"
@@ -80,6 +81,7 @@ void describeProgram(CLI::App& app, ProgramOptions& program) {
   addImportCommand(app, program);
   addMarkCommand(app, program);
   addListCommand(app, program);
+  addRemoveCommands(app, program);
   addRenderCommand(app, program);
   addMagnifyCommand(app, program);
   addCropCommand(app, program);

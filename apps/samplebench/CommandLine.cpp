@@ -42,6 +42,11 @@ CLI::Option* addPictureArgument(CLI::App& command, std::string& picture) {
       ->required();
 }
 
+CLI::Option* addSetOption(CLI::App& command, std::string& set) {
+  return command.add_option("--set", set, "image set of the picture, if it is in several")
+      ->check(notEmpty());
+}
+
 void addOutputFile(CLI::App& command, std::string& file, const std::string& example) {
   command.add_option("-o,--output", file, "file to write, like " + example)->required();
 }

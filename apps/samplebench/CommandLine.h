@@ -44,6 +44,9 @@ CLI::App* addCommandGroup(CLI::App& parent, const CommandHelp& help);
 void addProjectArgument(CLI::App& command, std::string& project);
 CLI::Option* addPictureArgument(CLI::App& command, std::string& picture);
 
+/// The set that a picture is looked for in, for a picture that is in several.
+CLI::Option* addSetOption(CLI::App& command, std::string& set);
+
 /// The file that a command writes; `example` is what it may be called.
 void addOutputFile(CLI::App& command, std::string& file, const std::string& example);
 

@@ -22,6 +22,7 @@ namespace {
 struct CropOptions {
   std::string project;
   std::string picture;
+  std::string set;
   std::string directory;
 };
 
@@ -92,7 +93,7 @@ bool writeCrop(Editor& editor, const WTNVMark& mark, const std::string& director
 void runCrop(const Locations& locations, const CropOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
   const auto pictures = readPictures(*project, output);
-  const auto place = PictureIndex(pictures, output).find(options.picture);
+  const auto place = PictureIndex(pictures, output, options.set).find(options.picture);
   Editor editor(*project);
   editor.goTo(place);
   const auto marks = editor.marks.getAllMarks();
@@ -144,6 +145,7 @@ void addCropCommand(CLI::App& app, ProgramOptions& program) {
       [&program, options](Output& output) { runCrop(program.locations, *options, output); });
   addProjectArgument(*command, options->project);
   addPictureArgument(*command, options->picture);
+  addSetOption(*command, options->set);
   command->add_option("-o,--output", options->directory, "directory to write to")
       ->required()
       ->check(notEmpty());

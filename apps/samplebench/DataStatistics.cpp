@@ -7,6 +7,7 @@
 #include "GalleryStatistics.h"
 #include "MarkBox.h"
 #include "PictureFile.h"
+#include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 #include "verify/LabelPlaces.h"
 
 namespace {
@@ -71,6 +72,8 @@ cv::Rect2d scaled(const cv::Rect2d& box, cv::Size size) {
 
 std::vector<std::string> namesOf(const SetLayout& layout) {
   std::vector<std::string> names;
+  if (!layout.description.empty())
+    return WTNVToolLabelExchange::wReadDescription(layout.description, "names");
   if (layout.namesFile.empty()) return names;
   for (const auto& line : readTextFile(layout.namesFile).lines)
     names.push_back(trimmed(line));
@@ -142,10 +145,10 @@ DataStatistics projectStatistics(const WTNVProject& project,
 std::vector<std::string> picturesOf(const SetLayout& layout) {
   auto pictures = layout.pictures;
   Findings ignored;
-  for (const auto& list : {layout.trainList, layout.testList})
-    if (!list.empty())
-      for (const auto& entry : checkList(list, ignored))
-        pictures.push_back(entry.picture);
+  pictures.insert(pictures.end(), layout.testPictures.begin(), layout.testPictures.end());
+  for (const auto& list : layout.lists())
+    for (const auto& entry : checkList(list, ignored))
+      pictures.push_back(entry.picture);
   return pictures;
 }
 

@@ -57,14 +57,12 @@ bool isEarlierDemo(const fs::path& directory) {
 }
 
 void requireFreeOrEarlier(const fs::path& directory) {
-  requireDirectoryPlace(directory.string());
   if (fs::exists(directory) && !fs::is_empty(directory) && !isEarlierDemo(directory))
     throw CommandError("'" + directory.string() +
                        "' holds files that are no earlier demo; give a new or empty directory");
 }
 
 void clearDirectory(const fs::path& directory) {
-  makeDirectory(directory.string());
   std::error_code error;
   for (const auto* entry : entries) {
     fs::remove_all(directory / entry, error);
@@ -214,12 +212,20 @@ void runDemo(const Locations& locations, const DemoOptions& options, Output& out
     requireApart(options.pictures, directory);
     picturesIn(WTNVProject(projectName, "", "", ""), options.pictures, false);
   }
-  requireFreeOrEarlier(directory);
+  requireDirectoryPlace(directory.string());
   if (output.isDryRun()) {
+    requireFreeOrEarlier(directory);
     sayPlan(directory, output);
     return;
   }
   const platform::InterruptCatcher catcher;
+  makeDirectory(directory.string());
+  // What another one has written until now would look like files of the user.
+  const platform::DirectoryLock lock(directory);
+  if (!lock.isOurs())
+    throw CommandError("another command works in '" + directory.string() +
+                       "'; nothing was changed, try again when it is done");
+  requireFreeOrEarlier(directory);
   clearDirectory(directory);
 
   Material material;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
+#include <set>
 #include <unordered_set>
 
 #include "CommandError.h"
@@ -15,6 +17,7 @@
 #include "TaskTree.h"
 #include "TemplateValues.h"
 #include "WatchedRun.h"
+#include "verify/PictureCheck.h"
 
 namespace fs = std::filesystem;
 
@@ -162,14 +165,42 @@ void writeNames(const WTNVProject& project, const std::string& file) {
   if (!stream) throw CommandError("'" + file + "' cannot be written");
 }
 
-void noteIdleGrouping(const WTNVProject& project, const Grouping& grouping, Output& output) {
+// An expression that finds nothing is a slip of the pen, and a division by it no division by
+// groups.
+void requireMatches(const WTNVProject& project, const Grouping& grouping, Output& output) {
+  if (grouping.kind != Grouping::Kind::pattern) return;
   const Grouper grouper(grouping);
   const auto trainSets = project.wGetTrainSets();
-  const auto isFound = [&](const auto& each) { return grouper.finds(each.getImagePath()); };
-  if (std::none_of(trainSets.begin(), trainSets.end(), isFound))
-    output.note("'" + grouping.pattern +
-                "' finds nothing in the name of any picture; nothing is kept together but the "
-                "samples of one picture");
+  const auto matched = static_cast<std::size_t>(
+      std::count_if(trainSets.begin(), trainSets.end(),
+                    [&](const auto& each) { return grouper.finds(each.getImagePath()); }));
+  if (matched == 0)
+    throw CommandError("'" + grouping.pattern + "' finds nothing in the name of any of the " +
+                           counted(trainSets.size(), "picture") +
+                           "; give an expression that finds what pictures have in common",
+                       exitUsage);
+  output.fact("matched", static_cast<Json::UInt64>(matched));
+  output.note("'" + grouping.pattern + "' finds something in the names of " +
+              std::to_string(matched) + " of " + counted(trainSets.size(), "picture") +
+              (matched < trainSets.size() ? "; each of the others stands alone" : ""));
+}
+
+std::vector<std::string> cutPictures(const SampleSources& sources) {
+  const std::set<std::string> pictures(sources.pictures().begin(), sources.pictures().end());
+  std::vector<std::string> cut;
+  std::copy_if(pictures.begin(), pictures.end(), std::back_inserter(cut), isCutJpeg);
+  return cut;
+}
+
+std::size_t pointsOn(const WTNVProject& project, const SampleSources& sources) {
+  const std::unordered_set<std::string> used(sources.pictures().begin(), sources.pictures().end());
+  std::size_t points = 0;
+  for (const auto& trainSet : project.wGetTrainSets()) {
+    if (!used.contains(trainSet.getImagePath())) continue;
+    for (const auto& mark : trainSet.wGetMarks())
+      if (mark.wGetType() == "Point" && !mark.wGetClassIdx().empty()) ++points;
+  }
+  return points;
 }
 
 std::size_t withoutSamples(const WTNVProject& project, const SampleSources& sources) {
@@ -208,7 +239,7 @@ TrainingSetPaths prepareSet(WTNVProject& project, const Locations& locations,
   setWeights(darknet, options.weights);
   setDarknet(darknet, options, paths);
   setTemplates(darknet, project.wGetGeneration(), options, paths);
-  noteIdleGrouping(project, parseGrouping(options.keepTogether), output);
+  requireMatches(project, parseGrouping(options.keepTogether), output);
   return paths;
 }
 
@@ -230,11 +261,35 @@ GenerateResult generateSet(WTNVProject& project, const Locations& locations,
   writeNames(project, paths.names);
   requireFilled(paths.data, output);
   requireFilled(paths.net, output);
-  return {paths, readTrainingSet(paths, project.wGetDNNClasses().size()), division,
-          withoutSamples(project, sources)};
+  return {paths,
+          readTrainingSet(paths, project.wGetDNNClasses().size()),
+          division,
+          withoutSamples(project, sources),
+          cutPictures(sources),
+          pointsOn(project, sources)};
 }
 
 namespace {
+
+void sayCut(const std::vector<std::string>& pictures, Output& output) {
+  Json::Value list(Json::arrayValue);
+  for (const auto& picture : pictures)
+    list.append(picture);
+  output.fact("cutPictures", list);
+  if (pictures.empty()) return;
+  output.say(counted(pictures.size(), "picture") +
+             " without the end of the file, whose samples are grey there:");
+  for (const auto& picture : pictures)
+    output.say("  " + picture);
+  output.setFindings();
+}
+
+void sayPoints(std::size_t points, Output& output) {
+  output.fact("points", static_cast<Json::UInt64>(points));
+  if (points > 0)
+    output.say(points == 1 ? "1 point becomes a box of one pixel"
+                           : std::to_string(points) + " points become boxes of one pixel");
+}
 
 std::string percent(double share) {
   return formatFixed(100 * share, 1) + " %";
@@ -309,12 +364,14 @@ void runGenerate(const Locations& locations, const GenerateOptions& options, Out
     sayPlan(*project, prepareSet(*project, locations, options, output), output);
     return;
   }
-  const auto [paths, content, division, leftOut] =
+  const auto [paths, content, division, leftOut, cut, points] =
       generateSet(*project, locations, options, output);
   output.table("set", {"pictures", "samples", "training", "test", "boxes"},
                {{project->wGetTrainSets().size(), content.samples(), content.training, content.test,
                  content.boxCount()}});
   sayLeftOut(leftOut, output);
+  sayCut(cut, output);
+  sayPoints(points, output);
   if (division) writeDivision(*division, options, output);
   if (content.test == 0)
     output.note(division ? "the test list is empty, for the groups are few; a larger --test-ratio "

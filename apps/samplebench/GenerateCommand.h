@@ -51,6 +51,10 @@ struct GenerateResult {
   std::optional<GroupedDivision> division;
   /// Pictures that no sample came of, for they cannot be read.
   std::size_t leftOut = 0;
+  /// Pictures whose files break off, so that their samples are grey from there on.
+  std::vector<std::string> cut;
+  /// Marks that are points, on pictures with samples.
+  std::size_t points = 0;
 };
 
 /// Writes a training set of a project that is open. All is checked before anything is deleted.

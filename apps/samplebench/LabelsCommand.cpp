@@ -10,6 +10,7 @@
 #include "ImportCommand.h"
 #include "OutputFile.h"
 #include "Platform.h"
+#include "Progress.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
 namespace {
@@ -30,6 +31,50 @@ struct LabelsOptions {
 
 // More would bury what went well; --rejections has them all.
 constexpr std::size_t mostRejectionsShown = 20;
+
+// Shows how far the exchange has come, and has it stop at the user's interrupt. The library's
+// callback is a plain function, so that there is one such watch at a time.
+class ExchangeWatch {
+ public:
+  // `calls` of the callback are to be expected for each picture.
+  ExchangeWatch(WTNVToolLabelExchange& watched, std::size_t pictures, std::size_t calls,
+                Output& output)
+      : exchange(watched), progress(pictures, output), total(pictures), callsPerPicture(calls) {
+    current = this;
+    exchange.setCBUpdate([] { current->update(); });
+  }
+
+  ~ExchangeWatch() {
+    exchange.setCBUpdate(nullptr);
+    progress.finish();
+  }
+
+  ExchangeWatch(const ExchangeWatch&) = delete;
+  ExchangeWatch& operator=(const ExchangeWatch&) = delete;
+
+  bool wasStopped() const { return stopped; }
+
+ private:
+  void update() {
+    progress.moveTo(std::min(++callsSeen / callsPerPicture, total));
+    if (!platform::InterruptCatcher::interrupted()) return;
+    stopped = true;
+    exchange.wProcessStop();
+  }
+
+  static inline ExchangeWatch* current = nullptr;
+
+  WTNVToolLabelExchange& exchange;
+  Progress progress;
+  std::size_t total;
+  std::size_t callsPerPicture;
+  std::size_t callsSeen = 0;
+  bool stopped = false;
+};
+
+[[noreturn]] void endInterrupted(const std::string& outcome) {
+  throw CommandError("interrupted; " + outcome, exitInterrupted);
+}
 
 void setUp(WTNVToolLabelExchange& exchange, const LabelsOptions& options) {
   if (!options.format.empty())
@@ -146,13 +191,33 @@ struct ImportCounts {
   std::size_t marks = 0;
 };
 
+constexpr auto nothingImported = "nothing was imported, the project is as it was";
+
+void readLabels(WTNVToolLabelExchange& exchange, const LabelsOptions& options, Output& output) {
+  // How many there are shows only when all are read.
+  const ExchangeWatch watch(exchange, 0, 1, output);
+  output.note("reading the labels in " + options.path);
+  const bool isRead = exchange.wRead(options.path);
+  if (watch.wasStopped()) endInterrupted(nothingImported);
+  if (!isRead)
+    throw CommandError("no labels can be read from '" + options.path + "': " + output.cause() +
+                       "; --format and --names tell how to read them");
+  if (exchange.wGetImagePaths().empty())
+    throw CommandError("the labels have no pictures; --pictures tells where they lie");
+}
+
+// In memory only.
 ImportCounts addAll(WTNVProject& project, const std::string& set, WTNVToolLabelExchange& exchange,
                     Output& output) {
   ImportCounts counts;
   counts.classes = addMissingClasses(project, exchange.wGetClassNames(), output);
-  counts.pictures = addPictures(project, set, exchange.wGetImagePaths()).added;
-  counts.marks = static_cast<std::size_t>(
-      exchange.wAddMarks(project.wGetTrainSetsFromImageSet(set), project.wGetDNNClasses()));
+  const auto pictures = exchange.wGetImagePaths();
+  counts.pictures = addPictures(project, set, pictures).added;
+  const auto trainSets = project.wGetTrainSetsFromImageSet(set);
+  // Each record is read, then each picture of the labels gets its marks.
+  const ExchangeWatch watch(exchange, trainSets.size() + pictures.size(), 1, output);
+  counts.marks = static_cast<std::size_t>(exchange.wAddMarks(trainSets, project.wGetDNNClasses()));
+  if (watch.wasStopped()) endInterrupted(nothingImported);
   return counts;
 }
 
@@ -206,6 +271,33 @@ void reportExport(const WTNVToolLabelExchange& exchange, const LabelsOptions& op
                                {"cut", exchange.wGetCut()}});
 }
 
+constexpr auto nothingExported = "nothing was exported, an earlier export is as it was";
+
+void takeMarks(WTNVToolLabelExchange& exchange, const LabelsOptions& options,
+               const std::vector<WTNVTrainSet>& trainSets, const std::vector<WTNVDNNClass>& classes,
+               Output& output) {
+  const ExchangeWatch watch(exchange, 0, 1, output);
+  const bool areTaken = exchange.wReadMarks(trainSets, classes);
+  if (watch.wasStopped()) endInterrupted(nothingExported);
+  if (!areTaken)
+    throw CommandError(
+        "the classes cannot be written; their numbers must run from 0 without gaps "
+        "(samplebench class list " +
+        options.project + ")");
+}
+
+void writeLabels(WTNVToolLabelExchange& exchange, const LabelsOptions& options,
+                 std::size_t pictures, Output& output) {
+  // Each picture is looked at, its labels are written, and it may be copied.
+  const ExchangeWatch watch(exchange, pictures, options.copy ? 3 : 2, output);
+  const bool isDone =
+      output.isDryRun() ? exchange.wCanWrite(options.path) : exchange.wWrite(options.path);
+  if (watch.wasStopped()) endInterrupted(nothingExported);
+  if (!isDone)
+    throw CommandError("the labels cannot be written to '" + options.path + "': " + output.cause() +
+                       "; give a new or empty directory");
+}
+
 void runImport(const Locations& locations, const LabelsOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
@@ -213,11 +305,8 @@ void runImport(const Locations& locations, const LabelsOptions& options, Output&
   if (!options.rejections.empty()) requireApart(options.rejections, sourcesOf(options));
   WTNVToolLabelExchange exchange;
   setUp(exchange, options);
-  if (!exchange.wRead(options.path))
-    throw CommandError("no labels can be read from '" + options.path + "': " + output.cause() +
-                       "; --format and --names tell how to read them");
-  if (exchange.wGetImagePaths().empty())
-    throw CommandError("the labels have no pictures; --pictures tells where they lie");
+  const platform::InterruptCatcher catcher;
+  readLabels(exchange, options, output);
   if (!options.rejections.empty())
     requireApartFromPictures(options.rejections, exchange.wGetImagePaths());
   const auto counts = addAll(*project, options.set, exchange, output);
@@ -232,19 +321,11 @@ void runExport(const Locations& locations, const LabelsOptions& options, Output&
   if (!options.rejections.empty()) requireApart(options.rejections, {options.path});
   WTNVToolLabelExchange exchange;
   setUp(exchange, options);
-  const auto trainSets = chosenTrainSets(*project, options.workflow, output);
-  if (!exchange.wReadMarks(trainSets, project->wGetDNNClasses()))
-    throw CommandError(
-        "the classes cannot be written; their numbers must run from 0 without gaps "
-        "(samplebench class list " +
-        options.project + ")");
-  requireDirectoryPlace(options.path);
   const platform::InterruptCatcher catcher;
-  const bool done =
-      output.isDryRun() ? exchange.wCanWrite(options.path) : exchange.wWrite(options.path);
-  if (!done)
-    throw CommandError("the labels cannot be written to '" + options.path + "': " + output.cause() +
-                       "; give a new or empty directory");
+  const auto trainSets = chosenTrainSets(*project, options.workflow, output);
+  takeMarks(exchange, options, trainSets, project->wGetDNNClasses(), output);
+  requireDirectoryPlace(options.path);
+  writeLabels(exchange, options, trainSets.size(), output);
   reportExport(exchange, options, trainSets.size(), output);
   reportRejections(exchange, options, output);
 }

@@ -14,6 +14,7 @@ namespace {
 struct MagnifyOptions {
   std::string project;
   std::string picture;
+  std::string set;
   std::string file;
   std::string at;
   double zoom = 2;
@@ -77,7 +78,7 @@ void runMagnify(const Locations& locations, const MagnifyOptions& options, Outpu
   const auto window = windowSize(options);
   const auto project = openProject(locations, options.project);
   const auto pictures = readPictures(*project, output);
-  const auto place = PictureIndex(pictures, output).find(options.picture);
+  const auto place = PictureIndex(pictures, output, options.set).find(options.picture);
   requireWritablePicture(options.file, *project, pictures);
   Editor editor(*project);
   choose(editor.view, options, window);
@@ -99,6 +100,7 @@ void addMagnifyCommand(CLI::App& app, ProgramOptions& program) {
       [&program, options](Output& output) { runMagnify(program.locations, *options, output); });
   addProjectArgument(*command, options->project);
   addPictureArgument(*command, options->picture);
+  addSetOption(*command, options->set);
   addOutputFile(*command, options->file, "spot.png");
   command->add_option("--at", options->at, "the spot, x,y from 0 to 1")->required();
   command->add_option("--zoom", options->zoom, "pixels per pixel of the picture")

@@ -14,6 +14,7 @@ namespace {
 struct MarkOptions {
   std::string project;
   std::string picture;
+  std::string set;
   std::string form;
   std::string className;
   std::vector<std::string> points;
@@ -96,16 +97,16 @@ auto named(const MarkRequest& request, Function function) {
 
 std::vector<Job> checkedJobs(const WTNVProject& project, const std::vector<PictureRecord>& pictures,
                              const WTNVHandlerMark& marks, const std::vector<MarkRequest>& requests,
-                             PointUnit unit, Output& output) {
-  const PictureIndex index(pictures, output);
+                             const MarkManner& manner, Output& output) {
+  const PictureIndex index(pictures, output, manner.set);
   const auto forms = marks.getAvailableMarkForms();
   std::vector<Job> jobs;
   for (const auto& request : requests) {
     jobs.push_back(named(request, [&] {
       requireChoice("form", request.form, forms, exitUsage);
       checkPointCount(marks, request);
-      checkExtent(request.form, request.points, unit, exitUsage);
-      if (unit == PointUnit::relative) checkWithinPicture(request.points);
+      checkExtent(request.form, request.points, manner.unit, exitUsage);
+      if (manner.unit == PointUnit::relative) checkWithinPicture(request.points);
       return Job{&request, index.find(request.picture), findClass(project, request.className)};
     }));
   }
@@ -153,7 +154,7 @@ std::size_t addMarks(WTNVProject& project, const std::vector<MarkRequest>& reque
                      const MarkManner& manner, Output& output) {
   const auto pictures = readPictures(project, output);
   Editor editor(project);
-  auto jobs = checkedJobs(project, pictures, editor.marks, requests, manner.unit, output);
+  auto jobs = checkedJobs(project, pictures, editor.marks, requests, manner, output);
   // Each picture is bound once: to bind one means to read it.
   std::stable_sort(jobs.begin(), jobs.end(),
                    [](const Job& a, const Job& b) { return a.picture < b.picture; });
@@ -188,7 +189,8 @@ void runMark(const Locations& locations, const MarkOptions& options, Output& out
   const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
   const auto requests = requestsFor(options);
-  const MarkManner manner{options.pixels ? PointUnit::pixels : PointUnit::relative, options.assist};
+  const MarkManner manner{options.pixels ? PointUnit::pixels : PointUnit::relative, options.assist,
+                          options.set};
   const auto pictures = addMarks(*project, requests, manner, output);
   saveProject(*project, false, output);
   output.fact("marks", static_cast<Json::UInt64>(requests.size()));
@@ -213,6 +215,7 @@ void addMarkCommand(CLI::App& app, ProgramOptions& program) {
       [&program, options](Output& output) { runMark(program.locations, *options, output); });
   addProjectArgument(*command, options->project);
   addPictureArgument(*command, options->picture)->required(false);
+  addSetOption(*command, options->set);
   auto* form = command->add_option("FORM", options->form, "form of the mark, see below");
   program.choices[form] = choicesOf(&Editor::marks, &WTNVHandlerMark::getAvailableMarkForms);
   command->add_option("POINT", options->points, "points x,y, 0 to 1 from the top left");

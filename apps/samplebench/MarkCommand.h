@@ -20,6 +20,8 @@ struct MarkManner {
   PointUnit unit = PointUnit::relative;
   /// Whether each mark snaps to the object under it before it is added.
   bool assist = false;
+  /// The set that pictures are looked for in; empty for all.
+  std::string set;
 };
 
 /// Adds the marks in memory; all are checked first. Returns how many pictures they lie on. Throws

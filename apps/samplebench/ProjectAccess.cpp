@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 
 #include <opencv2/core.hpp>
 
@@ -79,9 +80,43 @@ void requireNewProject(const Locations& locations, const std::string& name) {
                        "; use a directory that can be written to");
 }
 
+namespace {
+
+[[noreturn]] void refuseBusy(const std::string& project) {
+  throw CommandError("another command works on project '" + project +
+                     "'; nothing was changed, try again when it is done");
+}
+
+// A directory that is there while it lives, and goes again if nothing was put into it.
+struct ClaimedDirectory {
+  explicit ClaimedDirectory(fs::path directory) : path(std::move(directory)) {
+    std::error_code error;
+    fs::create_directories(path.parent_path(), error);
+    isNew = fs::create_directory(path, error);
+  }
+
+  ~ClaimedDirectory() {
+    std::error_code error;
+    if (isNew) fs::remove(path, error);
+  }
+
+  ClaimedDirectory(const ClaimedDirectory&) = delete;
+  ClaimedDirectory& operator=(const ClaimedDirectory&) = delete;
+
+  fs::path path;
+  bool isNew = false;
+};
+
+}  // namespace
+
 std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
   requireNewProject(locations, name);
   const platform::InterruptCatcher catcher;
+  // Of several commands that make it at once one wins; the others meet its lock or its project.
+  const ClaimedDirectory directory(fs::path(locations.projects) / name);
+  const platform::DirectoryLock lock(directory.path);
+  if (!lock.isOurs()) refuseBusy(name);
+  requireNewProject(locations, name);
   auto project = projectAt(locations, name);
   if (!project->wCreate())
     throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
@@ -116,9 +151,7 @@ ProjectLock::ProjectLock(const Locations& locations, const std::string& name,
                          const Output& output) {
   if (output.isDryRun()) return;
   lock = std::make_unique<platform::DirectoryLock>(fs::path(locations.projects) / name);
-  if (!lock->isOurs())
-    throw CommandError("another command works on project '" + name +
-                       "'; nothing was changed, try again when it is done");
+  if (!lock->isOurs()) refuseBusy(name);
 }
 
 namespace {
@@ -243,29 +276,56 @@ std::string absolutePath(const std::string& path) {
   return fs::absolute(path).lexically_normal().generic_string();
 }
 
-PictureIndex::PictureIndex(const std::vector<PictureRecord>& pictures, Output& output)
+namespace {
+
+void requireSet(const std::vector<PictureRecord>& records, const std::string& set) {
+  if (set.empty()) return;
+  std::set<std::string> sets;
+  for (const auto& record : records)
+    sets.insert(record.set);
+  requireChoice("set", set, {sets.begin(), sets.end()});
+}
+
+}  // namespace
+
+PictureIndex::PictureIndex(const std::vector<PictureRecord>& pictures, Output& output,
+                           const std::string& set)
     : records(pictures), messages(output) {
+  requireSet(records, set);
   for (std::size_t place = 0; place < records.size(); ++place) {
     const auto& path = records[place].path;
-    if (path.empty()) continue;
+    if (path.empty() || (!set.empty() && records[place].set != set)) continue;
     byPath[absolutePath(path)].push_back(place);
     byFileName[fs::path(path).filename().string()].push_back(place);
   }
 }
 
-std::size_t PictureIndex::find(const std::string& name) const {
+std::vector<std::size_t> PictureIndex::foundPlaces(const std::string& name) const {
   const auto places = placesOf(name);
   if (places.empty()) throw CommandError(missing(name));
-  const auto first = places.front();
   const auto isSame = [&](std::size_t place) {
-    return absolutePath(records[place].path) == absolutePath(records[first].path);
+    return absolutePath(records[place].path) == absolutePath(records[places.front()].path);
   };
   if (!std::all_of(places.begin(), places.end(), isSame))
     throw CommandError("'" + name + "' may be one of " + candidates(places) + "; give its path");
+  return places;
+}
+
+std::size_t PictureIndex::find(const std::string& name) const {
+  const auto places = foundPlaces(name);
+  const auto first = places.front();
   if (places.size() > 1 && noted.insert(first).second)
     messages.note("'" + name + "' is in several sets, " + candidates(places) +
-                  "; the first one is taken");
+                  "; the first one is taken, --set chooses another");
   return first;
+}
+
+std::size_t PictureIndex::findOnly(const std::string& name) const {
+  const auto places = foundPlaces(name);
+  if (places.size() > 1)
+    throw CommandError("'" + name + "' is in several sets, " + candidates(places) +
+                       "; choose one with --set");
+  return places.front();
 }
 
 std::string PictureIndex::missing(const std::string& name) const {

@@ -88,7 +88,9 @@ std::string absolutePath(const std::string& path);
 /// Finds pictures of a project by path or by file name.
 class PictureIndex {
  public:
-  PictureIndex(const std::vector<PictureRecord>& pictures, Output& output);
+  /// Finds them in one set only, if it is given; throws CommandError if there is no such set.
+  PictureIndex(const std::vector<PictureRecord>& pictures, Output& output,
+               const std::string& set = "");
 
   /// Place of the picture in the list; of one that is in several sets the first, which is noted. A
   /// file name will do if it is the only one; throws
@@ -96,7 +98,11 @@ class PictureIndex {
   /// records that cannot be read, for it may be in one of them.
   std::size_t find(const std::string& name) const;
 
+  /// The same, for what cannot be undone: throws CommandError for one that is in several sets.
+  std::size_t findOnly(const std::string& name) const;
+
  private:
+  std::vector<std::size_t> foundPlaces(const std::string& name) const;
   std::vector<std::size_t> placesOf(const std::string& name) const;
   std::string candidates(const std::vector<std::size_t>& places) const;
   std::string missing(const std::string& name) const;

@@ -44,7 +44,7 @@ void zoom(WTNVHandlerImageView& view, const RenderOptions& options) {
 void renderPicture(WTNVProject& project, const RenderOptions& options, Output& output) {
   const auto cross = crossPosition(options.cross);
   const auto pictures = readPictures(project, output);
-  const auto place = PictureIndex(pictures, output).find(options.picture);
+  const auto place = PictureIndex(pictures, output, options.set).find(options.picture);
   requireWritablePicture(options.file, project, pictures);
   Editor editor(project);
   choose(editor.view, options);
@@ -88,6 +88,7 @@ void addRenderCommand(CLI::App& app, ProgramOptions& program) {
                         });
   addProjectArgument(*command, options->project);
   addPictureArgument(*command, options->picture);
+  addSetOption(*command, options->set);
   addOutputFile(*command, options->file, "seen.png");
   auto* zoom = command->add_option("--zoom", options->zoom, "pixels per pixel of the picture")
                    ->check(numberBetween(smallestZoom, largestZoom));

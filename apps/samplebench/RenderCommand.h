@@ -12,6 +12,8 @@ struct ProgramOptions;
 struct RenderOptions {
   std::string project;
   std::string picture;
+  /// That the picture is looked for in; empty for all.
+  std::string set;
   std::string file;
   double zoom = 1;
   std::string fit;

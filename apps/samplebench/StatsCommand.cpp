@@ -54,13 +54,14 @@ void requireOutside(const std::string& report, const std::string& set) {
 
 // Numbers of what is not there would all be zero.
 void requireLists(const SetLayout& layout) {
-  for (const auto& list : {layout.trainList, layout.testList})
-    if (!list.empty() && !readTextFile(list).readable)
+  for (const auto& list : layout.lists())
+    if (!readTextFile(list).readable)
       throw CommandError("the list '" + list +
                          "' of the set is missing or cannot be read; samplebench verify tells "
                          "what else is wrong");
-  if (layout.trainList.empty() && layout.pictures.empty())
-    throw CommandError("'" + layout.dataFile + "' names no list of pictures (train = ...)");
+  if (layout.trainLists.empty() && layout.pictures.empty())
+    throw CommandError("'" + (layout.dataFile.empty() ? layout.description : layout.dataFile) +
+                       "' names no pictures that are there (train)");
 }
 
 DataStatistics statisticsOf(const Locations& locations, const StatsOptions& options,

@@ -77,6 +77,7 @@ void addVerifyCommand(CLI::App& app, ProgramOptions& program) {
        "says file, line and rule of each finding. Exit code 3 if there are any.",
        "verify set/"},
       [options](Output& output) { runVerify(*options, output); });
-  command->add_option("SET", options->set, "directory of the set, or its data file")->required();
+  command->add_option("SET", options->set, "directory of the set, its data file or its data.yaml")
+      ->required();
   command->add_option("--net", options->network, "network file (default: the one beside the set)");
 }

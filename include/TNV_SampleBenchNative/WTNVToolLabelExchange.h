@@ -33,6 +33,17 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   /// by reading it. False, and 0, for what is no picture that can be read.
   static bool wGetPictureSize(const std::string& path, int& width, int& height);
 
+  /// The classes that a file tells of, as `wSetNames` takes it: their names, in the order of their
+  /// numbers. False, with both lists empty, if there are none.
+  static bool wReadClassNames(const std::string& file, std::vector<std::string>& names,
+                              std::vector<int>& numbers);
+
+  /// What a `data.yaml` says under a key: the texts of a list or of a map of numbers, or a single
+  /// text. Under `train`, `val` and `test` these are the absolute paths of directories and lists of
+  /// pictures, whether they exist or not. Empty if the file is none (extension yaml or yml), cannot
+  /// be read or does not have the key.
+  static std::vector<std::string> wReadDescription(const std::string& file, const std::string& key);
+
   /// The names of the formats, sorted.
   static std::vector<std::string> wGetAvailableFormats();
 

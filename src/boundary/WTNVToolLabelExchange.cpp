@@ -1,7 +1,11 @@
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "boundary/Handles.h"
 #include "foundation/PictureHead.h"
+#include "tools/LabelNames.h"
 #include "tools/TNVToolLabelExchange.h"
 
 namespace {
@@ -10,6 +14,11 @@ std::vector<TNVTrainSet*> asTrainSets(const std::vector<WTNVTrainSet>& handles) 
   std::vector<TNVTrainSet*> trainSets = tnv::asPointers(handles);
   std::erase(trainSets, nullptr);
   return trainSets;
+}
+
+int asInt(long long number) {
+  using Limits = std::numeric_limits<int>;
+  return static_cast<int>(std::clamp<long long>(number, Limits::min(), Limits::max()));
 }
 
 }  // namespace
@@ -25,6 +34,23 @@ bool WTNVToolLabelExchange::wGetPictureSize(const std::string& path, int& width,
   width = size.width;
   height = size.height;
   return !size.empty();
+}
+
+bool WTNVToolLabelExchange::wReadClassNames(const std::string& file,
+                                            std::vector<std::string>& names,
+                                            std::vector<int>& numbers) {
+  auto description = tnv::readDescription(file);
+  if (!description) description.emplace();
+  names = std::move(description->classes.names);
+  numbers.clear();
+  for (const long long number : description->classes.numbers)
+    numbers.push_back(asInt(number));
+  return !names.empty();
+}
+
+std::vector<std::string> WTNVToolLabelExchange::wReadDescription(const std::string& file,
+                                                                 const std::string& key) {
+  return tnv::readYamlTexts(file, key);
 }
 
 std::vector<std::string> WTNVToolLabelExchange::wGetAvailableFormats() {

@@ -357,8 +357,18 @@ std::string withoutStepUp(std::string path) {
   return path.starts_with("../") ? path.substr(3) : path;
 }
 
-void resolveYamlSources(LabelDescription& description, const fs::path& directory) {
-  for (std::string& source : description.sources) {
+/// The places of pictures under one key, as they are written below the `path` of the set.
+std::vector<std::string> yamlSources(std::string_view text, std::string_view key) {
+  const fs::path root = yamlScalar(text, "path");
+  std::vector<std::string> sources;
+  for (const std::string& source : yamlTexts(text, key)) {
+    if (!namesNothing(source)) sources.push_back((root / source).string());
+  }
+  return sources;
+}
+
+void resolveYamlSources(std::vector<std::string>& sources, const fs::path& directory) {
+  for (std::string& source : sources) {
     std::error_code error;
     const fs::path asWritten = directory / source;
     source =
@@ -387,11 +397,9 @@ LabelDescription parseYaml(const std::string& text) {
   const std::string_view content = withoutByteOrderMark(text);
   LabelDescription description;
   if (const auto names = valueOf(content, "names")) description.classes = parseYamlNames(*names);
-  const fs::path root = yamlScalar(content, "path");
   for (const std::string_view key : kYamlSources) {
-    for (const std::string& source : yamlTexts(content, key)) {
-      if (!namesNothing(source)) description.sources.push_back((root / source).string());
-    }
+    for (std::string& source : yamlSources(content, key))
+      description.sources.push_back(std::move(source));
   }
   return description;
 }
@@ -410,8 +418,21 @@ std::optional<LabelDescription> readDescription(const std::string& file) {
     return parseDarknetData(std::string(withoutByteOrderMark(*content)), directory);
   LabelDescription description = parseYaml(*content);
   if (description.classes.names.empty()) return std::nullopt;
-  resolveYamlSources(description, directory);
+  resolveYamlSources(description.sources, directory);
   return description;
+}
+
+std::vector<std::string> readYamlTexts(const std::string& file, const std::string& key) {
+  const auto content = isYaml(file) ? readFile(file) : std::nullopt;
+  if (!content) return {};
+  const std::string_view text = withoutByteOrderMark(*content);
+  if (std::find(std::begin(kYamlSources), std::end(kYamlSources), key) == std::end(kYamlSources))
+    return yamlTexts(text, key);
+  std::vector<std::string> sources = yamlSources(text, key);
+  resolveYamlSources(sources, fs::path(absolutePicturePath(file)).parent_path());
+  for (std::string& source : sources)
+    source = absolutePicturePath(source);
+  return sources;
 }
 
 std::string yamlText(const std::vector<std::string>& names, const std::string& pictures) {

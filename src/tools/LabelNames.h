@@ -31,6 +31,11 @@ LabelDescription parseYaml(const std::string& text);
 /// file, or a `data.yaml`. Nothing if there are none to be found.
 std::optional<LabelDescription> readDescription(const std::string& file);
 
+/// What a `data.yaml` says under a key: the texts of a list or of a map of numbers, or a single
+/// one. Places of pictures (`train`, `val`, `test`) are absolute paths. Empty if the file is none
+/// or does not have the key.
+std::vector<std::string> readYamlTexts(const std::string& file, const std::string& key);
+
 /// The text of a `data.yaml` for these classes; `pictures` is its `train` and `val`.
 std::string yamlText(const std::vector<std::string>& names, const std::string& pictures);
 

@@ -362,6 +362,41 @@ TEST_F(ProgramLock, OneCommandAtATimeChangesAProject) {
   succeed(mark);
 }
 
+TEST_F(ProgramLock, AProjectIsMadeByOneCommandAtATime) {
+  place.makeDirectory("projects/parts");
+  const int directory = open((place / "projects/parts").c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_EQ(flock(directory, LOCK_EX | LOCK_NB), 0);
+  fail({"create", "parts"}, "another command works on project 'parts'");
+  EXPECT_TRUE(fs::is_empty(place / "projects/parts"));
+  close(directory);
+  std::vector<std::unique_ptr<RunningProgram>> programs;
+  for (int i = 0; i < 8; ++i)
+    programs.push_back(std::make_unique<RunningProgram>(
+        Words{SAMPLEBENCH_PROGRAM, "create", "parts"}, place.path()));
+  int made = 0;
+  for (auto& program : programs) {
+    const auto result = program->wait();
+    if (result.exitCode == 0) {
+      ++made;
+    } else {
+      EXPECT_THAT(result.err, testing::AnyOf(HasSubstr("another command works on project 'parts'"),
+                                             HasSubstr("is there already")));
+    }
+  }
+  EXPECT_EQ(made, 1);
+  succeed({"class", "add", "parts", "nut"});
+}
+
+TEST_F(ProgramLock, ADemoHasItsDirectoryForItself) {
+  for (const bool isEarlier : {false, true}) {
+    auto first = start({"demo", "demo"});
+    ASSERT_TRUE(first.waitForError("marking"));
+    fail({"demo", "demo"}, "another command works in '");
+    EXPECT_EQ(first.wait().exitCode, 0) << isEarlier;
+  }
+  succeed({"list", "demo", "--projects", "demo/projects"});
+}
+
 TEST_F(ProgramLock, MarksOfCommandsAtOnceAreThereOrRefused) {
   makeProject();
   std::vector<std::unique_ptr<RunningProgram>> programs;

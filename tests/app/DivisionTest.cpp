@@ -172,17 +172,29 @@ TEST_F(ProgramDivision, WithoutGroupsTheListsAreTheLibrarysOwn) {
   EXPECT_EQ(occurrences(readFile(place / "plain/test.txt"), "img_"), 5U);
 }
 
-TEST_F(ProgramDivision, APatternThatFindsNothingIsNoted) {
-  const std::vector<std::string> generate{"generate", "parts", "--output", "set",
-                                          "--keep-together"};
-  const auto noteOf = [&](const std::string& grouping) {
-    auto arguments = generate;
+TEST_F(ProgramDivision, ItIsToldHowManyPicturesAPatternFits) {
+  const std::vector<std::string> call{"generate", "parts", "--output", "set", "--keep-together"};
+  const auto with = [&](const std::string& grouping) {
+    auto arguments = call;
     arguments.push_back(grouping);
-    return run(arguments).err;
+    return arguments;
   };
-  EXPECT_NE(noteOf("group=video[0-9]").find("'video[0-9]' finds nothing in the name"),
+  for (const bool dry : {true, false}) {
+    auto arguments = with("group=video[0-9]");
+    if (dry) arguments.push_back("--dry-run");
+    fail(arguments, "'video[0-9]' finds nothing in the name of any of the 2 pictures", 2);
+    EXPECT_FALSE(std::filesystem::exists(place / "set"));
+  }
+  EXPECT_NE(run(with("group=^a"))
+                .err.find("'^a' finds something in the names of 1 of 2 pictures; "
+                          "each of the others stands alone\n"),
             std::string::npos);
-  EXPECT_EQ(noteOf("group=^a").find("finds nothing"), std::string::npos);
+  EXPECT_NE(run(with("group=png")).err.find("in the names of 2 of 2 pictures\n"),
+            std::string::npos);
+  auto json = with("group=^a");
+  json.push_back("--json");
+  EXPECT_NE(succeed(json).find("\"matched\" : 1"), std::string::npos);
+  EXPECT_EQ(run(with("source")).err.find("finds something"), std::string::npos);
 }
 
 TEST_F(ProgramDivision, WhatKeepsNothingTogetherIsWrongUsage) {

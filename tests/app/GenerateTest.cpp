@@ -276,6 +276,39 @@ TEST_F(ProgramGenerate, APictureThatIsGoneOrNoneIsNoted) {
   fail({"generate", "parts", "--output", "set"}, "no pictures that can be read");
 }
 
+TEST_F(ProgramGenerate, APictureWithoutTheEndOfItsFileGoesInAndIsToldOf) {
+  writePicture(place / "photos/c.jpg", 128, 64);
+  succeed({"import", "parts", "day1", "photos"});
+  succeed({"generate", "parts", "--output", "set"});
+  const auto whole = readFile(place / "photos/c.jpg");
+  place.write("photos/c.jpg", whole.substr(0, whole.size() * 2 / 3));
+  const auto result = run({"generate", "parts", "--output", "set"});
+  EXPECT_EQ(result.exitCode, 3) << result.err;
+  EXPECT_NE(result.out.find("\n1 picture without the end of the file, whose samples are grey "
+                            "there:\n  " +
+                            (place / "photos/c.jpg") + "\n"),
+            std::string::npos)
+      << result.out;
+  EXPECT_EQ(cv::imread(place / "set/samples/img_2.jpg").size(), cv::Size(128, 64));
+  const auto json = run({"generate", "parts", "--output", "set", "--json"});
+  EXPECT_EQ(json.exitCode, 3);
+  EXPECT_NE(json.out.find("photos/c.jpg"), std::string::npos) << json.out;
+}
+
+TEST_F(ProgramGenerate, PointsAreCountedForTheyBecomeBoxesOfOnePixel) {
+  markBoth();
+  EXPECT_EQ(succeed({"generate", "parts", "--output", "set"}).find("point"), std::string::npos);
+  succeed({"mark", "parts", "a.png", "Point", "0.5,0.5", "--class", "nut"});
+  EXPECT_NE(succeed({"generate", "parts", "--output", "set"})
+                .find("\n1 point becomes a box of one pixel\n"),
+            std::string::npos);
+  EXPECT_EQ(label(0), labelLine(1, 32, 16, 33, 33) + labelLine(1, 64, 32, 1, 1));
+  succeed({"mark", "parts", "b.png", "Point", "0.5,0.5", "--class", "nut"});
+  EXPECT_NE(succeed({"generate", "parts", "--output", "set"})
+                .find("\n2 points become boxes of one pixel\n"),
+            std::string::npos);
+}
+
 class ProgramStopped : public ProgramGenerate {
  protected:
   /// A run over an earlier set that has written a tenth.

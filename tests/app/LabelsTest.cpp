@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <json/reader.h>
 
+#include <csignal>
 #include <filesystem>
 #include <sstream>
 
@@ -241,4 +242,70 @@ TEST_F(LabelsTest, WrongRequestsAreRefusedWithAWayOut) {
   fail({"labels", "export", "parts", "out", "--format", "Darknet", "--workflow", "done"},
        "there is no workflow 'done'; choose from:");
   EXPECT_FALSE(fs::exists(place / "out"));
+}
+
+namespace {
+
+constexpr int stoppingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+class LabelsStopped : public LabelsTest {
+ protected:
+  LabelsStopped() {
+    const std::string picture = readFile(place / "photos/a.png");
+    std::string text;
+    for (int i = 0; i < 20; ++i)
+      text += "0 0.5 0.5 0." + std::to_string(11 + i) + " 0.5\n";
+    for (int i = 0; i < 1000; ++i) {
+      const std::string name = "p" + std::to_string(i);
+      place.write("in/images/" + name + ".png", picture);
+      labels(name, text);
+    }
+  }
+
+  /// Stops the program as soon as it says the text, and returns what it left.
+  ProgramResult stopped(const std::vector<std::string>& arguments, const std::string& text,
+                        int signal) const {
+    auto program = start(arguments);
+    EXPECT_TRUE(program.waitForError(text));
+    program.signal(signal);
+    return program.wait();
+  }
+};
+
+}  // namespace
+
+TEST_F(LabelsStopped, AnImportThatIsStoppedLeavesTheProjectAsItWas) {
+  const auto before = contents("projects");
+  for (const int signal : stoppingSignals) {
+    for (const std::string moment : {"reading the labels", "(60 %)"}) {
+      const auto result = stopped({"labels", "import", "parts", "others", "in"}, moment, signal);
+      EXPECT_EQ(result.exitCode, 130) << moment << result.err;
+      EXPECT_THAT(result.err, HasSubstr("samplebench: interrupted; nothing was imported"));
+      EXPECT_EQ(result.out, "");
+      EXPECT_EQ(contents("projects"), before) << moment;
+    }
+  }
+  // a.png and b.png are in another set: 20 labels of each of the 1000, and the two of c.png.
+  EXPECT_THAT(import().out, HasSubstr("imported  20002\nrejected      0\n"));
+}
+
+TEST_F(LabelsStopped, AnExportThatIsStoppedLeavesTheEarlierOneAsItWas) {
+  ASSERT_EQ(import().exitCode, 0);
+  for (const std::string format : {"Darknet", "COCO", "VOC"}) {
+    const std::vector<std::string> call{"labels",   "export", "parts", "out",
+                                        "--format", format,   "--copy"};
+    fs::remove_all(place / "out");
+    const auto first = stopped(call, "(30 %)", SIGINT);
+    EXPECT_EQ(first.exitCode, 130) << first.err;
+    EXPECT_FALSE(fs::exists(place / "out")) << "there was none before";
+    succeed({"labels", "export", "parts", "out", "--format", "Darknet"});
+    const auto before = contents("out");
+    for (const int signal : stoppingSignals) {
+      const auto result = stopped(call, "(30 %)", signal);
+      EXPECT_EQ(result.exitCode, 130) << format << result.err;
+      EXPECT_THAT(result.err, HasSubstr("samplebench: interrupted; nothing was exported"));
+      EXPECT_EQ(result.out, "");
+      EXPECT_EQ(contents("out"), before) << format;
+    }
+  }
 }

@@ -29,6 +29,21 @@ class ProgramStats : public ProgramTest {
   }
 };
 
+TEST_F(ProgramStats, ADescriptionTellsOfNamesAndPlaces) {
+  for (const std::string part : {"train", "val"}) {
+    place.makeDirectory("set/images/" + part);
+    writePicture(place / "set/images/" + part + "/a.png", 64, 32);
+    place.write("set/labels/" + part + "/a.txt", "1 0.5 0.5 0.5 0.5\n");
+  }
+  place.write("set/data.yaml", "train: images/train\nval: images/val\nnames: [bolt, nut]\n");
+  const auto out = succeed({"stats", "set"});
+  EXPECT_THAT(out, HasSubstr("\n       2           0              0      2              0\n"));
+  // The root of 32 by 16 pixels is 22.6.
+  EXPECT_THAT(out, HasSubstr("    2         2           22.6         22.6          22.6  nut\n"));
+  place.write("set/data.yaml", "val: images/val\nnames: [bolt, nut]\n");
+  fail({"stats", "set"}, "data.yaml' names no pictures that are there (train)");
+}
+
 }  // namespace
 
 TEST_F(ProgramStats, AProjectIsCounted) {
@@ -112,7 +127,7 @@ TEST_F(ProgramStats, ASetWhoseListsAreMissingIsNoEmptySet) {
   std::filesystem::remove(place / "set/train.txt");
   fail({"stats", "set"}, "set/train.txt' of the set is missing or cannot be read");
   place.write("set/parts.data", "classes = 2\n");
-  fail({"stats", "set"}, "names no list of pictures");
+  fail({"stats", "set"}, "names no pictures that are there");
 }
 
 TEST_F(ProgramStats, AReportReplacesNothingButAReport) {

@@ -390,6 +390,77 @@ TEST_F(VerifiedSetTest, WhatIsNoSetIsAnError) {
   EXPECT_THROW(verify(place.path()), CommandError) << "two data files";
 }
 
+/// The same set as newer trainers have it: pictures and labels in trees, described by data.yaml.
+class DescribedSetTest : public VerifiedSetTest {
+ protected:
+  void SetUp() override {
+    for (unsigned i = 0; i < 4; ++i) {
+      const std::string name = std::string(i < 2 ? "train" : "val") + "/p" + std::to_string(i);
+      fs::create_directories(fs::path(place / ("images/" + name)).parent_path());
+      cv::imwrite(place / ("images/" + name + ".png"), scene(i + 1));
+      place.write("labels/" + name + ".txt", std::to_string(i % 2) + " 0.5 0.5 0.25 0.5\n");
+    }
+    describe("path: .\ntrain: images/train\nval: images/val\nnc: 2\nnames: [screw, nut]\n");
+  }
+
+  void describe(const std::string& text) const { place.write("data.yaml", text); }
+};
+
+TEST_F(DescribedSetTest, ASoundSetHasNoFindings) {
+  EXPECT_THAT(findings(), IsEmpty());
+  EXPECT_THAT(findings(place / "data.yaml"), IsEmpty());
+  EXPECT_EQ(verify(place.path()).pictures, 4U);
+  EXPECT_EQ(verify(place.path()).labels, 4U);
+  fs::rename(place / "data.yaml", place / "data.yml");
+  EXPECT_EQ(verify(place.path()).labels, 4U);
+  place.write("val.txt", "images/val/p2.png\nimages/val/p3.png\n");
+  describe("train: ../images/train\nval: val.txt\nnames:\n  0: screw\n  1: nut\n");
+  EXPECT_THAT(findings(), IsEmpty()) << "a list, a step up too many, a map, no count";
+}
+
+TEST_F(DescribedSetTest, DefectsOfTheDescription) {
+  const std::string places = "train: images/train\nval: images/val\n";
+  const std::string names = "names: [screw, nut]\n";
+  struct Row {
+    std::string text;
+    std::vector<std::string> found;
+  };
+  for (const auto& [text, found] : std::vector<Row>{
+           {places + "nc: 3\n" + names, {"data.yaml:0 class-count"}},
+           {places + "nc: two\n" + names, {"data.yaml:0 class-count"}},
+           {places, {"data.yaml:0 missing-names"}},
+           {places + "names: [screw, screw]\n", {"data.yaml:0 same-name"}},
+           {places + "names: ['', nut]\n", {"data.yaml:0 blank-name"}},
+           {places + "names: {0: screw, 2: nut}\n", {"data.yaml:0 class-count"}},
+           {places + "names: {1: screw, 2: nut}\n", {"data.yaml:0 class-count"}},
+           {places + "names: [screw]\n",
+            {"labels/train/p1.txt:1 class-number", "labels/val/p3.txt:1 class-number"}},
+           {"train: images/train\n" + names, {"data.yaml:0 data-key"}},
+           {"val: images/val\n" + names, {"data.yaml:0 data-key"}},
+           {"train: images/train\nval: images/absent\n" + names, {"data.yaml:0 missing-file"}},
+           {"train: images/train\nval: images/train\n" + names, {"data.yaml:0 same-picture"}},
+           {places + "test: images/val\n" + names, {}},
+           {"\xEF\xBB\xBF" + places + names, {"data.yaml:1 byte-order-mark"}},
+           // Without any place that is there the whole directory is looked through.
+           {"train: a\nval: b\n" + names,
+            {"data.yaml:0 missing-file", "data.yaml:0 missing-file"}}}) {
+    describe(text);
+    EXPECT_THAT(findings(), testing::ElementsAreArray(found)) << text;
+  }
+  EXPECT_EQ(verify(place.path()).labels, 4U);
+}
+
+TEST_F(DescribedSetTest, TestPicturesAreComparedWithThoseToTrainWith) {
+  fs::copy_file(place / "images/train/p0.png", place / "images/val/p2.png",
+                fs::copy_options::overwrite_existing);
+  fs::remove(place / "labels/val/p3.txt");
+  place.makeDirectory("images/none");
+  describe("train: images/train\nval: [images/val, images/none]\nnames: [screw, nut]\n");
+  EXPECT_THAT(findings(),
+              ElementsAre("images/none:0 empty-list", "images/val/p2.png:0 same-picture",
+                          "images/val/p3.png:0 missing-label"));
+}
+
 class ProgramVerify : public ProgramTest {};
 
 TEST_F(ProgramVerify, ADirectoryThatIsLockedIsNamedAndTheRestGoneOnWith) {
@@ -432,7 +503,7 @@ TEST_F(ProgramVerify, TheLibrarysOwnDivisionTearsCopiesApart) {
 }
 
 TEST_F(ProgramVerify, WithoutASetTheErrorSaysWhatToGive) {
-  fail({"verify", "nowhere"}, "give its directory or its data file");
+  fail({"verify", "nowhere"}, "give its directory, its data file or its data.yaml");
   place.write("parts.cfg", "[net]\n");
   fail({"verify", "parts.cfg"}, "is a network file; give the directory of the set");
 }

@@ -7,6 +7,7 @@
 #include "support/Pictures.h"
 #include "support/TempDirectory.h"
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 
 TEST(WTNVToolLabelExchange, HoldsNothingBeforeItReads) {
@@ -61,4 +62,42 @@ TEST(WTNVToolLabelExchange, SizesOfPicturesAreThoseInWhichTheyAreSeen) {
     EXPECT_FALSE(WTNVToolLabelExchange::wGetPictureSize(path, width, height)) << path;
     EXPECT_EQ(cv::Size(width, height), cv::Size()) << path;
   }
+}
+
+TEST(WTNVToolLabelExchange, TellsWhatADescriptionSays) {
+  const TempDirectory temp;
+  temp.makeDirectory("set/images");
+  const auto file = temp.write("set/data.yaml",
+                               "train: ../images\nval: [a.txt, /b]\ntest:\nnc: 2\n"
+                               "names:\n  2: 'nut'\n  0: screw\n  99999999999: far\n");
+  const auto texts = [&](const std::string& key) {
+    return WTNVToolLabelExchange::wReadDescription(file, key);
+  };
+  EXPECT_THAT(texts("train"), ElementsAre(temp / "set/images")) << "a step up too many";
+  EXPECT_THAT(texts("val"), ElementsAre(temp / "set/a.txt", "/b"));
+  EXPECT_THAT(texts("test"), IsEmpty());
+  EXPECT_THAT(texts("absent"), IsEmpty());
+  EXPECT_THAT(texts(""), IsEmpty());
+  EXPECT_THAT(texts("nc"), ElementsAre("2"));
+  EXPECT_THAT(texts("names"), ElementsAre("screw", "nut", "far"));
+  std::vector<std::string> names{"earlier"};
+  std::vector<int> numbers{7};
+  EXPECT_TRUE(WTNVToolLabelExchange::wReadClassNames(file, names, numbers));
+  EXPECT_THAT(names, ElementsAre("screw", "nut", "far"));
+  EXPECT_THAT(numbers, ElementsAre(0, 2, 2147483647));
+}
+
+TEST(WTNVToolLabelExchange, TellsNothingOfWhatIsNoDescription) {
+  const TempDirectory temp;
+  std::vector<std::string> names{"earlier"};
+  std::vector<int> numbers{7};
+  for (const auto& file : {temp / "absent.yaml", temp.path(), std::string(),
+                           temp.write("empty.yaml", ""), temp.write("a.yaml", "names: []\n")}) {
+    EXPECT_THAT(WTNVToolLabelExchange::wReadDescription(file, "names"), IsEmpty()) << file;
+    EXPECT_FALSE(WTNVToolLabelExchange::wReadClassNames(file, names, numbers)) << file;
+    EXPECT_THAT(names, IsEmpty());
+    EXPECT_THAT(numbers, IsEmpty());
+  }
+  const auto plain = temp.write("plain.txt", "names: [a]\n");
+  EXPECT_THAT(WTNVToolLabelExchange::wReadDescription(plain, "names"), IsEmpty());
 }

@@ -40,9 +40,9 @@ cv::Mat decoded(const std::vector<uchar>& bytes) {
   }
 }
 
-/// Whether a JPEG breaks off: decoders fill the rest with grey and say nothing. What stands behind
-/// the end marker does not matter, nor what lies in segments, like the whole JPEG of a thumbnail.
-bool isCutJpeg(const std::vector<uchar>& bytes) {
+/// Whether a JPEG has no end. What stands behind the end marker does not matter, nor what lies in
+/// segments, like the whole JPEG of a thumbnail.
+bool lacksEnd(const std::vector<uchar>& bytes) {
   constexpr uchar marker = 0xff;
   constexpr uchar startOfPicture = 0xd8;
   constexpr uchar endOfPicture = 0xd9;
@@ -122,7 +122,7 @@ std::optional<PictureMarks> checkPicture(const std::string& path, Findings& find
     findings.push_back({path, 0, "unreadable-picture", "the picture cannot be read"});
     return std::nullopt;
   }
-  if (isCutJpeg(bytes))
+  if (lacksEnd(bytes))
     findings.push_back({path, 0, "cut-picture",
                         "the file breaks off before the picture's end; trainers see grey there"});
   if (picture.cols < smallestSide || picture.rows < smallestSide)
@@ -135,6 +135,10 @@ std::optional<PictureMarks> checkPicture(const std::string& path, Findings& find
                             std::to_string(orientation) +
                             "); trainers differ in following it: turn the pixels instead"});
   return PictureMarks{hashOf(bytes), bytes.size(), lookOf(picture)};
+}
+
+bool isCutJpeg(const std::string& path) {
+  return lacksEnd(bytesOf(path));
 }
 
 int lookDistance(std::uint64_t a, std::uint64_t b) {

@@ -20,6 +20,9 @@ struct PictureMarks {
 /// which some trainers follow and others don't. Nothing if it cannot be read.
 std::optional<PictureMarks> checkPicture(const std::string& path, Findings& findings);
 
+/// Whether the file is a JPEG that breaks off: decoders fill the rest with grey and say nothing.
+bool isCutJpeg(const std::string& path);
+
 /// In how many of its 64 features one look differs from another.
 int lookDistance(std::uint64_t a, std::uint64_t b);
 

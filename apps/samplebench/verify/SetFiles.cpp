@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <unordered_map>
 
+#include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -94,6 +96,25 @@ void checkOutput(const std::string& path, const Section& output, const Section& 
          "the layer before [" + output.name + "] must have filters=" + std::to_string(wanted)});
 }
 
+/// Checks names, the first of them of line 1 if they have lines.
+void checkSpelling(const std::string& path, const std::vector<std::string>& names, bool haveLines,
+                   Findings& findings) {
+  std::unordered_map<std::string, std::size_t> earlier;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const auto line = haveLines ? i + 1 : 0;
+    const auto name = trimmed(names[i]);
+    if (name.empty()) {
+      findings.push_back({path, line, "blank-name", "a class has no name"});
+      continue;
+    }
+    const auto [same, isNew] = earlier.emplace(name, i);
+    if (isNew) continue;
+    const auto place = haveLines ? "stands in line " + std::to_string(same->second + 1)
+                                 : "is class " + std::to_string(same->second);
+    findings.push_back({path, line, "same-name", "'" + name + "' " + place + ", too"});
+  }
+}
+
 std::string existing(const std::string& path, const fs::path& list) {
   std::error_code error;
   const auto beside = list.parent_path() / path;
@@ -135,21 +156,34 @@ std::optional<std::size_t> checkNames(const std::string& path, Findings& finding
     return std::nullopt;
   }
   checkByteOrderMark(file, findings);
-  std::unordered_map<std::string, std::size_t> earlier;
-  for (std::size_t i = 0; i < file.lines.size(); ++i) {
-    const auto name = trimmed(file.lines[i]);
-    if (name.empty()) {
-      findings.push_back({path, i + 1, "blank-name", "a class has no name"});
-      continue;
-    }
-    const auto [same, isNew] = earlier.emplace(name, i + 1);
-    if (!isNew)
-      findings.push_back(
-          {path, i + 1, "same-name",
-           "'" + name + "' stands in line " + std::to_string(same->second) + ", too"});
-  }
+  checkSpelling(path, file.lines, true, findings);
   if (file.lines.empty()) findings.push_back({path, 0, "blank-name", "there are no class names"});
   return file.lines.size();
+}
+
+std::optional<std::size_t> checkDescription(const std::string& path, Findings& findings) {
+  std::vector<std::string> names;
+  std::vector<int> numbers;
+  if (!WTNVToolLabelExchange::wReadClassNames(path, names, numbers)) {
+    findings.push_back({path, 0, "missing-names", "there are no class names (names: ...)"});
+    return std::nullopt;
+  }
+  checkSpelling(path, names, false, findings);
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    if (numbers[i] == static_cast<int>(i)) continue;
+    findings.push_back(
+        {path, 0, "class-count",
+         "the numbers of the names must run from 0 without gaps; there is no name for " +
+             std::to_string(i)});
+    break;
+  }
+  // Newer trainers count the names themselves.
+  const auto declared = WTNVToolLabelExchange::wReadDescription(path, "nc");
+  if (!declared.empty() && wholeNumber(declared.front()) != names.size())
+    findings.push_back(
+        {path, 0, "class-count",
+         "nc: " + declared.front() + ", but there are " + std::to_string(names.size()) + " names"});
+  return names.size();
 }
 
 void checkDeclaredClasses(const std::string& path, const DataFile& data, std::size_t nameCount,

@@ -18,6 +18,10 @@ DataFile checkDataFile(const std::string& path, Findings& findings);
 /// Reads and checks a file of class names, a name a line. Nothing if it cannot be read.
 std::optional<std::size_t> checkNames(const std::string& path, Findings& findings);
 
+/// Checks the class names of a `data.yaml`, and that they are as many as it says and numbered from
+/// 0 without gaps. Nothing if it has none.
+std::optional<std::size_t> checkDescription(const std::string& path, Findings& findings);
+
 /// Checks that as many classes are declared as there are names.
 void checkDeclaredClasses(const std::string& path, const DataFile& data, std::size_t nameCount,
                           Findings& findings);

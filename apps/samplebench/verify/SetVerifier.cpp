@@ -10,6 +10,7 @@
 #include "CommandError.h"
 #include "ProjectAccess.h"
 #include "SampleSources.h"
+#include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 #include "verify/LabelPlaces.h"
 #include "verify/PictureCheck.h"
 
@@ -105,16 +106,30 @@ std::string valueOf(const DataFile& data, const std::string& key) {
   return value == data.values.end() ? "" : value->second;
 }
 
-void addFilesOfDirectory(const fs::path& directory, SetLayout& layout, Findings& findings) {
-  layout.trainList = ifThere(directory / "train.txt");
-  for (const auto* name : {"test.txt", "valid.txt", "val.txt"})
-    if (layout.testList.empty()) layout.testList = ifThere(directory / name);
-  layout.namesFile = onlyFile(directory, ".names", false);
-  if (layout.namesFile.empty()) layout.namesFile = ifThere(directory / "classes.txt");
-  if (!layout.trainList.empty()) return;
+/// A list of one path, without one if it is empty.
+std::vector<std::string> listOfOne(const std::string& path) {
+  return path.empty() ? std::vector<std::string>() : std::vector<std::string>{path};
+}
+
+std::string namesFileIn(const fs::path& directory) {
+  const auto names = onlyFile(directory, ".names", false);
+  return names.empty() ? ifThere(directory / "classes.txt") : names;
+}
+
+/// All that lie there, if there are no lists to tell which.
+std::vector<std::string> picturesOf(const fs::path& directory, Findings& findings) {
   const auto images = directory / "images";
   std::error_code error;
-  layout.pictures = picturesBelow(fs::is_directory(images, error) ? images : directory, findings);
+  return picturesBelow(fs::is_directory(images, error) ? images : directory, findings);
+}
+
+void addFilesOfDirectory(const fs::path& directory, SetLayout& layout, Findings& findings) {
+  layout.trainLists = listOfOne(ifThere(directory / "train.txt"));
+  for (const auto* name : {"test.txt", "valid.txt", "val.txt"})
+    if (layout.testLists.empty()) layout.testLists = listOfOne(ifThere(directory / name));
+  layout.namesFile = namesFileIn(directory);
+  if (!layout.trainLists.empty()) return;
+  layout.pictures = picturesOf(directory, findings);
   if (layout.pictures.empty())
     throw CommandError("'" + directory.string() +
                        "' is no training set: it has no data file, no train.txt and no pictures");
@@ -124,8 +139,70 @@ void addFilesOfDataFile(const std::string& file, SetLayout& layout, Findings& fi
   layout.dataFile = file;
   layout.data = checkDataFile(file, findings);
   layout.namesFile = valueOf(layout.data, "names");
-  layout.trainList = valueOf(layout.data, "train");
-  layout.testList = valueOf(layout.data, "valid");
+  layout.trainLists = listOfOne(valueOf(layout.data, "train"));
+  layout.testLists = listOfOne(valueOf(layout.data, "valid"));
+}
+
+bool isDescription(const fs::path& file) {
+  return file.extension() == ".yaml" || file.extension() == ".yml";
+}
+
+std::string descriptionIn(const fs::path& directory) {
+  const auto file = ifThere(directory / "data.yaml");
+  return file.empty() ? ifThere(directory / "data.yml") : file;
+}
+
+/// Takes the lists and the pictures in the directories that a description has under some keys.
+class DescribedPlaces {
+ public:
+  DescribedPlaces(const std::string& descriptionFile, Findings& list)
+      : file(descriptionFile), findings(list) {}
+
+  void add(const char* key, std::vector<std::string>& lists, std::vector<std::string>& pictures) {
+    for (const auto& place : WTNVToolLabelExchange::wReadDescription(file, key)) {
+      const auto [first, isNew] = keys.emplace(place, key);
+      std::error_code error;
+      if (!isNew) {
+        if (first->second == "train" && first->second != key)
+          findings.push_back({file, 0, "same-picture",
+                              std::string(key) + " is where train is, " + place +
+                                  ": the test would tell nothing of new pictures"});
+      } else if (fs::is_directory(place, error)) {
+        const auto found = picturesBelow(place, findings);
+        if (found.empty())
+          findings.push_back({place, 0, "empty-list", "there are no pictures for " + quoted(key)});
+        pictures.insert(pictures.end(), found.begin(), found.end());
+      } else if (fs::is_regular_file(place, error)) {
+        lists.push_back(place);
+      } else {
+        findings.push_back({file, 0, "missing-file",
+                            "there is nothing at the place of " + quoted(key) + ", " + place});
+      }
+    }
+  }
+
+ private:
+  static std::string quoted(const char* key) { return "'" + std::string(key) + "'"; }
+
+  const std::string& file;
+  Findings& findings;
+  std::map<std::string, std::string> keys;  ///< by place
+};
+
+void addFilesOfDescription(const std::string& file, SetLayout& layout, Findings& findings) {
+  const auto directory = fs::path(file).parent_path();
+  layout.description = file;
+  checkByteOrderMark(readTextFile(file), findings);
+  DescribedPlaces places(file, findings);
+  places.add("train", layout.trainLists, layout.pictures);
+  places.add("val", layout.testLists, layout.testPictures);
+  places.add("test", layout.testLists, layout.testPictures);
+  for (const auto* key : {"train", "val"})
+    if (WTNVToolLabelExchange::wReadDescription(file, key).empty())
+      findings.push_back({file, 0, "data-key", "there is no " + std::string(key) + ": ..."});
+  const bool hasPictures = !layout.trainLists.empty() || !layout.pictures.empty() ||
+                           !layout.testLists.empty() || !layout.testPictures.empty();
+  if (!hasPictures) layout.pictures = picturesOf(directory.empty() ? "." : directory, findings);
 }
 
 /// Checks a set step by step.
@@ -155,10 +232,12 @@ class Verifier {
   }
 
   void readRules() {
-    if (layout.namesFile.empty()) {
+    if (!layout.description.empty()) {
+      rules.classCount = checkDescription(layout.description, result.findings);
+    } else if (layout.namesFile.empty()) {
       if (layout.dataFile.empty())
-        report(layout.trainList.empty() ? layout.directory : layout.trainList, "missing-names",
-               "there is no file of class names");
+        report(layout.trainLists.empty() ? layout.directory : layout.trainLists.front(),
+               "missing-names", "there is no file of class names");
     } else {
       rules.classCount = checkNames(layout.namesFile, result.findings);
     }
@@ -169,16 +248,25 @@ class Verifier {
   }
 
   void readLists() {
-    for (const auto& picture : layout.pictures)
-      samples.push_back({absolutePath(picture), List::train, "", {}});
-    readList(layout.trainList, List::train);
-    if (samples.empty() && !layout.trainList.empty())
-      report(layout.trainList, "empty-list", "there is no picture to train with");
-    readList(layout.testList, List::test);
+    addPictures(layout.pictures, List::train);
+    for (const auto& list : layout.trainLists)
+      readList(list, List::train);
+    if (samples.empty() && !layout.trainLists.empty())
+      report(layout.trainLists.front(), "empty-list", "there is no picture to train with");
+    addPictures(layout.testPictures, List::test);
+    for (const auto& list : layout.testLists)
+      readList(list, List::test);
+  }
+
+  /// Those of directories, of which one may lie in another.
+  void addPictures(const std::vector<std::string>& pictures, List list) {
+    for (const auto& picture : pictures) {
+      const auto path = absolutePath(picture);
+      if (listed.emplace(path, layout.description).second) samples.push_back({path, list, "", {}});
+    }
   }
 
   void readList(const std::string& file, List list) {
-    if (file.empty()) return;
     for (const auto& entry : checkList(file, result.findings)) {
       const auto [first, isNew] = listed.emplace(entry.picture, file);
       if (isNew) {
@@ -212,7 +300,7 @@ class Verifier {
   std::set<fs::path> foldersOfSet() {
     std::set<fs::path> folders;
     // Without lists all pictures that are there make up the set.
-    if (layout.trainList.empty()) return folders;
+    if (layout.trainLists.empty()) return folders;
     for (const auto* name : {"samples", "images", "labels", "JPEGImages"}) {
       const fs::path folder = absolutePath((fs::path(layout.directory) / name).string());
       std::error_code error;
@@ -227,7 +315,9 @@ class Verifier {
   void findStrays() {
     auto directories = foldersOfSet();
     std::unordered_set<std::string> known;
-    for (const auto& file : {layout.trainList, layout.testList, layout.namesFile, layout.sources})
+    auto files = layout.lists();
+    files.insert(files.end(), {layout.namesFile, layout.sources});
+    for (const auto& file : files)
       if (!file.empty()) known.insert(absolutePath(file));
     for (const auto& sample : samples) {
       known.insert(sample.path);
@@ -365,21 +455,30 @@ class Verifier {
 
 }  // namespace
 
+std::vector<std::string> SetLayout::lists() const {
+  auto lists = trainLists;
+  lists.insert(lists.end(), testLists.begin(), testLists.end());
+  return lists;
+}
+
 SetLayout findSet(const std::string& path, const std::string& network, Findings& findings) {
   std::error_code error;
   const bool isDirectory = fs::is_directory(path, error);
   if (!isDirectory && !fs::is_regular_file(path, error))
     throw CommandError("there is no training set at '" + path +
-                       "'; give its directory or its data file");
+                       "'; give its directory, its data file or its data.yaml");
   if (!isDirectory && path.ends_with(".cfg"))
     throw CommandError("'" + path +
                        "' is a network file; give the directory of the set or its data file, and "
                        "the network with --net");
   const fs::path directory = isDirectory ? fs::path(path) : fs::path(path).parent_path();
-  const auto dataFile = isDirectory ? onlyFile(directory, ".data", true) : path;
   SetLayout layout;
   layout.directory = directory.empty() ? "." : directory.generic_string();
-  if (dataFile.empty()) {
+  const auto dataFile = isDirectory ? onlyFile(directory, ".data", true) : path;
+  const auto description = dataFile.empty() ? descriptionIn(directory) : dataFile;
+  if (isDescription(description)) {
+    addFilesOfDescription(description, layout, findings);
+  } else if (dataFile.empty()) {
     addFilesOfDirectory(directory, layout, findings);
   } else {
     addFilesOfDataFile(dataFile, layout, findings);

@@ -10,18 +10,23 @@
 /// The files that make up a training set.
 struct SetLayout {
   std::string directory;
-  std::string dataFile;  ///< empty if there is none
+  std::string dataFile;     ///< empty if there is none
+  std::string description;  ///< a `data.yaml`, which counts if there is no data file, or empty
   std::string namesFile;
   std::string network;
-  std::string trainList;
-  std::string testList;
-  std::string sources;                ///< which picture each sample was made of
-  std::vector<std::string> pictures;  ///< of a set without lists
+  std::vector<std::string> trainLists;
+  std::vector<std::string> testLists;
+  std::string sources;                    ///< which picture each sample was made of
+  std::vector<std::string> pictures;      ///< to train with that are in no list
+  std::vector<std::string> testPictures;  ///< the same to test with
   DataFile data;
+
+  /// The lists to train and to test with.
+  std::vector<std::string> lists() const;
 };
 
-/// Finds the files of a set, given its data file or its directory; throws CommandError if there is
-/// nothing that could be one. `network` overrides the network file beside it.
+/// Finds the files of a set, given its data file, `data.yaml` or directory; throws CommandError if
+/// there is nothing that could be one. `network` overrides the network file beside it.
 SetLayout findSet(const std::string& path, const std::string& network, Findings& findings);
 
 struct VerifiedSet {

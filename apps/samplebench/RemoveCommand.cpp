@@ -1,0 +1,224 @@
+#include "RemoveCommand.h"
+
+#include <algorithm>
+#include <set>
+
+#include "CommandError.h"
+#include "CommandLine.h"
+#include "Editor.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct RemoveOptions {
+  std::string project;
+  std::string set;
+  std::string picture;
+  std::vector<std::string> pictures;
+  std::vector<int> numbers;
+  /// Lose the marks of what is removed, too.
+  bool withMarks = false;
+};
+
+constexpr auto filesStay = "; the picture files stay where they are";
+
+std::size_t marksOn(const std::vector<PictureRecord>& pictures) {
+  std::size_t marks = 0;
+  for (const auto& picture : pictures)
+    marks += static_cast<std::size_t>(picture.trainSet.getMarkCount());
+  return marks;
+}
+
+// A dry run is asked how many these are.
+void requireMarksAllowed(const RemoveOptions& options, std::size_t marks, const Output& output) {
+  if (marks == 0 || options.withMarks || output.isDryRun()) return;
+  throw CommandError(counted(marks, "mark") + " would be removed, too; --with-marks does that");
+}
+
+void reportPictures(const std::vector<PictureRecord>& removed, const std::string& from,
+                    Output& output) {
+  const auto marks = marksOn(removed);
+  output.fact("pictures", static_cast<Json::UInt64>(removed.size()));
+  output.fact("marks", static_cast<Json::UInt64>(marks));
+  output.say(counted(removed.size(), "picture") + " with " + counted(marks, "mark") +
+             std::string(output.told(" removed from ", " would be removed from ")) + from +
+             filesStay);
+}
+
+void requireNumbers(const std::vector<int>& numbers, std::size_t marks,
+                    const std::string& picture) {
+  if (std::set<int>(numbers.begin(), numbers.end()).size() != numbers.size())
+    throw CommandError("a mark is named twice", exitUsage);
+  for (const auto number : numbers) {
+    if (number >= 1 && static_cast<std::size_t>(number) <= marks) continue;
+    throw CommandError("there is no mark " + std::to_string(number) + " on '" + picture + "', " +
+                       (marks == 0 ? "which has none"
+                                   : "whose marks have the numbers 1 to " + std::to_string(marks)) +
+                       "; samplebench list --picture shows them");
+  }
+}
+
+void runRemoveMark(const Locations& locations, const RemoveOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
+  const auto project = openProject(locations, options.project);
+  const auto pictures = readPictures(*project, output);
+  const auto place = PictureIndex(pictures, output, options.set).findOnly(options.picture);
+  Editor editor(*project);
+  editor.goTo(place);
+  const auto marks = editor.marks.getAllMarks();
+  requireNumbers(options.numbers, marks.size(), options.picture);
+  for (const auto number : options.numbers)
+    editor.marks.removeMark(marks[static_cast<std::size_t>(number) - 1]);
+  saveProject(*project, false, output);
+  const auto left = marks.size() - options.numbers.size();
+  output.fact("marks", static_cast<Json::UInt64>(options.numbers.size()));
+  output.fact("left", static_cast<Json::UInt64>(left));
+  output.say(counted(options.numbers.size(), "mark") +
+             std::string(output.told(" removed from ", " would be removed from ")) +
+             options.picture + "; " + counted(left, "mark") +
+             std::string(output.told(" left", " would be left")) +
+             ", numbered from 1 without gaps");
+}
+
+void runRemovePicture(const Locations& locations, const RemoveOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
+  const auto project = openProject(locations, options.project);
+  const auto pictures = readPictures(*project, output);
+  const PictureIndex index(pictures, output, options.set);
+  std::set<std::size_t> places;
+  for (const auto& name : options.pictures)
+    places.insert(index.findOnly(name));
+  std::vector<PictureRecord> removed;
+  for (const auto place : places)
+    removed.push_back(pictures[place]);
+  requireMarksAllowed(options, marksOn(removed), output);
+  reportPictures(removed, "project " + options.project, output);
+  for (const auto& picture : removed)
+    project->wRemoveImagesFromImageSet({picture.path}, picture.set);
+  saveProject(*project, true, output);
+}
+
+void runRemoveSet(const Locations& locations, const RemoveOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
+  const auto project = openProject(locations, options.project);
+  requireChoice("set", options.set, project->wGetImageSets());
+  auto removed = readPictures(*project, output);
+  std::erase_if(removed, [&](const auto& picture) { return picture.set != options.set; });
+  requireMarksAllowed(options, marksOn(removed), output);
+  reportPictures(removed, "project " + options.project + " with set " + options.set, output);
+  std::vector<std::string> paths;
+  for (const auto& picture : removed)
+    paths.push_back(picture.path);
+  project->wRemoveImagesFromImageSet(paths, options.set);
+  saveProject(*project, true, output);
+}
+
+// The library removes the directory of the project with all that is in it.
+void requireNoPicturesWithin(const fs::path& directory,
+                             const std::vector<PictureRecord>& pictures) {
+  for (const auto& picture : pictures)
+    if (!picture.path.empty() && liesWithin(picture.path, directory))
+      throw CommandError("the picture '" + picture.path +
+                         "' lies in the directory of the project, which would be removed; move it "
+                         "away first");
+}
+
+void requireRemovable(const fs::path& directory) {
+  std::vector<fs::path> directories{directory.parent_path(), directory};
+  std::error_code error;
+  for (const auto& entry : fs::recursive_directory_iterator(directory, error))
+    if (entry.is_directory(error) && !entry.is_symlink(error)) directories.push_back(entry.path());
+  for (const auto& each : directories)
+    if (!platform::canWriteIn(each))
+      throw CommandError("'" + each.string() +
+                         "' cannot be written to; nothing was removed, see that it is yours");
+}
+
+std::size_t filesBelow(const fs::path& directory) {
+  std::size_t files = 0;
+  std::error_code error;
+  for (const auto& entry : fs::recursive_directory_iterator(directory, error))
+    if (!entry.is_directory(error)) ++files;
+  return files;
+}
+
+void runRemoveProject(const Locations& locations, const RemoveOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
+  const auto project = openProject(locations, options.project);
+  const auto pictures = readPictures(*project, output);
+  const auto directory = projectDirectory(*project);
+  requireNoPicturesWithin(directory, pictures);
+  requireRemovable(directory);
+  requireMarksAllowed(options, marksOn(pictures), output);
+  const auto files = filesBelow(directory);
+  const platform::InterruptCatcher catcher;
+  if (!output.isDryRun() && !project->wRemove())
+    throw CommandError("project '" + options.project + "' cannot be removed: " + output.cause());
+  output.fact("project", options.project);
+  output.fact("files", static_cast<Json::UInt64>(files));
+  reportPictures(pictures,
+                 "project " + options.project + " with its directory " + directory.string() + " (" +
+                     counted(files, "file") + ")",
+                 output);
+}
+
+using RemoveRun = void (*)(const Locations&, const RemoveOptions&, Output&);
+
+struct RemoveCommand {
+  CLI::App* app;
+  RemoveOptions* options;
+};
+
+RemoveCommand add(CLI::App& remove, ProgramOptions& program, const CommandHelp& help,
+                  RemoveRun run) {
+  const auto options = std::make_shared<RemoveOptions>();
+  auto* command = addWritingCommand(
+      remove, program, help,
+      [&program, options, run](Output& output) { run(program.locations, *options, output); });
+  addProjectArgument(*command, options->project);
+  return {command, options.get()};
+}
+
+void addWithMarks(const RemoveCommand& command) {
+  command.app->add_flag("--with-marks", command.options->withMarks,
+                        "remove what has marks, and these with it");
+}
+
+}  // namespace
+
+void addRemoveCommands(CLI::App& app, ProgramOptions& program) {
+  auto* remove = addCommandGroup(app, {"remove",
+                                       "Removes marks, pictures, image sets and projects. Picture "
+                                       "files are never touched.",
+                                       "remove mark parts photo.jpg 2"});
+  const auto mark = add(*remove, program,
+                        {"mark",
+                         "Removes marks of a picture, by the numbers that list --picture shows. "
+                         "Those behind move up.",
+                         "remove mark parts photo.jpg 2 3"},
+                        runRemoveMark);
+  addPictureArgument(*mark.app, mark.options->picture);
+  mark.app->add_option("NUMBER", mark.options->numbers, "numbers of the marks, from 1")->required();
+  addSetOption(*mark.app, mark.options->set);
+  const auto picture = add(*remove, program,
+                           {"picture", "Takes pictures out of the project; their files stay.",
+                            "remove picture parts photo.jpg --with-marks"},
+                           runRemovePicture);
+  picture.app->add_option("PICTURE", picture.options->pictures, "paths, or file names if unique")
+      ->required();
+  addSetOption(*picture.app, picture.options->set);
+  addWithMarks(picture);
+  const auto set = add(*remove, program,
+                       {"set", "Takes an image set out of the project; the picture files stay.",
+                        "remove set parts day1 --with-marks"},
+                       runRemoveSet);
+  set.app->add_option("SET", set.options->set, "name of the image set")->required();
+  addWithMarks(set);
+  addWithMarks(add(*remove, program,
+                   {"project",
+                    "Removes a project with its directory and all that lies in it; the pictures "
+                    "stay where they are.",
+                    "remove project parts --dry-run"},
+                   runRemoveProject));
+}
