@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <opencv2/core.hpp>
 
+#include "CheckCommand.h"
 #include "ClassCommand.h"
 #include "CommandLine.h"
 #include "CommandTexts.h"
@@ -16,6 +17,7 @@
 #include "MarkCommand.h"
 #include "Platform.h"
 #include "ProjectCommands.h"
+#include "RelinkCommand.h"
 #include "RemoveCommand.h"
 #include "RenderCommand.h"
 #include "StatsCommand.h"
@@ -82,6 +84,8 @@ void describeProgram(CLI::App& app, ProgramOptions& program) {
   addMarkCommand(app, program);
   addListCommand(app, program);
   addRemoveCommands(app, program);
+  addRelinkCommand(app, program);
+  addCheckCommand(app, program);
   addRenderCommand(app, program);
   addMagnifyCommand(app, program);
   addCropCommand(app, program);

@@ -234,17 +234,21 @@ std::vector<PictureRecord> readSet(const WTNVProject& project, const std::string
 
 }  // namespace
 
+std::vector<PictureRecord> readRecords(const WTNVProject& project) {
+  std::vector<PictureRecord> records;
+  for (const auto& set : project.wGetImageSets())
+    for (auto& record : readSet(project, set))
+      records.push_back(std::move(record));
+  return records;
+}
+
 std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& output) {
-  std::vector<PictureRecord> pictures;
+  auto pictures = readRecords(project);
   std::size_t unreadable = 0;
-  for (const auto& set : project.wGetImageSets()) {
-    for (auto& record : readSet(project, set)) {
-      if (!record.damage.empty()) {
-        ++unreadable;
-        output.note(record.damage + whatToDo);
-      }
-      pictures.push_back(std::move(record));
-    }
+  for (const auto& picture : pictures) {
+    if (picture.damage.empty()) continue;
+    ++unreadable;
+    output.note(picture.damage + whatToDo);
   }
   if (unreadable > 0)
     output.note("the records of " + counted(unreadable, "picture") + " cannot be read");
@@ -252,12 +256,11 @@ std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& outp
 }
 
 void requireWholeRecords(const WTNVProject& project) {
-  for (const auto& set : project.wGetImageSets())
-    for (const auto& record : readSet(project, set)) {
-      // With a file that is gone nothing is lost any more.
-      if (!record.damage.empty() && !record.damage.ends_with(isMissing))
-        throw CommandError(record.damage + whatToDo);
-    }
+  for (const auto& record : readRecords(project)) {
+    // With a file that is gone nothing is lost any more.
+    if (!record.damage.empty() && !record.damage.ends_with(isMissing))
+      throw CommandError(record.damage + whatToDo);
+  }
 }
 
 fs::path projectDirectory(const WTNVProject& project) {

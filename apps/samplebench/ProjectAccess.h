@@ -69,7 +69,10 @@ struct PictureRecord {
 };
 
 /// All pictures of the project, in the order in which the library counts them. Those whose record
-/// cannot be read keep an empty path and are noted.
+/// cannot be read keep an empty path.
+std::vector<PictureRecord> readRecords(const WTNVProject& project);
+
+/// The same, and those that cannot be read are noted.
 std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& output);
 
 /// Throws CommandError, which names the file, if a record is damaged or empty. One that is missing

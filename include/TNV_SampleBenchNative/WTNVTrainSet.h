@@ -46,6 +46,10 @@ class TNV_SAMPLEBENCH_API WTNVTrainSet {
   /// five seconds for a main process to do so. 0 and 0 if the picture cannot be read.
   void getImageSize(int& width, int& height) const;
 
+  /// Size in pixels that the picture had when its reduced copy was made; 0 and 0 if it has none, or
+  /// the data were not read.
+  void wGetImageCacheSize(int& width, int& height) const;
+
   /// Reads the train set's data (path, marks, comment) if they are not in memory yet: a project
   /// that was loaded knows no more of a train set than where its file lies. True if the data are in
   /// memory afterwards; a missing file gives false and a line in the log, a damaged one throws.

@@ -62,6 +62,12 @@ int WTNVTrainSet::wRemoveClass(const WTNVDNNClass& dnnClass) const {
   return native->removeClass(dnnClass.getNativeDNNClass()->uniqueIdx);
 }
 
+void WTNVTrainSet::wGetImageCacheSize(int& width, int& height) const {
+  const cv::Size size = native->imageCacheSize;
+  width = size.width;
+  height = size.height;
+}
+
 bool WTNVTrainSet::wLoadData() const {
   if (!native->dataLoaded) native->load();
   return native->dataLoaded;

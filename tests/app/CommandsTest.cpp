@@ -102,6 +102,8 @@ class ProgramCommands : public ProgramTest {
     writePicture(place / "fotos ü/b ild é.png", 128, 64);
     place.makeDirectory("neue fotos ü");
     writePicture(place / "neue fotos ü/c ü.png", 64, 64);
+    place.makeDirectory("um gezogen ü");
+    writePicture(place / "um gezogen ü/c ü.png", 64, 64);
     place.makeDirectory("von hand ü");
     writePicture(place / "von hand ü/d ü.png", 64, 64);
     place.write("von hand ü/d ü.txt", "0 0.5 0.5 0.5 0.5\n");
@@ -120,6 +122,7 @@ class ProgramCommands : public ProgramTest {
              "Schraube groß"});
     succeed({"create", "zwei ü"});
     succeed({"class", "add", "zwei ü", "a ä", "b ü"});
+    succeed({"import", "zwei ü", "Tag ü", "neue fotos ü"});
     for (const char* user : {"Ann é", "Bea ü"})
       succeed({"user", "create", user, "--users", "leu te ü"});
   }
@@ -148,6 +151,8 @@ class ProgramCommands : public ProgramTest {
         {"generate", {project, "--output", "sätz"}},
         {"view", {"von hand ü", "-o", "bo gen ü.png"}},
         {"stats", {project, "--report", "zah len ü.html"}},
+        {"relink", {"zwei ü", "--pictures", "neue fotos ü=um gezogen ü"}},
+        {"check", {project}},
         {"verify", {"von hand ü"}},
         {"weights list", joined(weights, {"--address", address})},
         {"weights get", joined(weights, {"an geboten.bin", "--address", address})},

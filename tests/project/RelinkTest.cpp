@@ -90,7 +90,8 @@ TEST_F(Relink, AMovedProjectIsReadFromItsNewPlace) {
   const auto projects = builder.temp.makeDirectory("moved");
   fs::rename(before, projects + "demo");
   const auto open = [&] {
-    return std::make_unique<WTNVProject>("demo", projects, builder.temp.path(), builder.temp.path());
+    return std::make_unique<WTNVProject>("demo", projects, builder.temp.path(),
+                                         builder.temp.path());
   };
   auto project = open();
   ASSERT_TRUE(project->wLoad());

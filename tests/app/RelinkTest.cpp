@@ -1,0 +1,126 @@
+#include "RelinkCommand.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "CommandError.h"
+#include "ProgramRunner.h"
+#include "support/Pictures.h"
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+class ProgramRelink : public ProgramTest {
+ protected:
+  void SetUp() override {
+    makeProject();
+    succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
+  }
+
+  std::string recordOf(const std::string& picture) const {
+    for (const auto& entry : fs::directory_iterator(place / "projects/parts/is_day1"))
+      if (readFile(entry.path()).find(picture) != std::string::npos) return entry.path();
+    return "";
+  }
+};
+
+class ProgramCheck : public ProgramRelink {};
+
+}  // namespace
+
+TEST_F(ProgramRelink, PicturesThatWereMovedAreFoundAgain) {
+  fs::rename(place / "photos", place / "moved = here");
+  EXPECT_EQ(run({"render", "parts", "a.png", "-o", "x.png"}).exitCode, 1);
+  const Words call{"relink", "parts", "--pictures", "photos=moved = here"};
+  const auto before = contents("");
+  auto dry = call;
+  dry.push_back("--dry-run");
+  EXPECT_THAT(succeed(dry), AllOf(HasSubstr("2 pictures would be looked for in "),
+                                  HasSubstr("of all, 2 found, 0 not found")));
+  EXPECT_EQ(contents(""), before);
+  EXPECT_THAT(succeed(call), HasSubstr("2 pictures now looked for in "));
+  EXPECT_THAT(succeed({"render", "parts", "a.png", "-o", "x.png"}), HasSubstr("1 mark"));
+  succeed({"check", "parts"});
+}
+
+TEST_F(ProgramRelink, ThoseThatAreNotThereAreNamed) {
+  fs::rename(place / "photos", place / "moved");
+  fs::remove(place / "moved/b.png");
+  const auto result = run({"relink", "parts", "--pictures", "photos=moved"});
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_THAT(result.out, HasSubstr("of all, 1 found, 1 not found"));
+  EXPECT_THAT(result.err, HasSubstr("not found: " + (place / "moved/b.png")));
+}
+
+TEST_F(ProgramRelink, AMoveThatFitsNothingChangesNothing) {
+  place.makeDirectory("empty");
+  const auto before = contents("");
+  fail({"relink", "parts", "--pictures", "photo=empty"}, "no picture lies below");
+  fail({"relink", "parts", "--pictures", "photos=empty"}, "no picture is there with");
+  fail({"relink", "parts", "--pictures", "photos=absent"}, "write it as OLD=NEW", 2);
+  fail({"relink", "parts", "--pictures", "empty"}, "write it as OLD=NEW", 2);
+  fail({"relink", "parts"}, "say what was moved", 2);
+  EXPECT_EQ(contents(""), before);
+}
+
+TEST_F(ProgramRelink, AProjectThatWasMovedWorksOnItsOwnFiles) {
+  fs::create_directories(place / "attic");
+  fs::copy(place / "projects/parts", place / "attic/parts", fs::copy_options::recursive);
+  succeed({"relink", "parts", "--projects", "attic", "--project", "projects/parts=attic/parts"});
+  const auto original = contents("projects");
+  succeed({"mark", "parts", "b.png", "Rect", "0,0", "0.5,0.5", "--class", "nut", "--projects", "attic"});
+  EXPECT_EQ(contents("projects"), original);
+  fs::remove_all(place / "projects");
+  EXPECT_THAT(succeed({"list", "parts", "--projects", "attic"}),
+              HasSubstr("total: 2 pictures, 2 marks"));
+}
+
+TEST_F(ProgramRelink, TheSignMayStandInNames) {
+  const auto a = place.makeDirectory("a=b");
+  const auto there = fs::path(a).parent_path().string();
+  EXPECT_EQ(parseMove("/x=y=" + there).from, "/x=y");
+  EXPECT_EQ(parseMove("/x=y=" + there).to, there);
+  EXPECT_EQ(parseMove("/x=" + there).from, "/x");
+  EXPECT_THROW(parseMove("=" + there), CommandError);
+}
+
+TEST_F(ProgramCheck, ASoundProjectHasNoFindings) {
+  EXPECT_THAT(succeed({"check", "parts"}), HasSubstr("2 pictures, 0 findings"));
+}
+
+TEST_F(ProgramCheck, WhatIsMissingOrDamagedIsNamed) {
+  const auto recordA = recordOf("a.png");
+  const auto findings = [&] {
+    const auto result = run({"check", "parts"});
+    EXPECT_EQ(result.exitCode, 3) << result.err;
+    return result.out;
+  };
+  place.write("photos/b.png", "no picture");
+  EXPECT_THAT(findings(), HasSubstr(place / "photos/b.png" + std::string(": unreadable-picture: ")));
+  fs::remove(place / "photos/b.png");
+  EXPECT_THAT(findings(), AllOf(HasSubstr(place / "photos/b.png" + std::string(": missing-picture: ")),
+                                HasSubstr("samplebench relink"), HasSubstr("1 finding")));
+  std::ofstream(recordA) << "<opencv_storage";
+  EXPECT_THAT(findings(), HasSubstr(recordA + ": damaged-record: "));
+  fs::remove(recordA);
+  EXPECT_THAT(findings(), HasSubstr(recordA + ": damaged-record: "));
+}
+
+TEST_F(ProgramCheck, APictureOfAnotherSizeIsNamedIfItsSizeIsKnown) {
+  WTNVProject project("parts", place / "projects/", "", "");
+  ASSERT_TRUE(project.wLoad());
+  project.wSetCacheImages(true);
+  ASSERT_TRUE(project.wUpdate(true));
+  succeed({"check", "parts"});
+  writePicture(place / "photos/a.png", 64, 64);
+  const auto result = run({"check", "parts"});
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_THAT(result.out, HasSubstr("other-size: the picture has 64x64 pixels and had 128x64"));
+}
