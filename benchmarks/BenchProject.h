@@ -13,16 +13,18 @@
 
 /// A new project in a fresh directory, with the templates and task trees that ship.
 struct BenchProject {
-  BenchProject() { project.wCreate(); }
+  explicit BenchProject(const std::string& trees = TNV_SOURCE_DIR "augments/") : augments(trees) {
+    project.wCreate();
+  }
 
   void add(const std::vector<std::string>& pictures, bool ofOneDirectory = false) {
     project.wAddImagesToImageSet(pictures, std::vector<bool>(pictures.size(), true), "set",
                                  ofOneDirectory);
   }
 
+  std::string augments;
   TempDirectory temp;
-  WTNVProject project{"bench", temp.path(), TNV_SOURCE_DIR "platforms/",
-                      TNV_SOURCE_DIR "augments/"};
+  WTNVProject project{"bench", temp.path(), TNV_SOURCE_DIR "platforms/", augments};
 };
 
 /// A picture with edges, planes and noise, as costly to pack as a photograph.

@@ -8,6 +8,9 @@
 #include <memory>
 #include <random>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include "BenchProject.h"
 #include "Compare.h"
 #include "TNV_SampleBenchNative/WTNVGenerationDarknet.h"
@@ -82,13 +85,14 @@ Pictures picturesIn(const std::string& folder) {
 
 class Run {
  public:
-  Run(const Pictures& pictures, int count, const Shipped& shipped)
-      : paths(pictures(bench.temp, count)) {
+  Run(const Pictures& pictures, int count, const std::string& tree,
+      const std::string& trees = TNV_SOURCE_DIR "augments/")
+      : bench(trees), paths(pictures(bench.temp, count)) {
     bench.project.wAddDNNClass("thing", 0, 0);
     bench.add(paths);
     for (const WTNVTrainSet& trainSet : bench.project.wGetTrainSets())
       mark(*trainSet.getNativeTrainSet());
-    configure(shipped.file);
+    configure(tree);
   }
 
   void process(bool onTwoThreads) {
@@ -247,7 +251,7 @@ void requireSameFiles(const Run& run, const std::string& directory, Tree tree) {
 
 /// The twin is always a loop on one thread.
 Pair makePair(const Pictures& pictures, int count, const Shipped& shipped, bool onTwoThreads) {
-  const auto run = std::make_shared<Run>(pictures, count, shipped);
+  const auto run = std::make_shared<Run>(pictures, count, shipped.file);
   const std::string directory = run->bench.temp / "bare/";
   const auto bare = std::make_shared<BareRun>(run->paths, directory, shipped.tree);
   run->process(onTwoThreads);
@@ -271,9 +275,60 @@ void add(const Plan& plan, const std::string& kind, const Pictures& pictures) {
   }
 }
 
+/// Turned three times at its full size, each turn taking what the one before it gave.
+constexpr auto kTurnedThrice = R"(<?xml version="1.0"?>
+<opencv_storage>
+<TaskTree><SubTasks>1</SubTasks><Task_0><Name>Rotation</Name><Save>0</Save><Rotate>90</Rotate>
+<SubTasks>1</SubTasks><Task_0><Name>Rotation</Name><Save>0</Save><Rotate>180</Rotate>
+<SubTasks>1</SubTasks><Task_0><Name>Rotation</Name><Save>0</Save><Rotate>270</Rotate>
+<SubTasks>1</SubTasks><Task_0><Name>Resize</Name><Save>1</Save><TargetSize>416 416</TargetSize>
+<SubTasks>0</SubTasks></Task_0></Task_0></Task_0></Task_0></TaskTree>
+</opencv_storage>
+)";
+
+long pageFaults() {
+  struct rusage usage {};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_minflt;
+}
+
+long pageFaultsOfRun(const Pictures& pictures, int count) {
+  const TempDirectory trees;
+  trees.write("thrice.xml", kTurnedThrice);
+  Run run(pictures, count, "thrice.xml", trees.path());
+  const long before = pageFaults();
+  run.process(false);
+  return pageFaults() - before;
+}
+
+/// Of each picture after the first one.
+std::string findPageFaults(cv::Size size) {
+  constexpr int kFurther = 2;
+  // The same file each time, since making it takes long.
+  const TempDirectory temp;
+  const std::string picture = detailed(size)(temp, 1).front();
+  const Pictures pictures = [&](const TempDirectory& own, int count) {
+    std::vector<std::string> paths;
+    for (int i = 0; i < count; ++i) {
+      paths.push_back(own / (std::to_string(i) + ".jpg"));
+      fs::copy_file(picture, paths.back());
+    }
+    return paths;
+  };
+  const long each =
+      (pageFaultsOfRun(pictures, 1 + kFurther) - pageFaultsOfRun(pictures, 1)) / kFurther;
+  const long pages = 3L * size.area() / sysconf(_SC_PAGESIZE);
+  return std::to_string(each) + " for each further picture, of which one takes " +
+         std::to_string(pages) + " pages";
+}
+
 }  // namespace
 
 void addGenerations(const Plan& plan) {
+  const cv::Size size = plan.smoke ? cv::Size(4096, 4096) : cv::Size(8000, 6000);
+  addFinding(
+      "page faults of a tree of three turns, " + std::to_string(size.area() / 1'000'000) + " Mpx",
+      [size] { return findPageFaults(size); });
   add(plan, "1080p smooth", smooth({1920, 1080}));
   add(plan, "1080p detailed", detailed({1920, 1080}));
   const char* const folder = std::getenv("SAMPLEBENCH_PICTURES");

@@ -7,6 +7,7 @@
 #include <turbojpeg.h>
 
 #include "foundation/JpegFile.h"
+#include "foundation/LargePictures.h"
 
 namespace tnv {
 
@@ -51,7 +52,7 @@ cv::Mat readPlainJpeg(const std::string& path, const PictureHead& head) {
                           &subsampling, &colorspace) != 0)
     return {};
   if (told != size || hasColoursOfItsOwn(colorspace)) return {};
-  cv::Mat picture(size, CV_8UC3);
+  cv::Mat picture = newPicture(size, CV_8UC3);
   const int result =
       tjDecompress2(handle.get(), bytes.data.get(), bytes.size, picture.data, size.width,
                     static_cast<int>(picture.step), size.height, TJPF_BGR, TJFLAG_STOPONWARNING);

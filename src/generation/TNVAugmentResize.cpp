@@ -2,6 +2,7 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include "foundation/LargePictures.h"
 #include "foundation/XmlStorage.h"
 #include "generation/Random.h"
 #include "marks/TNVContour.h"
@@ -22,6 +23,8 @@ cv::Point2d resizeToSize(const cv::Mat& source, cv::Mat& destination, cv::Size s
   if (std::int64_t{size.width} * size.height > kMostPixels) {
     CV_Error(cv::Error::StsOutOfRange, "The target size is too large");
   }
+  // Of no area, a size is left for the library to refuse.
+  if (!size.empty()) destination = tnv::newPicture(size, source.type());
   cv::resize(source, destination, size, 0.0, 0.0, cv::INTER_CUBIC);
   return {static_cast<double>(size.width) / source.cols,
           static_cast<double>(size.height) / source.rows};

@@ -2,6 +2,7 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include "foundation/LargePictures.h"
 #include "foundation/XmlStorage.h"
 #include "generation/Random.h"
 
@@ -51,7 +52,7 @@ cv::Mat turned(const cv::Mat& picture, int angle) {
   const cv::Size lost(angle != 90 && picture.cols > 1 ? 1 : 0,
                       angle != 270 && picture.rows > 1 ? 1 : 0);
   const cv::Size repeated = turnedSize(angle, lost);
-  cv::Mat result(turnedSize(angle, picture.size()), picture.type());
+  cv::Mat result = tnv::newPicture(turnedSize(angle, picture.size()), picture.type());
   cv::rotate(without(picture, lost), without(result, repeated), rotationOf(angle));
   if (repeated.height > 0) result.row(1).copyTo(result.row(0));
   if (repeated.width > 0) result.col(1).copyTo(result.col(0));

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "TNV_SampleBenchNative/TNVObserver.h"
+#include "foundation/LargePictures.h"
 #include "foundation/Log.h"
 #include "foundation/OrderedWork.h"
 #include "foundation/Steps.h"
@@ -254,6 +255,7 @@ bool TNVHandlerAugment::run(const std::vector<TNVTrainSet*>& trainSets, TNVGener
   notify(&TNVHandlerAugmentObserver::onEventGenerationStarted);
   if (!generation) return refuseStart();
   const RunTrainSets known(*generation, trainSets);
+  const tnv::LargePictures kept;
   if (!generation->processBefore()) return refuseStart();
   const std::string failure = workThrough(trainSets, makeTurns());
   if (!failure.empty()) return finish(failure);

@@ -8,6 +8,7 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include "foundation/LargePictures.h"
 #include "foundation/Log.h"
 #include "foundation/Numbers.h"
 
@@ -308,6 +309,7 @@ double resizeToLength(const cv::Mat& source, cv::Mat& destination, int length, b
   do {
     cv::Mat next;
     if (shrinking) {
+      next = tnv::newPicture((scaled.size() + cv::Size(1, 1)) / 2, scaled.type());
       cv::pyrDown(scaled, next);
     } else {
       checkEnlarged(scaled.size());
