@@ -197,6 +197,33 @@ bool hasExtension(const std::string& path, std::string_view extension) {
   return lowerCase(pictureExtension(path)) == extension;
 }
 
+bool hasPictureExtension(const std::string& path) {
+  return std::any_of(kPictureTypes.begin(), kPictureTypes.end(),
+                     [&](const std::string& type) { return hasExtension(path, "." + type); });
+}
+
+bool isFile(const std::string& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error);
+}
+
+std::optional<std::string> fileAt(const std::string& path) {
+  return isFile(path) ? std::optional(path) : std::nullopt;
+}
+
+std::string realPath(const std::string& path) {
+  std::error_code error;
+  const fs::path real = fs::canonical(path, error);
+  return error ? path : real.string();
+}
+
+std::string namesText(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names)
+    text += name + "\n";
+  return text;
+}
+
 bool makeDirectory(const std::string& directory, std::string_view who) {
   std::error_code error;
   fs::create_directories(directory, error);

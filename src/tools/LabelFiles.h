@@ -62,6 +62,19 @@ std::vector<std::string> outputNames(const LabelSet& set);
 /// Whether the path has the extension, in letters of either case.
 bool hasExtension(const std::string& path, std::string_view extension);
 
+/// Whether the path has the extension of a picture.
+bool hasPictureExtension(const std::string& path);
+
+/// Whether there is a file, and its path if there is.
+bool isFile(const std::string& path);
+std::optional<std::string> fileAt(const std::string& path);
+
+/// What is the same for all paths of a file; the path itself if nothing is there.
+std::string realPath(const std::string& path);
+
+/// A name a line.
+std::string namesText(const std::vector<std::string>& names);
+
 /// A length in pixels, to a millionth of one, in its shortest form and with a decimal point.
 std::string pixelText(double pixels);
 

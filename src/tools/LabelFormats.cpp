@@ -10,9 +10,9 @@ namespace {
 
 /// Texts lie beside the labels of other formats too, so that Darknet comes last.
 constexpr LabelFormat kFormats[] = {
-    {"COCO", isCocoLabels, readCocoLabels, writeCocoLabels, true, true},
-    {"VOC", isVocLabels, readVocLabels, writeVocLabels, true, false},
-    {"Darknet", isDarknetLabels, readDarknetLabels, writeDarknetLabels, false, false},
+    {"COCO", isCocoLabels, readCocoLabels, writeCocoLabels, true},
+    {"VOC", isVocLabels, readVocLabels, writeVocLabels, true},
+    {"Darknet", isDarknetLabels, readDarknetLabels, writeDarknetLabels, false},
 };
 
 }  // namespace

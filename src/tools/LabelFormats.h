@@ -15,8 +15,7 @@ struct LabelFormat {
   bool (*recognise)(const std::string& path);
   std::optional<LabelSet> (*read)(const std::string& path, const LabelReading& reading);
   bool (*write)(const LabelSet& set, const std::string& directory, const LabelWriting& writing);
-  bool needsSizes;   ///< its positions are in pixels
-  bool hasOutlines;  ///< it can be written with outlines; others get the box around them
+  bool needsSizes;  ///< its positions are in pixels
 };
 
 /// The formats in the order in which they are tried: those first that are easier told.

@@ -18,11 +18,6 @@ namespace {
 constexpr std::string_view kYamlSources[] = {"train", "val", "test"};
 constexpr std::string_view kDarknetSources[] = {"train", "valid"};
 
-bool hasExtension(const std::string& file, std::initializer_list<std::string_view> extensions) {
-  const std::string extension = fs::path(file).extension().string();
-  return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
-}
-
 /// Stands for what is no character.
 constexpr unsigned long kReplacement = 0xFFFD;
 
@@ -386,11 +381,11 @@ std::string singleQuoted(std::string_view name) {
 }  // namespace
 
 bool isYaml(const std::string& file) {
-  return hasExtension(file, {".yaml", ".yml"});
+  return hasExtension(file, ".yaml") || hasExtension(file, ".yml");
 }
 
 bool isDarknetData(const std::string& file) {
-  return hasExtension(file, {".data"});
+  return hasExtension(file, ".data");
 }
 
 LabelDescription parseYaml(const std::string& text) {

@@ -37,8 +37,6 @@ constexpr auto kAnnotations = "annotations";
 /// What an annotation has that tells of a place; others of the family have captions.
 constexpr std::string_view kPlaces[] = {"\"bbox\"", "\"segmentation\""};
 
-constexpr auto kNoPicture = "no picture";
-
 constexpr int kCoordinatesOfBox = 4;
 constexpr Json::ArrayIndex kFewestCoordinates = 6;
 
@@ -46,8 +44,7 @@ constexpr Json::ArrayIndex kFewestCoordinates = 6;
 constexpr int kDeepest = 100;
 
 bool isJson(const std::string& path) {
-  std::error_code error;
-  return hasExtension(path, ".json") && fs::is_regular_file(path, error);
+  return hasExtension(path, ".json") && isFile(path);
 }
 
 bool hasKey(std::string_view text, std::string_view key) {
@@ -205,21 +202,16 @@ class PictureFinder {
   /// Where the picture lies; nothing if it is nowhere. A set that was made on this machine may name
   /// it by its whole path.
   std::optional<std::string> find(const std::string& name) const {
-    if (fs::path(name).is_absolute()) return ifThere(absolutePicturePath(name));
+    if (fs::path(name).is_absolute()) return fileAt(absolutePicturePath(name));
     for (const std::string& directory : directories) {
       const auto path = pathBelow(directory, name);
       if (!path) return std::nullopt;
-      if (const auto found = ifThere(*path)) return found;
+      if (const auto found = fileAt(*path)) return found;
     }
     return std::nullopt;
   }
 
  private:
-  static std::optional<std::string> ifThere(const std::string& path) {
-    std::error_code error;
-    return fs::is_regular_file(path, error) ? std::optional(path) : std::nullopt;
-  }
-
   std::vector<std::string> directories;
 };
 

@@ -37,8 +37,6 @@ constexpr std::string_view kNamesFiles[] = {"data.yaml", "data.yml",    "obj.dat
                                             "obj.names", "classes.txt", "labels/classes.txt"};
 constexpr std::string_view kNamesExtensions[] = {".yaml", ".yml", ".data", ".names"};
 
-constexpr auto kNoPicture = "no picture";
-
 constexpr std::string_view kTextExtension = ".txt";
 
 /// Class, centre x, centre y, width, height.
@@ -150,23 +148,8 @@ void rejectMissing(LabelSet& set, const LabelledPicture& picture) {
   if (set.found() == before) set.reject(picture.path, 0, kNoPicture);
 }
 
-std::string lowerExtension(const std::string& path) {
-  std::string extension = pictureExtension(path);
-  for (char& c : extension) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return extension;
-}
-
-bool isPicture(const std::string& path) {
-  const std::string extension = lowerExtension(path);
-  return std::any_of(kPictureTypes.begin(), kPictureTypes.end(),
-                     [&](const std::string& type) { return extension == "." + type; });
-}
-
-bool isFile(const std::string& path) {
-  std::error_code error;
-  return fs::is_regular_file(path, error);
+bool isText(const std::string& path) {
+  return hasExtension(path, kTextExtension);
 }
 
 bool isDirectory(const std::string& path) {
@@ -191,8 +174,8 @@ class DarknetFiles {
  public:
   void addDirectory(const std::string& directory) {
     for (const std::string& file : filesBelow(directory)) {
-      if (isPicture(file)) addPicture(file, {});
-      if (lowerExtension(file) == kTextExtension) addText(file);
+      if (hasPictureExtension(file)) addPicture(file, {});
+      if (isText(file)) addText(file);
     }
   }
 
@@ -237,7 +220,8 @@ class DarknetFiles {
       if (!picture.path.starts_with(pictureDirectory)) continue;
       const std::string below = withTextExtension(picture.path.substr(pictureDirectory.size()));
       for (const std::string& place : {below, std::string(kLabelsDirectory) + below}) {
-        if (picture.labelFile.empty() && isText(labels + place)) picture.labelFile = labels + place;
+        if (picture.labelFile.empty() && isThere(labels + place))
+          picture.labelFile = labels + place;
       }
     }
   }
@@ -248,7 +232,7 @@ class DarknetFiles {
       const std::string beside = withTextExtension(picture.path);
       const std::string inTree = withDirectory(beside, "images", "labels");
       for (const std::string& place : {beside, inTree}) {
-        if (picture.labelFile.empty() && isText(place)) picture.labelFile = place;
+        if (picture.labelFile.empty() && isThere(place)) picture.labelFile = place;
       }
     }
   }
@@ -270,7 +254,7 @@ class DarknetFiles {
   }
 
   void reject(const std::string& file, const std::string& reason) {
-    if (rejected.insert(file).second) rejections.push_back({file, 0, reason});
+    if (rejected.insert(file).second) rejections.add(file, 0, reason);
   }
 
   void exclude(const std::string& file) { notLabels.insert(file); }
@@ -293,7 +277,7 @@ class DarknetFiles {
   }
 
   std::vector<LabelledPicture> pictures;
-  std::vector<LabelRejection> rejections;  ///< of whole directories and lists
+  LabelRejections rejections;  ///< of whole directories and lists
 
  private:
   std::vector<std::string> filesBelow(const std::string& directory) {
@@ -313,9 +297,7 @@ class DarknetFiles {
   /// have two.
   std::string withoutDetours(const std::string& path) const {
     if (!followedLinks || path.empty()) return path;
-    std::error_code error;
-    const fs::path real = fs::canonical(path, error);
-    return error ? path : real.string();
+    return realPath(path);
   }
 
   std::vector<std::string> linesOf(const std::string& file) {
@@ -332,7 +314,7 @@ class DarknetFiles {
   }
 
   /// Pictures of a list may lie where no directory was looked through.
-  bool isText(const std::string& file) const {
+  bool isThere(const std::string& file) const {
     return !file.empty() && !isNoLabelText(file) && (textSet.contains(file) || isFile(file));
   }
 
@@ -380,7 +362,7 @@ std::string pictureNamedLike(const std::string& text, const std::string& directo
   for (auto entry = fs::directory_iterator(directory, error);
        !error && entry != fs::directory_iterator(); entry.increment(error)) {
     const std::string path = withForwardSlashes(entry->path().string());
-    if (entry->path().stem() == stem && isPicture(path)) found.push_back(path);
+    if (entry->path().stem() == stem && hasPictureExtension(path)) found.push_back(path);
   }
   return found.empty() ? std::string() : *std::min_element(found.begin(), found.end());
 }
@@ -396,7 +378,7 @@ std::string pictureOfText(const std::string& text) {
 
 /// Whether a file is the text of a picture. An empty one is only by the picture.
 bool isLabelText(const std::string& file) {
-  if (!isFile(file) || lowerExtension(file) != kTextExtension) return false;
+  if (!isFile(file) || !isText(file)) return false;
   if (fs::path(file).filename() == kClassesFile) return false;
   return holdsLabels(readFile(file).value_or("")) ||
          !pictureOfText(absolutePicturePath(file)).empty();
@@ -538,13 +520,6 @@ std::string pictureList(const LabelSet& set) {
   return text;
 }
 
-std::string namesText(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names)
-    text += name + "\n";
-  return text;
-}
-
 bool writeTexts(const LabelSet& set, const std::vector<std::string>& names,
                 const std::string& labels, const GoOn& goOn) {
   for (std::size_t i = 0; i < names.size(); ++i) {
@@ -570,7 +545,7 @@ bool isDarknetLabels(const std::string& path) {
   if (!isDirectory(path)) return false;
   bool found = false;
   forEachFileBelow(asDirectory(path), [&](const std::string& file) {
-    found = lowerExtension(file) == kTextExtension || isYaml(file) || isDarknetData(file);
+    found = isText(file) || isYaml(file) || isDarknetData(file);
     return found;
   });
   return found;

@@ -32,8 +32,7 @@ constexpr auto kRoot = "annotation";
 constexpr auto kCorners = {"xmin", "ymin", "xmax", "ymax"};
 
 bool isXml(const std::string& path) {
-  std::error_code error;
-  return hasExtension(path, ".xml") && fs::is_regular_file(path, error);
+  return hasExtension(path, ".xml") && isFile(path);
 }
 
 bool isAnnotation(const std::string& file) {
@@ -59,11 +58,8 @@ std::vector<std::string> xmlFilesIn(const fs::path& directory) {
 /// Files that links lead to by two paths hold their labels once.
 void dropDoubles(std::vector<std::string>& files) {
   std::unordered_set<std::string> seen;
-  std::erase_if(files, [&](const std::string& file) {
-    std::error_code error;
-    const std::string real = fs::canonical(file, error).string();
-    return !error && !seen.insert(real).second;
-  });
+  std::erase_if(files,
+                [&](const std::string& file) { return !seen.insert(realPath(file)).second; });
 }
 
 void addFilesBelow(const fs::path& directory, XmlFiles& found) {
@@ -168,8 +164,6 @@ class VocReader {
   }
 
  private:
-  static constexpr auto kNoPicture = "no picture";
-
   static void logOther(const std::string& file) {
     logLine(std::string(kReadWho) + ": '" + file + "' has no labels, passed over");
   }
@@ -219,7 +213,7 @@ class VocReader {
     // A set that was made on this machine may tell the whole path.
     const std::string whole = textOf(annotation, "path");
     if (!fs::path(whole).is_absolute()) return std::nullopt;
-    return ifThere(absolutePicturePath(whole));
+    return fileAt(absolutePicturePath(whole));
   }
 
   std::vector<std::string> directoriesFor(const std::string& file) const {
@@ -245,16 +239,11 @@ class VocReader {
     }
   }
 
-  static std::optional<std::string> ifThere(const std::string& path) {
-    std::error_code error;
-    return fs::is_regular_file(path, error) ? std::optional(path) : std::nullopt;
-  }
-
   /// Some files leave the extension out.
   static std::optional<std::string> withType(const std::string& path) {
-    if (!pictureExtension(path).empty()) return ifThere(path);
+    if (!pictureExtension(path).empty()) return fileAt(path);
     for (const std::string& type : kPictureTypes) {
-      if (const auto found = ifThere(path + "." + type)) return found;
+      if (const auto found = fileAt(path + "." + type)) return found;
     }
     return std::nullopt;
   }
@@ -295,13 +284,6 @@ std::string documentOf(const LabelSet& set, const LabelledPicture& picture,
   std::ostringstream text;
   document.save(text, "  ", pugi::format_default | pugi::format_no_declaration);
   return text.str();
-}
-
-std::string namesText(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names)
-    text += name + "\n";
-  return text;
 }
 
 }  // namespace

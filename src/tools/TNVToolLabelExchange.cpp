@@ -520,7 +520,7 @@ bool TNVToolLabelExchange::setFormat(const std::string& name) {
 void TNVToolLabelExchange::clear() {
   set = {};
   readFormat.clear();
-  rejectedOnWayOut.clear();
+  rejectedOnWayOut = {};
 }
 
 /// While it lives, an operation is under way.
@@ -597,7 +597,7 @@ bool TNVToolLabelExchange::readMarks(const TrainSets& trainSets, const Classes& 
 
 int TNVToolLabelExchange::addMarks(const TrainSets& trainSets, const Classes& classes) {
   const Run run(*this);
-  rejectedOnWayOut.clear();
+  rejectedOnWayOut = {};
   const tnv::GoOn goOn = untilStopped();
   bool goesOn = loadAll(trainSets, goOn);
   const auto records = byPicture(trainSets);
@@ -605,7 +605,7 @@ int TNVToolLabelExchange::addMarks(const TrainSets& trainSets, const Classes& cl
   int added = 0;
   for (const tnv::LabelledPicture& picture : set.pictures) {
     const auto reject = [&](const tnv::Label& label, const char* reason) {
-      rejectedOnWayOut.push_back({picture.labelFile, label.line, reason});
+      rejectedOnWayOut.add(set.fileOf(label), label.line, reason);
     };
     goesOn = goesOn && goOn();
     const auto record = records.find(picture.path);
@@ -648,14 +648,14 @@ std::unordered_set<std::size_t> TNVToolLabelExchange::leaveOutUnreadable(bool ne
     leftOut.insert(i);
     logFrom("write", "The picture '" + picture.path + "' cannot be read and is left out!");
     for (const tnv::Label& label : picture.labels)
-      rejectedOnWayOut.push_back({picture.labelFile, label.line, "picture cannot be read"});
+      rejectedOnWayOut.add(set.fileOf(label), label.line, "picture cannot be read");
   }
   return leftOut;
 }
 
 bool TNVToolLabelExchange::write(const std::string& directory) {
   const Run run(*this);
-  rejectedOnWayOut.clear();
+  rejectedOnWayOut = {};
   const tnv::LabelFormat* chosen = tnv::findLabelFormat(format);
   if (!chosen) {
     logFrom("write", "No format was set!");
@@ -683,17 +683,15 @@ std::vector<std::string> TNVToolLabelExchange::getImagePaths() const {
 
 std::map<std::string, int> TNVToolLabelExchange::getReasons() const {
   std::map<std::string, int> reasons;
-  for (const auto* rejections : {&set.rejections, &rejectedOnWayOut}) {
-    for (const tnv::LabelRejection& rejection : *rejections)
-      ++reasons[rejection.reason];
-  }
+  for (const auto* rejections : {&set.rejections, &rejectedOnWayOut})
+    rejections->count(reasons);
   return reasons;
 }
 
 std::vector<std::string> TNVToolLabelExchange::getRejections() const {
   std::vector<std::string> texts;
   for (const auto* rejections : {&set.rejections, &rejectedOnWayOut}) {
-    for (const tnv::LabelRejection& rejection : *rejections)
+    for (const tnv::LabelRejection& rejection : rejections->all())
       texts.push_back(placeText(rejection));
   }
   return texts;

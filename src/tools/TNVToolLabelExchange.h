@@ -62,7 +62,7 @@ class TNVToolLabelExchange {
   tnv::LabelReading reading;
   tnv::LabelWriting writing;
   tnv::LabelSet set;
-  std::vector<tnv::LabelRejection> rejectedOnWayOut;  ///< by the last `addMarks` or `write`
+  tnv::LabelRejections rejectedOnWayOut;  ///< by the last `addMarks` or `write`
 
   std::atomic<bool> stopRequested{false};     ///< ends what is under way before its next picture
   std::atomic<bool> stopped{true};            ///< nothing is under way

@@ -43,13 +43,8 @@ Texts pictures(const tnv::LabelSet& set, const std::string& root) {
   return texts;
 }
 
-/// "name of the file:line: reason".
 Texts rejections(const tnv::LabelSet& set) {
-  Texts texts;
-  for (const auto& each : set.rejections)
-    texts.push_back(fs::path(each.file).filename().string() + ":" + std::to_string(each.line) +
-                    ": " + each.reason);
-  return texts;
+  return rejectionsIn(set);
 }
 
 /// The rejections of a label text beside its picture, with the classes screw and nut.

@@ -235,6 +235,24 @@ TEST_F(LabelExchange, ALabelThatIsThereTwiceIsAddedOnce) {
   EXPECT_THAT(exchange.wGetRejections(), ElementsAre(labels + "a.txt:2: already marked"));
 }
 
+TEST_F(LabelExchange, ALabelIsRejectedUnderTheFileThatToldOfIt) {
+  // Both files tell of one picture, and the second repeats nothing.
+  const auto file = [&](const char* name, const char* box) {
+    builder.temp.write(std::string("coco/") + name,
+                       R"({"categories":[{"id":1,"name":"screw"}],"images":[{"id":1,)"
+                       R"("file_name":"a.png","width":64,"height":48}],"annotations":[)"
+                       R"({"image_id":1,"category_id":1,"bbox":)" +
+                           std::string(box) + "}]}");
+  };
+  file("one.json", "[16,12,32,24]");
+  file("two.json", "[0,0,32,24]");
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.75}, false), {0});
+  ASSERT_TRUE(exchange.wRead(builder.temp / "coco"));
+  EXPECT_EQ(addMarks(), 1);
+  EXPECT_THAT(exchange.wGetRejections(),
+              ElementsAre(builder.temp / "coco/one.json" + ":1: already marked"));
+}
+
 TEST_F(LabelExchange, CrowdsInOneLineCostNoMoreThanScatteredOnes) {
   // Boxes, then outlines, of one x or of as many as there are labels.
   const auto secondsFor = [&](bool isLine, bool isOutline) {
