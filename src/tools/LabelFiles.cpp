@@ -217,6 +217,12 @@ std::string realPath(const std::string& path) {
   return error ? path : real.string();
 }
 
+void dropDoubles(std::vector<std::string>& files) {
+  std::unordered_set<std::string> seen;
+  std::erase_if(files,
+                [&](const std::string& file) { return !seen.insert(realPath(file)).second; });
+}
+
 std::string namesText(const std::vector<std::string>& names) {
   std::string text;
   for (const std::string& name : names)

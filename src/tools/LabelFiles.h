@@ -72,6 +72,9 @@ std::optional<std::string> fileAt(const std::string& path);
 /// What is the same for all paths of a file; the path itself if nothing is there.
 std::string realPath(const std::string& path);
 
+/// Leaves the first of the paths of each file, so that what it holds counts once.
+void dropDoubles(std::vector<std::string>& files);
+
 /// A name a line.
 std::string namesText(const std::vector<std::string>& names);
 

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "foundation/Files.h"
+#include "foundation/Log.h"
 #include "tools/LabelFiles.h"
 
 namespace tnv {
@@ -15,8 +16,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view kYamlSources[] = {"train", "val", "test"};
-constexpr std::string_view kDarknetSources[] = {"train", "valid"};
+/// Where descriptions of either kind tell of pictures.
+constexpr std::string_view kSources[] = {"train", "val", "valid", "test"};
 
 /// Stands for what is no character.
 constexpr unsigned long kReplacement = 0xFFFD;
@@ -340,7 +341,7 @@ std::optional<LabelDescription> parseDarknetData(const std::string& text,
   auto names = readNames(besideOrAsWritten(file, directory));
   if (!names) return std::nullopt;
   LabelDescription description{numberedFromZero(std::move(*names)), {}};
-  for (const std::string_view key : kDarknetSources) {
+  for (const std::string_view key : kSources) {
     if (const std::string source = dataValue(text, key); !source.empty())
       description.sources.push_back(besideOrAsWritten(source, directory));
   }
@@ -392,7 +393,7 @@ LabelDescription parseYaml(const std::string& text) {
   const std::string_view content = withoutByteOrderMark(text);
   LabelDescription description;
   if (const auto names = valueOf(content, "names")) description.classes = parseYamlNames(*names);
-  for (const std::string_view key : kYamlSources) {
+  for (const std::string_view key : kSources) {
     for (std::string& source : yamlSources(content, key))
       description.sources.push_back(std::move(source));
   }
@@ -417,11 +418,18 @@ std::optional<LabelDescription> readDescription(const std::string& file) {
   return description;
 }
 
+std::optional<NumberedNames> readGivenNames(const std::string& file, std::string_view who) {
+  auto description = readDescription(file);
+  if (description) return std::move(description->classes);
+  logLine(std::string(who) + ": No class names in '" + file + "'!");
+  return std::nullopt;
+}
+
 std::vector<std::string> readYamlTexts(const std::string& file, const std::string& key) {
   const auto content = isYaml(file) ? readFile(file) : std::nullopt;
   if (!content) return {};
   const std::string_view text = withoutByteOrderMark(*content);
-  if (std::find(std::begin(kYamlSources), std::end(kYamlSources), key) == std::end(kYamlSources))
+  if (std::find(std::begin(kSources), std::end(kSources), key) == std::end(kSources))
     return yamlTexts(text, key);
   std::vector<std::string> sources = yamlSources(text, key);
   resolveYamlSources(sources, fs::path(absolutePicturePath(file)).parent_path());

@@ -16,6 +16,7 @@
 #include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "tools/LabelFiles.h"
+#include "tools/LabelNames.h"
 
 namespace tnv {
 
@@ -76,27 +77,24 @@ bool isLabelFile(const std::string& file) {
   return content && holdsLabels(*content);
 }
 
-std::vector<std::string> jsonFilesIn(const fs::path& directory) {
-  std::vector<std::string> files;
+void addJsonFilesIn(const fs::path& directory, std::vector<std::string>& files) {
   std::error_code error;
   for (const auto& entry : fs::directory_iterator(directory, error)) {
     const std::string path = withForwardSlashes(entry.path().string());
     if (isJson(path)) files.push_back(path);
   }
-  std::sort(files.begin(), files.end());
-  return files;
 }
 
-/// The files at the path: those of the first directory that has labels, or else has any. What is
-/// beside labels may be labels that were cut.
+/// The files at the path. What is beside labels may be labels that were cut.
 std::vector<std::string> filesOf(const std::string& path) {
   if (isJson(path)) return {absolutePicturePath(path)};
   const fs::path root(absolutePicturePath(path));
-  const std::vector<std::string> sets[] = {jsonFilesIn(root), jsonFilesIn(root / "annotations")};
-  for (const std::vector<std::string>& files : sets) {
-    if (std::any_of(files.begin(), files.end(), isLabelFile)) return files;
-  }
-  return sets[0].empty() ? sets[1] : sets[0];
+  std::vector<std::string> files;
+  addJsonFilesIn(root, files);
+  addJsonFilesIn(root / "annotations", files);
+  std::sort(files.begin(), files.end());
+  dropDoubles(files);
+  return files;
 }
 
 std::optional<Json::Value> parse(const std::string& text, const std::string& file) {
@@ -266,6 +264,11 @@ class CocoReader {
     rejectMissing();
   }
 
+  void addNames(const std::vector<std::string>& names) {
+    for (const std::string& name : names)
+      classNumberOf(name);
+  }
+
   bool hasRead = false;  ///< any file of labels
   bool wasStopped = false;
 
@@ -297,13 +300,13 @@ class CocoReader {
   }
 
   long long classNumberOf(const std::string& name) {
-    const auto known = std::find(set.classNames.begin(), set.classNames.end(), name);
-    const auto place = static_cast<long long>(known - set.classNames.begin());
-    if (known == set.classNames.end()) {
+    const auto next = static_cast<long long>(set.classNames.size());
+    const auto [number, isNew] = numbers.emplace(name, next);
+    if (isNew) {
       set.classNames.push_back(name);
-      set.classNumbers.push_back(place);
+      set.classNumbers.push_back(next);
     }
-    return place;
+    return number->second;
   }
 
   void addImages(const Json::Value& images, const Lines& lines) {
@@ -391,7 +394,8 @@ class CocoReader {
   LabelSet& set;
   const LabelReading& reading;
   std::string file;
-  std::unordered_map<long long, long long> classes;
+  std::unordered_map<std::string, long long> numbers;  ///< of the classes of the set
+  std::unordered_map<long long, long long> classes;    ///< by the ids of the file
   std::unordered_map<std::string, Picture> pictures;
   std::vector<std::string> missing;  ///< ids of images whose pictures are not there
   std::unordered_map<std::string, std::size_t> places;
@@ -491,6 +495,11 @@ std::optional<LabelSet> readCocoLabels(const std::string& path, const LabelReadi
   const std::vector<std::string> files = filesOf(path);
   LabelSet set;
   CocoReader reader(set, reading);
+  if (!reading.names.empty()) {
+    const auto given = readGivenNames(reading.names, kReadWho);
+    if (!given) return std::nullopt;
+    reader.addNames(given->names);
+  }
   for (const std::string& file : files) {
     reader.read(file, isJson(path));
     if (reader.wasStopped) return std::nullopt;

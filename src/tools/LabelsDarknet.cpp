@@ -339,7 +339,7 @@ std::string namesFileIn(const std::string& root) {
   for (const std::string_view extension : kNamesExtensions) {
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(root, error)) {
-      if (entry.path().extension() == extension) named.push_back(entry.path().string());
+      if (hasExtension(entry.path().string(), extension)) named.push_back(entry.path().string());
     }
     std::sort(named.begin(), named.end());
     if (!named.empty()) return named.front();
@@ -407,13 +407,10 @@ std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading&
                                            : absolute;
   auto description = readDescription(described);
   if (!reading.names.empty()) {
-    const auto named = readDescription(reading.names);
-    if (!named) {
-      logLine(std::string(kReadWho) + ": No class names in '" + reading.names + "'!");
-      return std::nullopt;
-    }
+    auto given = readGivenNames(reading.names, kReadWho);
+    if (!given) return std::nullopt;
     if (!description) description.emplace();
-    description->classes = named->classes;
+    description->classes = std::move(*given);
   }
   if (!description) {
     logLine(std::string(kReadWho) + ": No class names found for '" + path + "'!");
@@ -539,6 +536,22 @@ bool writePictures(const LabelSet& set, const std::vector<std::string>& names,
 }
 
 }  // namespace
+
+bool holdsDarknetLabels(const std::string& path) {
+  const std::string root = isDirectory(path) ? asDirectory(path) : std::string();
+  const std::string described = root.empty() ? path : namesFileIn(root);
+  if (isYaml(described) || isDarknetData(described)) {
+    const auto description = readDescription(described);
+    if (description && !description->sources.empty()) return true;
+  }
+  if (root.empty()) return isText(path) && holdsLabels(readFile(path).value_or(""));
+  bool found = false;
+  forEachFileBelow(root, [&](const std::string& file) {
+    found = isText(file) && holdsLabels(readFile(file).value_or(""));
+    return found;
+  });
+  return found;
+}
 
 bool isDarknetLabels(const std::string& path) {
   if (isFile(path)) return isYaml(path) || isDarknetData(path) || isLabelText(path);

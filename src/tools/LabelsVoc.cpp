@@ -6,13 +6,13 @@
 #include <sstream>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 
 #include <pugixml.hpp>
 
 #include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "tools/LabelFiles.h"
+#include "tools/LabelNames.h"
 
 namespace tnv {
 
@@ -24,7 +24,6 @@ constexpr std::string_view kReadWho = "readVocLabels";
 constexpr std::string_view kWriteWho = "writeVocLabels";
 
 constexpr std::string_view kClassesFile = "classes.txt";
-constexpr std::string_view kTreeName = "Annotations";
 constexpr std::string_view kLabelsDirectory = "Annotations/";
 constexpr std::string_view kImagesDirectory = "JPEGImages/";
 
@@ -35,9 +34,20 @@ bool isXml(const std::string& path) {
   return hasExtension(path, ".xml") && isFile(path);
 }
 
+/// The name of the outermost element, behind declarations and comments.
+std::string_view rootOf(std::string_view text) {
+  while (!text.empty()) {
+    text.remove_prefix(std::min(text.find('<'), text.size()));
+    if (!text.starts_with("<?") && !text.starts_with("<!")) break;
+    const std::string_view end = text.starts_with("<!--") ? "-->" : ">";
+    text.remove_prefix(std::min(text.find(end), text.size()));
+  }
+  text.remove_prefix(std::min<std::size_t>(1, text.size()));
+  return text.substr(0, text.find_first_of(" \t\r\n/>"));
+}
+
 bool isAnnotation(const std::string& file) {
-  const auto content = readFile(file);
-  return content && content->find("<annotation") != content->npos;
+  return rootOf(readFile(file).value_or("")) == kRoot;
 }
 
 struct XmlFiles {
@@ -45,46 +55,19 @@ struct XmlFiles {
   std::vector<std::string> unreadable;  ///< directories
 };
 
-std::vector<std::string> xmlFilesIn(const fs::path& directory) {
-  std::vector<std::string> files;
+XmlFiles filesOf(const std::string& path) {
+  if (isXml(path)) return {{absolutePicturePath(path)}, {}};
   std::error_code error;
-  for (const auto& entry : fs::directory_iterator(directory, error)) {
-    const std::string path = withForwardSlashes(entry.path().string());
-    if (isXml(path)) files.push_back(path);
-  }
-  return files;
-}
-
-/// Files that links lead to by two paths hold their labels once.
-void dropDoubles(std::vector<std::string>& files) {
-  std::unordered_set<std::string> seen;
-  std::erase_if(files,
-                [&](const std::string& file) { return !seen.insert(realPath(file)).second; });
-}
-
-void addFilesBelow(const fs::path& directory, XmlFiles& found) {
-  std::error_code error;
-  const fs::file_status status = fs::status(directory, error);
-  if (fs::status_known(status) && !fs::is_directory(status)) return;
-  TreeWalk walk = forEachFileBelow(directory.string(), [&](const std::string& file) {
+  const fs::file_status status = fs::status(path, error);
+  if (fs::status_known(status) && !fs::is_directory(status)) return {};
+  XmlFiles found;
+  TreeWalk walk = forEachFileBelow(absolutePicturePath(path), [&](const std::string& file) {
     if (isXml(file)) found.files.push_back(file);
     return false;
   });
   std::sort(found.files.begin(), found.files.end());
   if (walk.followedLinks) dropDoubles(found.files);
   found.unreadable = std::move(walk.unreadable);
-}
-
-/// The files of a directory lie below `Annotations`, or in itself, or anywhere below.
-XmlFiles filesOf(const std::string& path) {
-  if (isXml(path)) return {{absolutePicturePath(path)}, {}};
-  const fs::path root(absolutePicturePath(path));
-  XmlFiles found;
-  addFilesBelow(root / kTreeName, found);
-  if (!found.files.empty()) return found;
-  found.files = xmlFilesIn(root);
-  std::sort(found.files.begin(), found.files.end());
-  if (found.files.empty()) addFilesBelow(root, found);
   return found;
 }
 
@@ -286,6 +269,18 @@ std::string documentOf(const LabelSet& set, const LabelledPicture& picture,
   return text.str();
 }
 
+/// The class names beside a directory's files, or above the tree that they lie in.
+std::vector<std::string> namesFor(const std::string& path) {
+  const std::string directory =
+      asDirectory(isXml(path) ? fs::path(path).parent_path().string() : path);
+  const std::size_t tree = directory.rfind("/" + std::string(kLabelsDirectory));
+  const std::string above = tree == directory.npos ? directory : directory.substr(0, tree + 1);
+  for (const std::string& place : {directory, above}) {
+    if (auto names = readNames(place + std::string(kClassesFile))) return std::move(*names);
+  }
+  return {};
+}
+
 }  // namespace
 
 bool isVocLabels(const std::string& path) {
@@ -303,13 +298,13 @@ std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReadin
   for (const std::string& directory : unreadable)
     set.reject(directory, 0, kUnreadableDirectory);
   VocReader reader(set, reading);
-  const std::string beside = asDirectory(path) + std::string(kClassesFile);
-  const auto names = readNames(reading.names.empty() ? beside : reading.names);
-  if (!names && !reading.names.empty()) {
-    logLine(std::string(kReadWho) + ": No class names in '" + reading.names + "'!");
-    return std::nullopt;
+  if (!reading.names.empty()) {
+    const auto given = readGivenNames(reading.names, kReadWho);
+    if (!given) return std::nullopt;
+    reader.addNames(given->names);
+  } else {
+    reader.addNames(namesFor(absolutePicturePath(path)));
   }
-  if (names) reader.addNames(*names);
   for (const std::string& file : files) {
     if (!goesOn(reading.goOn)) return std::nullopt;
     reader.read(file);

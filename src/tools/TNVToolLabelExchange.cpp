@@ -550,6 +550,21 @@ bool TNVToolLabelExchange::wasStopped(std::string_view operation) const {
   return stopRequested;
 }
 
+const tnv::LabelFormat* TNVToolLabelExchange::formatOf(const std::string& path) const {
+  if (!format.empty()) return tnv::findLabelFormat(format);
+  const auto found = tnv::recogniseLabelFormats(path);
+  if (found.size() == 1) return found.front();
+  if (found.empty()) {
+    logFrom("read", "No labels of a known format at '" + path + "'!");
+    return nullptr;
+  }
+  std::string names;
+  for (const tnv::LabelFormat* each : found)
+    names += (names.empty() ? "" : ", ") + std::string(each->name);
+  logFrom("read", "There are labels of several formats at '" + path + "', choose one of: " + names);
+  return nullptr;
+}
+
 bool TNVToolLabelExchange::read(const std::string& path) {
   const Run run(*this);
   clear();
@@ -559,12 +574,8 @@ bool TNVToolLabelExchange::read(const std::string& path) {
                           : "There is nothing at '" + path + "'!");
     return false;
   }
-  const tnv::LabelFormat* chosen =
-      format.empty() ? tnv::recogniseLabelFormat(path) : tnv::findLabelFormat(format);
-  if (!chosen) {
-    logFrom("read", "No labels of a known format at '" + path + "'!");
-    return false;
-  }
+  const tnv::LabelFormat* chosen = formatOf(path);
+  if (!chosen) return false;
   tnv::LabelReading manner = reading;
   manner.goOn = untilStopped();
   auto found = chosen->read(path, manner);

@@ -12,6 +12,10 @@
 class TNVDNNClass;
 class TNVTrainSet;
 
+namespace tnv {
+struct LabelFormat;
+}
+
 /// Brings labels from files to marks and back. A set of labels is taken into memory, from files or
 /// from marks, and goes out of it, to marks or to files.
 class TNVToolLabelExchange {
@@ -70,6 +74,10 @@ class TNVToolLabelExchange {
 
  private:
   class Run;
+
+  /// The format that was set or that the path has; null, with a log line, if it has none or
+  /// several.
+  const tnv::LabelFormat* formatOf(const std::string& path) const;
 
   void clear();
   tnv::GoOn untilStopped();

@@ -3,6 +3,7 @@
 #include <json/reader.h>
 #include <json/value.h>
 
+#include <filesystem>
 #include <random>
 #include <sstream>
 
@@ -174,6 +175,26 @@ TEST_F(LabelsCoco, PicturesAreFoundWhereSetsHaveThem) {
     ASSERT_EQ(set->pictures.size(), 1U) << picture;
     EXPECT_EQ(set->pictures[0].path, other / picture);
   }
+}
+
+TEST_F(LabelsCoco, AFileInTheDirectoryHidesNoneInTheTree) {
+  temp.write("all.json", fileWith({annotation(kBox)}));
+  temp.write("annotations/more.json", fileWith({annotation(kBox, "\"b\"")}));
+  std::filesystem::create_symlink(temp / "all.json", temp / "annotations/same.json");
+  EXPECT_THAT(picturesIn(*tnv::readCocoLabels(temp.path(), {})),
+              ElementsAre("a.jpg: 1", "b.jpg: 1"));
+}
+
+TEST_F(LabelsCoco, NamesThatAreGivenComeFirst) {
+  tnv::LabelReading reading;
+  reading.names = temp.write("data.yaml", "names: [nut, clip]\n");
+  const auto set = read({annotation(kBox)}, reading);
+  EXPECT_THAT(set.classNames, ElementsAre("nut", "clip", "screw"));
+  EXPECT_EQ(set.pictures[0].labels[0].classPlace, 2U);
+  reading.names = temp / "absent.names";
+  LogCapture log;
+  EXPECT_FALSE(tnv::readCocoLabels(temp / "labels.json", reading));
+  EXPECT_THAT(log.text(), HasSubstr("readCocoLabels: No class names in '"));
 }
 
 TEST_F(LabelsCoco, ADamagedFileBesideAGoodOneIsRejected) {

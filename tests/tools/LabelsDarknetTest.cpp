@@ -352,6 +352,21 @@ TEST(LabelsDarknet, ADataFileTellsNamesAndPictures) {
   EXPECT_THAT(rejections(set), ElementsAre("gone.jpg:0: no picture"));
 }
 
+TEST(LabelsDarknet, AllPlacesOfADescriptionAreRead) {
+  for (const char* key : {"train", "val", "valid", "test"}) {
+    const TempDirectory temp;
+    addPictures(temp, {"day1/a.jpg"});
+    temp.write("list.txt", "day1/a.jpg\n");
+    temp.write("obj.names", "screw\n");
+    temp.write("obj.DATA", std::string(key) + " = list.txt\nnames = obj.names\n");
+    temp.write("set.YAML", std::string(key) + ": day1\nnames: [screw]\n");
+    for (const char* file : {"obj.DATA", "set.YAML"})
+      EXPECT_THAT(pictures(readSet(temp / file), temp.path()), ElementsAre("day1/a.jpg: 0"))
+          << key << file;
+    EXPECT_THAT(tnv::readYamlTexts(temp / "set.YAML", key), ElementsAre(temp / "day1"));
+  }
+}
+
 TEST(LabelsDarknet, APlaceThatIsMissingIsRejectedWhereAnotherIsThere) {
   const TempDirectory temp;
   addPictures(temp, {"train/a.jpg"});

@@ -90,6 +90,59 @@ TEST_F(LabelsVoc, ClassesComeInTheOrderOfAListAndThenAsTheyAreMet) {
   EXPECT_THAT(log.text(), HasSubstr("readVocLabels: No class names in '"));
 }
 
+TEST_F(LabelsVoc, NamesAreReadFromEveryFileThatHasThem) {
+  temp.write("a.xml", fileWith(object("screw", corners("21", "11", "70", "50"))));
+  temp.write("list.names", "nut\n");
+  tnv::LabelReading reading;
+  for (const auto& [file, text] :
+       {std::pair{"data.yaml", "names: [nut]\n"}, std::pair{"DATA.YML", "names:\n  0: nut\n"},
+        std::pair{"obj.Data", "names = list.names\n"}}) {
+    reading.names = temp.write(file, text);
+    EXPECT_THAT(tnv::readVocLabels(temp.path(), reading)->classNames, ElementsAre("nut", "screw"))
+        << file;
+  }
+}
+
+TEST_F(LabelsVoc, ClassesOfASingleFileLieBesideItOrItsTree) {
+  const auto text = fileWith(object("screw", corners("21", "11", "70", "50")));
+  for (const auto& [file, names] :
+       {std::pair{"one/c.xml", "one/classes.txt"},
+        std::pair{"two/Annotations/c.xml", "two/classes.txt"},
+        std::pair{"three/Annotations/day1/c.xml", "three/classes.txt"}}) {
+    temp.write(names, "nut\nscrew\n");
+    const std::string path = temp.write(file, text);
+    EXPECT_THAT(tnv::readVocLabels(path, {})->classNames, ElementsAre("nut", "screw")) << file;
+  }
+}
+
+TEST_F(LabelsVoc, FilesInADirectoryHideNoneBelow) {
+  const auto text = [](const char* picture) {
+    return fileWith(object("screw", corners("21", "11", "70", "50")), picture);
+  };
+  for (const char* picture : {"b.jpg", "c.jpg"})
+    temp.write(picture, "");
+  temp.write("task.xml", "<annotations/>");
+  temp.write("a.xml", text("a.jpg"));
+  temp.write("Annotations/b.xml", text("b.jpg"));
+  temp.write("JPEGImages/b.jpg", "");
+  temp.write("day1/c.xml", text("c.jpg"));
+  temp.write("day1/c.jpg", "");
+  LogCapture log;
+  const auto set = tnv::readVocLabels(temp.path(), {});
+  EXPECT_THAT(picturesIn(*set), ElementsAre("b.jpg: 1", "a.jpg: 1", "c.jpg: 1"));
+  EXPECT_THAT(log.text(), HasSubstr("task.xml' has no labels, passed over"));
+}
+
+TEST_F(LabelsVoc, IsToldByTheOutermostElement) {
+  for (const char* text : {"<annotation>", "<annotation/>",
+                           "<?xml version=\"1.0\"?>\n<!-- <a> -->\n<annotation a='1'>",
+                           "\xEF\xBB\xBF<!DOCTYPE annotation><annotation\n>"})
+    EXPECT_TRUE(tnv::isVocLabels(temp.write("x.xml", text))) << text;
+  for (const char* text : {"", "<annotations>", "<x><annotation/></x>", "<!-- <annotation> -->",
+                           "<?annotation", "annotation", "<"})
+    EXPECT_FALSE(tnv::isVocLabels(temp.write("x.xml", text))) << text;
+}
+
 TEST_F(LabelsVoc, WhatCannotBeTakenIsRejectedWithItsLine) {
   const auto set = read(fileWith(object("", corners("21", "11", "70", "50")) +
                                  object("nut", corners("21", "x", "70", "50")) +

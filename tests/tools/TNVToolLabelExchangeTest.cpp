@@ -115,6 +115,43 @@ TEST_F(LabelExchange, ASetThatIsReadTellsClassesPicturesAndCounts) {
                           labels + "a.txt:3: neither a box nor an outline"));
 }
 
+TEST_F(LabelExchange, LabelsOfSeveralFormatsAreRefusedUntilOneIsChosen) {
+  constexpr auto coco = R"({"categories":[],"images":[],"annotations":[]})";
+  constexpr auto voc = "<annotation/>";
+  struct Row {
+    std::map<std::string, std::string> files;
+    const char* formats;
+  };
+  const Row rows[] = {
+      {{{"a.txt", "0 0.5 0.5 0.25 0.5\n"}}, "Darknet"},
+      {{{"deep/a.xml", voc}, {"README.txt", "screws"}, {"classes.txt", "nut"}}, "VOC"},
+      {{{"annotations/all.json", coco}, {"other.yml", "services: 2"}}, "COCO"},
+      {{{"a.xml", voc}, {"labels/a.txt", "0 0.5 0.5 0.25 0.5\n"}}, "VOC, Darknet"},
+      {{{"all.json", coco}, {"Annotations/a.xml", voc}}, "COCO, VOC"},
+      {{{"all.json", coco}, {"data.yaml", "train: x\nnames: [nut]\n"}}, "COCO, Darknet"},
+      {{{"all.json", coco}, {"a.xml", voc}, {"a.txt", "0 0.5 0.5 0.25 0.5\n"}},
+       "COCO, VOC, Darknet"},
+      {{{"a.txt", ""}}, "Darknet"},
+  };
+  int number = 0;
+  for (const Row& row : rows) {
+    const std::string place = builder.temp.makeDirectory("row" + std::to_string(++number));
+    for (const auto& [name, text] : row.files)
+      builder.temp.write("row" + std::to_string(number) + "/" + name, text);
+    exchange.wSetFormat("");
+    exchange.wSetNames(labels + "classes.txt");
+    LogCapture log;
+    const bool isOne = std::string_view(row.formats).find(',') == std::string_view::npos;
+    EXPECT_EQ(exchange.wRead(place), isOne) << row.formats;
+    EXPECT_EQ(exchange.wGetReadFormat(), isOne ? row.formats : "");
+    if (isOne) continue;
+    EXPECT_THAT(log.text(), HasSubstr("There are labels of several formats at '" + place +
+                                      "', choose one of: " + row.formats));
+    ASSERT_TRUE(exchange.wSetFormat(row.files.contains("a.xml") ? "VOC" : "COCO"));
+    EXPECT_TRUE(exchange.wRead(place)) << row.formats;
+  }
+}
+
 TEST_F(LabelExchange, AFailedReadLeavesNothingInMemory) {
   labelsFile("a.txt", "0 0.5 0.5 0.25 0.5\n");
   ASSERT_TRUE(exchange.wRead(labels));
