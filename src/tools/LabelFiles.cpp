@@ -10,6 +10,7 @@
 
 #include "foundation/Files.h"
 #include "foundation/Log.h"
+#include "foundation/PictureHead.h"
 
 namespace tnv {
 
@@ -78,9 +79,13 @@ class Walker {
       result.followedLinks = result.followedLinks || isLink;
       return enter(entry.path(), isLinked || isLink);
     }
-    if (isLink && !entry.path().has_extension() && !entry.exists(error))
-      return tellUnreadable(entry.path());
-    ended = isEnough(withForwardSlashes(entry.path().string()));
+    const std::string path = withForwardSlashes(entry.path().string());
+    if (isLink && !entry.exists(error) && !hasExtension(path, ".txt") &&
+        !hasPictureExtension(path)) {
+      return result.deadLinks.push_back(path);
+    }
+    result.followedLinks = result.followedLinks || isLink;
+    ended = isEnough(path);
   }
 
   void tellUnreadable(const fs::path& path) {
@@ -200,6 +205,16 @@ bool hasExtension(const std::string& path, std::string_view extension) {
 bool hasPictureExtension(const std::string& path) {
   return std::any_of(kPictureTypes.begin(), kPictureTypes.end(),
                      [&](const std::string& type) { return hasExtension(path, "." + type); });
+}
+
+bool isPictureFile(const std::string& path) {
+  return isFile(path) && (hasPictureExtension(path) || !pictureSize(path).empty());
+}
+
+std::string exportedFormat(const std::string& directory) {
+  const auto mark = readFile(asDirectory(directory) + std::string(kExportMark));
+  const std::string_view text = mark ? *mark : std::string_view();
+  return std::string(text.substr(0, text.find('\n')));
 }
 
 bool isFile(const std::string& path) {

@@ -42,11 +42,13 @@ std::optional<std::string> findUpwards(const std::string& path,
 
 /// What was met on the way through a tree of directories.
 struct TreeWalk {
-  std::vector<std::string> unreadable;  ///< directories, and links that lead nowhere
+  std::vector<std::string> unreadable;  ///< directories
+  std::vector<std::string> deadLinks;   ///< but those that have the name of a picture or a text
   bool followedLinks = false;           ///< so that a file may have been met by two paths
 };
 
 constexpr auto kUnreadableDirectory = "directory cannot be read";
+constexpr auto kDeadLink = "link leads nowhere";
 
 /// Calls back with the files below a directory until that gives true. Links to directories are
 /// followed, but for those to a directory that holds them. What an export that was cut off left is
@@ -64,6 +66,15 @@ bool hasExtension(const std::string& path, std::string_view extension);
 
 /// Whether the path has the extension of a picture.
 bool hasPictureExtension(const std::string& path);
+
+/// Whether there is a picture: by its name, or for one of another kind by what is in it.
+bool isPictureFile(const std::string& path);
+
+/// Lies in the directory of an export and names its format, so that a later one may take its place.
+constexpr std::string_view kExportMark = ".label-export";
+
+/// The format of the export in the directory; empty if there is none that was finished.
+std::string exportedFormat(const std::string& directory);
 
 /// Whether there is a file, and its path if there is.
 bool isFile(const std::string& path);

@@ -39,6 +39,9 @@ constexpr std::string_view kNamesExtensions[] = {".yaml", ".yml", ".data", ".nam
 
 constexpr std::string_view kTextExtension = ".txt";
 
+/// As the mark of an export calls what is written here.
+constexpr std::string_view kExportFormat = "Darknet";
+
 /// Class, centre x, centre y, width, height.
 constexpr std::size_t kBoxFields = 5;
 
@@ -129,6 +132,24 @@ bool holdsLabels(std::string_view text) {
   return found;
 }
 
+/// Whether a file has the name of class names, and is no text of a picture that is called so.
+bool isClassesFile(const std::string& file) {
+  return fs::path(file).filename() == kClassesFile && !holdsLabels(readFile(file).value_or(""));
+}
+
+void rejectLines(LabelSet& set, const std::string& file, std::string_view content,
+                 std::string_view reason) {
+  forEachLine(content,
+              [&](std::string_view, std::size_t number) { set.reject(file, number, reason); });
+}
+
+/// A text that several pictures have the name of.
+void rejectShared(LabelSet& set, const std::string& file) {
+  const auto content = readFile(file);
+  if (!content) return set.reject(file, 0, "file cannot be read");
+  rejectLines(set, file, *content, "several pictures have the name of the text");
+}
+
 void rejectWithoutPicture(LabelSet& set, const std::string& file) {
   const auto content = readFile(file);
   if (!content) return set.reject(file, 0, "file cannot be read");
@@ -137,8 +158,7 @@ void rejectWithoutPicture(LabelSet& set, const std::string& file) {
       logLine(std::string(kReadWho) + ": '" + file + "' has no picture and no labels, passed over");
     return;
   }
-  forEachLine(*content,
-              [&](std::string_view, std::size_t number) { set.reject(file, number, kNoPicture); });
+  rejectLines(set, file, *content, kNoPicture);
 }
 
 /// A picture that a list has and nobody else.
@@ -184,30 +204,59 @@ class DarknetFiles {
   void addList(const std::string& list, const std::string& root) {
     const fs::path directory = fs::path(list).parent_path();
     notLabels.insert(list);
-    for (const std::string& line : linesOf(list)) {
-      const auto found = findUpwards(line, {directory, fs::path(root).parent_path()});
-      addPicture(absolutePicturePath(found.value_or((directory / line).string())), {});
+    // Its lines may lead through links.
+    followedLinks = true;
+    const auto find = [&](const std::string& line) {
+      return findUpwards(line, {directory, fs::path(root).parent_path()});
+    };
+    for (const auto& [line, number] : linesOf(list)) {
+      auto found = find(line);
+      if (!found) found = find(withForwardSlashes(line));
+      const std::string path =
+          absolutePicturePath(found.value_or((directory / withForwardSlashes(line)).string()));
+      if (found && !isPictureFile(path)) {
+        rejections.add(list, number, "no picture file");
+      } else {
+        addPicture(path, {});
+      }
     }
   }
 
-  /// A text with its picture, if there is one.
-  void addSingle(const std::string& text, const std::string& picture) {
+  /// A text with the pictures of its name.
+  void addSingle(const std::string& text, const std::vector<std::string>& named) {
     addText(text);
-    if (!picture.empty()) addPicture(picture, text);
+    for (const std::string& picture : named)
+      addPicture(picture, text);
   }
 
-  /// The list that an export wrote, whose label texts lie in a directory of their own.
-  void addExport(const std::string& root) {
+  /// The list that an export wrote, whose label texts lie in a directory of their own. False, with
+  /// a log line, if the texts are not those that the export wrote for the list.
+  bool addExport(const std::string& root) {
     const std::string list = root + std::string(kPictureList);
     LabelSet listed;
-    for (const std::string& line : linesOf(list))
+    for (const auto& [line, number] : linesOf(list))
       listed.pictures.push_back({absolutePicturePath(line), {}, {}, {}});
     const auto names = outputNames(listed);
     const std::string labels = root + std::string(kLabelsDirectory);
-    for (std::size_t i = 0; i < names.size(); ++i)
+    std::unordered_set<std::string> expected;
+    for (std::size_t i = 0; i < names.size(); ++i) {
       addPicture(listed.pictures[i].path, labels + names[i] + std::string(kTextExtension));
-    for (const std::string& file : filesBelow(labels))
+      expected.insert(labels + names[i] + std::string(kTextExtension));
+    }
+    auto found = filesBelow(labels);
+    std::erase_if(found, [&](const std::string& file) {
+      return !expected.contains(file) && (!isText(file) || isClassesFile(file));
+    });
+    if (found.size() != expected.size() ||
+        !std::all_of(found.begin(), found.end(),
+                     [&](const auto& file) { return expected.contains(file); })) {
+      logLine(std::string(kReadWho) + ": The texts in '" + labels + "' are not those for '" + list +
+              "', export the labels anew!");
+      return false;
+    }
+    for (const std::string& file : found)
       addText(file);
+    return true;
   }
 
   void addPicture(const std::string& path, const std::string& text) {
@@ -253,6 +302,22 @@ class DarknetFiles {
     pictures = std::move(kept);
   }
 
+  /// Texts that several pictures have, which have none then: whose labels they are is open.
+  std::vector<std::string> takeShared() {
+    std::unordered_map<std::string, std::size_t> uses;
+    for (const LabelledPicture& picture : pictures)
+      ++uses[withoutDetours(picture.labelFile)];
+    std::vector<std::string> shared;
+    for (LabelledPicture& picture : pictures) {
+      const std::string text = withoutDetours(picture.labelFile);
+      if (text.empty() || uses[text] < 2) continue;
+      if (notLabels.insert(picture.labelFile).second) shared.push_back(picture.labelFile);
+      picture.labelFile.clear();
+    }
+    tnv::dropDoubles(shared);
+    return shared;
+  }
+
   void reject(const std::string& file, const std::string& reason) {
     if (rejected.insert(file).second) rejections.add(file, 0, reason);
   }
@@ -289,6 +354,8 @@ class DarknetFiles {
     followedLinks = followedLinks || walk.followedLinks;
     for (const std::string& unreadable : walk.unreadable)
       reject(unreadable, kUnreadableDirectory);
+    for (const std::string& link : walk.deadLinks)
+      reject(link, kDeadLink);
     std::sort(files.begin(), files.end());
     return files;
   }
@@ -300,12 +367,18 @@ class DarknetFiles {
     return realPath(path);
   }
 
-  std::vector<std::string> linesOf(const std::string& file) {
-    std::vector<std::string> lines;
+  struct NumberedLine {
+    std::string text;
+    std::size_t number;
+  };
+
+  std::vector<NumberedLine> linesOf(const std::string& file) {
+    std::vector<NumberedLine> lines;
     const auto content = readFile(file);
     if (!content) reject(file, "file cannot be read");
-    forEachLine(content.value_or(""),
-                [&](std::string_view line, std::size_t) { lines.emplace_back(line); });
+    forEachLine(content.value_or(""), [&](std::string_view line, std::size_t number) {
+      lines.push_back({std::string(line), number});
+    });
     return lines;
   }
 
@@ -319,7 +392,7 @@ class DarknetFiles {
   }
 
   bool isNoLabelText(const std::string& file) const {
-    return notLabels.contains(file) || fs::path(file).filename() == kClassesFile;
+    return notLabels.contains(file) || isClassesFile(file);
   }
 
   std::unordered_set<std::string> known;
@@ -333,7 +406,8 @@ class DarknetFiles {
 /// The file that names the classes of a directory; empty if there is none.
 std::string namesFileIn(const std::string& root) {
   for (const std::string_view name : kNamesFiles) {
-    if (const std::string file = root + std::string(name); isFile(file)) return file;
+    const std::string file = root + std::string(name);
+    if (isFile(file) && (!isText(file) || isClassesFile(file))) return file;
   }
   std::vector<std::string> named;
   for (const std::string_view extension : kNamesExtensions) {
@@ -354,8 +428,8 @@ struct DarknetPlace {
   std::string singleText;  ///< the only text that is asked for; empty for all
 };
 
-/// The picture in the directory that has the name of the text; empty if there is none.
-std::string pictureNamedLike(const std::string& text, const std::string& directory) {
+/// The pictures in the directory that have the name of the text.
+std::vector<std::string> picturesNamedLike(const std::string& text, const std::string& directory) {
   const fs::path stem = fs::path(text).stem();
   std::vector<std::string> found;
   std::error_code error;
@@ -364,24 +438,24 @@ std::string pictureNamedLike(const std::string& text, const std::string& directo
     const std::string path = withForwardSlashes(entry->path().string());
     if (entry->path().stem() == stem && hasPictureExtension(path)) found.push_back(path);
   }
-  return found.empty() ? std::string() : *std::min_element(found.begin(), found.end());
+  std::sort(found.begin(), found.end());
+  return found;
 }
 
-/// The picture of a text, beside it or in the tree of pictures; empty if there is none.
-std::string pictureOfText(const std::string& text) {
+/// The pictures of a text's name, beside it or in the tree of pictures.
+std::vector<std::string> picturesOfText(const std::string& text) {
   const std::string directory = asDirectory(fs::path(text).parent_path().string());
-  const std::string beside = pictureNamedLike(text, directory);
-  if (!beside.empty()) return beside;
+  auto beside = picturesNamedLike(text, directory);
   const std::string inTree = withDirectory(directory, "labels", "images");
-  return inTree.empty() ? inTree : pictureNamedLike(text, inTree);
+  return beside.empty() && !inTree.empty() ? picturesNamedLike(text, inTree) : beside;
 }
 
 /// Whether a file is the text of a picture. An empty one is only by the picture.
 bool isLabelText(const std::string& file) {
   if (!isFile(file) || !isText(file)) return false;
-  if (fs::path(file).filename() == kClassesFile) return false;
+  if (isClassesFile(file)) return false;
   return holdsLabels(readFile(file).value_or("")) ||
-         !pictureOfText(absolutePicturePath(file)).empty();
+         !picturesOfText(absolutePicturePath(file)).empty();
 }
 
 /// The file of class names for a text: beside it, or above the tree of texts that it lies in.
@@ -459,13 +533,13 @@ std::string picturesBeside(const std::string& root) {
   return isDirectory(images) ? images : std::string();
 }
 
-DarknetFiles filesOf(const DarknetPlace& place, const LabelReading& reading) {
+std::optional<DarknetFiles> filesOf(const DarknetPlace& place, const LabelReading& reading) {
   DarknetFiles files;
   if (const std::string& text = place.singleText; !text.empty()) {
     files.addSingle(
         text, reading.pictures.empty()
-                  ? pictureOfText(text)
-                  : pictureNamedLike(text, asDirectory(absolutePicturePath(reading.pictures))));
+                  ? picturesOfText(text)
+                  : picturesNamedLike(text, asDirectory(absolutePicturePath(reading.pictures))));
     return files;
   }
   if (!reading.pictures.empty()) {
@@ -473,8 +547,9 @@ DarknetFiles filesOf(const DarknetPlace& place, const LabelReading& reading) {
     files.addDirectory(pictures);
     files.addDirectory(place.root);
     files.pairByPlace(place.root, pictures);
-  } else if (isFile(place.root + std::string(kPictureList))) {
-    files.addExport(place.root);
+  } else if (exportedFormat(place.root) == kExportFormat &&
+             isFile(place.root + std::string(kPictureList))) {
+    if (!files.addExport(place.root)) return std::nullopt;
     return files;
   } else if (!addSources(files, place)) {
     files.addDirectory(place.root);
@@ -567,7 +642,9 @@ bool isDarknetLabels(const std::string& path) {
 std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelReading& reading) {
   auto place = placeOf(path, reading);
   if (!place) return std::nullopt;
-  DarknetFiles files = filesOf(*place, reading);
+  auto found = filesOf(*place, reading);
+  if (!found) return std::nullopt;
+  DarknetFiles& files = *found;
   if (!reading.names.empty()) files.exclude(absolutePicturePath(reading.names));
   if (files.empty()) {
     logLine(std::string(kReadWho) + ": No pictures and no label texts in '" + path + "'!");
@@ -577,6 +654,7 @@ std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelRe
   set.classNames = std::move(place->description.classes.names);
   set.classNumbers = std::move(place->description.classes.numbers);
   set.rejections = std::move(files.rejections);
+  const std::vector<std::string> shared = files.takeShared();
   const std::vector<std::string> left = files.textsWithoutPicture();
   for (LabelledPicture& picture : files.pictures) {
     if (!goesOn(reading.goOn)) return std::nullopt;
@@ -587,6 +665,8 @@ std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelRe
     if (!picture.labelFile.empty()) readLabels(set, picture, reading.clip);
     set.pictures.push_back(std::move(picture));
   }
+  for (const std::string& text : shared)
+    rejectShared(set, text);
   for (const std::string& text : left) {
     if (!goesOn(reading.goOn)) return std::nullopt;
     rejectWithoutPicture(set, text);

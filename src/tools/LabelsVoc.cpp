@@ -53,10 +53,11 @@ bool isAnnotation(const std::string& file) {
 struct XmlFiles {
   std::vector<std::string> files;
   std::vector<std::string> unreadable;  ///< directories
+  std::vector<std::string> deadLinks;
 };
 
 XmlFiles filesOf(const std::string& path) {
-  if (isXml(path)) return {{absolutePicturePath(path)}, {}};
+  if (isXml(path)) return {{absolutePicturePath(path)}, {}, {}};
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (fs::status_known(status) && !fs::is_directory(status)) return {};
@@ -68,6 +69,7 @@ XmlFiles filesOf(const std::string& path) {
   std::sort(found.files.begin(), found.files.end());
   if (walk.followedLinks) dropDoubles(found.files);
   found.unreadable = std::move(walk.unreadable);
+  found.deadLinks = std::move(walk.deadLinks);
   return found;
 }
 
@@ -289,14 +291,16 @@ bool isVocLabels(const std::string& path) {
 }
 
 std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReading& reading) {
-  const auto [files, unreadable] = filesOf(path);
-  if (files.empty() && unreadable.empty()) {
+  const auto [files, unreadable, deadLinks] = filesOf(path);
+  if (files.empty() && unreadable.empty() && deadLinks.empty()) {
     logLine(std::string(kReadWho) + ": There is no Pascal VOC file at '" + path + "'!");
     return std::nullopt;
   }
   LabelSet set;
   for (const std::string& directory : unreadable)
     set.reject(directory, 0, kUnreadableDirectory);
+  for (const std::string& link : deadLinks)
+    set.reject(link, 0, kDeadLink);
   VocReader reader(set, reading);
   if (!reading.names.empty()) {
     const auto given = readGivenNames(reading.names, kReadWho);

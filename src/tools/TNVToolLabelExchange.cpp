@@ -37,9 +37,6 @@ constexpr double kSamePlace = 1e-6;
 
 constexpr std::size_t kFewestCorners = 3;
 
-/// Lies in the directory of an export, so that a later one may take its place.
-constexpr std::string_view kExportMark = ".label-export";
-
 /// Where a new export comes together, and where the earlier one waits while it takes its place.
 /// Readers pass over names that begin so.
 constexpr std::string_view kStaging = ".label-export.next";
@@ -346,7 +343,7 @@ bool isEmpty(const fs::path& directory) {
 
 bool isExport(const fs::path& directory) {
   std::error_code error;
-  return fs::is_regular_file(directory / kExportMark, error);
+  return fs::is_regular_file(directory / tnv::kExportMark, error);
 }
 
 bool isTooLong(const fs::path& path) {
@@ -397,7 +394,7 @@ class ExportPlace {
     std::error_code error;
     fs::remove_all(staging, error);
     if (!isMarkedAnew) return;
-    fs::remove(root / kExportMark, error);
+    fs::remove(root / tnv::kExportMark, error);
     for (const fs::path& directory : made)
       fs::remove(directory, error);
   }
@@ -442,7 +439,7 @@ class ExportPlace {
   }
 
   bool mark(const std::string& format) const {
-    return tnv::writeWhole((root / kExportMark).string(), format + "\n", kWho);
+    return tnv::writeWhole((root / tnv::kExportMark).string(), format + "\n", kWho);
   }
 
   /// Moves what belongs to an export. False, with a log line, at the first entry that cannot be.
