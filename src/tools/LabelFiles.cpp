@@ -217,13 +217,13 @@ std::string exportedFormat(const std::string& directory) {
   return std::string(text.substr(0, text.find('\n')));
 }
 
+std::optional<std::string> pictureAt(const std::string& path) {
+  return isPictureFile(path) ? std::optional(path) : std::nullopt;
+}
+
 bool isFile(const std::string& path) {
   std::error_code error;
   return fs::is_regular_file(path, error);
-}
-
-std::optional<std::string> fileAt(const std::string& path) {
-  return isFile(path) ? std::optional(path) : std::nullopt;
 }
 
 std::string realPath(const std::string& path) {

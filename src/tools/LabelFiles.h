@@ -67,8 +67,10 @@ bool hasExtension(const std::string& path, std::string_view extension);
 /// Whether the path has the extension of a picture.
 bool hasPictureExtension(const std::string& path);
 
-/// Whether there is a picture: by its name, or for one of another kind by what is in it.
+/// Whether there is a picture, and its path if there is: by its name, or for one of another kind by
+/// what is in it.
 bool isPictureFile(const std::string& path);
+std::optional<std::string> pictureAt(const std::string& path);
 
 /// Lies in the directory of an export and names its format, so that a later one may take its place.
 constexpr std::string_view kExportMark = ".label-export";
@@ -76,9 +78,7 @@ constexpr std::string_view kExportMark = ".label-export";
 /// The format of the export in the directory; empty if there is none that was finished.
 std::string exportedFormat(const std::string& directory);
 
-/// Whether there is a file, and its path if there is.
 bool isFile(const std::string& path);
-std::optional<std::string> fileAt(const std::string& path);
 
 /// What is the same for all paths of a file; the path itself if nothing is there.
 std::string realPath(const std::string& path);

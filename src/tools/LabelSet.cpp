@@ -105,6 +105,12 @@ cv::Rect2d boxOf(const std::vector<cv::Point2d>& points) {
   return {least.x, least.y, most.x - least.x, most.y - least.y};
 }
 
+bool isPlainClassName(std::string_view name) {
+  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; };
+  return !name.empty() && name.front() != ' ' && name.back() != ' ' &&
+         std::none_of(name.begin(), name.end(), isControl);
+}
+
 std::uint32_t TextTable::numberOf(std::string_view text) {
   // Most often the text is that of the label before.
   if (!texts.empty() && texts.back() == text) return static_cast<std::uint32_t>(texts.size() - 1);
@@ -142,6 +148,12 @@ void LabelRejections::count(std::map<std::string, int>& counts) const {
     ++counts[reasons[entry.reason]];
 }
 
+void cutAtEdges(Label& label) {
+  for (cv::Point2d& corner : label.outline)
+    corner = {std::clamp(corner.x, 0.0, 1.0), std::clamp(corner.y, 0.0, 1.0)};
+  label.box = label.outline.empty() ? clipped(label.box) : boxOf(label.outline);
+}
+
 void LabelSet::take(LabelledPicture& picture, const FoundLabel& found, bool clip) {
   const auto rejectFor = [&](const std::string& reason) {
     reject(picture.labelFile, found.line, reason);
@@ -149,6 +161,8 @@ void LabelSet::take(LabelledPicture& picture, const FoundLabel& found, bool clip
   const auto classPlace = classPlaceOf(found.classNumber);
   if (!classPlace) return rejectFor("unknown class");
   if (classNames[*classPlace].empty()) return rejectFor("class without a name");
+  if (!isPlainClassName(classNames[*classPlace]))
+    return rejectFor("class name with blanks at its ends or control characters");
   const bool isOutline = found.isOutline || !found.outline.empty();
   Label label{*classPlace, isOutline ? boxOf(found.outline) : found.box, found.outline, found.line,
               files.numberOf(picture.labelFile)};

@@ -127,6 +127,14 @@ class LabelSet {
 /// Why a picture or label is left out where no picture is found.
 constexpr auto kNoPicture = "no picture";
 
+/// Whether each format can tell the name and give it back: something, without blanks at its ends
+/// and control characters.
+bool isPlainClassName(std::string_view name);
+
+/// Takes away what reaches beyond the picture by no more than rounding, which `LabelSet::take` lets
+/// pass.
+void cutAtEdges(Label& label);
+
 /// The bounding box of points; empty at the origin without any.
 cv::Rect2d boxOf(const std::vector<cv::Point2d>& points);
 

@@ -11,6 +11,7 @@
 
 #include "foundation/Files.h"
 #include "foundation/Log.h"
+#include "foundation/PictureHead.h"
 #include "tools/LabelFiles.h"
 #include "tools/LabelNames.h"
 
@@ -96,30 +97,72 @@ cv::Size sizeOf(const pugi::xml_node& annotation) {
   return {static_cast<int>(*width), static_cast<int>(*height)};
 }
 
-/// Counts lines up to an offset. Offsets come in rising order.
+/// Counts lines up to an offset into the text as the parser has it, which turns all encodings into
+/// UTF-8. Offsets come in rising order.
 class LineCounter {
  public:
-  explicit LineCounter(std::string_view content) : text(content) {}
+  LineCounter(std::string_view content, pugi::xml_encoding from) : text(content), encoding(from) {}
 
   std::size_t lineAt(std::ptrdiff_t offset) {
-    const auto end =
-        std::min(static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0)), text.size());
-    for (; place < end; ++place) {
-      if (text[place] == '\n') ++line;
+    const auto end = static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0));
+    while (parsed < end && place < text.size()) {
+      const unsigned long code = takeUnit();
+      parsed += bytesOf(code);
+      if (code == '\n') ++line;
     }
     return line;
   }
 
  private:
+  static constexpr unsigned long kOneByte = 0x80;
+  static constexpr unsigned long kTwoBytes = 0x800;
+  static constexpr unsigned long kThreeBytes = 0x10000;
+
+  std::size_t unitSize() const {
+    switch (encoding) {
+      case pugi::encoding_utf16_le:
+      case pugi::encoding_utf16_be:
+        return 2;
+      case pugi::encoding_utf32_le:
+      case pugi::encoding_utf32_be:
+        return 4;
+      default:
+        return 1;
+    }
+  }
+
+  unsigned long takeUnit() {
+    const std::size_t size = std::min(unitSize(), text.size() - place);
+    const bool isBigEndian =
+        encoding == pugi::encoding_utf16_be || encoding == pugi::encoding_utf32_be;
+    unsigned long code = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+      const std::size_t byte = isBigEndian ? i : size - 1 - i;
+      code = code << 8 | static_cast<unsigned char>(text[place + byte]);
+    }
+    place += size;
+    return code;
+  }
+
+  /// That a unit makes up in UTF-8; half a character of four bytes is two.
+  std::size_t bytesOf(unsigned long code) const {
+    if (encoding == pugi::encoding_utf8 || code < kOneByte) return 1;
+    if (code < kTwoBytes || (code >= 0xD800 && code < 0xE000)) return 2;
+    return code < kThreeBytes ? 3 : 4;
+  }
+
   std::string_view text;
-  std::size_t place = 0;
+  pugi::xml_encoding encoding;
+  std::size_t place = 0;   ///< in the text
+  std::size_t parsed = 0;  ///< in the parser's
   std::size_t line = 1;
 };
 
 /// Reads one file after the other into one set.
 class VocReader {
  public:
-  VocReader(LabelSet& target, const LabelReading& manner) : set(target), reading(manner) {}
+  VocReader(LabelSet& target, const LabelReading& manner, const std::string& directory)
+      : set(target), reading(manner), root(directory) {}
 
   void addNames(const std::vector<std::string>& names) {
     for (const std::string& name : names)
@@ -129,16 +172,20 @@ class VocReader {
   void read(const std::string& file) {
     const auto content = readFile(file);
     pugi::xml_document document;
-    if (!content || !document.load_buffer(content->data(), content->size()))
-      return set.reject(file, 0, "file cannot be read");
+    if (!content) return set.reject(file, 0, "file cannot be read");
+    const auto result = document.load_buffer(content->data(), content->size());
+    if (!result) return set.reject(file, 0, "file cannot be read");
+    LineCounter lines(*content, result.encoding);
     const pugi::xml_node annotation = document.child(kRoot);
     if (!annotation) return logOther(file);
+    if (const auto next = annotation.next_sibling(kRoot))
+      return set.reject(file, lines.lineAt(next.offset_debug()), "several documents in one file");
     LabelledPicture picture;
     picture.labelFile = file;
     picture.size = sizeOf(annotation);
     const auto path = pathOf(annotation, file);
     picture.path = path.value_or("");
-    LineCounter lines(*content);
+    if (path && picture.size.empty()) picture.size = pictureSize(*path);
     for (const pugi::xml_node& object : annotation.children("object"))
       addObject(picture, object, lines.lineAt(object.offset_debug()));
     if (path) {
@@ -198,11 +245,14 @@ class VocReader {
     // A set that was made on this machine may tell the whole path.
     const std::string whole = textOf(annotation, "path");
     if (!fs::path(whole).is_absolute()) return std::nullopt;
-    return fileAt(absolutePicturePath(whole));
+    return pictureAt(absolutePicturePath(whole));
   }
 
   std::vector<std::string> directoriesFor(const std::string& file) const {
-    if (!reading.pictures.empty()) return {asDirectory(reading.pictures)};
+    if (!reading.pictures.empty()) {
+      const fs::path pictures = reading.pictures;
+      return {asDirectory((pictures / belowTree(file)).string()), asDirectory(reading.pictures)};
+    }
     const fs::path here = fs::path(file).parent_path();
     std::vector<std::string> directories{
         (here.parent_path() / kImagesDirectory).string(), asDirectory(here.string()),
@@ -211,14 +261,21 @@ class VocReader {
     return directories;
   }
 
+  /// The directories between the set, or its `Annotations`, and a file.
+  fs::path belowTree(const std::string& file) const {
+    const std::string tree = "/" + std::string(kLabelsDirectory);
+    const std::size_t place = file.rfind(tree);
+    if (place != file.npos) return fs::path(file.substr(place + tree.size())).parent_path();
+    return file.starts_with(root) ? fs::path(file.substr(root.size())).parent_path() : fs::path();
+  }
+
   /// Below `Annotations` there may be directories, as there may be in the tree of the pictures.
-  static void addTreesBeside(const std::string& file, std::vector<std::string>& directories) {
+  void addTreesBeside(const std::string& file, std::vector<std::string>& directories) const {
     const std::string tree = "/" + std::string(kLabelsDirectory);
     const std::size_t place = file.rfind(tree);
     if (place == file.npos) return;
     const fs::path base = file.substr(0, place);
-    const fs::path below = fs::path(file.substr(place + tree.size())).parent_path();
-    for (const fs::path& inTree : {below, fs::path()}) {
+    for (const fs::path& inTree : {belowTree(file), fs::path()}) {
       for (const std::string_view images : {kImagesDirectory, std::string_view("images/")})
         directories.push_back(asDirectory((base / images / inTree).string()));
     }
@@ -226,15 +283,16 @@ class VocReader {
 
   /// Some files leave the extension out.
   static std::optional<std::string> withType(const std::string& path) {
-    if (!pictureExtension(path).empty()) return fileAt(path);
+    if (!pictureExtension(path).empty()) return pictureAt(path);
     for (const std::string& type : kPictureTypes) {
-      if (const auto found = fileAt(path + "." + type)) return found;
+      if (const auto found = pictureAt(path + "." + type)) return found;
     }
     return std::nullopt;
   }
 
   LabelSet& set;
   const LabelReading& reading;
+  std::string root;
   std::unordered_map<std::string, long long> numbers;
 };
 
@@ -301,7 +359,7 @@ std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReadin
     set.reject(directory, 0, kUnreadableDirectory);
   for (const std::string& link : deadLinks)
     set.reject(link, 0, kDeadLink);
-  VocReader reader(set, reading);
+  VocReader reader(set, reading, asDirectory(absolutePicturePath(path)));
   if (!reading.names.empty()) {
     const auto given = readGivenNames(reading.names, kReadWho);
     if (!given) return std::nullopt;

@@ -250,11 +250,6 @@ int addMarksTo(TNVTrainSet& trainSet, const tnv::LabelledPicture& picture, const
   return added;
 }
 
-bool isSingleLine(const std::string& name) {
-  return !name.empty() && name.find_first_of("\r\n") == name.npos &&
-         tnv::trimmed(name).size() == name.size();
-}
-
 /// The classes in the order of their numbers; empty, with a log line, if they cannot go out so.
 Classes classesByNumber(Classes classes) {
   std::stable_sort(classes.begin(), classes.end(),
@@ -264,8 +259,9 @@ Classes classesByNumber(Classes classes) {
       logFrom("readMarks", "The numbers of the classes do not run from 0 without gaps!");
       return {};
     }
-    if (!isSingleLine(classes[i]->name)) {
-      logFrom("readMarks", "The name '" + classes[i]->name + "' is no single line!");
+    if (!tnv::isPlainClassName(classes[i]->name)) {
+      logFrom("readMarks", "The name '" + classes[i]->name +
+                               "' is empty, has blanks at its ends or control characters!");
       return {};
     }
   }
@@ -313,7 +309,9 @@ class MarkReader {
     for (const int idx : mark.classIdx) {
       const auto place = places.find(idx);
       label.classNumber = place == places.end() ? -1 : place->second;
+      const std::size_t before = picture.labels.size();
       set.take(picture, label, true);
+      if (picture.labels.size() > before) tnv::cutAtEdges(picture.labels.back());
     }
   }
 

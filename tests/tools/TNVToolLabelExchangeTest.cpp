@@ -421,6 +421,13 @@ TEST_F(LabelExchange, MarksAreCutAtTheEdgesOfThePicture) {
   EXPECT_EQ(written("a"), "0 0.25 0.5 0.5 0.5\n");
 }
 
+TEST_F(LabelExchange, MarksGoOutWithinTheEdgesToTheLastDigit) {
+  mark(0, TNVMarkRect({-8e-6, 0.25}, {0.5, 1 + 8e-6}, false), {0});
+  ASSERT_TRUE(readMarks());
+  EXPECT_EQ(exchange.wGetCut(), 0);
+  EXPECT_EQ(written("a"), "0 0.25 0.625 0.5 0.75\n");
+}
+
 TEST_F(LabelExchange, AMarkWhoseSizeDependsOnAMissingPictureIsRejected) {
   mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {0});
   mark(0, TNVMarkPolyLine({{0.25, 0.25}, {0.75, 0.25}, {0.5, 0.75}}, false), {0, 1});
