@@ -24,6 +24,9 @@ std::string asDirectory(const std::string& path);
 /// The text without the byte order mark that some editors put before UTF-8.
 std::string_view withoutByteOrderMark(std::string_view text);
 
+/// Whether the bytes are characters in UTF-8.
+bool isUtf8(std::string_view text);
+
 /// The text without blanks, tabs and carriage returns at both ends.
 std::string_view trimmed(std::string_view text);
 
@@ -31,8 +34,12 @@ std::string_view trimmed(std::string_view text);
 /// nothing for a name that is empty, absolute or climbs out.
 std::optional<std::string> pathBelow(const std::string& directory, const std::string& name);
 
+/// More are no list of classes.
+constexpr std::size_t kMostClasses = 100000;
+
 /// Reads a file of class names, one a line: what stands on it without the blanks at both ends.
-/// Empty lines keep their number but at the end. Nothing if it cannot be read or names none.
+/// Empty lines keep their number but at the end. Nothing if it cannot be read or names none, and,
+/// with a log line, if it has more lines than there can be classes.
 std::optional<std::vector<std::string>> readNames(const std::string& file);
 
 /// Where a path that is written in a file may lead: from one of the directories or from one above
@@ -58,7 +65,7 @@ TreeWalk forEachFileBelow(const std::string& directory,
 
 /// A file name for each picture of the set, without extension: its own, or with a number behind it
 /// if another picture, whatever its directory or extension, has it already. Names that differ in
-/// case only count as the same, since on some file systems they are.
+/// case only count as the same, since on some file systems they are. Long names are cut.
 std::vector<std::string> outputNames(const LabelSet& set);
 
 /// Whether the path has the extension, in letters of either case.

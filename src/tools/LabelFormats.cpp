@@ -10,9 +10,10 @@ namespace {
 
 /// Texts lie beside the labels of other formats too, so that Darknet comes last.
 constexpr LabelFormat kFormats[] = {
-    {"COCO", isCocoLabels, isCocoLabels, readCocoLabels, writeCocoLabels, true},
-    {"VOC", isVocLabels, isVocLabels, readVocLabels, writeVocLabels, true},
-    {"Darknet", holdsDarknetLabels, isDarknetLabels, readDarknetLabels, writeDarknetLabels, false},
+    {"COCO", isCocoLabels, isCocoLabels, readCocoLabels, writeCocoLabels, true, true},
+    {"VOC", isVocLabels, isVocLabels, readVocLabels, writeVocLabels, true, false},
+    {"Darknet", holdsDarknetLabels, isDarknetLabels, readDarknetLabels, writeDarknetLabels, false,
+     false},
 };
 
 }  // namespace

@@ -18,6 +18,7 @@ struct LabelFormat {
   std::optional<LabelSet> (*read)(const std::string& path, const LabelReading& reading);
   bool (*write)(const LabelSet& set, const std::string& directory, const LabelWriting& writing);
   bool needsSizes;  ///< its positions are in pixels
+  bool needsUtf8;   ///< other bytes cannot be told in it
 };
 
 /// The formats in the order in which sets without labels are told: those first that are easier.

@@ -204,8 +204,13 @@ class NameMap {
     return true;
   }
 
+  /// Empty, with a log line, if they are too many for classes.
   NumberedNames classes() const {
     NumberedNames result;
+    if (tooMany) {
+      logLine("parseYaml: There are too many names for a list of classes!");
+      return result;
+    }
     for (const auto& [number, name] : byNumber) {
       result.numbers.push_back(number);
       result.names.push_back(name);
@@ -215,12 +220,15 @@ class NameMap {
 
  private:
   void add(long long number, std::string name) {
+    tooMany = tooMany || byNumber.size() >= kMostClasses;
+    if (tooMany) return;
     byNumber.try_emplace(number, std::move(name));
     ++next;
   }
 
   std::map<long long, std::string> byNumber;
   long long next = 0;
+  bool tooMany = false;
 };
 
 /// What follows the closing bracket is no part of the list.

@@ -47,6 +47,8 @@ constexpr std::string_view kExportEntries[] = {"labels",       "images",        
                                                "Annotations",  "classes.txt",     "data.yaml",
                                                "pictures.txt", "annotations.json"};
 
+constexpr auto kUnreadablePicture = "picture cannot be read";
+
 void logFrom(std::string_view operation, const std::string& text) {
   tnv::logLine("TNVToolLabelExchange::" + std::string(operation) + ": " + text);
 }
@@ -344,6 +346,12 @@ bool isExport(const fs::path& directory) {
   return fs::is_regular_file(directory / tnv::kExportMark, error);
 }
 
+/// The directory of the export that a path may be of.
+fs::path exportOf(const std::string& path) {
+  std::error_code error;
+  return fs::is_directory(path, error) ? fs::path(path) : fs::path(path).parent_path();
+}
+
 bool isTooLong(const fs::path& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
@@ -415,13 +423,15 @@ class ExportPlace {
   /// False, with a log line, if the earlier export stayed.
   bool replace(const std::string& format) {
     if (!tnv::makeDirectory(retired.string(), kWho)) return false;
-    if (!moveAll(root, retired) || !moveAll(staging, root) || !mark(format)) {
+    if (!moveAll(root, retired) || !markRetired() || !moveAll(staging, root) || !mark(format)) {
       restore();
       return false;
     }
     isMarkedAnew = false;
+    // Under the name of what nobody needs it goes, however far that comes.
     std::error_code error;
-    fs::remove_all(retired, error);
+    fs::remove_all(staging, error);
+    fs::rename(retired, staging, error);
     return true;
   }
 
@@ -440,6 +450,13 @@ class ExportPlace {
     return tnv::writeWhole((root / tnv::kExportMark).string(), format + "\n", kWho);
   }
 
+  /// The earlier export is out of the way, with its mark: all entries in place are new from here
+  /// on.
+  bool markRetired() const {
+    return tnv::writeWhole((retired / tnv::kExportMark).string(),
+                           tnv::exportedFormat(root.string()) + "\n", kWho);
+  }
+
   /// Moves what belongs to an export. False, with a log line, at the first entry that cannot be.
   static bool moveAll(const fs::path& from, const fs::path& to) {
     for (const std::string_view entry : kExportEntries) {
@@ -453,16 +470,19 @@ class ExportPlace {
     return true;
   }
 
-  /// Puts an export back that was on its way out.
+  /// Puts an export back that was on its way out, and takes away what came in its place.
   void restore() const {
     std::error_code error;
     if (!fs::is_directory(retired, error)) return;
+    const bool isOut = isExport(retired);
     for (const std::string_view entry : kExportEntries) {
-      // What is not in the retired one is either still in place, or part of the new one.
-      if (!fs::exists(fs::symlink_status(retired / entry, error))) continue;
+      // What was not on its way out yet is still in place.
+      const bool isRetired = fs::exists(fs::symlink_status(retired / entry, error));
+      if (!isOut && !isRetired) continue;
       fs::remove_all(root / entry, error);
-      fs::rename(retired / entry, root / entry, error);
+      if (isRetired) fs::rename(retired / entry, root / entry, error);
     }
+    if (isOut) fs::rename(retired / tnv::kExportMark, root / tnv::kExportMark, error);
     fs::remove(retired, error);
   }
 
@@ -478,7 +498,7 @@ bool canBeRead(const std::string& file) {
   return fs::is_regular_file(file, error) && std::ifstream(file).good();
 }
 
-tnv::LabelSet without(const tnv::LabelSet& set, const std::unordered_set<std::size_t>& leftOut) {
+tnv::LabelSet without(const tnv::LabelSet& set, const std::set<std::size_t>& leftOut) {
   tnv::LabelSet rest;
   rest.classNames = set.classNames;
   rest.classNumbers = set.classNumbers;
@@ -516,6 +536,7 @@ void TNVToolLabelExchange::clear() {
   set = {};
   readFormat.clear();
   rejectedOnWayOut = {};
+  leftOut.clear();
 }
 
 /// While it lives, an operation is under way.
@@ -567,6 +588,11 @@ bool TNVToolLabelExchange::read(const std::string& path) {
   if (!fs::exists(path, error)) {
     logFrom("read", error ? "'" + path + "' cannot be read: " + error.message()
                           : "There is nothing at '" + path + "'!");
+    return false;
+  }
+  if (fs::exists(exportOf(path) / kRetired, error)) {
+    logFrom("read", "An export to '" + exportOf(path).string() +
+                        "' was interrupted, export there again before reading!");
     return false;
   }
   const tnv::LabelFormat* chosen = formatOf(path);
@@ -642,36 +668,58 @@ bool TNVToolLabelExchange::canWrite(const std::string& directory) const {
   return false;
 }
 
-std::unordered_set<std::size_t> TNVToolLabelExchange::leaveOutUnreadable(bool needsSizes,
-                                                                         const tnv::GoOn& goOn) {
-  std::unordered_set<std::size_t> leftOut;
+std::string TNVToolLabelExchange::whyLeftOut(tnv::LabelledPicture& picture,
+                                             const tnv::LabelFormat& chosen) const {
+  if (!canBeRead(picture.path)) return kUnreadablePicture;
+  const cv::Size size = tnv::pictureSize(picture.path);
+  if (size.empty()) return kUnreadablePicture;
+  if (picture.size.empty()) picture.size = size;
+  const std::string told = writing.copy ? fs::path(picture.path).filename().string() : picture.path;
+  return chosen.needsUtf8 && !tnv::isUtf8(told) ? "name of the picture is no UTF-8" : "";
+}
+
+void TNVToolLabelExchange::leaveOut(const tnv::LabelFormat& chosen, const tnv::GoOn& goOn) {
   for (std::size_t i = 0; i < set.pictures.size() && goOn(); ++i) {
     tnv::LabelledPicture& picture = set.pictures[i];
-    const bool isThere = canBeRead(picture.path);
-    if (isThere && needsSizes && picture.size.empty())
-      picture.size = tnv::pictureSize(picture.path);
-    if (isThere && (!needsSizes || !picture.size.empty())) continue;
+    const std::string reason = whyLeftOut(picture, chosen);
+    if (reason.empty()) continue;
     leftOut.insert(i);
-    logFrom("write", "The picture '" + picture.path + "' cannot be read and is left out!");
+    logFrom("write", "The picture '" + picture.path + "' is left out: " + reason);
     for (const tnv::Label& label : picture.labels)
-      rejectedOnWayOut.add(set.fileOf(label), label.line, "picture cannot be read");
+      rejectedOnWayOut.add(set.fileOf(label), label.line, reason);
   }
-  return leftOut;
+}
+
+const tnv::LabelFormat* TNVToolLabelExchange::prepareWriting(const std::string& directory,
+                                                             const tnv::GoOn& goOn) {
+  rejectedOnWayOut = {};
+  leftOut.clear();
+  const tnv::LabelFormat* chosen = tnv::findLabelFormat(format);
+  if (!chosen) {
+    logFrom("write", "No format was set!");
+    return nullptr;
+  }
+  if (!canWrite(directory)) return nullptr;
+  const auto other = std::find_if_not(set.classNames.begin(), set.classNames.end(), tnv::isUtf8);
+  if (chosen->needsUtf8 && other != set.classNames.end()) {
+    logFrom("write", "The class name '" + *other + "' is no UTF-8, which " + format + " needs!");
+    return nullptr;
+  }
+  leaveOut(*chosen, goOn);
+  return wasStopped("write") ? nullptr : chosen;
+}
+
+bool TNVToolLabelExchange::tryWrite(const std::string& directory) {
+  const Run run(*this);
+  return prepareWriting(directory, untilStopped()) != nullptr;
 }
 
 bool TNVToolLabelExchange::write(const std::string& directory) {
   const Run run(*this);
-  rejectedOnWayOut = {};
-  const tnv::LabelFormat* chosen = tnv::findLabelFormat(format);
-  if (!chosen) {
-    logFrom("write", "No format was set!");
-    return false;
-  }
-  if (!canWrite(directory)) return false;
   tnv::LabelWriting manner = writing;
   manner.goOn = untilStopped();
-  const auto leftOut = leaveOutUnreadable(chosen->needsSizes, manner.goOn);
-  if (wasStopped("write")) return false;
+  const tnv::LabelFormat* chosen = prepareWriting(directory, manner.goOn);
+  if (!chosen) return false;
   ExportPlace place(directory);
   if (!place.prepare()) return false;
   const bool isWhole = leftOut.empty()
@@ -684,6 +732,13 @@ std::vector<std::string> TNVToolLabelExchange::getImagePaths() const {
   std::vector<std::string> paths;
   for (const tnv::LabelledPicture& picture : set.pictures)
     paths.push_back(picture.path);
+  return paths;
+}
+
+std::vector<std::string> TNVToolLabelExchange::getPicturesLeftOut() const {
+  std::vector<std::string> paths;
+  for (const std::size_t place : leftOut)
+    paths.push_back(set.pictures[place].path);
   return paths;
 }
 

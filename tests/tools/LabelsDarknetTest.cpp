@@ -632,6 +632,15 @@ TEST(LabelNames, ANumberedMapMayHaveGapsOfAnySize) {
   EXPECT_THAT(classes.numbers, ElementsAre(3, 2147483647));
 }
 
+TEST(LabelNames, TooManyForClassesAreNone) {
+  std::string list = "names: [a";
+  for (int i = 0; i < 100000; ++i)
+    list += ",a";
+  EXPECT_THAT(tnv::parseYaml(list + "]").classes.names, IsEmpty());
+  list.resize(list.size() - 2);
+  EXPECT_EQ(tnv::parseYaml(list + "]").classes.names.size(), 100000U);
+}
+
 TEST(LabelNames, OtherYamlIsPassedOver) {
   const char* texts[] = {"",
                          "names",
