@@ -165,6 +165,13 @@ void reportRejections(const WTNVToolLabelExchange& exchange, const LabelsOptions
   noteRejections(rejections, output);
 }
 
+// Labels of classes with other names are rejected.
+bool isPlain(const std::string& name) {
+  const auto isControl = [](unsigned char c) { return c < ' ' || c == 0x7F; };
+  return name.front() != ' ' && name.back() != ' ' &&
+         std::none_of(name.begin(), name.end(), isControl);
+}
+
 // The labels of a class that is not added are rejected later on.
 std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::string>& names,
                               Output& output) {
@@ -174,8 +181,10 @@ std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::strin
   std::size_t added = 0;
   for (const auto& name : names) {
     if (name.empty() || !present.insert(name).second) continue;
-    if (!isClassName(name)) {
-      output.note("class '" + name + "' is not added; use a name without , = { } \" \\ or tab");
+    if (!isClassName(name) || !isPlain(name)) {
+      output.note("class '" + name +
+                  "' is not added; use a name without , = { } \" \\, control characters and blanks "
+                  "at its ends");
       output.setFindings();
     } else {
       addClass(project, name, "");
@@ -258,13 +267,32 @@ std::vector<WTNVTrainSet> chosenTrainSets(const WTNVProject& project, const std:
   return chosen;
 }
 
+// Those without labels have no rejected label that would tell of them.
+void noteLeftOut(const std::vector<std::string>& pictures, Output& output) {
+  if (pictures.empty()) return;
+  output.setFindings();
+  const auto shown = std::min(pictures.size(), mostRejectionsShown);
+  for (std::size_t i = 0; i < shown; ++i)
+    output.note("the picture '" + pictures[i] + "' " + (output.isDryRun() ? "would be" : "is") +
+                " left out");
+  if (pictures.size() > shown)
+    output.note("and " + counted(pictures.size() - shown, "picture") + " more");
+}
+
 void reportExport(const WTNVToolLabelExchange& exchange, const LabelsOptions& options,
-                  std::size_t pictures, Output& output) {
+                  Output& output) {
+  const auto leftOut = exchange.wGetPicturesLeftOut();
+  const auto pictures = exchange.wGetImagePaths().size() - leftOut.size();
   output.say(options.format + " labels of " + counted(pictures, "picture") +
              (output.isDryRun() ? " would go to " : " written to ") + options.path);
   output.fact("format", options.format);
   output.fact("directory", options.path);
   output.fact("pictures", static_cast<Json::UInt64>(pictures));
+  output.fact("picturesLeftOut", static_cast<Json::UInt64>(leftOut.size()));
+  if (!leftOut.empty())
+    output.say(counted(leftOut.size(), "picture") +
+               (output.isDryRun() ? " would be left out" : " left out"));
+  noteLeftOut(leftOut, output);
   output.properties("labels", {{"found", exchange.wGetFound()},
                                {"exported", exchange.wGetFound() - exchange.wGetRejected()},
                                {"rejected", exchange.wGetRejected()},
@@ -291,7 +319,7 @@ void writeLabels(WTNVToolLabelExchange& exchange, const LabelsOptions& options,
   // Each picture is looked at, its labels are written, and it may be copied.
   const ExchangeWatch watch(exchange, pictures, options.copy ? 3 : 2, output);
   const bool isDone =
-      output.isDryRun() ? exchange.wCanWrite(options.path) : exchange.wWrite(options.path);
+      output.isDryRun() ? exchange.wTryWrite(options.path) : exchange.wWrite(options.path);
   if (watch.wasStopped()) endInterrupted(nothingExported);
   if (!isDone)
     throw CommandError("the labels cannot be written to '" + options.path + "': " + output.cause() +
@@ -326,7 +354,7 @@ void runExport(const Locations& locations, const LabelsOptions& options, Output&
   takeMarks(exchange, options, trainSets, project->wGetDNNClasses(), output);
   requireDirectoryPlace(options.path);
   writeLabels(exchange, options, trainSets.size(), output);
-  reportExport(exchange, options, trainSets.size(), output);
+  reportExport(exchange, options, output);
   reportRejections(exchange, options, output);
 }
 

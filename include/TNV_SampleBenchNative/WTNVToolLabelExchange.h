@@ -39,9 +39,9 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
                               std::vector<int>& numbers);
 
   /// What a `data.yaml` says under a key: the texts of a list or of a map of numbers, or a single
-  /// text. Under `train`, `val` and `test` these are the absolute paths of directories and lists of
-  /// pictures, whether they exist or not. Empty if the file is none (extension yaml or yml), cannot
-  /// be read or does not have the key.
+  /// text. Under `train`, `val`, `valid` and `test` these are the absolute paths of directories and
+  /// lists of pictures, whether they exist or not. Empty if the file is none (extension yaml or
+  /// yml), cannot be read or does not have the key.
   static std::vector<std::string> wReadDescription(const std::string& file, const std::string& key);
 
   /// The names of the formats, sorted.
@@ -55,7 +55,8 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   std::string wGetReadFormat() const;
 
   /// For reading: a file with class names (one a line; or a Darknet data file or a `data.yaml`),
-  /// for formats whose labels have numbers only. Empty, the default, looks for one beside them.
+  /// for formats whose labels have numbers only; in the others its classes come first. Empty, the
+  /// default, looks for one beside them.
   void wSetNames(const std::string& file);
 
   /// For reading: where the pictures lie, if not where the format has them. Empty by default.
@@ -75,7 +76,9 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
 
   /// Takes a set of labels from files into memory, in place of the one that is there. `path` is a
   /// directory, or a file of the format: a `data.yaml`, a Darknet data file, a single Darknet text,
-  /// a COCO or VOC file. False if there is no such set or it was stopped; none is in memory then.
+  /// a COCO or VOC file. False if there is no such set, if there are labels of several formats and
+  /// none was chosen, if an export there was interrupted, or if it was stopped; none is in memory
+  /// then.
   bool wRead(const std::string& path);
 
   /// Takes the marks of the train sets into memory, in place of what is there, reading train sets
@@ -84,7 +87,7 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   /// `classes` or without a size are rejected; what reaches beyond the picture is cut.
   ///
   /// The labels get the classes' numbers (`WTNVDNNClass::wGetDNNId`): false if these do not run
-  /// from 0 without gaps, or if a name is empty, has blanks at its ends or more than one line; and
+  /// from 0 without gaps, or if a name is empty, has blanks at its ends or control characters; and
   /// if it was stopped, with nothing in memory then. A damaged train set file throws.
   bool wReadMarks(const std::vector<WTNVTrainSet>& trainSets,
                   const std::vector<WTNVDNNClass>& classes);
@@ -111,8 +114,16 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   /// earlier export in it is replaced when the new one is whole, and stays as it is otherwise.
   /// False if no format was chosen, `wCanWrite` is false, something could not be written or copied,
   /// or it was stopped. Pictures that cannot be read are left out, with a line in the log; their
-  /// labels count as rejected.
+  /// labels count as rejected. So are, in COCO, pictures whose names are no UTF-8, which JSON
+  /// cannot tell; a class name that is none is a failure.
   bool wWrite(const std::string& directory);
+
+  /// Looks at the pictures as `wWrite` would and counts what it would leave out, but writes
+  /// nothing. False where `wWrite` would fail before it writes.
+  bool wTryWrite(const std::string& directory);
+
+  /// The pictures that the last `wWrite` or `wTryWrite` left out, with labels and without.
+  std::vector<std::string> wGetPicturesLeftOut() const;
 
   /// Ends the `wRead`, `wReadMarks`, `wAddMarks` or `wWrite` that is under way before its next
   /// picture. Without one it does nothing. For any thread, and for the callback.

@@ -108,6 +108,14 @@ bool WTNVToolLabelExchange::wWrite(const std::string& directory) {
   return native->write(directory);
 }
 
+bool WTNVToolLabelExchange::wTryWrite(const std::string& directory) {
+  return native->tryWrite(directory);
+}
+
+std::vector<std::string> WTNVToolLabelExchange::wGetPicturesLeftOut() const {
+  return native->getPicturesLeftOut();
+}
+
 void WTNVToolLabelExchange::wProcessStop() {
   native->stopRequested = true;
 }

@@ -4,12 +4,14 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 #include <unordered_set>
 
 #include "foundation/Files.h"
 #include "foundation/Log.h"
+#include "foundation/PictureHead.h"
 
 namespace tnv {
 
@@ -20,6 +22,11 @@ namespace {
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kExportLeftovers = ".label-export.";
 constexpr std::string_view kCopyInWork = ".copy.part";
+
+/// File systems take names of 255 bytes. With a number behind it, an extension and what marks a
+/// file that is being written, a name stays below.
+constexpr std::size_t kLongestStem = 230;
+
 constexpr std::string_view kBlanks = " \t\r\f\v";
 
 std::string lowerCase(std::string text) {
@@ -27,6 +34,41 @@ std::string lowerCase(std::string text) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
   return text;
+}
+
+/// The bytes of the character that the text begins with; 0 if it begins with none in UTF-8, which
+/// has one way to write each and no halves of characters.
+std::size_t characterSize(std::string_view text) {
+  struct Kind {
+    unsigned char mask;
+    unsigned char lead;
+    std::uint32_t least;
+  };
+  constexpr Kind kinds[] = {
+      {0x80, 0, 0}, {0xE0, 0xC0, 0x80}, {0xF0, 0xE0, 0x800}, {0xF8, 0xF0, 0x10000}};
+  const auto first = static_cast<unsigned char>(text.front());
+  const auto* kind = std::find_if(std::begin(kinds), std::end(kinds), [&](const Kind& each) {
+    return (first & each.mask) == each.lead;
+  });
+  const auto size = static_cast<std::size_t>(kind - std::begin(kinds)) + 1;
+  if (kind == std::end(kinds) || text.size() < size) return 0;
+  std::uint32_t code = first & ~kind->mask & 0xFFU;
+  for (const char c : text.substr(1, size - 1)) {
+    const auto byte = static_cast<unsigned char>(c);
+    if ((byte & 0xC0) != 0x80) return 0;
+    code = code << 6 | (byte & 0x3FU);
+  }
+  const bool isHalf = code >= 0xD800 && code < 0xE000;
+  return code < kind->least || code > 0x10FFFF || isHalf ? 0 : size;
+}
+
+/// The text cut to that many bytes, in front of a character of UTF-8 if there is one.
+std::string shortened(const std::string& text, std::size_t most) {
+  if (text.size() <= most) return text;
+  std::size_t size = most;
+  while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80)
+    --size;
+  return text.substr(0, size == 0 ? most : size);
 }
 
 bool climbs(const fs::path& path) {
@@ -78,9 +120,13 @@ class Walker {
       result.followedLinks = result.followedLinks || isLink;
       return enter(entry.path(), isLinked || isLink);
     }
-    if (isLink && !entry.path().has_extension() && !entry.exists(error))
-      return tellUnreadable(entry.path());
-    ended = isEnough(withForwardSlashes(entry.path().string()));
+    const std::string path = withForwardSlashes(entry.path().string());
+    if (isLink && !entry.exists(error) && !hasExtension(path, ".txt") &&
+        !hasPictureExtension(path)) {
+      return result.deadLinks.push_back(path);
+    }
+    result.followedLinks = result.followedLinks || isLink;
+    ended = isEnough(path);
   }
 
   void tellUnreadable(const fs::path& path) {
@@ -119,6 +165,15 @@ std::string_view withoutByteOrderMark(std::string_view text) {
   return text;
 }
 
+bool isUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t size = characterSize(text);
+    if (size == 0) return false;
+    text.remove_prefix(size);
+  }
+  return true;
+}
+
 std::string_view trimmed(std::string_view text) {
   const auto begin = text.find_first_not_of(kBlanks);
   if (begin == text.npos) return {};
@@ -135,6 +190,11 @@ std::optional<std::string> pathBelow(const std::string& directory, const std::st
 std::optional<std::vector<std::string>> readNames(const std::string& file) {
   const auto content = readFile(file);
   if (!content) return std::nullopt;
+  const auto lines = std::count(content->begin(), content->end(), '\n');
+  if (lines > static_cast<std::ptrdiff_t>(kMostClasses)) {
+    logLine("readNames: '" + file + "' has too many lines for a list of class names!");
+    return std::nullopt;
+  }
   std::vector<std::string> names;
   for (const std::string_view line : splitLines(withoutByteOrderMark(*content)))
     names.emplace_back(trimmed(line));
@@ -168,7 +228,7 @@ std::vector<std::string> outputNames(const LabelSet& set) {
   std::unordered_set<std::string> taken;
   std::unordered_map<std::string, std::size_t> lastNumber;
   for (const LabelledPicture& picture : set.pictures) {
-    const std::string stem = fs::path(picture.path).stem().string();
+    const std::string stem = shortened(fs::path(picture.path).stem().string(), kLongestStem);
     std::string name = stem;
     // Counting goes on where it stopped for the same name, so that many of it cost no more.
     std::size_t& number = lastNumber.try_emplace(lowerCase(stem), 1).first->second;
@@ -195,6 +255,49 @@ std::string pictureExtension(const std::string& path) {
 
 bool hasExtension(const std::string& path, std::string_view extension) {
   return lowerCase(pictureExtension(path)) == extension;
+}
+
+bool hasPictureExtension(const std::string& path) {
+  return std::any_of(kPictureTypes.begin(), kPictureTypes.end(),
+                     [&](const std::string& type) { return hasExtension(path, "." + type); });
+}
+
+bool isPictureFile(const std::string& path) {
+  return isFile(path) && (hasPictureExtension(path) || !pictureSize(path).empty());
+}
+
+std::string exportedFormat(const std::string& directory) {
+  const auto mark = readFile(asDirectory(directory) + std::string(kExportMark));
+  const std::string_view text = mark ? *mark : std::string_view();
+  return std::string(text.substr(0, text.find('\n')));
+}
+
+std::optional<std::string> pictureAt(const std::string& path) {
+  return isPictureFile(path) ? std::optional(path) : std::nullopt;
+}
+
+bool isFile(const std::string& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error);
+}
+
+std::string realPath(const std::string& path) {
+  std::error_code error;
+  const fs::path real = fs::canonical(path, error);
+  return error ? path : real.string();
+}
+
+void dropDoubles(std::vector<std::string>& files) {
+  std::unordered_set<std::string> seen;
+  std::erase_if(files,
+                [&](const std::string& file) { return !seen.insert(realPath(file)).second; });
+}
+
+std::string namesText(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names)
+    text += name + "\n";
+  return text;
 }
 
 bool makeDirectory(const std::string& directory, std::string_view who) {

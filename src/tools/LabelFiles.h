@@ -24,6 +24,9 @@ std::string asDirectory(const std::string& path);
 /// The text without the byte order mark that some editors put before UTF-8.
 std::string_view withoutByteOrderMark(std::string_view text);
 
+/// Whether the bytes are characters in UTF-8.
+bool isUtf8(std::string_view text);
+
 /// The text without blanks, tabs and carriage returns at both ends.
 std::string_view trimmed(std::string_view text);
 
@@ -31,8 +34,12 @@ std::string_view trimmed(std::string_view text);
 /// nothing for a name that is empty, absolute or climbs out.
 std::optional<std::string> pathBelow(const std::string& directory, const std::string& name);
 
+/// More are no list of classes.
+constexpr std::size_t kMostClasses = 100000;
+
 /// Reads a file of class names, one a line: what stands on it without the blanks at both ends.
-/// Empty lines keep their number but at the end. Nothing if it cannot be read or names none.
+/// Empty lines keep their number but at the end. Nothing if it cannot be read or names none, and,
+/// with a log line, if it has more lines than there can be classes.
 std::optional<std::vector<std::string>> readNames(const std::string& file);
 
 /// Where a path that is written in a file may lead: from one of the directories or from one above
@@ -42,11 +49,13 @@ std::optional<std::string> findUpwards(const std::string& path,
 
 /// What was met on the way through a tree of directories.
 struct TreeWalk {
-  std::vector<std::string> unreadable;  ///< directories, and links that lead nowhere
+  std::vector<std::string> unreadable;  ///< directories
+  std::vector<std::string> deadLinks;   ///< but those that have the name of a picture or a text
   bool followedLinks = false;           ///< so that a file may have been met by two paths
 };
 
 constexpr auto kUnreadableDirectory = "directory cannot be read";
+constexpr auto kDeadLink = "link leads nowhere";
 
 /// Calls back with the files below a directory until that gives true. Links to directories are
 /// followed, but for those to a directory that holds them. What an export that was cut off left is
@@ -56,11 +65,36 @@ TreeWalk forEachFileBelow(const std::string& directory,
 
 /// A file name for each picture of the set, without extension: its own, or with a number behind it
 /// if another picture, whatever its directory or extension, has it already. Names that differ in
-/// case only count as the same, since on some file systems they are.
+/// case only count as the same, since on some file systems they are. Long names are cut.
 std::vector<std::string> outputNames(const LabelSet& set);
 
 /// Whether the path has the extension, in letters of either case.
 bool hasExtension(const std::string& path, std::string_view extension);
+
+/// Whether the path has the extension of a picture.
+bool hasPictureExtension(const std::string& path);
+
+/// Whether there is a picture, and its path if there is: by its name, or for one of another kind by
+/// what is in it.
+bool isPictureFile(const std::string& path);
+std::optional<std::string> pictureAt(const std::string& path);
+
+/// Lies in the directory of an export and names its format, so that a later one may take its place.
+constexpr std::string_view kExportMark = ".label-export";
+
+/// The format of the export in the directory; empty if there is none that was finished.
+std::string exportedFormat(const std::string& directory);
+
+bool isFile(const std::string& path);
+
+/// What is the same for all paths of a file; the path itself if nothing is there.
+std::string realPath(const std::string& path);
+
+/// Leaves the first of the paths of each file, so that what it holds counts once.
+void dropDoubles(std::vector<std::string>& files);
+
+/// A name a line.
+std::string namesText(const std::vector<std::string>& names);
 
 /// A length in pixels, to a millionth of one, in its shortest form and with a decimal point.
 std::string pixelText(double pixels);

@@ -10,9 +10,10 @@ namespace {
 
 /// Texts lie beside the labels of other formats too, so that Darknet comes last.
 constexpr LabelFormat kFormats[] = {
-    {"COCO", isCocoLabels, readCocoLabels, writeCocoLabels, true, true},
-    {"VOC", isVocLabels, readVocLabels, writeVocLabels, true, false},
-    {"Darknet", isDarknetLabels, readDarknetLabels, writeDarknetLabels, false, false},
+    {"COCO", isCocoLabels, isCocoLabels, readCocoLabels, writeCocoLabels, true, true},
+    {"VOC", isVocLabels, isVocLabels, readVocLabels, writeVocLabels, true, false},
+    {"Darknet", holdsDarknetLabels, isDarknetLabels, readDarknetLabels, writeDarknetLabels, false,
+     false},
 };
 
 }  // namespace
@@ -28,11 +29,16 @@ const LabelFormat* findLabelFormat(std::string_view name) {
   return nullptr;
 }
 
-const LabelFormat* recogniseLabelFormat(const std::string& path) {
+std::vector<const LabelFormat*> recogniseLabelFormats(const std::string& path) {
+  std::vector<const LabelFormat*> found;
   for (const LabelFormat& format : kFormats) {
-    if (format.recognise(path)) return &format;
+    if (format.holdsLabels(path)) found.push_back(&format);
   }
-  return nullptr;
+  if (!found.empty()) return found;
+  for (const LabelFormat& format : kFormats) {
+    if (format.isSet(path)) return {&format};
+  }
+  return {};
 }
 
 }  // namespace tnv

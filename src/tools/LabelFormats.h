@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tools/LabelSet.h"
 
@@ -12,20 +13,22 @@ namespace tnv {
 /// A format that labels come and go in. A further one is a further row of the table.
 struct LabelFormat {
   std::string_view name;
-  bool (*recognise)(const std::string& path);
+  bool (*holdsLabels)(const std::string& path);  ///< for certain
+  bool (*isSet)(const std::string& path);        ///< with labels, or at least as it looks
   std::optional<LabelSet> (*read)(const std::string& path, const LabelReading& reading);
   bool (*write)(const LabelSet& set, const std::string& directory, const LabelWriting& writing);
-  bool needsSizes;   ///< its positions are in pixels
-  bool hasOutlines;  ///< it can be written with outlines; others get the box around them
+  bool needsSizes;  ///< its positions are in pixels
+  bool needsUtf8;   ///< other bytes cannot be told in it
 };
 
-/// The formats in the order in which they are tried: those first that are easier told.
+/// The formats in the order in which sets without labels are told: those first that are easier.
 std::span<const LabelFormat> labelFormats();
 
 /// The format of that name; null if there is none.
 const LabelFormat* findLabelFormat(std::string_view name);
 
-/// The first format that recognises what lies at the path; null if none does.
-const LabelFormat* recogniseLabelFormat(const std::string& path);
+/// The formats that what lies at the path has labels of: several if there are labels of several,
+/// none if there are none. What has none for certain may still be a set without labels.
+std::vector<const LabelFormat*> recogniseLabelFormats(const std::string& path);
 
 }  // namespace tnv

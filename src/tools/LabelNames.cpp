@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "foundation/Files.h"
+#include "foundation/Log.h"
 #include "tools/LabelFiles.h"
 
 namespace tnv {
@@ -15,13 +16,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view kYamlSources[] = {"train", "val", "test"};
-constexpr std::string_view kDarknetSources[] = {"train", "valid"};
-
-bool hasExtension(const std::string& file, std::initializer_list<std::string_view> extensions) {
-  const std::string extension = fs::path(file).extension().string();
-  return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
-}
+/// Where descriptions of either kind tell of pictures.
+constexpr std::string_view kSources[] = {"train", "val", "valid", "test"};
 
 /// Stands for what is no character.
 constexpr unsigned long kReplacement = 0xFFFD;
@@ -208,8 +204,13 @@ class NameMap {
     return true;
   }
 
+  /// Empty, with a log line, if they are too many for classes.
   NumberedNames classes() const {
     NumberedNames result;
+    if (tooMany) {
+      logLine("parseYaml: There are too many names for a list of classes!");
+      return result;
+    }
     for (const auto& [number, name] : byNumber) {
       result.numbers.push_back(number);
       result.names.push_back(name);
@@ -219,12 +220,15 @@ class NameMap {
 
  private:
   void add(long long number, std::string name) {
+    tooMany = tooMany || byNumber.size() >= kMostClasses;
+    if (tooMany) return;
     byNumber.try_emplace(number, std::move(name));
     ++next;
   }
 
   std::map<long long, std::string> byNumber;
   long long next = 0;
+  bool tooMany = false;
 };
 
 /// What follows the closing bracket is no part of the list.
@@ -345,7 +349,7 @@ std::optional<LabelDescription> parseDarknetData(const std::string& text,
   auto names = readNames(besideOrAsWritten(file, directory));
   if (!names) return std::nullopt;
   LabelDescription description{numberedFromZero(std::move(*names)), {}};
-  for (const std::string_view key : kDarknetSources) {
+  for (const std::string_view key : kSources) {
     if (const std::string source = dataValue(text, key); !source.empty())
       description.sources.push_back(besideOrAsWritten(source, directory));
   }
@@ -386,18 +390,18 @@ std::string singleQuoted(std::string_view name) {
 }  // namespace
 
 bool isYaml(const std::string& file) {
-  return hasExtension(file, {".yaml", ".yml"});
+  return hasExtension(file, ".yaml") || hasExtension(file, ".yml");
 }
 
 bool isDarknetData(const std::string& file) {
-  return hasExtension(file, {".data"});
+  return hasExtension(file, ".data");
 }
 
 LabelDescription parseYaml(const std::string& text) {
   const std::string_view content = withoutByteOrderMark(text);
   LabelDescription description;
   if (const auto names = valueOf(content, "names")) description.classes = parseYamlNames(*names);
-  for (const std::string_view key : kYamlSources) {
+  for (const std::string_view key : kSources) {
     for (std::string& source : yamlSources(content, key))
       description.sources.push_back(std::move(source));
   }
@@ -422,11 +426,18 @@ std::optional<LabelDescription> readDescription(const std::string& file) {
   return description;
 }
 
+std::optional<NumberedNames> readGivenNames(const std::string& file, std::string_view who) {
+  auto description = readDescription(file);
+  if (description) return std::move(description->classes);
+  logLine(std::string(who) + ": No class names in '" + file + "'!");
+  return std::nullopt;
+}
+
 std::vector<std::string> readYamlTexts(const std::string& file, const std::string& key) {
   const auto content = isYaml(file) ? readFile(file) : std::nullopt;
   if (!content) return {};
   const std::string_view text = withoutByteOrderMark(*content);
-  if (std::find(std::begin(kYamlSources), std::end(kYamlSources), key) == std::end(kYamlSources))
+  if (std::find(std::begin(kSources), std::end(kSources), key) == std::end(kSources))
     return yamlTexts(text, key);
   std::vector<std::string> sources = yamlSources(text, key);
   resolveYamlSources(sources, fs::path(absolutePicturePath(file)).parent_path());

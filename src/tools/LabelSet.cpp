@@ -105,6 +105,55 @@ cv::Rect2d boxOf(const std::vector<cv::Point2d>& points) {
   return {least.x, least.y, most.x - least.x, most.y - least.y};
 }
 
+bool isPlainClassName(std::string_view name) {
+  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; };
+  return !name.empty() && name.front() != ' ' && name.back() != ' ' &&
+         std::none_of(name.begin(), name.end(), isControl);
+}
+
+std::uint32_t TextTable::numberOf(std::string_view text) {
+  // Most often the text is that of the label before.
+  if (!texts.empty() && texts.back() == text) return static_cast<std::uint32_t>(texts.size() - 1);
+  const auto next = static_cast<std::uint32_t>(texts.size());
+  const auto [number, isNew] = numbers.try_emplace(std::string(text), next);
+  if (isNew) texts.emplace_back(text);
+  return number->second;
+}
+
+const std::string& TextTable::operator[](std::uint32_t number) const {
+  static const std::string none;
+  return number < texts.size() ? texts[number] : none;
+}
+
+void LabelRejections::add(std::string_view file, std::size_t line, std::string_view reason) {
+  entries.push_back(
+      {files.numberOf(file), static_cast<std::uint32_t>(line), reasons.numberOf(reason)});
+}
+
+LabelRejection LabelRejections::operator[](std::size_t place) const {
+  const Entry& entry = entries[place];
+  return {files[entry.file], entry.line, reasons[entry.reason]};
+}
+
+std::vector<LabelRejection> LabelRejections::all() const {
+  std::vector<LabelRejection> list;
+  list.reserve(size());
+  for (std::size_t i = 0; i < size(); ++i)
+    list.push_back((*this)[i]);
+  return list;
+}
+
+void LabelRejections::count(std::map<std::string, int>& counts) const {
+  for (const Entry& entry : entries)
+    ++counts[reasons[entry.reason]];
+}
+
+void cutAtEdges(Label& label) {
+  for (cv::Point2d& corner : label.outline)
+    corner = {std::clamp(corner.x, 0.0, 1.0), std::clamp(corner.y, 0.0, 1.0)};
+  label.box = label.outline.empty() ? clipped(label.box) : boxOf(label.outline);
+}
+
 void LabelSet::take(LabelledPicture& picture, const FoundLabel& found, bool clip) {
   const auto rejectFor = [&](const std::string& reason) {
     reject(picture.labelFile, found.line, reason);
@@ -112,8 +161,11 @@ void LabelSet::take(LabelledPicture& picture, const FoundLabel& found, bool clip
   const auto classPlace = classPlaceOf(found.classNumber);
   if (!classPlace) return rejectFor("unknown class");
   if (classNames[*classPlace].empty()) return rejectFor("class without a name");
+  if (!isPlainClassName(classNames[*classPlace]))
+    return rejectFor("class name with blanks at its ends or control characters");
   const bool isOutline = found.isOutline || !found.outline.empty();
-  Label label{*classPlace, isOutline ? boxOf(found.outline) : found.box, found.outline, found.line};
+  Label label{*classPlace, isOutline ? boxOf(found.outline) : found.box, found.outline, found.line,
+              files.numberOf(picture.labelFile)};
   if (const std::string reason = reasonAgainst(label, isOutline); !reason.empty()) {
     return rejectFor(reason);
   }
@@ -128,8 +180,8 @@ void LabelSet::take(LabelledPicture& picture, const FoundLabel& found, bool clip
   ++accepted;
 }
 
-void LabelSet::reject(const std::string& file, std::size_t line, const std::string& reason) {
-  rejections.push_back({file, line, reason});
+void LabelSet::reject(std::string_view file, std::size_t line, std::string_view reason) {
+  rejections.add(file, line, reason);
 }
 
 std::optional<std::size_t> LabelSet::classPlaceOf(long long number) {

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -17,6 +20,7 @@ struct Label {
   cv::Rect2d box;                    ///< of the outline, if there is one
   std::vector<cv::Point2d> outline;  ///< corners of a polygon; empty for a box
   std::size_t line = 0;              ///< in the label file, counted from 1; 0 if it has no lines
+  std::uint32_t file = 0;            ///< that told of it, see `LabelSet::fileOf`
 };
 
 /// A label as a reader found it: its class by the set's own number, and where it stands.
@@ -42,6 +46,47 @@ struct LabelRejection {
   std::string reason;
 };
 
+/// Texts of which there are few, each with a number.
+class TextTable {
+ public:
+  std::uint32_t numberOf(std::string_view text);
+
+  /// Empty for a number that was never given.
+  const std::string& operator[](std::uint32_t number) const;
+
+  std::size_t size() const { return texts.size(); }
+
+ private:
+  std::vector<std::string> texts;
+  std::unordered_map<std::string, std::uint32_t> numbers;
+};
+
+/// A list that may be as long as the labels are many, with few files and reasons in it.
+class LabelRejections {
+ public:
+  void add(std::string_view file, std::size_t line, std::string_view reason);
+
+  std::size_t size() const { return entries.size(); }
+  bool empty() const { return entries.empty(); }
+  LabelRejection operator[](std::size_t place) const;
+  LabelRejection front() const { return (*this)[0]; }
+  std::vector<LabelRejection> all() const;
+
+  /// Adds to the number of rejections for each reason.
+  void count(std::map<std::string, int>& reasons) const;
+
+ private:
+  struct Entry {
+    std::uint32_t file;
+    std::uint32_t line;
+    std::uint32_t reason;
+  };
+
+  std::vector<Entry> entries;
+  TextTable files;
+  TextTable reasons;
+};
+
 /// Labels with their pictures, as they are read from or written to one of the known formats. Every
 /// label that was found ends as a label of a picture or as a rejection:
 /// `found() == accepted + rejections.size()`.
@@ -53,7 +98,10 @@ class LabelSet {
   void take(LabelledPicture& picture, const FoundLabel& label, bool clip);
 
   /// Reasons are few and the same for each label that they hold for, so that they can be counted.
-  void reject(const std::string& file, std::size_t line, const std::string& reason);
+  void reject(std::string_view file, std::size_t line, std::string_view reason);
+
+  /// The file that told of a label that was taken; several may tell of one picture.
+  const std::string& fileOf(const Label& label) const { return files[label.file]; }
 
   std::size_t found() const { return accepted + rejections.size(); }
 
@@ -64,16 +112,28 @@ class LabelSet {
   std::vector<long long> classNumbers;
 
   std::vector<LabelledPicture> pictures;
-  std::vector<LabelRejection> rejections;
+  LabelRejections rejections;
   std::size_t accepted = 0;
   std::size_t cut = 0;  ///< how many of the accepted were cut at the edges
 
  private:
   std::optional<std::size_t> classPlaceOf(long long number);
 
+  TextTable files;
   std::unordered_map<long long, std::size_t> classPlaces;  ///< of the first `classesKnown` numbers
   std::size_t classesKnown = 0;
 };
+
+/// Why a picture or label is left out where no picture is found.
+constexpr auto kNoPicture = "no picture";
+
+/// Whether each format can tell the name and give it back: something, without blanks at its ends
+/// and control characters.
+bool isPlainClassName(std::string_view name);
+
+/// Takes away what reaches beyond the picture by no more than rounding, which `LabelSet::take` lets
+/// pass.
+void cutAtEdges(Label& label);
 
 /// The bounding box of points; empty at the origin without any.
 cv::Rect2d boxOf(const std::vector<cv::Point2d>& points);

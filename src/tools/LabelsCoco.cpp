@@ -1,6 +1,7 @@
 #include "tools/LabelsCoco.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <limits>
@@ -8,6 +9,7 @@
 #include <memory>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include <json/reader.h>
 #include <json/value.h>
@@ -15,7 +17,9 @@
 
 #include "foundation/Files.h"
 #include "foundation/Log.h"
+#include "foundation/PictureHead.h"
 #include "tools/LabelFiles.h"
+#include "tools/LabelNames.h"
 
 namespace tnv {
 
@@ -37,8 +41,6 @@ constexpr auto kAnnotations = "annotations";
 /// What an annotation has that tells of a place; others of the family have captions.
 constexpr std::string_view kPlaces[] = {"\"bbox\"", "\"segmentation\""};
 
-constexpr auto kNoPicture = "no picture";
-
 constexpr int kCoordinatesOfBox = 4;
 constexpr Json::ArrayIndex kFewestCoordinates = 6;
 
@@ -46,8 +48,7 @@ constexpr Json::ArrayIndex kFewestCoordinates = 6;
 constexpr int kDeepest = 100;
 
 bool isJson(const std::string& path) {
-  std::error_code error;
-  return hasExtension(path, ".json") && fs::is_regular_file(path, error);
+  return hasExtension(path, ".json") && isFile(path);
 }
 
 bool hasKey(std::string_view text, std::string_view key) {
@@ -79,32 +80,54 @@ bool isLabelFile(const std::string& file) {
   return content && holdsLabels(*content);
 }
 
-std::vector<std::string> jsonFilesIn(const fs::path& directory) {
-  std::vector<std::string> files;
+void addJsonFilesIn(const fs::path& directory, std::vector<std::string>& files) {
   std::error_code error;
   for (const auto& entry : fs::directory_iterator(directory, error)) {
     const std::string path = withForwardSlashes(entry.path().string());
     if (isJson(path)) files.push_back(path);
   }
-  std::sort(files.begin(), files.end());
-  return files;
 }
 
-/// The files at the path: those of the first directory that has labels, or else has any. What is
-/// beside labels may be labels that were cut.
+/// The files at the path. What is beside labels may be labels that were cut.
 std::vector<std::string> filesOf(const std::string& path) {
   if (isJson(path)) return {absolutePicturePath(path)};
   const fs::path root(absolutePicturePath(path));
-  const std::vector<std::string> sets[] = {jsonFilesIn(root), jsonFilesIn(root / "annotations")};
-  for (const std::vector<std::string>& files : sets) {
-    if (std::any_of(files.begin(), files.end(), isLabelFile)) return files;
-  }
-  return sets[0].empty() ? sets[1] : sets[0];
+  std::vector<std::string> files;
+  addJsonFilesIn(root, files);
+  addJsonFilesIn(root / "annotations", files);
+  std::sort(files.begin(), files.end());
+  dropDoubles(files);
+  return files;
 }
 
-std::optional<Json::Value> parse(const std::string& text, const std::string& file) {
+/// What is wrong with a file, and in which line.
+struct Damage {
+  std::string_view reason = "file cannot be read";
+  std::size_t line = 0;
+};
+
+/// By what the parser tells of a file that is whole but for one thing, which would be lost.
+Damage damageOf(std::string_view errors) {
+  constexpr std::pair<std::string_view, std::string_view> reasons[] = {
+      {"Duplicate key", "a key is there twice"},
+      {"Extra non-whitespace", "several documents in one file"}};
+  constexpr std::string_view line = "Line ";
+  for (const auto& [told, reason] : reasons) {
+    const std::size_t place = errors.find(line);
+    if (errors.find(told) == errors.npos || place == errors.npos) continue;
+    Damage damage{reason, 0};
+    std::from_chars(errors.data() + place + line.size(), errors.data() + errors.size(),
+                    damage.line);
+    return damage;
+  }
+  return {};
+}
+
+std::optional<Json::Value> parse(const std::string& text, const std::string& file, Damage& damage) {
   Json::CharReaderBuilder builder;
   builder["stackLimit"] = kDeepest;
+  builder["rejectDupKeys"] = true;
+  builder["failIfExtra"] = true;
   const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   Json::Value root;
   std::string errors;
@@ -116,6 +139,7 @@ std::optional<Json::Value> parse(const std::string& text, const std::string& fil
     errors = error.what();
   }
   if (parsed && root.isObject()) return root;
+  damage = damageOf(errors);
   logLine(std::string(kReadWho) + ": '" + file + "' is no whole JSON file! " + errors);
   return std::nullopt;
 }
@@ -188,8 +212,8 @@ std::string splitOf(const std::string& file) {
 /// Finds the pictures of a file.
 class PictureFinder {
  public:
-  PictureFinder(const std::string& file, const std::string& pictures) {
-    if (!pictures.empty()) {
+  PictureFinder(const std::string& file, const std::string& pictures) : isGiven(!pictures.empty()) {
+    if (isGiven) {
       directories = {asDirectory(pictures)};
       return;
     }
@@ -203,23 +227,24 @@ class PictureFinder {
   }
 
   /// Where the picture lies; nothing if it is nowhere. A set that was made on this machine may name
-  /// it by its whole path.
+  /// it by its whole path; made on another, its pictures lie where `pictures` has them.
   std::optional<std::string> find(const std::string& name) const {
-    if (fs::path(name).is_absolute()) return ifThere(absolutePicturePath(name));
+    if (!fs::path(name).is_absolute()) return findBelow(name);
+    if (const auto found = pictureAt(absolutePicturePath(name))) return found;
+    return isGiven ? findBelow(fs::path(name).filename().string()) : std::nullopt;
+  }
+
+ private:
+  std::optional<std::string> findBelow(const std::string& name) const {
     for (const std::string& directory : directories) {
       const auto path = pathBelow(directory, name);
       if (!path) return std::nullopt;
-      if (const auto found = ifThere(*path)) return found;
+      if (const auto found = pictureAt(*path)) return found;
     }
     return std::nullopt;
   }
 
- private:
-  static std::optional<std::string> ifThere(const std::string& path) {
-    std::error_code error;
-    return fs::is_regular_file(path, error) ? std::optional(path) : std::nullopt;
-  }
-
+  bool isGiven;
   std::vector<std::string> directories;
 };
 
@@ -257,21 +282,27 @@ class CocoReader {
   void read(const std::string& path, bool isGiven) {
     const auto content = readFile(path);
     if (!content) return set.reject(path, 0, "file cannot be read");
-    const auto root = parse(*content, path);
-    if (!root) return set.reject(path, 0, "file cannot be read");
+    Damage damage;
+    const auto root = parse(*content, path, damage);
+    if (!root) return set.reject(path, damage.line, damage.reason);
     if (!isGiven && !holdsLabels(*content)) return logOther(path);
     file = path;
     hasRead = true;
     rejectUnlessList(*root, kCategories, "categories are no list");
     rejectUnlessList(*root, kImages, "images are no list");
     rejectUnlessList(*root, kAnnotations, "annotations are no list");
-    const Lines lines(*content);
-    addCategories(listOf(*root, kCategories));
+    const Lines lines(withoutByteOrderMark(*content));
+    addCategories(listOf(*root, kCategories), lines);
     addImages(listOf(*root, kImages), lines);
     if (wasStopped) return;
     for (const Json::Value& annotation : listOf(*root, kAnnotations))
       addAnnotation(annotation, lines.of(annotation));
     rejectMissing();
+  }
+
+  void addNames(const std::vector<std::string>& names) {
+    for (const std::string& name : names)
+      classNumberOf(name);
   }
 
   bool hasRead = false;  ///< any file of labels
@@ -293,25 +324,34 @@ class CocoReader {
     if (!memberOf(root, key).isArray()) set.reject(file, 0, reason);
   }
 
-  void addCategories(const Json::Value& categories) {
+  /// Which class is meant by an id that several have is open, so that none is.
+  void addCategories(const Json::Value& categories, const Lines& lines) {
     classes.clear();
     std::map<long long, std::string> byId;
+    std::vector<long long> open;
     for (const Json::Value& category : categories) {
       const Json::Value& id = memberOf(category, "id");
-      if (id.isInt64()) byId[id.asInt64()] = category.isObject() ? textOf(category, "name") : "";
+      if (!id.isInt64()) continue;
+      const std::string name = textOf(category, "name");
+      const auto [known, isNew] = byId.emplace(id.asInt64(), name);
+      if (isNew || known->second == name) continue;
+      set.reject(file, lines.of(category), "another category has its id");
+      open.push_back(id.asInt64());
     }
+    for (const long long id : open)
+      byId.erase(id);
     for (const auto& [id, name] : byId)
       classes[id] = classNumberOf(name);
   }
 
   long long classNumberOf(const std::string& name) {
-    const auto known = std::find(set.classNames.begin(), set.classNames.end(), name);
-    const auto place = static_cast<long long>(known - set.classNames.begin());
-    if (known == set.classNames.end()) {
+    const auto next = static_cast<long long>(set.classNames.size());
+    const auto [number, isNew] = numbers.emplace(name, next);
+    if (isNew) {
       set.classNames.push_back(name);
-      set.classNumbers.push_back(place);
+      set.classNumbers.push_back(next);
     }
-    return place;
+    return number->second;
   }
 
   void addImages(const Json::Value& images, const Lines& lines) {
@@ -334,6 +374,7 @@ class CocoReader {
     picture.size = {sideOf(image, "width"), sideOf(image, "height")};
     picture.line = line;
     if (const auto path = finder.find(textOf(image, "file_name"))) {
+      if (picture.size.empty()) picture.size = pictureSize(*path);
       picture.place = placeOf(*path, picture.size);
     } else if (id.empty()) {
       set.reject(file, line, kNoPicture);
@@ -399,7 +440,8 @@ class CocoReader {
   LabelSet& set;
   const LabelReading& reading;
   std::string file;
-  std::unordered_map<long long, long long> classes;
+  std::unordered_map<std::string, long long> numbers;  ///< of the classes of the set
+  std::unordered_map<long long, long long> classes;    ///< by the ids of the file
   std::unordered_map<std::string, Picture> pictures;
   std::vector<std::string> missing;  ///< ids of images whose pictures are not there
   std::unordered_map<std::string, std::size_t> places;
@@ -499,6 +541,11 @@ std::optional<LabelSet> readCocoLabels(const std::string& path, const LabelReadi
   const std::vector<std::string> files = filesOf(path);
   LabelSet set;
   CocoReader reader(set, reading);
+  if (!reading.names.empty()) {
+    const auto given = readGivenNames(reading.names, kReadWho);
+    if (!given) return std::nullopt;
+    reader.addNames(given->names);
+  }
   for (const std::string& file : files) {
     reader.read(file, isJson(path));
     if (reader.wasStopped) return std::nullopt;

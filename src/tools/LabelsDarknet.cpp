@@ -37,9 +37,10 @@ constexpr std::string_view kNamesFiles[] = {"data.yaml", "data.yml",    "obj.dat
                                             "obj.names", "classes.txt", "labels/classes.txt"};
 constexpr std::string_view kNamesExtensions[] = {".yaml", ".yml", ".data", ".names"};
 
-constexpr auto kNoPicture = "no picture";
-
 constexpr std::string_view kTextExtension = ".txt";
+
+/// As the mark of an export calls what is written here.
+constexpr std::string_view kExportFormat = "Darknet";
 
 /// Class, centre x, centre y, width, height.
 constexpr std::size_t kBoxFields = 5;
@@ -131,6 +132,24 @@ bool holdsLabels(std::string_view text) {
   return found;
 }
 
+/// Whether a file has the name of class names, and is no text of a picture that is called so.
+bool isClassesFile(const std::string& file) {
+  return fs::path(file).filename() == kClassesFile && !holdsLabels(readFile(file).value_or(""));
+}
+
+void rejectLines(LabelSet& set, const std::string& file, std::string_view content,
+                 std::string_view reason) {
+  forEachLine(content,
+              [&](std::string_view, std::size_t number) { set.reject(file, number, reason); });
+}
+
+/// A text that several pictures have the name of.
+void rejectShared(LabelSet& set, const std::string& file) {
+  const auto content = readFile(file);
+  if (!content) return set.reject(file, 0, "file cannot be read");
+  rejectLines(set, file, *content, "several pictures have the name of the text");
+}
+
 void rejectWithoutPicture(LabelSet& set, const std::string& file) {
   const auto content = readFile(file);
   if (!content) return set.reject(file, 0, "file cannot be read");
@@ -139,8 +158,7 @@ void rejectWithoutPicture(LabelSet& set, const std::string& file) {
       logLine(std::string(kReadWho) + ": '" + file + "' has no picture and no labels, passed over");
     return;
   }
-  forEachLine(*content,
-              [&](std::string_view, std::size_t number) { set.reject(file, number, kNoPicture); });
+  rejectLines(set, file, *content, kNoPicture);
 }
 
 /// A picture that a list has and nobody else.
@@ -150,23 +168,8 @@ void rejectMissing(LabelSet& set, const LabelledPicture& picture) {
   if (set.found() == before) set.reject(picture.path, 0, kNoPicture);
 }
 
-std::string lowerExtension(const std::string& path) {
-  std::string extension = pictureExtension(path);
-  for (char& c : extension) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return extension;
-}
-
-bool isPicture(const std::string& path) {
-  const std::string extension = lowerExtension(path);
-  return std::any_of(kPictureTypes.begin(), kPictureTypes.end(),
-                     [&](const std::string& type) { return extension == "." + type; });
-}
-
-bool isFile(const std::string& path) {
-  std::error_code error;
-  return fs::is_regular_file(path, error);
+bool isText(const std::string& path) {
+  return hasExtension(path, kTextExtension);
 }
 
 bool isDirectory(const std::string& path) {
@@ -191,8 +194,8 @@ class DarknetFiles {
  public:
   void addDirectory(const std::string& directory) {
     for (const std::string& file : filesBelow(directory)) {
-      if (isPicture(file)) addPicture(file, {});
-      if (lowerExtension(file) == kTextExtension) addText(file);
+      if (hasPictureExtension(file)) addPicture(file, {});
+      if (isText(file)) addText(file);
     }
   }
 
@@ -201,30 +204,59 @@ class DarknetFiles {
   void addList(const std::string& list, const std::string& root) {
     const fs::path directory = fs::path(list).parent_path();
     notLabels.insert(list);
-    for (const std::string& line : linesOf(list)) {
-      const auto found = findUpwards(line, {directory, fs::path(root).parent_path()});
-      addPicture(absolutePicturePath(found.value_or((directory / line).string())), {});
+    // Its lines may lead through links.
+    followedLinks = true;
+    const auto find = [&](const std::string& line) {
+      return findUpwards(line, {directory, fs::path(root).parent_path()});
+    };
+    for (const auto& [line, number] : linesOf(list)) {
+      auto found = find(line);
+      if (!found) found = find(withForwardSlashes(line));
+      const std::string path =
+          absolutePicturePath(found.value_or((directory / withForwardSlashes(line)).string()));
+      if (found && !isPictureFile(path)) {
+        rejections.add(list, number, "no picture file");
+      } else {
+        addPicture(path, {});
+      }
     }
   }
 
-  /// A text with its picture, if there is one.
-  void addSingle(const std::string& text, const std::string& picture) {
+  /// A text with the pictures of its name.
+  void addSingle(const std::string& text, const std::vector<std::string>& named) {
     addText(text);
-    if (!picture.empty()) addPicture(picture, text);
+    for (const std::string& picture : named)
+      addPicture(picture, text);
   }
 
-  /// The list that an export wrote, whose label texts lie in a directory of their own.
-  void addExport(const std::string& root) {
+  /// The list that an export wrote, whose label texts lie in a directory of their own. False, with
+  /// a log line, if the texts are not those that the export wrote for the list.
+  bool addExport(const std::string& root) {
     const std::string list = root + std::string(kPictureList);
     LabelSet listed;
-    for (const std::string& line : linesOf(list))
+    for (const auto& [line, number] : linesOf(list))
       listed.pictures.push_back({absolutePicturePath(line), {}, {}, {}});
     const auto names = outputNames(listed);
     const std::string labels = root + std::string(kLabelsDirectory);
-    for (std::size_t i = 0; i < names.size(); ++i)
+    std::unordered_set<std::string> expected;
+    for (std::size_t i = 0; i < names.size(); ++i) {
       addPicture(listed.pictures[i].path, labels + names[i] + std::string(kTextExtension));
-    for (const std::string& file : filesBelow(labels))
+      expected.insert(labels + names[i] + std::string(kTextExtension));
+    }
+    auto found = filesBelow(labels);
+    std::erase_if(found, [&](const std::string& file) {
+      return !expected.contains(file) && (!isText(file) || isClassesFile(file));
+    });
+    if (found.size() != expected.size() ||
+        !std::all_of(found.begin(), found.end(),
+                     [&](const auto& file) { return expected.contains(file); })) {
+      logLine(std::string(kReadWho) + ": The texts in '" + labels + "' are not those for '" + list +
+              "', export the labels anew!");
+      return false;
+    }
+    for (const std::string& file : found)
       addText(file);
+    return true;
   }
 
   void addPicture(const std::string& path, const std::string& text) {
@@ -237,7 +269,8 @@ class DarknetFiles {
       if (!picture.path.starts_with(pictureDirectory)) continue;
       const std::string below = withTextExtension(picture.path.substr(pictureDirectory.size()));
       for (const std::string& place : {below, std::string(kLabelsDirectory) + below}) {
-        if (picture.labelFile.empty() && isText(labels + place)) picture.labelFile = labels + place;
+        if (picture.labelFile.empty() && isThere(labels + place))
+          picture.labelFile = labels + place;
       }
     }
   }
@@ -248,7 +281,7 @@ class DarknetFiles {
       const std::string beside = withTextExtension(picture.path);
       const std::string inTree = withDirectory(beside, "images", "labels");
       for (const std::string& place : {beside, inTree}) {
-        if (picture.labelFile.empty() && isText(place)) picture.labelFile = place;
+        if (picture.labelFile.empty() && isThere(place)) picture.labelFile = place;
       }
     }
   }
@@ -269,8 +302,24 @@ class DarknetFiles {
     pictures = std::move(kept);
   }
 
+  /// Texts that several pictures have, which have none then: whose labels they are is open.
+  std::vector<std::string> takeShared() {
+    std::unordered_map<std::string, std::size_t> uses;
+    for (const LabelledPicture& picture : pictures)
+      ++uses[withoutDetours(picture.labelFile)];
+    std::vector<std::string> shared;
+    for (LabelledPicture& picture : pictures) {
+      const std::string text = withoutDetours(picture.labelFile);
+      if (text.empty() || uses[text] < 2) continue;
+      if (notLabels.insert(picture.labelFile).second) shared.push_back(picture.labelFile);
+      picture.labelFile.clear();
+    }
+    tnv::dropDoubles(shared);
+    return shared;
+  }
+
   void reject(const std::string& file, const std::string& reason) {
-    if (rejected.insert(file).second) rejections.push_back({file, 0, reason});
+    if (rejected.insert(file).second) rejections.add(file, 0, reason);
   }
 
   void exclude(const std::string& file) { notLabels.insert(file); }
@@ -293,7 +342,7 @@ class DarknetFiles {
   }
 
   std::vector<LabelledPicture> pictures;
-  std::vector<LabelRejection> rejections;  ///< of whole directories and lists
+  LabelRejections rejections;  ///< of whole directories and lists
 
  private:
   std::vector<std::string> filesBelow(const std::string& directory) {
@@ -305,6 +354,8 @@ class DarknetFiles {
     followedLinks = followedLinks || walk.followedLinks;
     for (const std::string& unreadable : walk.unreadable)
       reject(unreadable, kUnreadableDirectory);
+    for (const std::string& link : walk.deadLinks)
+      reject(link, kDeadLink);
     std::sort(files.begin(), files.end());
     return files;
   }
@@ -313,17 +364,21 @@ class DarknetFiles {
   /// have two.
   std::string withoutDetours(const std::string& path) const {
     if (!followedLinks || path.empty()) return path;
-    std::error_code error;
-    const fs::path real = fs::canonical(path, error);
-    return error ? path : real.string();
+    return realPath(path);
   }
 
-  std::vector<std::string> linesOf(const std::string& file) {
-    std::vector<std::string> lines;
+  struct NumberedLine {
+    std::string text;
+    std::size_t number;
+  };
+
+  std::vector<NumberedLine> linesOf(const std::string& file) {
+    std::vector<NumberedLine> lines;
     const auto content = readFile(file);
     if (!content) reject(file, "file cannot be read");
-    forEachLine(content.value_or(""),
-                [&](std::string_view line, std::size_t) { lines.emplace_back(line); });
+    forEachLine(content.value_or(""), [&](std::string_view line, std::size_t number) {
+      lines.push_back({std::string(line), number});
+    });
     return lines;
   }
 
@@ -332,12 +387,12 @@ class DarknetFiles {
   }
 
   /// Pictures of a list may lie where no directory was looked through.
-  bool isText(const std::string& file) const {
+  bool isThere(const std::string& file) const {
     return !file.empty() && !isNoLabelText(file) && (textSet.contains(file) || isFile(file));
   }
 
   bool isNoLabelText(const std::string& file) const {
-    return notLabels.contains(file) || fs::path(file).filename() == kClassesFile;
+    return notLabels.contains(file) || isClassesFile(file);
   }
 
   std::unordered_set<std::string> known;
@@ -351,13 +406,14 @@ class DarknetFiles {
 /// The file that names the classes of a directory; empty if there is none.
 std::string namesFileIn(const std::string& root) {
   for (const std::string_view name : kNamesFiles) {
-    if (const std::string file = root + std::string(name); isFile(file)) return file;
+    const std::string file = root + std::string(name);
+    if (isFile(file) && (!isText(file) || isClassesFile(file))) return file;
   }
   std::vector<std::string> named;
   for (const std::string_view extension : kNamesExtensions) {
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(root, error)) {
-      if (entry.path().extension() == extension) named.push_back(entry.path().string());
+      if (hasExtension(entry.path().string(), extension)) named.push_back(entry.path().string());
     }
     std::sort(named.begin(), named.end());
     if (!named.empty()) return named.front();
@@ -372,34 +428,34 @@ struct DarknetPlace {
   std::string singleText;  ///< the only text that is asked for; empty for all
 };
 
-/// The picture in the directory that has the name of the text; empty if there is none.
-std::string pictureNamedLike(const std::string& text, const std::string& directory) {
+/// The pictures in the directory that have the name of the text.
+std::vector<std::string> picturesNamedLike(const std::string& text, const std::string& directory) {
   const fs::path stem = fs::path(text).stem();
   std::vector<std::string> found;
   std::error_code error;
   for (auto entry = fs::directory_iterator(directory, error);
        !error && entry != fs::directory_iterator(); entry.increment(error)) {
     const std::string path = withForwardSlashes(entry->path().string());
-    if (entry->path().stem() == stem && isPicture(path)) found.push_back(path);
+    if (entry->path().stem() == stem && hasPictureExtension(path)) found.push_back(path);
   }
-  return found.empty() ? std::string() : *std::min_element(found.begin(), found.end());
+  std::sort(found.begin(), found.end());
+  return found;
 }
 
-/// The picture of a text, beside it or in the tree of pictures; empty if there is none.
-std::string pictureOfText(const std::string& text) {
+/// The pictures of a text's name, beside it or in the tree of pictures.
+std::vector<std::string> picturesOfText(const std::string& text) {
   const std::string directory = asDirectory(fs::path(text).parent_path().string());
-  const std::string beside = pictureNamedLike(text, directory);
-  if (!beside.empty()) return beside;
+  auto beside = picturesNamedLike(text, directory);
   const std::string inTree = withDirectory(directory, "labels", "images");
-  return inTree.empty() ? inTree : pictureNamedLike(text, inTree);
+  return beside.empty() && !inTree.empty() ? picturesNamedLike(text, inTree) : beside;
 }
 
 /// Whether a file is the text of a picture. An empty one is only by the picture.
 bool isLabelText(const std::string& file) {
-  if (!isFile(file) || lowerExtension(file) != kTextExtension) return false;
-  if (fs::path(file).filename() == kClassesFile) return false;
+  if (!isFile(file) || !isText(file)) return false;
+  if (isClassesFile(file)) return false;
   return holdsLabels(readFile(file).value_or("")) ||
-         !pictureOfText(absolutePicturePath(file)).empty();
+         !picturesOfText(absolutePicturePath(file)).empty();
 }
 
 /// The file of class names for a text: beside it, or above the tree of texts that it lies in.
@@ -425,13 +481,10 @@ std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading&
                                            : absolute;
   auto description = readDescription(described);
   if (!reading.names.empty()) {
-    const auto named = readDescription(reading.names);
-    if (!named) {
-      logLine(std::string(kReadWho) + ": No class names in '" + reading.names + "'!");
-      return std::nullopt;
-    }
+    auto given = readGivenNames(reading.names, kReadWho);
+    if (!given) return std::nullopt;
     if (!description) description.emplace();
-    description->classes = named->classes;
+    description->classes = std::move(*given);
   }
   if (!description) {
     logLine(std::string(kReadWho) + ": No class names found for '" + path + "'!");
@@ -480,13 +533,13 @@ std::string picturesBeside(const std::string& root) {
   return isDirectory(images) ? images : std::string();
 }
 
-DarknetFiles filesOf(const DarknetPlace& place, const LabelReading& reading) {
+std::optional<DarknetFiles> filesOf(const DarknetPlace& place, const LabelReading& reading) {
   DarknetFiles files;
   if (const std::string& text = place.singleText; !text.empty()) {
     files.addSingle(
         text, reading.pictures.empty()
-                  ? pictureOfText(text)
-                  : pictureNamedLike(text, asDirectory(absolutePicturePath(reading.pictures))));
+                  ? picturesOfText(text)
+                  : picturesNamedLike(text, asDirectory(absolutePicturePath(reading.pictures))));
     return files;
   }
   if (!reading.pictures.empty()) {
@@ -494,8 +547,9 @@ DarknetFiles filesOf(const DarknetPlace& place, const LabelReading& reading) {
     files.addDirectory(pictures);
     files.addDirectory(place.root);
     files.pairByPlace(place.root, pictures);
-  } else if (isFile(place.root + std::string(kPictureList))) {
-    files.addExport(place.root);
+  } else if (exportedFormat(place.root) == kExportFormat &&
+             isFile(place.root + std::string(kPictureList))) {
+    if (!files.addExport(place.root)) return std::nullopt;
     return files;
   } else if (!addSources(files, place)) {
     files.addDirectory(place.root);
@@ -538,13 +592,6 @@ std::string pictureList(const LabelSet& set) {
   return text;
 }
 
-std::string namesText(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names)
-    text += name + "\n";
-  return text;
-}
-
 bool writeTexts(const LabelSet& set, const std::vector<std::string>& names,
                 const std::string& labels, const GoOn& goOn) {
   for (std::size_t i = 0; i < names.size(); ++i) {
@@ -565,12 +612,28 @@ bool writePictures(const LabelSet& set, const std::vector<std::string>& names,
 
 }  // namespace
 
+bool holdsDarknetLabels(const std::string& path) {
+  const std::string root = isDirectory(path) ? asDirectory(path) : std::string();
+  const std::string described = root.empty() ? path : namesFileIn(root);
+  if (isYaml(described) || isDarknetData(described)) {
+    const auto description = readDescription(described);
+    if (description && !description->sources.empty()) return true;
+  }
+  if (root.empty()) return isText(path) && holdsLabels(readFile(path).value_or(""));
+  bool found = false;
+  forEachFileBelow(root, [&](const std::string& file) {
+    found = isText(file) && holdsLabels(readFile(file).value_or(""));
+    return found;
+  });
+  return found;
+}
+
 bool isDarknetLabels(const std::string& path) {
   if (isFile(path)) return isYaml(path) || isDarknetData(path) || isLabelText(path);
   if (!isDirectory(path)) return false;
   bool found = false;
   forEachFileBelow(asDirectory(path), [&](const std::string& file) {
-    found = lowerExtension(file) == kTextExtension || isYaml(file) || isDarknetData(file);
+    found = isText(file) || isYaml(file) || isDarknetData(file);
     return found;
   });
   return found;
@@ -579,7 +642,9 @@ bool isDarknetLabels(const std::string& path) {
 std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelReading& reading) {
   auto place = placeOf(path, reading);
   if (!place) return std::nullopt;
-  DarknetFiles files = filesOf(*place, reading);
+  auto found = filesOf(*place, reading);
+  if (!found) return std::nullopt;
+  DarknetFiles& files = *found;
   if (!reading.names.empty()) files.exclude(absolutePicturePath(reading.names));
   if (files.empty()) {
     logLine(std::string(kReadWho) + ": No pictures and no label texts in '" + path + "'!");
@@ -589,6 +654,7 @@ std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelRe
   set.classNames = std::move(place->description.classes.names);
   set.classNumbers = std::move(place->description.classes.numbers);
   set.rejections = std::move(files.rejections);
+  const std::vector<std::string> shared = files.takeShared();
   const std::vector<std::string> left = files.textsWithoutPicture();
   for (LabelledPicture& picture : files.pictures) {
     if (!goesOn(reading.goOn)) return std::nullopt;
@@ -599,6 +665,8 @@ std::optional<LabelSet> readDarknetLabels(const std::string& path, const LabelRe
     if (!picture.labelFile.empty()) readLabels(set, picture, reading.clip);
     set.pictures.push_back(std::move(picture));
   }
+  for (const std::string& text : shared)
+    rejectShared(set, text);
   for (const std::string& text : left) {
     if (!goesOn(reading.goOn)) return std::nullopt;
     rejectWithoutPicture(set, text);

@@ -7,7 +7,10 @@
 
 namespace tnv {
 
-/// Whether the path is a data file, a `data.yaml`, or a directory with label texts.
+/// Whether the path has a text with labels, or a description that tells where the pictures lie.
+bool holdsDarknetLabels(const std::string& path);
+
+/// Whether the path is a data file, a `data.yaml`, or a directory with texts or such a file.
 bool isDarknetLabels(const std::string& path);
 
 /// Reads label texts with their pictures: beside them, or in an `images` tree that has a `labels`

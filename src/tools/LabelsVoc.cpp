@@ -6,13 +6,14 @@
 #include <sstream>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 
 #include <pugixml.hpp>
 
 #include "foundation/Files.h"
 #include "foundation/Log.h"
+#include "foundation/PictureHead.h"
 #include "tools/LabelFiles.h"
+#include "tools/LabelNames.h"
 
 namespace tnv {
 
@@ -24,7 +25,6 @@ constexpr std::string_view kReadWho = "readVocLabels";
 constexpr std::string_view kWriteWho = "writeVocLabels";
 
 constexpr std::string_view kClassesFile = "classes.txt";
-constexpr std::string_view kTreeName = "Annotations";
 constexpr std::string_view kLabelsDirectory = "Annotations/";
 constexpr std::string_view kImagesDirectory = "JPEGImages/";
 
@@ -32,63 +32,45 @@ constexpr auto kRoot = "annotation";
 constexpr auto kCorners = {"xmin", "ymin", "xmax", "ymax"};
 
 bool isXml(const std::string& path) {
-  std::error_code error;
-  return hasExtension(path, ".xml") && fs::is_regular_file(path, error);
+  return hasExtension(path, ".xml") && isFile(path);
+}
+
+/// The name of the outermost element, behind declarations and comments.
+std::string_view rootOf(std::string_view text) {
+  while (!text.empty()) {
+    text.remove_prefix(std::min(text.find('<'), text.size()));
+    if (!text.starts_with("<?") && !text.starts_with("<!")) break;
+    const std::string_view end = text.starts_with("<!--") ? "-->" : ">";
+    text.remove_prefix(std::min(text.find(end), text.size()));
+  }
+  text.remove_prefix(std::min<std::size_t>(1, text.size()));
+  return text.substr(0, text.find_first_of(" \t\r\n/>"));
 }
 
 bool isAnnotation(const std::string& file) {
-  const auto content = readFile(file);
-  return content && content->find("<annotation") != content->npos;
+  return rootOf(readFile(file).value_or("")) == kRoot;
 }
 
 struct XmlFiles {
   std::vector<std::string> files;
   std::vector<std::string> unreadable;  ///< directories
+  std::vector<std::string> deadLinks;
 };
 
-std::vector<std::string> xmlFilesIn(const fs::path& directory) {
-  std::vector<std::string> files;
+XmlFiles filesOf(const std::string& path) {
+  if (isXml(path)) return {{absolutePicturePath(path)}, {}, {}};
   std::error_code error;
-  for (const auto& entry : fs::directory_iterator(directory, error)) {
-    const std::string path = withForwardSlashes(entry.path().string());
-    if (isXml(path)) files.push_back(path);
-  }
-  return files;
-}
-
-/// Files that links lead to by two paths hold their labels once.
-void dropDoubles(std::vector<std::string>& files) {
-  std::unordered_set<std::string> seen;
-  std::erase_if(files, [&](const std::string& file) {
-    std::error_code error;
-    const std::string real = fs::canonical(file, error).string();
-    return !error && !seen.insert(real).second;
-  });
-}
-
-void addFilesBelow(const fs::path& directory, XmlFiles& found) {
-  std::error_code error;
-  const fs::file_status status = fs::status(directory, error);
-  if (fs::status_known(status) && !fs::is_directory(status)) return;
-  TreeWalk walk = forEachFileBelow(directory.string(), [&](const std::string& file) {
+  const fs::file_status status = fs::status(path, error);
+  if (fs::status_known(status) && !fs::is_directory(status)) return {};
+  XmlFiles found;
+  TreeWalk walk = forEachFileBelow(absolutePicturePath(path), [&](const std::string& file) {
     if (isXml(file)) found.files.push_back(file);
     return false;
   });
   std::sort(found.files.begin(), found.files.end());
   if (walk.followedLinks) dropDoubles(found.files);
   found.unreadable = std::move(walk.unreadable);
-}
-
-/// The files of a directory lie below `Annotations`, or in itself, or anywhere below.
-XmlFiles filesOf(const std::string& path) {
-  if (isXml(path)) return {{absolutePicturePath(path)}, {}};
-  const fs::path root(absolutePicturePath(path));
-  XmlFiles found;
-  addFilesBelow(root / kTreeName, found);
-  if (!found.files.empty()) return found;
-  found.files = xmlFilesIn(root);
-  std::sort(found.files.begin(), found.files.end());
-  if (found.files.empty()) addFilesBelow(root, found);
+  found.deadLinks = std::move(walk.deadLinks);
   return found;
 }
 
@@ -115,30 +97,72 @@ cv::Size sizeOf(const pugi::xml_node& annotation) {
   return {static_cast<int>(*width), static_cast<int>(*height)};
 }
 
-/// Counts lines up to an offset. Offsets come in rising order.
+/// Counts lines up to an offset into the text as the parser has it, which turns all encodings into
+/// UTF-8. Offsets come in rising order.
 class LineCounter {
  public:
-  explicit LineCounter(std::string_view content) : text(content) {}
+  LineCounter(std::string_view content, pugi::xml_encoding from) : text(content), encoding(from) {}
 
   std::size_t lineAt(std::ptrdiff_t offset) {
-    const auto end =
-        std::min(static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0)), text.size());
-    for (; place < end; ++place) {
-      if (text[place] == '\n') ++line;
+    const auto end = static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0));
+    while (parsed < end && place < text.size()) {
+      const unsigned long code = takeUnit();
+      parsed += bytesOf(code);
+      if (code == '\n') ++line;
     }
     return line;
   }
 
  private:
+  static constexpr unsigned long kOneByte = 0x80;
+  static constexpr unsigned long kTwoBytes = 0x800;
+  static constexpr unsigned long kThreeBytes = 0x10000;
+
+  std::size_t unitSize() const {
+    switch (encoding) {
+      case pugi::encoding_utf16_le:
+      case pugi::encoding_utf16_be:
+        return 2;
+      case pugi::encoding_utf32_le:
+      case pugi::encoding_utf32_be:
+        return 4;
+      default:
+        return 1;
+    }
+  }
+
+  unsigned long takeUnit() {
+    const std::size_t size = std::min(unitSize(), text.size() - place);
+    const bool isBigEndian =
+        encoding == pugi::encoding_utf16_be || encoding == pugi::encoding_utf32_be;
+    unsigned long code = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+      const std::size_t byte = isBigEndian ? i : size - 1 - i;
+      code = code << 8 | static_cast<unsigned char>(text[place + byte]);
+    }
+    place += size;
+    return code;
+  }
+
+  /// That a unit makes up in UTF-8; half a character of four bytes is two.
+  std::size_t bytesOf(unsigned long code) const {
+    if (encoding == pugi::encoding_utf8 || code < kOneByte) return 1;
+    if (code < kTwoBytes || (code >= 0xD800 && code < 0xE000)) return 2;
+    return code < kThreeBytes ? 3 : 4;
+  }
+
   std::string_view text;
-  std::size_t place = 0;
+  pugi::xml_encoding encoding;
+  std::size_t place = 0;   ///< in the text
+  std::size_t parsed = 0;  ///< in the parser's
   std::size_t line = 1;
 };
 
 /// Reads one file after the other into one set.
 class VocReader {
  public:
-  VocReader(LabelSet& target, const LabelReading& manner) : set(target), reading(manner) {}
+  VocReader(LabelSet& target, const LabelReading& manner, const std::string& directory)
+      : set(target), reading(manner), root(directory) {}
 
   void addNames(const std::vector<std::string>& names) {
     for (const std::string& name : names)
@@ -148,16 +172,20 @@ class VocReader {
   void read(const std::string& file) {
     const auto content = readFile(file);
     pugi::xml_document document;
-    if (!content || !document.load_buffer(content->data(), content->size()))
-      return set.reject(file, 0, "file cannot be read");
+    if (!content) return set.reject(file, 0, "file cannot be read");
+    const auto result = document.load_buffer(content->data(), content->size());
+    if (!result) return set.reject(file, 0, "file cannot be read");
+    LineCounter lines(*content, result.encoding);
     const pugi::xml_node annotation = document.child(kRoot);
     if (!annotation) return logOther(file);
+    if (const auto next = annotation.next_sibling(kRoot))
+      return set.reject(file, lines.lineAt(next.offset_debug()), "several documents in one file");
     LabelledPicture picture;
     picture.labelFile = file;
     picture.size = sizeOf(annotation);
     const auto path = pathOf(annotation, file);
     picture.path = path.value_or("");
-    LineCounter lines(*content);
+    if (path && picture.size.empty()) picture.size = pictureSize(*path);
     for (const pugi::xml_node& object : annotation.children("object"))
       addObject(picture, object, lines.lineAt(object.offset_debug()));
     if (path) {
@@ -168,8 +196,6 @@ class VocReader {
   }
 
  private:
-  static constexpr auto kNoPicture = "no picture";
-
   static void logOther(const std::string& file) {
     logLine(std::string(kReadWho) + ": '" + file + "' has no labels, passed over");
   }
@@ -219,11 +245,14 @@ class VocReader {
     // A set that was made on this machine may tell the whole path.
     const std::string whole = textOf(annotation, "path");
     if (!fs::path(whole).is_absolute()) return std::nullopt;
-    return ifThere(absolutePicturePath(whole));
+    return pictureAt(absolutePicturePath(whole));
   }
 
   std::vector<std::string> directoriesFor(const std::string& file) const {
-    if (!reading.pictures.empty()) return {asDirectory(reading.pictures)};
+    if (!reading.pictures.empty()) {
+      const fs::path pictures = reading.pictures;
+      return {asDirectory((pictures / belowTree(file)).string()), asDirectory(reading.pictures)};
+    }
     const fs::path here = fs::path(file).parent_path();
     std::vector<std::string> directories{
         (here.parent_path() / kImagesDirectory).string(), asDirectory(here.string()),
@@ -232,35 +261,38 @@ class VocReader {
     return directories;
   }
 
+  /// The directories between the set, or its `Annotations`, and a file.
+  fs::path belowTree(const std::string& file) const {
+    const std::string tree = "/" + std::string(kLabelsDirectory);
+    const std::size_t place = file.rfind(tree);
+    if (place != file.npos) return fs::path(file.substr(place + tree.size())).parent_path();
+    return file.starts_with(root) ? fs::path(file.substr(root.size())).parent_path() : fs::path();
+  }
+
   /// Below `Annotations` there may be directories, as there may be in the tree of the pictures.
-  static void addTreesBeside(const std::string& file, std::vector<std::string>& directories) {
+  void addTreesBeside(const std::string& file, std::vector<std::string>& directories) const {
     const std::string tree = "/" + std::string(kLabelsDirectory);
     const std::size_t place = file.rfind(tree);
     if (place == file.npos) return;
     const fs::path base = file.substr(0, place);
-    const fs::path below = fs::path(file.substr(place + tree.size())).parent_path();
-    for (const fs::path& inTree : {below, fs::path()}) {
+    for (const fs::path& inTree : {belowTree(file), fs::path()}) {
       for (const std::string_view images : {kImagesDirectory, std::string_view("images/")})
         directories.push_back(asDirectory((base / images / inTree).string()));
     }
   }
 
-  static std::optional<std::string> ifThere(const std::string& path) {
-    std::error_code error;
-    return fs::is_regular_file(path, error) ? std::optional(path) : std::nullopt;
-  }
-
   /// Some files leave the extension out.
   static std::optional<std::string> withType(const std::string& path) {
-    if (!pictureExtension(path).empty()) return ifThere(path);
+    if (!pictureExtension(path).empty()) return pictureAt(path);
     for (const std::string& type : kPictureTypes) {
-      if (const auto found = ifThere(path + "." + type)) return found;
+      if (const auto found = pictureAt(path + "." + type)) return found;
     }
     return std::nullopt;
   }
 
   LabelSet& set;
   const LabelReading& reading;
+  std::string root;
   std::unordered_map<std::string, long long> numbers;
 };
 
@@ -297,11 +329,16 @@ std::string documentOf(const LabelSet& set, const LabelledPicture& picture,
   return text.str();
 }
 
-std::string namesText(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names)
-    text += name + "\n";
-  return text;
+/// The class names beside a directory's files, or above the tree that they lie in.
+std::vector<std::string> namesFor(const std::string& path) {
+  const std::string directory =
+      asDirectory(isXml(path) ? fs::path(path).parent_path().string() : path);
+  const std::size_t tree = directory.rfind("/" + std::string(kLabelsDirectory));
+  const std::string above = tree == directory.npos ? directory : directory.substr(0, tree + 1);
+  for (const std::string& place : {directory, above}) {
+    if (auto names = readNames(place + std::string(kClassesFile))) return std::move(*names);
+  }
+  return {};
 }
 
 }  // namespace
@@ -312,22 +349,24 @@ bool isVocLabels(const std::string& path) {
 }
 
 std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReading& reading) {
-  const auto [files, unreadable] = filesOf(path);
-  if (files.empty() && unreadable.empty()) {
+  const auto [files, unreadable, deadLinks] = filesOf(path);
+  if (files.empty() && unreadable.empty() && deadLinks.empty()) {
     logLine(std::string(kReadWho) + ": There is no Pascal VOC file at '" + path + "'!");
     return std::nullopt;
   }
   LabelSet set;
   for (const std::string& directory : unreadable)
     set.reject(directory, 0, kUnreadableDirectory);
-  VocReader reader(set, reading);
-  const std::string beside = asDirectory(path) + std::string(kClassesFile);
-  const auto names = readNames(reading.names.empty() ? beside : reading.names);
-  if (!names && !reading.names.empty()) {
-    logLine(std::string(kReadWho) + ": No class names in '" + reading.names + "'!");
-    return std::nullopt;
+  for (const std::string& link : deadLinks)
+    set.reject(link, 0, kDeadLink);
+  VocReader reader(set, reading, asDirectory(absolutePicturePath(path)));
+  if (!reading.names.empty()) {
+    const auto given = readGivenNames(reading.names, kReadWho);
+    if (!given) return std::nullopt;
+    reader.addNames(given->names);
+  } else {
+    reader.addNames(namesFor(absolutePicturePath(path)));
   }
-  if (names) reader.addNames(*names);
   for (const std::string& file : files) {
     if (!goesOn(reading.goOn)) return std::nullopt;
     reader.read(file);

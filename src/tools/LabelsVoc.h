@@ -10,11 +10,10 @@ namespace tnv {
 /// Whether the path is a Pascal VOC file, or a directory with some.
 bool isVocLabels(const std::string& path);
 
-/// Reads the Pascal VOC files at the path: a file, or all that lie in a directory or in
-/// `Annotations` below it. Classes come in the order of `classes.txt` or the names file that is
-/// set, and behind those in the order in which they are met. With base 1 the first pixel has the
-/// number 1, and a box from 1 to the width covers the picture. Nothing, with a log line, if there
-/// is no such file.
+/// Reads the Pascal VOC files at the path: a file, or all in and below a directory. Classes come in
+/// the order of `classes.txt` or the names file that is set, and behind those in the order in which
+/// they are met. With base 1 the first pixel has the number 1, and a box from 1 to the width covers
+/// the picture. Nothing, with a log line, if there is no such file.
 std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReading& reading);
 
 /// Writes `Annotations/` and `classes.txt`, with the pictures in `JPEGImages/` or named by their

@@ -37,9 +37,6 @@ constexpr double kSamePlace = 1e-6;
 
 constexpr std::size_t kFewestCorners = 3;
 
-/// Lies in the directory of an export, so that a later one may take its place.
-constexpr std::string_view kExportMark = ".label-export";
-
 /// Where a new export comes together, and where the earlier one waits while it takes its place.
 /// Readers pass over names that begin so.
 constexpr std::string_view kStaging = ".label-export.next";
@@ -49,6 +46,8 @@ constexpr std::string_view kRetired = ".label-export.former";
 constexpr std::string_view kExportEntries[] = {"labels",       "images",          "JPEGImages",
                                                "Annotations",  "classes.txt",     "data.yaml",
                                                "pictures.txt", "annotations.json"};
+
+constexpr auto kUnreadablePicture = "picture cannot be read";
 
 void logFrom(std::string_view operation, const std::string& text) {
   tnv::logLine("TNVToolLabelExchange::" + std::string(operation) + ": " + text);
@@ -253,11 +252,6 @@ int addMarksTo(TNVTrainSet& trainSet, const tnv::LabelledPicture& picture, const
   return added;
 }
 
-bool isSingleLine(const std::string& name) {
-  return !name.empty() && name.find_first_of("\r\n") == name.npos &&
-         tnv::trimmed(name).size() == name.size();
-}
-
 /// The classes in the order of their numbers; empty, with a log line, if they cannot go out so.
 Classes classesByNumber(Classes classes) {
   std::stable_sort(classes.begin(), classes.end(),
@@ -267,8 +261,9 @@ Classes classesByNumber(Classes classes) {
       logFrom("readMarks", "The numbers of the classes do not run from 0 without gaps!");
       return {};
     }
-    if (!isSingleLine(classes[i]->name)) {
-      logFrom("readMarks", "The name '" + classes[i]->name + "' is no single line!");
+    if (!tnv::isPlainClassName(classes[i]->name)) {
+      logFrom("readMarks", "The name '" + classes[i]->name +
+                               "' is empty, has blanks at its ends or control characters!");
       return {};
     }
   }
@@ -316,7 +311,9 @@ class MarkReader {
     for (const int idx : mark.classIdx) {
       const auto place = places.find(idx);
       label.classNumber = place == places.end() ? -1 : place->second;
+      const std::size_t before = picture.labels.size();
       set.take(picture, label, true);
+      if (picture.labels.size() > before) tnv::cutAtEdges(picture.labels.back());
     }
   }
 
@@ -346,7 +343,13 @@ bool isEmpty(const fs::path& directory) {
 
 bool isExport(const fs::path& directory) {
   std::error_code error;
-  return fs::is_regular_file(directory / kExportMark, error);
+  return fs::is_regular_file(directory / tnv::kExportMark, error);
+}
+
+/// The directory of the export that a path may be of.
+fs::path exportOf(const std::string& path) {
+  std::error_code error;
+  return fs::is_directory(path, error) ? fs::path(path) : fs::path(path).parent_path();
 }
 
 bool isTooLong(const fs::path& path) {
@@ -397,7 +400,7 @@ class ExportPlace {
     std::error_code error;
     fs::remove_all(staging, error);
     if (!isMarkedAnew) return;
-    fs::remove(root / kExportMark, error);
+    fs::remove(root / tnv::kExportMark, error);
     for (const fs::path& directory : made)
       fs::remove(directory, error);
   }
@@ -420,13 +423,15 @@ class ExportPlace {
   /// False, with a log line, if the earlier export stayed.
   bool replace(const std::string& format) {
     if (!tnv::makeDirectory(retired.string(), kWho)) return false;
-    if (!moveAll(root, retired) || !moveAll(staging, root) || !mark(format)) {
+    if (!moveAll(root, retired) || !markRetired() || !moveAll(staging, root) || !mark(format)) {
       restore();
       return false;
     }
     isMarkedAnew = false;
+    // Under the name of what nobody needs it goes, however far that comes.
     std::error_code error;
-    fs::remove_all(retired, error);
+    fs::remove_all(staging, error);
+    fs::rename(retired, staging, error);
     return true;
   }
 
@@ -442,7 +447,14 @@ class ExportPlace {
   }
 
   bool mark(const std::string& format) const {
-    return tnv::writeWhole((root / kExportMark).string(), format + "\n", kWho);
+    return tnv::writeWhole((root / tnv::kExportMark).string(), format + "\n", kWho);
+  }
+
+  /// The earlier export is out of the way, with its mark: all entries in place are new from here
+  /// on.
+  bool markRetired() const {
+    return tnv::writeWhole((retired / tnv::kExportMark).string(),
+                           tnv::exportedFormat(root.string()) + "\n", kWho);
   }
 
   /// Moves what belongs to an export. False, with a log line, at the first entry that cannot be.
@@ -458,16 +470,19 @@ class ExportPlace {
     return true;
   }
 
-  /// Puts an export back that was on its way out.
+  /// Puts an export back that was on its way out, and takes away what came in its place.
   void restore() const {
     std::error_code error;
     if (!fs::is_directory(retired, error)) return;
+    const bool isOut = isExport(retired);
     for (const std::string_view entry : kExportEntries) {
-      // What is not in the retired one is either still in place, or part of the new one.
-      if (!fs::exists(fs::symlink_status(retired / entry, error))) continue;
+      // What was not on its way out yet is still in place.
+      const bool isRetired = fs::exists(fs::symlink_status(retired / entry, error));
+      if (!isOut && !isRetired) continue;
       fs::remove_all(root / entry, error);
-      fs::rename(retired / entry, root / entry, error);
+      if (isRetired) fs::rename(retired / entry, root / entry, error);
     }
+    if (isOut) fs::rename(retired / tnv::kExportMark, root / tnv::kExportMark, error);
     fs::remove(retired, error);
   }
 
@@ -483,7 +498,7 @@ bool canBeRead(const std::string& file) {
   return fs::is_regular_file(file, error) && std::ifstream(file).good();
 }
 
-tnv::LabelSet without(const tnv::LabelSet& set, const std::unordered_set<std::size_t>& leftOut) {
+tnv::LabelSet without(const tnv::LabelSet& set, const std::set<std::size_t>& leftOut) {
   tnv::LabelSet rest;
   rest.classNames = set.classNames;
   rest.classNumbers = set.classNumbers;
@@ -520,7 +535,8 @@ bool TNVToolLabelExchange::setFormat(const std::string& name) {
 void TNVToolLabelExchange::clear() {
   set = {};
   readFormat.clear();
-  rejectedOnWayOut.clear();
+  rejectedOnWayOut = {};
+  leftOut.clear();
 }
 
 /// While it lives, an operation is under way.
@@ -550,6 +566,21 @@ bool TNVToolLabelExchange::wasStopped(std::string_view operation) const {
   return stopRequested;
 }
 
+const tnv::LabelFormat* TNVToolLabelExchange::formatOf(const std::string& path) const {
+  if (!format.empty()) return tnv::findLabelFormat(format);
+  const auto found = tnv::recogniseLabelFormats(path);
+  if (found.size() == 1) return found.front();
+  if (found.empty()) {
+    logFrom("read", "No labels of a known format at '" + path + "'!");
+    return nullptr;
+  }
+  std::string names;
+  for (const tnv::LabelFormat* each : found)
+    names += (names.empty() ? "" : ", ") + std::string(each->name);
+  logFrom("read", "There are labels of several formats at '" + path + "', choose one of: " + names);
+  return nullptr;
+}
+
 bool TNVToolLabelExchange::read(const std::string& path) {
   const Run run(*this);
   clear();
@@ -559,12 +590,13 @@ bool TNVToolLabelExchange::read(const std::string& path) {
                           : "There is nothing at '" + path + "'!");
     return false;
   }
-  const tnv::LabelFormat* chosen =
-      format.empty() ? tnv::recogniseLabelFormat(path) : tnv::findLabelFormat(format);
-  if (!chosen) {
-    logFrom("read", "No labels of a known format at '" + path + "'!");
+  if (fs::exists(exportOf(path) / kRetired, error)) {
+    logFrom("read", "An export to '" + exportOf(path).string() +
+                        "' was interrupted, export there again before reading!");
     return false;
   }
+  const tnv::LabelFormat* chosen = formatOf(path);
+  if (!chosen) return false;
   tnv::LabelReading manner = reading;
   manner.goOn = untilStopped();
   auto found = chosen->read(path, manner);
@@ -597,7 +629,7 @@ bool TNVToolLabelExchange::readMarks(const TrainSets& trainSets, const Classes& 
 
 int TNVToolLabelExchange::addMarks(const TrainSets& trainSets, const Classes& classes) {
   const Run run(*this);
-  rejectedOnWayOut.clear();
+  rejectedOnWayOut = {};
   const tnv::GoOn goOn = untilStopped();
   bool goesOn = loadAll(trainSets, goOn);
   const auto records = byPicture(trainSets);
@@ -605,7 +637,7 @@ int TNVToolLabelExchange::addMarks(const TrainSets& trainSets, const Classes& cl
   int added = 0;
   for (const tnv::LabelledPicture& picture : set.pictures) {
     const auto reject = [&](const tnv::Label& label, const char* reason) {
-      rejectedOnWayOut.push_back({picture.labelFile, label.line, reason});
+      rejectedOnWayOut.add(set.fileOf(label), label.line, reason);
     };
     goesOn = goesOn && goOn();
     const auto record = records.find(picture.path);
@@ -636,36 +668,58 @@ bool TNVToolLabelExchange::canWrite(const std::string& directory) const {
   return false;
 }
 
-std::unordered_set<std::size_t> TNVToolLabelExchange::leaveOutUnreadable(bool needsSizes,
-                                                                         const tnv::GoOn& goOn) {
-  std::unordered_set<std::size_t> leftOut;
+std::string TNVToolLabelExchange::whyLeftOut(tnv::LabelledPicture& picture,
+                                             const tnv::LabelFormat& chosen) const {
+  if (!canBeRead(picture.path)) return kUnreadablePicture;
+  const cv::Size size = tnv::pictureSize(picture.path);
+  if (size.empty()) return kUnreadablePicture;
+  if (picture.size.empty()) picture.size = size;
+  const std::string told = writing.copy ? fs::path(picture.path).filename().string() : picture.path;
+  return chosen.needsUtf8 && !tnv::isUtf8(told) ? "name of the picture is no UTF-8" : "";
+}
+
+void TNVToolLabelExchange::leaveOut(const tnv::LabelFormat& chosen, const tnv::GoOn& goOn) {
   for (std::size_t i = 0; i < set.pictures.size() && goOn(); ++i) {
     tnv::LabelledPicture& picture = set.pictures[i];
-    const bool isThere = canBeRead(picture.path);
-    if (isThere && needsSizes && picture.size.empty())
-      picture.size = tnv::pictureSize(picture.path);
-    if (isThere && (!needsSizes || !picture.size.empty())) continue;
+    const std::string reason = whyLeftOut(picture, chosen);
+    if (reason.empty()) continue;
     leftOut.insert(i);
-    logFrom("write", "The picture '" + picture.path + "' cannot be read and is left out!");
+    logFrom("write", "The picture '" + picture.path + "' is left out: " + reason);
     for (const tnv::Label& label : picture.labels)
-      rejectedOnWayOut.push_back({picture.labelFile, label.line, "picture cannot be read"});
+      rejectedOnWayOut.add(set.fileOf(label), label.line, reason);
   }
-  return leftOut;
+}
+
+const tnv::LabelFormat* TNVToolLabelExchange::prepareWriting(const std::string& directory,
+                                                             const tnv::GoOn& goOn) {
+  rejectedOnWayOut = {};
+  leftOut.clear();
+  const tnv::LabelFormat* chosen = tnv::findLabelFormat(format);
+  if (!chosen) {
+    logFrom("write", "No format was set!");
+    return nullptr;
+  }
+  if (!canWrite(directory)) return nullptr;
+  const auto other = std::find_if_not(set.classNames.begin(), set.classNames.end(), tnv::isUtf8);
+  if (chosen->needsUtf8 && other != set.classNames.end()) {
+    logFrom("write", "The class name '" + *other + "' is no UTF-8, which " + format + " needs!");
+    return nullptr;
+  }
+  leaveOut(*chosen, goOn);
+  return wasStopped("write") ? nullptr : chosen;
+}
+
+bool TNVToolLabelExchange::tryWrite(const std::string& directory) {
+  const Run run(*this);
+  return prepareWriting(directory, untilStopped()) != nullptr;
 }
 
 bool TNVToolLabelExchange::write(const std::string& directory) {
   const Run run(*this);
-  rejectedOnWayOut.clear();
-  const tnv::LabelFormat* chosen = tnv::findLabelFormat(format);
-  if (!chosen) {
-    logFrom("write", "No format was set!");
-    return false;
-  }
-  if (!canWrite(directory)) return false;
   tnv::LabelWriting manner = writing;
   manner.goOn = untilStopped();
-  const auto leftOut = leaveOutUnreadable(chosen->needsSizes, manner.goOn);
-  if (wasStopped("write")) return false;
+  const tnv::LabelFormat* chosen = prepareWriting(directory, manner.goOn);
+  if (!chosen) return false;
   ExportPlace place(directory);
   if (!place.prepare()) return false;
   const bool isWhole = leftOut.empty()
@@ -681,19 +735,24 @@ std::vector<std::string> TNVToolLabelExchange::getImagePaths() const {
   return paths;
 }
 
+std::vector<std::string> TNVToolLabelExchange::getPicturesLeftOut() const {
+  std::vector<std::string> paths;
+  for (const std::size_t place : leftOut)
+    paths.push_back(set.pictures[place].path);
+  return paths;
+}
+
 std::map<std::string, int> TNVToolLabelExchange::getReasons() const {
   std::map<std::string, int> reasons;
-  for (const auto* rejections : {&set.rejections, &rejectedOnWayOut}) {
-    for (const tnv::LabelRejection& rejection : *rejections)
-      ++reasons[rejection.reason];
-  }
+  for (const auto* rejections : {&set.rejections, &rejectedOnWayOut})
+    rejections->count(reasons);
   return reasons;
 }
 
 std::vector<std::string> TNVToolLabelExchange::getRejections() const {
   std::vector<std::string> texts;
   for (const auto* rejections : {&set.rejections, &rejectedOnWayOut}) {
-    for (const tnv::LabelRejection& rejection : *rejections)
+    for (const tnv::LabelRejection& rejection : rejections->all())
       texts.push_back(placeText(rejection));
   }
   return texts;

@@ -2,15 +2,19 @@
 
 #include <atomic>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 #include "tools/LabelSet.h"
 
 class TNVDNNClass;
 class TNVTrainSet;
+
+namespace tnv {
+struct LabelFormat;
+}
 
 /// Brings labels from files to marks and back. A set of labels is taken into memory, from files or
 /// from marks, and goes out of it, to marks or to files.
@@ -29,8 +33,8 @@ class TNVToolLabelExchange {
   bool read(const std::string& path);
 
   /// Takes the marks of the train sets into memory. False, with a log line, if the numbers of the
-  /// classes do not run from 0 without gaps or a name is no single line. A damaged record throws a
-  /// `cv::Exception`.
+  /// classes do not run from 0 without gaps or a name cannot go out and come back. A damaged record
+  /// throws a `cv::Exception`.
   bool readMarks(const TrainSets& trainSets, const Classes& classes);
 
   /// Adds a mark for each label in memory to the train set of its picture, and gives how many were
@@ -42,10 +46,15 @@ class TNVToolLabelExchange {
   bool canWrite(const std::string& directory) const;
 
   /// Writes the set in memory in the format that was set, in place of an earlier export. That stays
-  /// as it is until the new one is whole. Pictures that cannot be read are left out.
+  /// as it is until the new one is whole. Pictures that cannot be read are left out, and those
+  /// whose name the format cannot tell.
   bool write(const std::string& directory);
 
+  /// Finds out what `write` would leave out, and whether it may write, without writing anything.
+  bool tryWrite(const std::string& directory);
+
   std::vector<std::string> getImagePaths() const;
+  std::vector<std::string> getPicturesLeftOut() const;
 
   /// Labels in memory, and those that were rejected on the way in or out.
   std::size_t getFound() const { return set.found(); }
@@ -62,7 +71,9 @@ class TNVToolLabelExchange {
   tnv::LabelReading reading;
   tnv::LabelWriting writing;
   tnv::LabelSet set;
-  std::vector<tnv::LabelRejection> rejectedOnWayOut;  ///< by the last `addMarks` or `write`
+  tnv::LabelRejections rejectedOnWayOut;  ///< by the last `addMarks` or `write`
+
+  std::set<std::size_t> leftOut;  ///< places of the pictures, by the last writing
 
   std::atomic<bool> stopRequested{false};     ///< ends what is under way before its next picture
   std::atomic<bool> stopped{true};            ///< nothing is under way
@@ -71,13 +82,23 @@ class TNVToolLabelExchange {
  private:
   class Run;
 
+  /// The format that was set or that the path has; null, with a log line, if it has none or
+  /// several.
+  const tnv::LabelFormat* formatOf(const std::string& path) const;
+
   void clear();
   tnv::GoOn untilStopped();
 
   /// With a log line if it was.
   bool wasStopped(std::string_view operation) const;
 
-  /// The places of the pictures that cannot be read; their labels are rejected. Finds sizes that
-  /// are needed and not known yet.
-  std::unordered_set<std::size_t> leaveOutUnreadable(bool needsSizes, const tnv::GoOn& goOn);
+  /// The format to write in, when it is known what is left out; null, with a log line, if nothing
+  /// can be written.
+  const tnv::LabelFormat* prepareWriting(const std::string& directory, const tnv::GoOn& goOn);
+
+  /// Rejects the labels of pictures that cannot go out, and finds sizes that are not known yet.
+  void leaveOut(const tnv::LabelFormat& chosen, const tnv::GoOn& goOn);
+
+  /// Empty for a picture that can go out.
+  std::string whyLeftOut(tnv::LabelledPicture& picture, const tnv::LabelFormat& chosen) const;
 };

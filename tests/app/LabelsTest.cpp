@@ -187,6 +187,85 @@ TEST_F(LabelsTest, ADryRunWritesNothing) {
        "cannot be written");
 }
 
+TEST_F(LabelsTest, PicturesLeftOutAreCountedToldAndAFinding) {
+  ASSERT_EQ(import().exitCode, 0);
+  // c.png has two labels, a.png none.
+  place.write("in/images/c.png", "");
+  fs::remove(place / "photos/a.png");
+  for (const std::string format : {"COCO", "Darknet", "VOC"}) {
+    for (const bool isDry : {true, false}) {
+      std::vector<std::string> call{"labels", "export", "parts", "out", "--format", format};
+      if (isDry) call.push_back("--dry-run");
+      const auto result = run(call);
+      EXPECT_EQ(result.exitCode, 3) << format << result.err;
+      EXPECT_THAT(result.out,
+                  AllOf(HasSubstr(format + " labels of 2 pictures " +
+                                  (isDry ? "would go to out\n2 pictures would be left out\n"
+                                         : "written to out\n2 pictures left out\n")),
+                        HasSubstr("found     2\nexported  0\nrejected  2\n"),
+                        HasSubstr("picture cannot be read      2\n")));
+      EXPECT_THAT(result.err, AllOf(HasSubstr("photos/a.png' "), HasSubstr("in/images/c.png' ")));
+      EXPECT_EQ(fs::exists(place / "out"), !isDry) << format;
+    }
+    const auto result = run({"labels", "export", "parts", "out", "--format", format, "--json",
+                             "--rejections", "why.txt"});
+    const Json::Value facts = parsed(result.out);
+    EXPECT_EQ(facts["pictures"].asInt(), 2);
+    EXPECT_EQ(facts["picturesLeftOut"].asInt(), 2);
+    EXPECT_EQ(facts["labels"]["exported"].asInt(), 0);
+    EXPECT_EQ(occurrences(readFile(place / "why.txt"), ": picture cannot be read\n"), 2U);
+    fs::remove_all(place / "out");
+  }
+}
+
+TEST_F(LabelsTest, EachFormatGoesOutAndComesBack) {
+  ASSERT_EQ(import().exitCode, 0);
+  for (const std::string format : {"COCO", "Darknet", "VOC"}) {
+    for (const bool copy : {false, true}) {
+      const std::string name = format + (copy ? "copied" : "");
+      std::vector<std::string> call{"labels", "export", "parts", name, "--format", format};
+      if (copy) call.push_back("--copy");
+      EXPECT_THAT(succeed(call), HasSubstr(format + " labels of 4 pictures written to " + name));
+      succeed({"create", "p" + name});
+      EXPECT_THAT(succeed({"labels", "import", "p" + name, "all", name}),
+                  AllOf(HasSubstr(format + ": 3 classes and 4 pictures added\n"),
+                        HasSubstr("found     2\nimported  2\nrejected  0\n")));
+      succeed({"labels", "export", "p" + name, name + "again", "--format", "Darknet"});
+      EXPECT_EQ(label(name + "again", "c"), "2 0.5 0.5 0.25 0.5\n1 0.25 0.25 0.125 0.125\n");
+    }
+  }
+}
+
+TEST_F(LabelsTest, TheBaseOfVocIsAChoiceInBothDirections) {
+  ASSERT_EQ(import().exitCode, 0);
+  succeed({"labels", "export", "parts", "out", "--format", "VOC", "--base", "0"});
+  // A quarter of 128 by 64 pixels less half of an eighth of them.
+  EXPECT_THAT(readFile(place / "out/Annotations/c.xml"),
+              AllOf(HasSubstr("<xmin>24</xmin>"), HasSubstr("<ymin>12</ymin>"),
+                    HasSubstr("<xmax>40</xmax>"), HasSubstr("<ymax>20</ymax>")));
+  EXPECT_THAT(run({"labels", "import", "parts", "others", "out", "--base", "0"}).out,
+              HasSubstr("already marked      2\n"));
+  EXPECT_THAT(run({"labels", "import", "parts", "others", "out"}).out, HasSubstr("imported  2\n"));
+}
+
+TEST_F(LabelsTest, LabelsOfSeveralFormatsNeedAChoice) {
+  place.write("in/old.xml", "<annotation/>");
+  fail({"labels", "import", "parts", "others", "in"},
+       "There are labels of several formats at 'in', choose one of: VOC, Darknet; --format");
+  EXPECT_EQ(import({"--format", "Darknet"}).exitCode, 0);
+}
+
+TEST_F(LabelsTest, AClassNameWithBlanksAtItsEndsIsNotAdded) {
+  place.write("in/data.yaml", "names: [' bolt', nut]\n");
+  const auto result = import();
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_THAT(
+      result.err,
+      AllOf(HasSubstr("class ' bolt' is not added"),
+            HasSubstr("c.txt:1: class name with blanks at its ends or control characters")));
+  EXPECT_THAT(result.out, HasSubstr("imported  1\n"));
+}
+
 TEST_F(LabelsTest, AWorkflowChoosesThePicturesThatGoOut) {
   {
     WTNVProject project("parts", place / "projects/", place / "", place / "");

@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include <opencv2/imgcodecs.hpp>
+
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
 #include "support/TempDirectory.h"
@@ -20,18 +24,24 @@ TEST(WTNVToolLabelExchange, HoldsNothingBeforeItReads) {
   EXPECT_EQ(exchange.wGetFound(), 0);
   EXPECT_EQ(exchange.wGetRejected(), 0);
   EXPECT_EQ(exchange.wGetCut(), 0);
+  EXPECT_THAT(exchange.wGetPicturesLeftOut(), IsEmpty());
+  EXPECT_FALSE(exchange.wTryWrite(""));
   EXPECT_EQ(exchange.wAddMarks({}, {}), 0);
 }
 
 TEST(WTNVToolLabelExchange, ReadsAndWritesWithoutAProject) {
   const TempDirectory temp;
   temp.write("in/classes.txt", "screw\n");
-  temp.write("in/a.jpg", "");
+  temp.makeDirectory("in");
+  cv::imwrite(temp / "in/a.jpg", cv::Mat(48, 64, CV_8UC3, cv::Scalar::all(0)));
   temp.write("in/a.txt", "0 0.500000 0.5 0.25 0.50\n");
   WTNVToolLabelExchange exchange;
   ASSERT_TRUE(exchange.wSetFormat("Darknet"));
   ASSERT_TRUE(exchange.wRead(temp / "in"));
+  EXPECT_TRUE(exchange.wTryWrite(temp / "out"));
+  EXPECT_FALSE(std::filesystem::exists(temp / "out"));
   ASSERT_TRUE(exchange.wWrite(temp / "out"));
+  EXPECT_THAT(exchange.wGetPicturesLeftOut(), IsEmpty());
   EXPECT_EQ(readFile(temp / "out/labels/a.txt"), "0 0.5 0.5 0.25 0.5\n");
 }
 

@@ -113,6 +113,52 @@ TEST(LabelSet, AClassWithoutANameIsNoClass) {
   EXPECT_EQ(set.rejections[0].reason, "class without a name");
 }
 
+TEST(LabelSet, AClassNameThatNoFormatGivesBackIsRejected) {
+  const std::string reason = "class name with blanks at its ends or control characters";
+  for (const auto& [name, isPlain] : {std::pair<std::string, bool>{" screw", false},
+                                      {"screw ", false},
+                                      {"a\tb", false},
+                                      {"a\nb", false},
+                                      {"a\x7F", false},
+                                      {std::string("a\0", 2), false},
+                                      {"a b", true},
+                                      {"H\xC3\xBClse", true}}) {
+    LabelSet set;
+    set.classNames = {name};
+    set.classNumbers = {0};
+    LabelledPicture picture;
+    set.take(picture, box(0, {0, 0, 1, 1}), false);
+    EXPECT_EQ(set.rejections.size(), isPlain ? 0U : 1U) << name;
+    if (isPlain) continue;
+    EXPECT_EQ(set.rejections[0].reason, reason);
+  }
+}
+
+TEST(LabelSet, WhatRoundingLetPassIsCutAway) {
+  tnv::Label label;
+  label.box = {-1e-6, 0.5, 0.5, 0.5 + 1e-6};
+  tnv::cutAtEdges(label);
+  EXPECT_EQ(label.box, cv::Rect2d(cv::Point2d(0, 0.5), cv::Point2d(0.5 - 1e-6, 1)));
+  label.outline = {{-1e-6, 0.25}, {0.5, 1 + 1e-6}, {0.75, 0.25}};
+  tnv::cutAtEdges(label);
+  EXPECT_EQ(label.outline, (std::vector<cv::Point2d>{{0, 0.25}, {0.5, 1}, {0.75, 0.25}}));
+  EXPECT_EQ(label.box, cv::Rect2d(0, 0.25, 0.75, 0.75));
+}
+
+TEST(LabelSet, RejectionsAreTextsAgain) {
+  LabelSet set;
+  set.reject("/a.txt", 1, "one");
+  set.reject("/b.txt", 2, "two");
+  set.reject("/a.txt", 3, "one");
+  std::vector<std::string> texts;
+  for (const auto& each : set.rejections.all())
+    texts.push_back(each.file + std::to_string(each.line) + each.reason);
+  EXPECT_EQ(texts, (std::vector<std::string>{"/a.txt1one", "/b.txt2two", "/a.txt3one"}));
+  std::map<std::string, int> reasons;
+  set.rejections.count(reasons);
+  EXPECT_EQ(reasons, (std::map<std::string, int>{{"one", 2}, {"two", 1}}));
+}
+
 TEST(LabelSet, ClassesMayComeWhileLabelsAreTaken) {
   LabelSet set = setOfTwo();
   LabelledPicture picture;

@@ -23,7 +23,7 @@ inline std::vector<std::string> picturesIn(const tnv::LabelSet& set) {
 /// "name of the file:line: reason".
 inline std::vector<std::string> rejectionsIn(const tnv::LabelSet& set) {
   std::vector<std::string> texts;
-  for (const auto& each : set.rejections)
+  for (const auto& each : set.rejections.all())
     texts.push_back(std::filesystem::path(each.file).filename().string() + ":" +
                     std::to_string(each.line) + ": " + each.reason);
   return texts;

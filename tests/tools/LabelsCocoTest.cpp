@@ -3,8 +3,12 @@
 #include <json/reader.h>
 #include <json/value.h>
 
+#include <chrono>
+#include <filesystem>
 #include <random>
 #include <sstream>
+
+#include <opencv2/imgcodecs.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -176,6 +180,26 @@ TEST_F(LabelsCoco, PicturesAreFoundWhereSetsHaveThem) {
   }
 }
 
+TEST_F(LabelsCoco, AFileInTheDirectoryHidesNoneInTheTree) {
+  temp.write("all.json", fileWith({annotation(kBox)}));
+  temp.write("annotations/more.json", fileWith({annotation(kBox, "\"b\"")}));
+  std::filesystem::create_symlink(temp / "all.json", temp / "annotations/same.json");
+  EXPECT_THAT(picturesIn(*tnv::readCocoLabels(temp.path(), {})),
+              ElementsAre("a.jpg: 1", "b.jpg: 1"));
+}
+
+TEST_F(LabelsCoco, NamesThatAreGivenComeFirst) {
+  tnv::LabelReading reading;
+  reading.names = temp.write("data.yaml", "names: [nut, clip]\n");
+  const auto set = read({annotation(kBox)}, reading);
+  EXPECT_THAT(set.classNames, ElementsAre("nut", "clip", "screw"));
+  EXPECT_EQ(set.pictures[0].labels[0].classPlace, 2U);
+  reading.names = temp / "absent.names";
+  LogCapture log;
+  EXPECT_FALSE(tnv::readCocoLabels(temp / "labels.json", reading));
+  EXPECT_THAT(log.text(), HasSubstr("readCocoLabels: No class names in '"));
+}
+
 TEST_F(LabelsCoco, ADamagedFileBesideAGoodOneIsRejected) {
   const std::string good = fileWith({annotation(kBox)});
   temp.write("one.json", good);
@@ -313,7 +337,88 @@ TEST_F(LabelsCoco, ADamagedFileIsARejectionAndNeverMore) {
   tnv::readCocoLabels(temp.write("labels.json", "{\"images\":" + std::string(100000, '{')), {});
 }
 
+TEST_F(LabelsCoco, WhatIsThereTwiceIsAnErrorInItsLine) {
+  struct Row {
+    std::string text;
+    const char* rejection;
+  };
+  const std::string whole = fileWith({annotation(kBox)});
+  const Row rows[] = {
+      {whole + whole, "labels.json:6: several documents in one file"},
+      {"{" + std::string(kCategories) + ",\n" + kImages +
+           ",\n\"annotations\":[],\n\n\"annotations\":[" + annotation(kBox) + "]}",
+       "labels.json:5: a key is there twice"},
+      {"{" + std::string(kCategories) + ",\n" + kImages + ",\n\"annotations\":[\n" +
+           annotation(std::string(kBox) + "," + kBox) + "]}",
+       "labels.json:4: a key is there twice"},
+  };
+  for (const Row& row : rows) {
+    const auto set = tnv::readCocoLabels(temp.write("labels.json", row.text), {});
+    ASSERT_TRUE(set);
+    EXPECT_THAT(rejectionsIn(*set), ElementsAre(row.rejection));
+  }
+}
+
+TEST_F(LabelsCoco, AnIdOfTwoCategoriesIsNone) {
+  temp.write("labels.json", R"({"categories":[{"id":1,"name":"screw"},
+{"id":1,"name":"nut"},
+{"id":2,"name":"clip"},
+{"id":2,"name":"clip"}],"images":[
+{"id":1,"file_name":"a.jpg","width":9,"height":9}],"annotations":[
+{"image_id":1,"category_id":1,"bbox":[0,0,1,1]},
+{"image_id":1,"category_id":2,"bbox":[0,0,1,1]}]})");
+  const auto set = tnv::readCocoLabels(temp / "labels.json", {});
+  EXPECT_THAT(set->classNames, ElementsAre("clip"));
+  EXPECT_THAT(rejectionsIn(*set), ElementsAre("labels.json:2: another category has its id",
+                                              "labels.json:6: unknown class"));
+}
+
+TEST_F(LabelsCoco, ManyCategoriesCostNoMoreThanTheirNumber) {
+  std::string categories;
+  for (int i = 0; i < 200000; ++i)
+    categories += (i == 0 ? "" : ",") + ("{\"id\":" + std::to_string(i)) +
+                  ",\"name\":\"name of class " + std::to_string(i) + "\"}";
+  temp.write("labels.json",
+             "{\"categories\":[" + categories + "]," + kImages + ",\"annotations\":[]}");
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(tnv::readCocoLabels(temp / "labels.json", {})->classNames.size(), 200000U);
+  // Compared with each other they would take minutes.
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+}
+
+TEST_F(LabelsCoco, APictureOfAnotherMachineIsFoundByItsNameWherePicturesAre) {
+  temp.write("elsewhere/c.jpg", "");
+  const std::string file = temp.write(
+      "labels.json", R"({"categories":[{"id":1,"name":"screw"}],"images":[{"id":1,"file_name":)"
+                     R"("/gone/day1/c.jpg","width":9,"height":9}],"annotations":[{"image_id":1,)"
+                     R"("category_id":1,"bbox":[0,0,1,1]}]})");
+  EXPECT_THAT(rejectionsIn(*tnv::readCocoLabels(file, {})),
+              ElementsAre("labels.json:1: no picture"));
+  tnv::LabelReading reading;
+  reading.pictures = temp / "elsewhere";
+  EXPECT_THAT(picturesIn(*tnv::readCocoLabels(file, reading)), ElementsAre("c.jpg: 1"));
+}
+
+TEST_F(LabelsCoco, ASizeThatIsMissingIsThatOfThePictureAndOtherFilesAreNone) {
+  // The annotation covers a quarter of 64 by 48 pixels.
+  cv::imwrite(temp / "c.png", cv::Mat(48, 64, CV_8UC1, cv::Scalar(0)));
+  cv::imwrite(temp / "d.bmp", cv::Mat(48, 64, CV_8UC1, cv::Scalar(0)));
+  temp.write("notes.md", "");
+  temp.write("labels.json", R"({"categories":[{"id":1,"name":"screw"}],"images":[
+{"id":1,"file_name":"c.png"},
+{"id":2,"file_name":"d.bmp"},
+{"id":3,"file_name":"notes.md"}],"annotations":[
+{"image_id":1,"category_id":1,"bbox":[0,0,32,24]}]})");
+  const auto set = tnv::readCocoLabels(temp / "labels.json", {});
+  EXPECT_THAT(picturesIn(*set), ElementsAre("c.png: 1", "d.bmp: 0"));
+  EXPECT_THAT(rejectionsIn(*set), ElementsAre("labels.json:4: no picture"));
+  EXPECT_EQ(set->pictures[0].labels.at(0).box, cv::Rect2d(0, 0, 0.5, 0.5));
+}
+
 TEST_F(LabelsCoco, AByteOrderMarkIsPassedOver) {
+  temp.write("labels.json", "\xEF\xBB\xBF" + fileWith({annotation("\"area\":1")}));
+  EXPECT_THAT(rejectionsIn(*tnv::readCocoLabels(temp / "labels.json", {})),
+              ElementsAre("labels.json:4: no box"));
   temp.write("labels.json", "\xEF\xBB\xBF" + fileWith({annotation(kBox)}));
   EXPECT_EQ(tnv::readCocoLabels(temp / "labels.json", {})->accepted, 1U);
 }

@@ -43,13 +43,8 @@ Texts pictures(const tnv::LabelSet& set, const std::string& root) {
   return texts;
 }
 
-/// "name of the file:line: reason".
 Texts rejections(const tnv::LabelSet& set) {
-  Texts texts;
-  for (const auto& each : set.rejections)
-    texts.push_back(fs::path(each.file).filename().string() + ":" + std::to_string(each.line) +
-                    ": " + each.reason);
-  return texts;
+  return rejectionsIn(set);
 }
 
 /// The rejections of a label text beside its picture, with the classes screw and nut.
@@ -200,6 +195,49 @@ TEST(LabelsDarknet, ALabelsTreeFindsItsPicturesBesideIt) {
   EXPECT_THAT(pictures(readSet(temp / "labels"), temp.path()), ElementsAre("images/a.jpg: 1"));
 }
 
+TEST(LabelsDarknet, ATextThatSeveralPicturesHaveIsRejected) {
+  for (const bool isSingle : {false, true}) {
+    const TempDirectory temp;
+    addPictures(temp, {"a.jpg", "a.png", "b.jpg"});
+    temp.write("classes.txt", "screw\n");
+    temp.write("a.txt", std::string(kBox) + "\n" + kBox);
+    temp.write("b.txt", kBox);
+    const auto set = readSet(isSingle ? temp / "a.txt" : temp.path());
+    EXPECT_THAT(rejections(set),
+                ElementsAre("a.txt:1: several pictures have the name of the text",
+                            "a.txt:3: several pictures have the name of the text"));
+    EXPECT_EQ(set.accepted, isSingle ? 0U : 1U);
+    EXPECT_EQ(set.pictures.size(), isSingle ? 2U : 3U);
+  }
+}
+
+TEST(LabelsDarknet, APictureMayBeCalledLikeTheFileOfClasses) {
+  const TempDirectory temp;
+  addPictures(temp, {"images/classes.jpg"});
+  temp.write("labels/classes.txt", kBox);
+  temp.write("classes.txt", "screw\n");
+  for (const std::string& path : {temp.path(), temp / "labels/classes.txt"}) {
+    const auto set = readSet(path);
+    EXPECT_THAT(set.classNames, ElementsAre("screw"));
+    EXPECT_THAT(pictures(set, temp.path()), ElementsAre("images/classes.jpg: 1")) << path;
+  }
+  fs::remove(temp / "classes.txt");
+  temp.write("labels/obj.names", "nut\n");
+  EXPECT_THAT(readSet(temp / "labels").classNames, ElementsAre("nut"));
+}
+
+TEST(LabelsDarknet, LinesOfAListThatAreNoPicturesAreRejected) {
+  const TempDirectory temp;
+  addPictures(temp, {"data/obj/a.jpg", "notes.md", "data/obj/a.dat"});
+  temp.write("obj.names", "screw\n");
+  temp.write("list.txt", "data\\obj\\a.jpg\n\nnotes.md\ndata\ngone.md\n");
+  temp.write("obj.data", "train = list.txt\nnames = obj.names\n");
+  const auto set = readSet(temp / "obj.data");
+  EXPECT_THAT(pictures(set, temp.path()), ElementsAre("data/obj/a.jpg: 0"));
+  EXPECT_THAT(rejections(set), ElementsAre("list.txt:3: no picture file",
+                                           "list.txt:4: no picture file", "gone.md:0: no picture"));
+}
+
 TEST(LabelsDarknet, PicturesMayLieElsewhere) {
   const TempDirectory temp;
   addPictures(temp, {"photos/day1/a.jpg", "photos/b.jpg"});
@@ -310,6 +348,20 @@ TEST(LabelsDarknet, APictureThatALinkLeadsToCountsOnce) {
   EXPECT_THAT(rejections(set), IsEmpty());
 }
 
+TEST(LabelsDarknet, APictureThatALinkedFileOrALineLeadsToCountsOnce) {
+  const TempDirectory temp;
+  addPictures(temp, {"all/a.jpg"});
+  temp.write("all/a.txt", kBox);
+  temp.write("classes.txt", "screw\n");
+  fs::create_symlink(temp / "all/a.jpg", temp / "b.jpg");
+  EXPECT_THAT(pictures(readSet(temp.path()), temp.path()), ElementsAre("all/a.jpg: 1"));
+  fs::remove(temp / "b.jpg");
+  fs::create_directory_symlink(temp / "all", temp / "day1");
+  temp.write("list.txt", "all/a.jpg\nday1/a.jpg\n");
+  temp.write("obj.data", "train = list.txt\nnames = classes.txt\n");
+  EXPECT_THAT(pictures(readSet(temp / "obj.data"), temp.path()), ElementsAre("all/a.jpg: 1"));
+}
+
 TEST(LabelsDarknet, LinksInACircleComeToAnEnd) {
   const TempDirectory temp;
   addPictures(temp, {"x/a.jpg", "y/b.jpg"});
@@ -327,7 +379,8 @@ TEST(LabelsDarknet, ADirectoryThatCannotBeReadIsRejected) {
   temp.write("classes.txt", "screw\n");
   temp.write("labels/a.txt", kBox);
   temp.write("locked/b.txt", kBox);
-  fs::create_symlink(temp / "gone", temp / "linked");
+  for (const char* link : {"linked", "day1.2024", "notes.md"})
+    fs::create_symlink(temp / "gone", temp / link);
   fs::permissions(temp.path(), fs::perms::all);
   fs::permissions(temp / "locked", fs::perms::none);
   tnv::LabelSet set;
@@ -337,8 +390,9 @@ TEST(LabelsDarknet, ADirectoryThatCannotBeReadIsRejected) {
   }
   auto rejected = rejections(set);
   std::sort(rejected.begin(), rejected.end());
-  EXPECT_THAT(rejected, ElementsAre("linked:0: directory cannot be read",
-                                    "locked:0: directory cannot be read"));
+  EXPECT_THAT(rejected,
+              ElementsAre("day1.2024:0: link leads nowhere", "linked:0: link leads nowhere",
+                          "locked:0: directory cannot be read", "notes.md:0: link leads nowhere"));
   EXPECT_THAT(pictures(set, temp.path()), ElementsAre("images/a.jpg: 1"));
   fs::permissions(temp / "locked", fs::perms::owner_all);
 }
@@ -355,6 +409,21 @@ TEST(LabelsDarknet, ADataFileTellsNamesAndPictures) {
   const auto set = readSet(temp / "data/obj.data");
   EXPECT_THAT(pictures(set, temp.path()), ElementsAre("data/obj/a.jpg: 1", "data/obj/b.jpg: 0"));
   EXPECT_THAT(rejections(set), ElementsAre("gone.jpg:0: no picture"));
+}
+
+TEST(LabelsDarknet, AllPlacesOfADescriptionAreRead) {
+  for (const char* key : {"train", "val", "valid", "test"}) {
+    const TempDirectory temp;
+    addPictures(temp, {"day1/a.jpg"});
+    temp.write("list.txt", "day1/a.jpg\n");
+    temp.write("obj.names", "screw\n");
+    temp.write("obj.DATA", std::string(key) + " = list.txt\nnames = obj.names\n");
+    temp.write("set.YAML", std::string(key) + ": day1\nnames: [screw]\n");
+    for (const char* file : {"obj.DATA", "set.YAML"})
+      EXPECT_THAT(pictures(readSet(temp / file), temp.path()), ElementsAre("day1/a.jpg: 0"))
+          << key << file;
+    EXPECT_THAT(tnv::readYamlTexts(temp / "set.YAML", key), ElementsAre(temp / "day1"));
+  }
 }
 
 TEST(LabelsDarknet, APlaceThatIsMissingIsRejectedWhereAnotherIsThere) {
@@ -563,6 +632,15 @@ TEST(LabelNames, ANumberedMapMayHaveGapsOfAnySize) {
   EXPECT_THAT(classes.numbers, ElementsAre(3, 2147483647));
 }
 
+TEST(LabelNames, TooManyForClassesAreNone) {
+  std::string list = "names: [a";
+  for (int i = 0; i < 100000; ++i)
+    list += ",a";
+  EXPECT_THAT(tnv::parseYaml(list + "]").classes.names, IsEmpty());
+  list.resize(list.size() - 2);
+  EXPECT_EQ(tnv::parseYaml(list + "]").classes.names.size(), 100000U);
+}
+
 TEST(LabelNames, OtherYamlIsPassedOver) {
   const char* texts[] = {"",
                          "names",
@@ -652,10 +730,36 @@ TEST_F(DarknetRoundTrip, ByReferenceThePicturesAreFoundWhereTheyLie) {
   // Texts of others beside the pictures are not those of the export.
   temp.write("a/x.txt", "0 0.5 0.5 1 1\n0 0.5 0.5 0.5 0.5\n");
   ASSERT_TRUE(tnv::writeDarknetLabels(set, temp / "out", {}));
+  temp.write("out/.label-export", "Darknet\n");
   EXPECT_FALSE(fs::exists(temp / "out/images"));
   const auto back = readSet(temp / "out");
   EXPECT_THAT(pictures(back, temp.path()), ElementsAre("a/x.jpg: 2", "b/x.jpg: 1", "b/y.png: 0"));
   expectSame(back);
+}
+
+TEST_F(DarknetRoundTrip, TextsThatAreNotThoseOfTheListAreRefused) {
+  for (const char* change : {"a text more", "a text less", "another list"}) {
+    ASSERT_TRUE(tnv::writeDarknetLabels(set, temp / "out", {}));
+    temp.write("out/.label-export", "Darknet\n");
+    const std::string_view kind = change;
+    if (kind == "a text more") temp.write("out/labels/z.txt", "");
+    if (kind == "a text less") fs::remove(temp / "out/labels/y.txt");
+    if (kind == "another list") temp.write("out/pictures.txt", temp / "a/x.jpg");
+    LogCapture log;
+    EXPECT_FALSE(tnv::readDarknetLabels(temp / "out", {})) << change;
+    EXPECT_THAT(log.text(), HasSubstr("out/pictures.txt', export the labels anew!")) << change;
+    fs::remove_all(temp / "out");
+  }
+}
+
+TEST_F(DarknetRoundTrip, AListOfSomebodyElseIsNoExport) {
+  temp.write("out/pictures.txt", "../a/x.jpg\n../b/x.jpg\n");
+  temp.write("out/labels/x.txt", kBox);
+  temp.write("out/labels/x_2.txt", kBox);
+  temp.write("out/classes.txt", "screw\n");
+  const auto back = readSet(temp / "out");
+  EXPECT_THAT(back.pictures, IsEmpty());
+  EXPECT_THAT(rejections(back), ElementsAre("x.txt:1: no picture", "x_2.txt:1: no picture"));
 }
 
 TEST_F(DarknetRoundTrip, CopiesLieBesideTheLabels) {

@@ -2,6 +2,8 @@
 
 #include <random>
 
+#include <opencv2/imgcodecs.hpp>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -88,6 +90,128 @@ TEST_F(LabelsVoc, ClassesComeInTheOrderOfAListAndThenAsTheyAreMet) {
   LogCapture log;
   EXPECT_FALSE(tnv::readVocLabels(temp.path(), reading));
   EXPECT_THAT(log.text(), HasSubstr("readVocLabels: No class names in '"));
+}
+
+TEST_F(LabelsVoc, NamesAreReadFromEveryFileThatHasThem) {
+  temp.write("a.xml", fileWith(object("screw", corners("21", "11", "70", "50"))));
+  temp.write("list.names", "nut\n");
+  tnv::LabelReading reading;
+  for (const auto& [file, text] :
+       {std::pair{"data.yaml", "names: [nut]\n"}, std::pair{"DATA.YML", "names:\n  0: nut\n"},
+        std::pair{"obj.Data", "names = list.names\n"}}) {
+    reading.names = temp.write(file, text);
+    EXPECT_THAT(tnv::readVocLabels(temp.path(), reading)->classNames, ElementsAre("nut", "screw"))
+        << file;
+  }
+}
+
+TEST_F(LabelsVoc, ClassesOfASingleFileLieBesideItOrItsTree) {
+  const auto text = fileWith(object("screw", corners("21", "11", "70", "50")));
+  for (const auto& [file, names] :
+       {std::pair{"one/c.xml", "one/classes.txt"},
+        std::pair{"two/Annotations/c.xml", "two/classes.txt"},
+        std::pair{"three/Annotations/day1/c.xml", "three/classes.txt"}}) {
+    temp.write(names, "nut\nscrew\n");
+    const std::string path = temp.write(file, text);
+    EXPECT_THAT(tnv::readVocLabels(path, {})->classNames, ElementsAre("nut", "screw")) << file;
+  }
+}
+
+TEST_F(LabelsVoc, FilesInADirectoryHideNoneBelow) {
+  const auto text = [](const char* picture) {
+    return fileWith(object("screw", corners("21", "11", "70", "50")), picture);
+  };
+  for (const char* picture : {"b.jpg", "c.jpg"})
+    temp.write(picture, "");
+  temp.write("task.xml", "<annotations/>");
+  temp.write("a.xml", text("a.jpg"));
+  temp.write("Annotations/b.xml", text("b.jpg"));
+  temp.write("JPEGImages/b.jpg", "");
+  temp.write("day1/c.xml", text("c.jpg"));
+  temp.write("day1/c.jpg", "");
+  LogCapture log;
+  const auto set = tnv::readVocLabels(temp.path(), {});
+  EXPECT_THAT(picturesIn(*set), ElementsAre("b.jpg: 1", "a.jpg: 1", "c.jpg: 1"));
+  EXPECT_THAT(log.text(), HasSubstr("task.xml' has no labels, passed over"));
+}
+
+TEST_F(LabelsVoc, IsToldByTheOutermostElement) {
+  for (const char* text : {"<annotation>", "<annotation/>",
+                           "<?xml version=\"1.0\"?>\n<!-- <a> -->\n<annotation a='1'>",
+                           "\xEF\xBB\xBF<!DOCTYPE annotation><annotation\n>"})
+    EXPECT_TRUE(tnv::isVocLabels(temp.write("x.xml", text))) << text;
+  for (const char* text : {"", "<annotations>", "<x><annotation/></x>", "<!-- <annotation> -->",
+                           "<?annotation", "annotation", "<"})
+    EXPECT_FALSE(tnv::isVocLabels(temp.write("x.xml", text))) << text;
+}
+
+TEST_F(LabelsVoc, SeveralDocumentsAreAnErrorInTheLineOfTheSecond) {
+  const auto one = fileWith(object("screw", corners("21", "11", "70", "50")));
+  const auto set = read(one + one);
+  EXPECT_THAT(rejectionsIn(set), ElementsAre("a.xml:5: several documents in one file"));
+  EXPECT_EQ(set.found(), 1U);
+}
+
+namespace {
+
+/// ASCII and the characters up to U+00FF, in two or four bytes each.
+std::string widened(const std::string& latin, std::size_t bytes, bool isBigEndian) {
+  std::string text;
+  for (const char c : latin) {
+    std::string unit(bytes, '\0');
+    unit[isBigEndian ? bytes - 1 : 0] = c;
+    text += unit;
+  }
+  return text;
+}
+
+}  // namespace
+
+TEST_F(LabelsVoc, LinesCountInEachEncoding) {
+  // What takes two bytes in UTF-8 stands before the line that is rejected.
+  const std::string rest =
+      "\n" + object("\xFC\xFC\xFC\xFC\xFC\xFC\xFC\xFC", corners("21", "11", "70", "50")) +
+      object("nut", "") + "</annotation>";
+  const std::string head =
+      "<annotation><filename>a.jpg</filename><size><width>200</width><height>100</height></size>";
+  const std::string texts[] = {
+      "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?>" + head + rest,
+      widened("\xFF", 1, false) + "\xFE" + widened(head + rest, 2, false),
+      "\xFE\xFF" + widened(head + rest, 2, true),
+      std::string("\xFF\xFE\0\0", 4) + widened(head + rest, 4, false),
+      std::string("\0\0\xFE\xFF", 4) + widened(head + rest, 4, true),
+  };
+  for (const std::string& text : texts) {
+    const auto set = read(text);
+    EXPECT_THAT(rejectionsIn(set), ElementsAre("a.xml:3: no box"));
+    EXPECT_THAT(set.classNames,
+                ElementsAre("\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC"));
+  }
+  EXPECT_THAT(
+      rejectionsIn(read("\xEF\xBB\xBF" + head + "\n" + object("nut", "") + "</annotation>")),
+      ElementsAre("a.xml:2: no box"));
+}
+
+TEST_F(LabelsVoc, PicturesElsewhereMayBeDividedLikeTheFiles) {
+  const auto text = fileWith(object("nut", corners("21", "11", "70", "50")), "c.jpg");
+  for (const char* file : {"set/Annotations/day1/c.xml", "set/day1/c.xml"}) {
+    const TempDirectory other;
+    other.write(file, text);
+    other.write("photos/day1/c.jpg", "");
+    other.write("photos/d.jpg", "");
+    tnv::LabelReading reading;
+    reading.pictures = other / "photos";
+    const auto set = tnv::readVocLabels(other / "set", reading);
+    EXPECT_THAT(picturesIn(*set), ElementsAre("c.jpg: 1")) << file;
+  }
+}
+
+TEST_F(LabelsVoc, ASizeThatIsMissingIsThatOfThePicture) {
+  cv::imwrite(temp / "c.png", cv::Mat(100, 200, CV_8UC1, cv::Scalar(0)));
+  const auto set = read("<annotation><filename>c.png</filename>" +
+                        object("nut", corners("1", "1", "100", "25")) + "</annotation>");
+  ASSERT_EQ(set.accepted, 1U);
+  EXPECT_EQ(set.pictures[0].labels[0].box, cv::Rect2d(0, 0, 0.5, 0.25));
 }
 
 TEST_F(LabelsVoc, WhatCannotBeTakenIsRejectedWithItsLine) {

@@ -115,6 +115,43 @@ TEST_F(LabelExchange, ASetThatIsReadTellsClassesPicturesAndCounts) {
                           labels + "a.txt:3: neither a box nor an outline"));
 }
 
+TEST_F(LabelExchange, LabelsOfSeveralFormatsAreRefusedUntilOneIsChosen) {
+  constexpr auto coco = R"({"categories":[],"images":[],"annotations":[]})";
+  constexpr auto voc = "<annotation/>";
+  struct Row {
+    std::map<std::string, std::string> files;
+    const char* formats;
+  };
+  const Row rows[] = {
+      {{{"a.txt", "0 0.5 0.5 0.25 0.5\n"}}, "Darknet"},
+      {{{"deep/a.xml", voc}, {"README.txt", "screws"}, {"classes.txt", "nut"}}, "VOC"},
+      {{{"annotations/all.json", coco}, {"other.yml", "services: 2"}}, "COCO"},
+      {{{"a.xml", voc}, {"labels/a.txt", "0 0.5 0.5 0.25 0.5\n"}}, "VOC, Darknet"},
+      {{{"all.json", coco}, {"Annotations/a.xml", voc}}, "COCO, VOC"},
+      {{{"all.json", coco}, {"data.yaml", "train: x\nnames: [nut]\n"}}, "COCO, Darknet"},
+      {{{"all.json", coco}, {"a.xml", voc}, {"a.txt", "0 0.5 0.5 0.25 0.5\n"}},
+       "COCO, VOC, Darknet"},
+      {{{"a.txt", ""}}, "Darknet"},
+  };
+  int number = 0;
+  for (const Row& row : rows) {
+    const std::string place = builder.temp.makeDirectory("row" + std::to_string(++number));
+    for (const auto& [name, text] : row.files)
+      builder.temp.write("row" + std::to_string(number) + "/" + name, text);
+    exchange.wSetFormat("");
+    exchange.wSetNames(labels + "classes.txt");
+    LogCapture log;
+    const bool isOne = std::string_view(row.formats).find(',') == std::string_view::npos;
+    EXPECT_EQ(exchange.wRead(place), isOne) << row.formats;
+    EXPECT_EQ(exchange.wGetReadFormat(), isOne ? row.formats : "");
+    if (isOne) continue;
+    EXPECT_THAT(log.text(), HasSubstr("There are labels of several formats at '" + place +
+                                      "', choose one of: " + row.formats));
+    ASSERT_TRUE(exchange.wSetFormat(row.files.contains("a.xml") ? "VOC" : "COCO"));
+    EXPECT_TRUE(exchange.wRead(place)) << row.formats;
+  }
+}
+
 TEST_F(LabelExchange, AFailedReadLeavesNothingInMemory) {
   labelsFile("a.txt", "0 0.5 0.5 0.25 0.5\n");
   ASSERT_TRUE(exchange.wRead(labels));
@@ -235,6 +272,24 @@ TEST_F(LabelExchange, ALabelThatIsThereTwiceIsAddedOnce) {
   EXPECT_THAT(exchange.wGetRejections(), ElementsAre(labels + "a.txt:2: already marked"));
 }
 
+TEST_F(LabelExchange, ALabelIsRejectedUnderTheFileThatToldOfIt) {
+  // Both files tell of one picture, and the second repeats nothing.
+  const auto file = [&](const char* name, const char* box) {
+    builder.temp.write(std::string("coco/") + name,
+                       R"({"categories":[{"id":1,"name":"screw"}],"images":[{"id":1,)"
+                       R"("file_name":"a.png","width":64,"height":48}],"annotations":[)"
+                       R"({"image_id":1,"category_id":1,"bbox":)" +
+                           std::string(box) + "}]}");
+  };
+  file("one.json", "[16,12,32,24]");
+  file("two.json", "[0,0,32,24]");
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.75}, false), {0});
+  ASSERT_TRUE(exchange.wRead(builder.temp / "coco"));
+  EXPECT_EQ(addMarks(), 1);
+  EXPECT_THAT(exchange.wGetRejections(),
+              ElementsAre(builder.temp / "coco/one.json" + ":1: already marked"));
+}
+
 TEST_F(LabelExchange, CrowdsInOneLineCostNoMoreThanScatteredOnes) {
   // Boxes, then outlines, of one x or of as many as there are labels.
   const auto secondsFor = [&](bool isLine, bool isOutline) {
@@ -316,6 +371,34 @@ TEST_F(LabelExchange, ClippingIsAChoiceOnReading) {
   EXPECT_EQ(marks(0)[0]->center, cv::Point2d(0.125, 0.5));
 }
 
+TEST_F(LabelExchange, TheBaseIsThatOfTheFirstPixelInVoc) {
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {1});
+  ASSERT_TRUE(readMarks());
+  exchange.wSetFormat("VOC");
+  exchange.wSetPictureDirectory("");
+  // Of 64 by 48 pixels: from 16 and 12 to 48 and 24.
+  for (const auto& [base, left, top] : {std::tuple{0, "16", "12"}, std::tuple{1, "17", "13"}}) {
+    exchange.wSetBase(base);
+    ASSERT_TRUE(exchange.wWrite(out()));
+    EXPECT_THAT(readFile(out() + "/Annotations/a.xml"),
+                AllOf(HasSubstr(std::string("<xmin>") + left + "</xmin>"),
+                      HasSubstr(std::string("<ymin>") + top + "</ymin>"),
+                      HasSubstr("<xmax>48</xmax>"), HasSubstr("<ymax>24</ymax>")));
+    WTNVToolLabelExchange back;
+    back.wSetBase(base);
+    ASSERT_TRUE(back.wRead(out()));
+    EXPECT_EQ(back.wAddMarks(builder.project().wGetTrainSets(), builder.project().wGetDNNClasses()),
+              0);
+    EXPECT_EQ(back.wGetReasons(), (Reasons{{"already marked", 1}})) << base;
+    back.wSetBase(1 - base);
+    ASSERT_TRUE(back.wRead(out()));
+    EXPECT_EQ(back.wAddMarks(builder.project().wGetTrainSets(), builder.project().wGetDNNClasses()),
+              1)
+        << base;
+    record(0).removeMark(record(0).marks.back().get());
+  }
+}
+
 TEST_F(LabelExchange, MarksGoOutAsTheirBoxes) {
   mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {1});
   mark(0, TNVMarkPolyLine({{0.25, 0.25}, {0.75, 0.25}, {0.5, 0.75}}, true), {0});
@@ -366,13 +449,19 @@ TEST_F(LabelExchange, MarksAreCutAtTheEdgesOfThePicture) {
   EXPECT_EQ(written("a"), "0 0.25 0.5 0.5 0.5\n");
 }
 
+TEST_F(LabelExchange, MarksGoOutWithinTheEdgesToTheLastDigit) {
+  mark(0, TNVMarkRect({-8e-6, 0.25}, {0.5, 1 + 8e-6}, false), {0});
+  ASSERT_TRUE(readMarks());
+  EXPECT_EQ(exchange.wGetCut(), 0);
+  EXPECT_EQ(written("a"), "0 0.25 0.625 0.5 0.75\n");
+}
+
 TEST_F(LabelExchange, AMarkWhoseSizeDependsOnAMissingPictureIsRejected) {
   mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {0});
   mark(0, TNVMarkPolyLine({{0.25, 0.25}, {0.75, 0.25}, {0.5, 0.75}}, false), {0, 1});
   builder.temp.write("pictures/a.png", "no picture");
   ASSERT_TRUE(readMarks());
   EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"size of the picture is unknown", 2}}));
-  EXPECT_EQ(written("a"), "0 0.5 0.375 0.5 0.25\n");
 }
 
 TEST_F(LabelExchange, AMissingPictureIsLeftOutAloudInEachFormat) {
@@ -382,21 +471,82 @@ TEST_F(LabelExchange, AMissingPictureIsLeftOutAloudInEachFormat) {
   // Known from the record, the size does not make up for the file.
   record(0).imageWidth = 64;
   record(0).imageHeight = 48;
-  fs::remove(builder.temp / "pictures/a.png");
   ASSERT_TRUE(readMarks());
+  int round = 0;
   for (const std::string& format : WTNVToolLabelExchange::wGetAvailableFormats()) {
     for (const bool copy : {false, true}) {
       exchange.wSetFormat(format);
       exchange.wSetCopy(copy);
+      // Gone, empty, or something else.
+      fs::remove(builder.temp / "pictures/a.png");
+      if (++round % 3 > 0) builder.temp.write("pictures/a.png", round % 3 == 1 ? "" : "no picture");
+      fs::remove_all(out());
+      EXPECT_TRUE(exchange.wTryWrite(out()));
+      EXPECT_THAT(exchange.wGetPicturesLeftOut(), ElementsAre(builder.temp / "pictures/a.png"));
+      EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"picture cannot be read", 2}}));
+      EXPECT_FALSE(fs::exists(out()));
       LogCapture log;
       ASSERT_TRUE(exchange.wWrite(out())) << format;
-      EXPECT_THAT(log.text(), HasSubstr("pictures/a.png' cannot be read and is left out!"));
+      EXPECT_THAT(log.text(), HasSubstr("pictures/a.png' is left out: picture cannot be read"));
+      EXPECT_THAT(exchange.wGetPicturesLeftOut(), ElementsAre(builder.temp / "pictures/a.png"));
       EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"picture cannot be read", 2}}));
       WTNVToolLabelExchange back;
       ASSERT_TRUE(back.wRead(out()));
       EXPECT_EQ(back.wGetReadFormat(), format);
       EXPECT_EQ(back.wGetImagePaths().size(), 1U);
       EXPECT_EQ(back.wGetFound(), 1);
+    }
+  }
+}
+
+TEST_F(LabelExchange, WhatJsonCannotTellDoesNotGoOutAsCoco) {
+  const std::string other = builder.temp / "pictures/H\xFClse.png";
+  fs::copy_file(builder.temp / "pictures/a.png", other);
+  TNVTrainSet latin(other, other);
+  TNVMarkRect box({0.25, 0.25}, {0.75, 0.5}, false);
+  box.classIdx = {0};
+  latin.addMark(box);
+  latin.dataLoaded = true;
+  auto classes = builder.project().wGetDNNClasses();
+  ASSERT_TRUE(exchange.wReadMarks({WTNVTrainSet(&latin)}, classes));
+  for (const bool copy : {false, true}) {
+    exchange.wSetCopy(copy);
+    exchange.wSetFormat("COCO");
+    ASSERT_TRUE(exchange.wWrite(out()));
+    EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"name of the picture is no UTF-8", 1}}));
+    exchange.wSetFormat("Darknet");
+    ASSERT_TRUE(exchange.wWrite(out()));
+    EXPECT_EQ(exchange.wGetRejected(), 0);
+    EXPECT_EQ(readFile(out() + "/labels/H\xFClse.txt"), "0 0.5 0.375 0.5 0.25\n");
+  }
+  ASSERT_TRUE(builder.project().wUpdateDNNClass(classes[1], "H\xFClse", 1, "", "", 0, 0, 0));
+  ASSERT_TRUE(readMarks());
+  exchange.wSetFormat("COCO");
+  LogCapture log;
+  EXPECT_FALSE(exchange.wWrite(out()));
+  EXPECT_THAT(log.text(), HasSubstr("is no UTF-8, which COCO needs!"));
+}
+
+TEST_F(LabelExchange, PicturesWithTheLongestNamesGoOut) {
+  // A name may have 255 bytes; the last two characters of two bytes each.
+  const std::string name = std::string(246, 'x') + "\xC3\xBC\xC3\xBC.png";
+  const std::string longest = builder.temp / "pictures/" + name;
+  fs::copy_file(builder.temp / "pictures/a.png", longest);
+  TNVTrainSet record(longest, longest);
+  TNVMarkRect box({0.25, 0.25}, {0.75, 0.5}, false);
+  box.classIdx = {0};
+  record.addMark(box);
+  record.dataLoaded = true;
+  ASSERT_TRUE(exchange.wReadMarks({WTNVTrainSet(&record)}, builder.project().wGetDNNClasses()));
+  exchange.wSetPictureDirectory("");
+  for (const std::string& format : WTNVToolLabelExchange::wGetAvailableFormats()) {
+    for (const bool copy : {false, true}) {
+      exchange.wSetFormat(format);
+      exchange.wSetCopy(copy);
+      ASSERT_TRUE(exchange.wWrite(out())) << format << copy;
+      WTNVToolLabelExchange back;
+      ASSERT_TRUE(back.wRead(out())) << format << copy;
+      EXPECT_EQ(back.wGetFound() - back.wGetRejected(), 1) << format << copy;
     }
   }
 }
@@ -584,6 +734,29 @@ TEST_F(LaterExport, MendsWhatAKilledOneLeft) {
   fs::create_directories(out() + "/.label-export.former");
   fs::rename(out() + "/labels", out() + "/.label-export.former/labels");
   builder.temp.write("out/.label-export.next/labels/x.txt", "0 0.5 0.5 1 1\n");
+  exchange.setCBUpdate(stopInTime);
+  picturesUntilStop = 3;
+  EXPECT_FALSE(exchange.wWrite(out()));
+  EXPECT_EQ(filesBelow(out()), before);
+}
+
+TEST_F(LaterExport, TakesAwayAgainWhatAKilledOnePutInPlace) {
+  // The earlier one, Darknet, is out of the way with its mark, and some of the new one is in place.
+  const std::string former = out() + "/.label-export.former/";
+  fs::create_directories(former);
+  for (const char* entry : {"labels", "images", "classes.txt", "data.yaml"})
+    fs::rename(out() + "/" + entry, former + entry);
+  fs::copy_file(out() + "/.label-export", former + ".label-export");
+  builder.temp.write("out/Annotations/a.xml", "<annotation/>");
+  builder.temp.write("out/classes.txt", "other\n");
+  builder.temp.write("out/.label-export", "VOC\n");
+  WTNVToolLabelExchange back;
+  for (const std::string& path : {out(), out() + "/classes.txt"}) {
+    LogCapture log;
+    EXPECT_FALSE(back.wRead(path));
+    EXPECT_THAT(log.text(), HasSubstr("An export to '" + out() +
+                                      "' was interrupted, export there again before reading!"));
+  }
   exchange.setCBUpdate(stopInTime);
   picturesUntilStop = 3;
   EXPECT_FALSE(exchange.wWrite(out()));
