@@ -167,7 +167,7 @@ constexpr int kColumns = 3;
 
 /// A field of the picture: sizes to the right and milliseconds upwards, both as powers of ten.
 struct Panel {
-  static constexpr int kLeft = 52;
+  static constexpr int kLeft = 62;
   static constexpr int kTop = 28;
   static constexpr int kRight = kPanelWidth - 12;
   static constexpr int kBottom = kPanelHeight - 30;
