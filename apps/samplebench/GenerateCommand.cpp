@@ -112,7 +112,14 @@ void setTemplates(const WTNVGenerationDarknet& darknet, const WTNVGeneration& ge
 }
 
 void setWeights(const WTNVGenerationDarknet& darknet, const std::string& weights) {
-  if (!weights.empty()) requireChoice("weights file", weights, darknet.wGetAvailableWeights());
+  const auto available = darknet.wGetAvailableWeights();
+  if (!weights.empty() && available.empty())
+    throw CommandError("there is no weights file '" + weights + "', nor any other in " +
+                       darknet.wGetWeightsDirectory() +
+                       "; put one there, or fetch one with: samplebench weights get NAME "
+                       "--address URL --directory " +
+                       darknet.wGetWeightsDirectory());
+  if (!weights.empty()) requireChoice("weights file", weights, available);
   darknet.wSetWeights(weights);
   darknet.wSetWeightsCopy(!weights.empty());
 }
@@ -154,7 +161,9 @@ void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSe
                            "; the partial training set was removed, and an earlier set there "
                            "is gone: run it again",
                        exitInterrupted);
-  throw CommandError("the training set could not be written: " + output.cause());
+  throw CommandError("the training set could not be written to '" + paths.directory +
+                     "': " + output.cause() +
+                     "; see that the place can be written to and has space, or give another");
 }
 
 void writeNames(const WTNVProject& project, const std::string& file) {

@@ -44,6 +44,7 @@ a:hover { text-decoration: underline; }
 table { border-collapse: collapse; font-variant-numeric: tabular-nums; }
 th, td { padding: .25rem 1.5rem .25rem 0; border-bottom: 1px solid var(--line); text-align: right; }
 th:first-child, td:first-child { text-align: left; overflow-wrap: anywhere; }
+.totals th:first-child, .totals td:first-child { text-align: right; }
 thead th { color: var(--soft); font-size: .85rem; }
 .totals { margin-bottom: 1rem; }
 details { margin: .4rem 0; }

@@ -1,5 +1,14 @@
 #include "LogFilter.h"
 
+#include <string_view>
+
+namespace {
+
+// Said of each record that was not read, and so has nothing to save, whenever a project is saved.
+constexpr std::string_view noise = "TNVTrainSet::save: Cannot save, data not loaded!";
+
+}  // namespace
+
 void LogFilter::silence() {
   const std::lock_guard lock(mutex);
   silent = true;
@@ -41,8 +50,9 @@ void LogFilter::take(char character) {
 }
 
 void LogFilter::endLine() {
-  newest = current;
-  if (silent) {
+  const bool isNoise = current == noise;
+  if (!isNoise) newest = current;
+  if (silent || isNoise) {
     current.clear();
     return;
   }

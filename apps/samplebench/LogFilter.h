@@ -6,7 +6,8 @@
 
 #include "ErrorLines.h"
 
-/// Takes the library's log, which comes as text for a stream, and passes it on line by line. Of
+/// Takes the library's log, which comes as text for a stream, and passes it on line by line, but
+/// for a line that says nothing to a user. Of
 /// equal lines in a row the first is passed on, and then how often it came again. Safe on any
 /// thread.
 class LogFilter : public std::streambuf {

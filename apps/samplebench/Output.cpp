@@ -116,7 +116,7 @@ void Output::properties(const std::string& key,
   Json::Value entry(Json::objectValue);
   std::vector<TableRow> lines;
   for (const auto& [name, cell] : rows) {
-    entry[name] = cell.value;
+    entry[keyOf(name)] = cell.value;
     lines.push_back({name, cell});
   }
   fact(key, entry);
@@ -161,12 +161,27 @@ std::string printable(std::string_view text) {
   return result;
 }
 
+std::string keyOf(const std::string& heading) {
+  std::string key;
+  bool beginsWord = false;
+  for (const char letter : heading) {
+    if (letter == ' ') {
+      beginsWord = true;
+    } else {
+      key += beginsWord && letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A')
+                                                          : letter;
+      beginsWord = false;
+    }
+  }
+  return key;
+}
+
 Json::Value listOf(const std::vector<std::string>& columns, const std::vector<TableRow>& rows) {
   Json::Value list(Json::arrayValue);
   for (const auto& row : rows) {
     Json::Value entry(Json::objectValue);
     for (std::size_t i = 0; i < row.size(); ++i)
-      entry[columns.at(i)] = row[i].value;
+      entry[keyOf(columns.at(i))] = row[i].value;
     list.append(entry);
   }
   return list;

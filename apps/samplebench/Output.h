@@ -65,7 +65,7 @@ class Output {
   void fact(const std::string& key, const Json::Value& value);
 
   /// A table of the result for both: the JSON object gets a list under `key`, an object a row. The
-  /// column names are its keys.
+  /// column names, as in `keyOf`, are its keys.
   void table(const std::string& key, const std::vector<std::string>& columns,
              const std::vector<TableRow>& rows);
 
@@ -108,6 +108,9 @@ class Output {
 /// The text with `?` for each control character, which a terminal would obey: texts may come from
 /// files and portals of others.
 std::string printable(std::string_view text);
+
+/// A heading as a key for programs: "largest side" is "largestSide".
+std::string keyOf(const std::string& heading);
 
 /// The table for a program: a list with an object for each row.
 Json::Value listOf(const std::vector<std::string>& columns, const std::vector<TableRow>& rows);

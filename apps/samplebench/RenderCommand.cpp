@@ -61,14 +61,20 @@ namespace {
 
 void addLook(CLI::App& command, ProgramOptions& program, RenderOptions& options) {
   using View = WTNVHandlerImageView;
-  auto* style = command.add_option("--style", options.style, "colours of the marks");
+  auto* style = command.add_option(
+      "--style", options.style,
+      "colours of the marks: White, Black, Red, Blue or Colored (those of the classes)");
   program.choices[style->capture_default_str()] =
       choicesOf(&Editor::view, &View::getAvailableMarkStyles);
-  auto* info = command.add_option("--info", options.info, "text beside the marks");
+  auto* info = command.add_option("--info", options.info,
+                                  "text beside the marks: None, DNN Class ID, DNN Class Name, "
+                                  "Pixel, Pixel Relative or Relative");
   program.choices[info->capture_default_str()] =
       choicesOf(&Editor::view, &View::getAvailableMarkDrawInfos);
   auto* cross = command.add_option("--cross", options.cross, "place of a cross, x,y from 0 to 1");
-  auto* crossStyle = command.add_option("--cross-style", options.crossStyle, "look of the cross");
+  auto* crossStyle = command.add_option(
+      "--cross-style", options.crossStyle,
+      "look of the cross: White Cross, Black Cross, White Circle or Black Circle");
   crossStyle->needs(cross)->capture_default_str();
   program.choices[crossStyle] = choicesOf(&Editor::view, &View::getAvailableCrossStyles);
   command.add_flag("!--no-fill", options.filled, "do not fill marks that have an area");

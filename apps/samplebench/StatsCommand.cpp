@@ -79,7 +79,8 @@ DataStatistics statisticsOf(const Locations& locations, const StatsOptions& opti
   }
   if (!std::filesystem::exists(options.subject))
     throw CommandError("'" + options.subject + "' is neither a project in " + locations.projects +
-                       " nor a training set; samplebench generate writes one");
+                       " nor a training set; give a project's name, or the directory, data file or "
+                       "data.yaml of a set, which samplebench generate writes");
   if (!options.report.empty()) requireOutside(options.report, options.subject);
   Findings ignored;
   const auto layout = findSet(options.subject, "", ignored);
@@ -161,7 +162,9 @@ void addStatsCommand(CLI::App& app, ProgramOptions& program) {
        "their sizes in pixels.",
        "stats parts --report parts.html"},
       [&program, options](Output& output) { runStats(program.locations, *options, output); });
-  command->add_option("SUBJECT", options->subject, "project, or directory of a training set")
+  command
+      ->add_option("SUBJECT", options->subject,
+                   "project, or directory, data file or data.yaml of a training set")
       ->required();
   command->add_option("--report", options->report, "page to write, with plots of sizes and places")
       ->check(notEmpty());

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <opencv2/imgproc.hpp>
+
 #include "CommandError.h"
 #include "CommandLine.h"
 #include "ContactSheet.h"
@@ -9,6 +11,7 @@
 #include "PictureFile.h"
 #include "SampleSources.h"
 #include "TNV_SampleBenchNative/WTNVToolDarknetViewer.h"
+#include "verify/LabelCheck.h"
 
 namespace {
 
@@ -21,21 +24,38 @@ struct ViewOptions {
 
 constexpr int sheetColumns = 6;
 const cv::Size sheetCell(240, 180);
+constexpr int captionHeight = 20;
+constexpr int gap = 8;
 
 std::vector<std::string> sampleNames(WTNVToolDarknetViewer& viewer, const std::string& directory) {
-  if (!std::filesystem::is_directory(directory))
-    throw CommandError("'" + directory + "' is no directory");
   viewer.wSetImageDirectory(directory);
   auto names = viewer.wReadImages();
-  if (names.empty())
-    throw CommandError("'" + directory +
-                       "' holds no pictures with a label text beside them; samples lie in the "
-                       "directory samples/ of a training set");
   // By length first, so that img_2 comes before img_10.
   std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
     return std::pair(a.size(), a) < std::pair(b.size(), b);
   });
   return names;
+}
+
+// Given the directory of a set, that of its samples is meant.
+std::string samplesDirectory(const std::string& given) {
+  if (!std::filesystem::is_directory(given)) throw CommandError("'" + given + "' is no directory");
+  WTNVToolDarknetViewer viewer;
+  const auto below = (std::filesystem::path(given) / "samples").string();
+  for (const auto& directory : {given, below})
+    if (!sampleNames(viewer, directory).empty()) return directory;
+  throw CommandError("'" + given +
+                     "' holds no pictures with a label text beside them; give a training set or "
+                     "its directory samples/");
+}
+
+// Without the ending of a picture's file, if there is a sample of that name.
+std::string nameWithoutEnding(const std::string& name, const std::vector<std::string>& names) {
+  const auto stem = std::filesystem::path(name).stem().string();
+  const auto isThere = [&](const std::string& each) {
+    return std::find(names.begin(), names.end(), each) != names.end();
+  };
+  return !isThere(name) && isThere(stem) ? stem : name;
 }
 
 // Empty if it cannot be read; borrowed until the next one is.
@@ -44,17 +64,66 @@ cv::Mat sampleNamed(WTNVToolDarknetViewer& viewer, const std::string& name) {
   return pictureFrom([&](auto... parts) { viewer.wGetSelectedImage(parts...); });
 }
 
-cv::Mat cellOf(const cv::Mat& sample) {
-  return sample.empty() ? cv::Mat(sheetCell, CV_8UC3, cv::Scalar()) : fitted(sample, sheetCell);
+const cv::Scalar boxColour(0, 0, 255);
+const cv::Scalar numberColour(255, 255, 255);
+const cv::Scalar nameColour(40, 40, 40);
+constexpr auto font = cv::FONT_HERSHEY_SIMPLEX;
+constexpr double fontScale = 0.4;
+constexpr int lineWidth = 2;
+
+// Above the box, or in it where there is no room.
+void drawNumber(cv::Mat& picture, const std::string& number, cv::Point corner) {
+  const auto size = cv::getTextSize(number, font, fontScale, 1, nullptr);
+  corner.y -= size.height + 4;
+  corner.y = std::max(corner.y, 0);
+  const cv::Rect ground(corner, cv::Size(size.width + 4, size.height + 4));
+  cv::rectangle(picture, ground, boxColour, cv::FILLED);
+  cv::putText(picture, number, corner + cv::Point(2, size.height + 2), font, fontScale,
+              numberColour, 1, cv::LINE_AA);
 }
 
-cv::Mat sheetOf(WTNVToolDarknetViewer& viewer, const std::vector<std::string>& names,
-                Output& output) {
+// The lines of the sample are lost where it is made smaller.
+void drawBoxes(cv::Mat picture, const std::string& labels) {
+  for (const auto& line : readTextFile(labels).lines) {
+    const auto label = parseLabelLine(line);
+    if (!label) continue;
+    const cv::Rect2d box(label->box.x * picture.cols, label->box.y * picture.rows,
+                         label->box.width * picture.cols, label->box.height * picture.rows);
+    const auto seen = box & cv::Rect2d({}, cv::Size2d(picture.size()));
+    if (seen.empty()) continue;
+    cv::rectangle(picture, cv::Rect(seen), boxColour, lineWidth);
+    drawNumber(picture, std::to_string(label->classNumber), cv::Rect(seen).tl());
+  }
+}
+
+// A long name loses its beginning, for names of samples differ at the end.
+void drawName(cv::Mat cell, std::string name) {
+  const auto width = [&] { return cv::getTextSize(name, font, fontScale, 1, nullptr).width; };
+  while (!name.empty() && width() > cell.cols)
+    name.erase(0, 1);
+  cv::putText(cell, name, {0, cell.rows - 5}, font, fontScale, nameColour, 1, cv::LINE_AA);
+}
+
+// A picture with its boxes, its name below, and room around it.
+cv::Mat cellOf(const cv::Mat& sample, const std::string& labels, const std::string& name) {
+  cv::Mat cell(sheetCell.height + captionHeight + gap, sheetCell.width + gap, CV_8UC3, sheetGround);
+  const cv::Rect inner(gap / 2, gap / 2, sheetCell.width, sheetCell.height);
+  if (!sample.empty()) {
+    fitted(sample, sheetCell).copyTo(cell(inner));
+    drawBoxes(cell(fittedPlace(sample.size(), sheetCell) + inner.tl()), labels);
+  }
+  drawName(cell(inner + cv::Size(0, captionHeight)), name);
+  return cell;
+}
+
+cv::Mat sheetOf(WTNVToolDarknetViewer& viewer, const std::string& directory,
+                const std::vector<std::string>& names, Output& output) {
   std::vector<cv::Mat> cells;
   for (const auto& name : names) {
     const auto sample = sampleNamed(viewer, name);
     if (sample.empty()) output.note("sample '" + name + "' cannot be read; its cell stays blank");
-    cells.push_back(cellOf(sample));
+    const auto labels = std::filesystem::path(directory) / viewer.wGetSelectedDataFile();
+    cells.push_back(cellOf(sample, labels.string(), name));
   }
   return contactSheet(cells, sheetColumns);
 }
@@ -84,20 +153,22 @@ void write(const std::string& file, const cv::Mat& picture, const std::string& w
 
 void runView(const Locations& locations, const ViewOptions& options, Output& output) {
   requireWritablePicture(options.file);
-  requireNoSource(options.file, options.directory, locations.projects);
+  const auto directory = samplesDirectory(options.directory);
+  requireNoSource(options.file, directory, locations.projects);
   WTNVToolDarknetViewer viewer;
-  auto names = sampleNames(viewer, options.directory);
+  auto names = sampleNames(viewer, directory);
   if (!options.name.empty()) {
-    const auto sample = sampleNamed(viewer, options.name);
+    const auto name = nameWithoutEnding(options.name, names);
+    const auto sample = sampleNamed(viewer, name);
     if (sample.empty())
       throw CommandError("there is no sample '" + options.name + "' that can be read");
-    write(options.file, sample, "sample " + options.name, output);
+    write(options.file, sample, "sample " + name, output);
     return;
   }
   const auto all = names.size();
   names.resize(std::min(all, static_cast<std::size_t>(options.count)));
   output.fact("samples", static_cast<Json::UInt64>(names.size()));
-  write(options.file, sheetOf(viewer, names, output),
+  write(options.file, sheetOf(viewer, directory, names, output),
         std::to_string(names.size()) + " of " + counted(all, "sample"), output);
 }
 
@@ -110,9 +181,10 @@ void addViewCommand(CLI::App& app, ProgramOptions& program) {
       {"view",
        "Writes a sample of a training set with its boxes to a file, or a sheet of the first "
        "samples.",
-       "view set/samples -o sheet.png"},
+       "view set/ -o sheet.png"},
       [&program, options](Output& output) { runView(program.locations, *options, output); });
-  command->add_option("DIRECTORY", options->directory, "directory with samples")->required();
+  command->add_option("DIRECTORY", options->directory, "training set, or directory with samples")
+      ->required();
   command->add_option("NAME", options->name, "sample, like img_3; without it a sheet is drawn");
   addOutputFile(*command, options->file, "sheet.png");
   command->add_option("--count", options->count, "samples on the sheet")

@@ -64,7 +64,9 @@ std::string directoryOf(const WeightsOptions& options) {
   return (fs::path(options.directory) / "").generic_string();
 }
 
-std::string stateOf(const WTNVDownloadFile& file) {
+std::string stateOf(const WTNVDownloadFile& file, const std::string& directory) {
+  std::error_code error;
+  if (fs::is_directory(directory + file.wGetFileName(), error)) return "a directory";
   if (!file.wGetStateDownloadable()) return "only here";
   if (!file.wGetStateDownloaded()) return "not fetched";
   if (!file.wGetStateFileSizeValid()) return "damaged: wrong size";
@@ -226,10 +228,12 @@ void fetch(Downloads& downloads, const WTNVDownloadFile& file, const std::string
 
 void runList(const WeightsOptions& options, Output& output) {
   Downloads downloads;
-  const auto files = filesOf(downloads, options.address, directoryOf(options));
+  const auto directory = directoryOf(options);
+  const auto files = filesOf(downloads, options.address, directory);
   std::vector<TableRow> rows;
   for (const auto& file : files)
-    rows.push_back({file.wGetFileName(), file.wGetFileSize(), file.wGetTimeStamp(), stateOf(file)});
+    rows.push_back(
+        {file.wGetFileName(), file.wGetFileSize(), file.wGetTimeStamp(), stateOf(file, directory)});
   output.table("files", {"file", "bytes", "date", "state"}, rows);
   if (std::none_of(files.begin(), files.end(), isOffered))
     throw CommandError("the portal cannot be reached or offers nothing; check the address");
@@ -256,7 +260,7 @@ void runGet(const WeightsOptions& options, Output& output) {
   fetch(downloads, wanted, directory, output);
   const auto file = offeredFile(downloads, options, directory);
   if (!file.wGetStateMD5Valid())
-    throw CommandError("'" + options.name + "' came, but is " + stateOf(file) +
+    throw CommandError("'" + options.name + "' came, but is " + stateOf(file, directory) +
                        "; fetch it again, or ask those who run the portal");
   output.say("fetched " + directory + options.name + " (" + std::to_string(file.wGetFileSize()) +
              " bytes, whole)");

@@ -64,6 +64,13 @@ TEST_F(ProgramClasses, ARenamedClassKeepsNumberColourAndMarks) {
   EXPECT_EQ(numbers(), "01|02|");
 }
 
+TEST_F(ProgramClasses, ARenamedClassIsNoOccasionToTellOfRecordsThatAreLeftAlone) {
+  const auto result = run({"class", "rename", "parts", "screw", "stud"});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.err.find("Cannot save"), std::string::npos) << result.err;
+  EXPECT_EQ(result.err.find("repeated"), std::string::npos) << result.err;
+}
+
 TEST_F(ProgramClasses, ANameThatIsTakenOrWouldNotBeReadBackIsRefused) {
   fail({"class", "rename", "parts", "bolt", "nut"}, "another class's");
   fail({"class", "rename", "parts", "bolt", "a,b"}, "without comma", 2);

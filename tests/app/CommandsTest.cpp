@@ -505,3 +505,43 @@ TEST_F(ProgramTerminal, ABarIsDrawnUnlessNoColourIsWanted) {
   const auto plain = shownOnTerminal({"gallery", "parts"}, place.path(), true);
   EXPECT_THAT(plain, AllOf(HasSubstr("2 of 2 (100 %)"), Not(HasSubstr("\x1b"))));
 }
+
+namespace {
+
+void expectKeysInOneStyle(const Json::Value& value, const std::string& command) {
+  if (value.isObject()) {
+    for (const auto& key : value.getMemberNames()) {
+      EXPECT_THAT(key, testing::MatchesRegex("[a-z][a-zA-Z]*")) << command;
+      expectKeysInOneStyle(value[key], command);
+    }
+  } else if (value.isArray()) {
+    for (const auto& each : value)
+      expectKeysInOneStyle(each, command);
+  }
+}
+
+using ProgramJson = ProgramTest;
+
+}  // namespace
+
+TEST_F(ProgramJson, AllKeysAreInOneStyle) {
+  makeProject();
+  place.write("app.cfg", "");
+  succeed({"mark", "parts", "a.png", "Rect", "0,0", "0.5,0.5", "--class", "nut"});
+  for (const Words& call :
+       {Words{"list", "parts"}, Words{"list", "parts", "--picture", "a.png"},
+        Words{"stats", "parts"}, Words{"gallery", "parts"},
+        Words{"generate", "parts", "--output", "set", "--keep-together", "source"},
+        Words{"verify", "set"}, Words{"view", "set", "-o", "sheet.png"},
+        Words{"labels", "export", "parts", "out", "--format", "Darknet"},
+        Words{"labels", "import", "parts", "day2", "out"}, Words{"user", "create", "ann"},
+        Words{"user", "list"}, Words{"config", "app.cfg"}, Words{"demo", "demo"},
+        Words{"remove", "mark", "parts", "a.png", "1", "--set", "day1"}}) {
+    auto words = call;
+    words.push_back("--json");
+    Json::Value facts;
+    std::istringstream(run(words).out) >> facts;
+    EXPECT_FALSE(facts.empty()) << call[0];
+    expectKeysInOneStyle(facts, call[0]);
+  }
+}

@@ -113,7 +113,8 @@ TEST_F(ProgramGenerate, RefusesWhatWillNotDoAndDeletesNothing) {
       {{"--augmentation", "absent.xml"}, "choose from: default.xml, random-lengths.xml"},
       {{"--config", "absent.tmp"}, "choose from: data.tmp"},
       {{"--net", "absent.tmp"}, "choose from: yolo-tiny-cpu.tmp, yolov4-tiny.tmp"},
-      {{"--weights", "absent.weights"}, "there is no weights file 'absent.weights'"},
+      {{"--weights", "absent.weights"},
+       "there is no weights file 'absent.weights', nor any other in "},
       {{"--set", "WIDHT=8"}, "there is no key 'WIDHT'; choose from: BACKUP, BATCH, CLASSES"},
       {{"--set", "WIDTH=abc"}, "the value of WIDTH must be a number, like 416, and is 'abc'"},
       {{"--set", "WIDTH"}, "write it as KEY=VALUE", 2},
@@ -255,6 +256,11 @@ TEST_F(ProgramGenerate, WeightsAreLaidBesideTheSet) {
   place.write("platforms/darknet/weights/start.weights", "numbers");
   succeed({"generate", "parts", "--output", "set", "--platforms", "platforms", "--weights",
            "start.weights"});
+  fail({"generate", "parts", "--output", "set", "--platforms", "platforms", "--weights", "absent"},
+       "there is no weights file 'absent'; choose from: start.weights");
+  const auto none = run({"generate", "parts", "--output", "set", "--weights", "x"});
+  EXPECT_NE(none.err.find("fetch one with: samplebench weights get NAME"), std::string::npos)
+      << none.err;
   EXPECT_EQ(readFile(place / "set/start.weights"), "numbers");
 }
 
@@ -307,6 +313,16 @@ TEST_F(ProgramGenerate, PointsAreCountedForTheyBecomeBoxesOfOnePixel) {
   EXPECT_NE(succeed({"generate", "parts", "--output", "set"})
                 .find("\n2 points become boxes of one pixel\n"),
             std::string::npos);
+}
+
+TEST_F(ProgramGenerate, APlaceThatCannotBeWrittenToIsNamed) {
+  // Nobody, the superuser neither, may make directories there.
+  const auto result = run({"generate", "parts", "--output", "/proc/set"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_NE(result.err.find("/proc"), std::string::npos) << result.err;
+  EXPECT_TRUE(result.err.find("give another") != std::string::npos ||
+              result.err.find("choose a directory of yours") != std::string::npos)
+      << result.err;
 }
 
 class ProgramStopped : public ProgramGenerate {

@@ -89,6 +89,24 @@ TEST(ProgramLog, EqualLinesInARowCollapse) {
   EXPECT_EQ(target.str(), "a\nb\n... (repeated 142 times)\na\na\nunfinished\n");
 }
 
+TEST(ProgramLog, WhatSaysNothingToAUserIsLeftOutAndIsNoCause) {
+  std::ostringstream target;
+  ErrorLines errors(target);
+  LogFilter filter(errors);
+  std::ostream log(&filter);
+  log << "a\nTNVTrainSet::save: Cannot save, data not loaded!\nTNVTrainSet::save: other\na\n"
+      << "TNVTrainSet::save: Cannot save, data not loaded!\n";
+  filter.finish();
+  EXPECT_EQ(target.str(), "a\nTNVTrainSet::save: other\na\n");
+  EXPECT_EQ(filter.newestLine(), "a");
+}
+
+TEST(ProgramOutput, HeadingsBecomeKeysInOneStyle) {
+  EXPECT_EQ(keyOf("class"), "class");
+  EXPECT_EQ(keyOf("largest side"), "largestSide");
+  EXPECT_EQ(keyOf("trained weights go to"), "trainedWeightsGoTo");
+}
+
 TEST(ProgramLog, ALineTakesThePlaceOfAProgressBar) {
   std::ostringstream target;
   ErrorLines errors(target);

@@ -1,10 +1,12 @@
 #include <filesystem>
+#include <regex>
 
 #include <sys/stat.h>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include "ProgramRunner.h"
+#include "TNV_SampleBenchNative/TNV_SampleBenchNative.h"
 #include "support/Pictures.h"
 
 namespace {
@@ -131,6 +133,20 @@ TEST_F(ProgramRender, PicturesOfTheProjectAreNotWrittenOver) {
   const auto before = readFile(place / "photos/b.png");
   fail({"render", "parts", "a.png", "-o", "photos/b.png"}, "is a picture of the project");
   EXPECT_EQ(readFile(place / "photos/b.png"), before);
+}
+
+TEST_F(ProgramRender, TheHelpListsTheValuesThatThereAre) {
+  auto help = succeed({"render", "--help"});
+  // Without the breaks of lines.
+  help = std::regex_replace(help, std::regex("\\s+"), " ");
+  WTNVProject project("", "", "", "");
+  WTNVMainProcess process(&project, nullptr);
+  const auto view = process.getHndImageView();
+  for (const auto& values : {view.getAvailableMarkStyles(), view.getAvailableMarkDrawInfos(),
+                             view.getAvailableCrossStyles()})
+    for (const auto& value : values)
+      EXPECT_TRUE(std::regex_search(help, std::regex("(: |, | or )" + value + "(,| or| \\(|\\b)")))
+          << value;
 }
 
 }  // namespace

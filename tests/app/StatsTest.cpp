@@ -85,6 +85,10 @@ TEST_F(ProgramStats, AReportIsOnePageWithPlots) {
   // Three plots for each of the two classes that have boxes.
   EXPECT_EQ(occurrences(page, "<svg "), 6U);
   EXPECT_EQ(occurrences(page, "http"), 1U) << "the policy's http-equiv and no address";
+  // All columns of the totals are numbers.
+  EXPECT_THAT(page, HasSubstr("<table class=\"totals\">"));
+  EXPECT_THAT(page, HasSubstr(".totals th:first-child, .totals td:first-child "
+                              "{ text-align: right; }"));
   EXPECT_TRUE(page.ends_with("</html>\n"));
 }
 
@@ -100,13 +104,20 @@ TEST_F(ProgramStats, AReportHurtsNoFileOfTheProject) {
 
 TEST_F(ProgramStats, JsonHasNumbersAsNumbers) {
   const auto out = succeed({"stats", "parts", "--json"});
-  EXPECT_THAT(out, HasSubstr("\"median side\" : 32.0"));
-  EXPECT_THAT(out, HasSubstr("\"without boxes\" : 1"));
+  EXPECT_THAT(out, HasSubstr("\"medianSide\" : 32.0"));
+  EXPECT_THAT(out, HasSubstr("\"withoutBoxes\" : 1"));
 }
 
 TEST_F(ProgramStats, WhatIsNeitherProjectNorSetIsAnError) {
   fail({"stats", "absent"}, "neither a project in");
   fail({"stats", "photos/a.png/x"}, "neither a project in");
+  succeed({"stats", "parts", "--report", "page.html"});
+  place.write("notes.txt", "a = b\n");
+  for (const std::string command : {"stats", "verify"})
+    for (const std::string file : {"page.html", "notes.txt", "photos/a.png"})
+      fail({command, file}, "'" + file +
+                                "' describes no training set; give the directory of the set, its "
+                                "data file or its data.yaml");
 }
 
 TEST_F(ProgramStats, UnreadablePicturesAndBadLinesAreNamedAndCounted) {

@@ -16,7 +16,7 @@ TEST(ContactSheet, PicturesAreFittedIntoTheMiddleOfTheirCell) {
   const cv::Mat white(10, 40, CV_8UC3, cv::Scalar::all(255));
   const auto cell = fitted(white, {20, 20});
   ASSERT_EQ(cell.size(), cv::Size(20, 20));
-  cv::Mat expected(20, 20, CV_8UC3, cv::Scalar());
+  cv::Mat expected(20, 20, CV_8UC3, cv::Scalar::all(240));
   expected(cv::Rect(0, 7, 20, 5)).setTo(cv::Scalar::all(255));
   EXPECT_TRUE(samePixels(expected, cell));
 }
@@ -30,7 +30,7 @@ TEST(ContactSheet, CellsStandRowByRow) {
   EXPECT_EQ(sheet.at<cv::Vec3b>(0, 8)[0], 3);
   EXPECT_EQ(sheet.at<cv::Vec3b>(2, 0)[0], 4);
   EXPECT_EQ(sheet.at<cv::Vec3b>(3, 5)[0], 5);
-  EXPECT_EQ(sheet.at<cv::Vec3b>(3, 6)[0], 0);
+  EXPECT_EQ(sheet.at<cv::Vec3b>(3, 6)[0], 240);
   EXPECT_EQ(contactSheet({cells[0]}, 3).size(), cv::Size(3, 2));
   EXPECT_TRUE(contactSheet({}, 3).empty());
 }
@@ -55,9 +55,45 @@ TEST_F(ProgramView, ASampleIsWrittenWithItsBoxes) {
 
 TEST_F(ProgramView, WithoutANameTheFirstSamplesStandOnASheet) {
   EXPECT_EQ(succeed({"view", "images", "-o", "sheet.png"}), "wrote sheet.png (3 of 3 samples)\n");
-  EXPECT_EQ(cv::imread(place / "sheet.png").size(), cv::Size(3 * 240, 180));
+  EXPECT_EQ(cv::imread(place / "sheet.png").size(), cv::Size(3 * 248, 208));
   EXPECT_EQ(succeed({"view", "images", "-o", "sheet.png", "--count", "2"}),
             "wrote sheet.png (2 of 3 samples)\n");
+}
+
+TEST_F(ProgramView, TheSheetHasBoldBoxesWithTheirClassesAndNamesOnLightGround) {
+  std::filesystem::remove(place / "images/img_1.txt");
+  std::filesystem::remove(place / "images/img_10.txt");
+  place.write("images/img_2.txt", "12 0.5 0.5 0.25 0.25\n");
+  succeed({"view", "images", "-o", "sheet.png"});
+  auto sample = patternedPicture(80, 60);
+  cv::rectangle(sample, cv::Rect(30, 22, 20, 15), cv::Scalar(0, 0, 255), 1, cv::LINE_AA);
+  cv::resize(sample, sample, {240, 180}, 0, 0, cv::INTER_AREA);
+  // From 90, 67.5 on, 60 by 45 pixels.
+  const cv::Rect box(90, 68, 60, 45);
+  cv::rectangle(sample, box, cv::Scalar(0, 0, 255), 2);
+  const auto text = cv::getTextSize("12", cv::FONT_HERSHEY_SIMPLEX, 0.4, 1, nullptr);
+  const cv::Point above = box.tl() - cv::Point(0, text.height + 4);
+  cv::rectangle(sample, cv::Rect(above, text + cv::Size(4, 4)), cv::Scalar(0, 0, 255), cv::FILLED);
+  cv::putText(sample, "12", above + cv::Point(2, text.height + 2), cv::FONT_HERSHEY_SIMPLEX, 0.4,
+              cv::Scalar::all(255), 1, cv::LINE_AA);
+  cv::Mat expected(208, 248, CV_8UC3, cv::Scalar::all(240));
+  sample.copyTo(expected(cv::Rect(4, 4, 240, 180)));
+  cv::Mat inner = expected(cv::Rect(4, 4, 240, 200));
+  cv::putText(inner, "img_2", {0, 195}, cv::FONT_HERSHEY_SIMPLEX, 0.4, cv::Scalar::all(40), 1,
+              cv::LINE_AA);
+  EXPECT_TRUE(samePixels(expected, cv::imread(place / "sheet.png")));
+}
+
+TEST_F(ProgramView, ASetAndANameWithItsEndingWillDo) {
+  std::filesystem::create_directories(place / "set");
+  std::filesystem::rename(place / "images", place / "set/samples");
+  EXPECT_EQ(succeed({"view", "set", "-o", "sheet.png"}), "wrote sheet.png (3 of 3 samples)\n");
+  succeed({"view", "set", "img_2", "-o", "a.png"});
+  EXPECT_NE(succeed({"view", "set/samples/", "img_2.png", "-o", "b.png"}).find("sample img_2"),
+            std::string::npos);
+  EXPECT_EQ(readFile(place / "a.png"), readFile(place / "b.png"));
+  fail({"view", "set", "img_3.png", "-o", "b.png"}, "no sample 'img_3.png'");
+  fail({"view", "set", "-o", "set/samples/img_1.png"}, "lies among the samples");
 }
 
 TEST_F(ProgramView, ASampleThatCannotBeReadLeavesItsCellBlank) {
@@ -72,7 +108,8 @@ TEST_F(ProgramView, ASampleThatCannotBeReadLeavesItsCellBlank) {
     EXPECT_EQ(result.out, "wrote sheet.png (3 of 3 samples)\n");
     EXPECT_NE(result.err.find("sample 'img_2' cannot be read"), std::string::npos) << result.err;
     auto expected = whole.clone();
-    expected(cv::Rect(240, 0, 240, 180)).setTo(cv::Scalar());
+    // The name stays.
+    expected(cv::Rect(248, 0, 248, 184)).setTo(cv::Scalar::all(240));
     EXPECT_TRUE(samePixels(expected, cv::imread(place / "sheet.png"))) << path;
     fail({"view", "images", "img_2", "-o", "x.png"}, "no sample 'img_2' that can be read");
   }
@@ -303,6 +340,14 @@ TEST_F(ProgramWeights, AFileIsFetchedFromAMirrorOnDisk) {
   fail(with({"weights", "get", "small.bin"}), "could not be fetched");
   place.write("mirror/list", "[{}]");
   fail(with({"weights", "list"}), "is no list of files");
+}
+
+TEST_F(ProgramWeights, ADirectoryAmongThemIsOne) {
+  place.makeDirectory("weights/older");
+  place.makeDirectory("weights/small.bin");
+  const auto out = ofMirror(replyOf(offered("small.bin", "5", "file:///x")), {"list"}).out;
+  EXPECT_EQ(occurrences(out, "a directory\n"), 2U) << out;
+  EXPECT_EQ(out.find("damaged"), std::string::npos) << out;
 }
 
 TEST_F(ProgramWeights, FilesAreImportedAndRemoved) {

@@ -505,7 +505,7 @@ TEST_F(ProgramVerify, TheLibrarysOwnDivisionTearsCopiesApart) {
 TEST_F(ProgramVerify, WithoutASetTheErrorSaysWhatToGive) {
   fail({"verify", "nowhere"}, "give its directory, its data file or its data.yaml");
   place.write("parts.cfg", "[net]\n");
-  fail({"verify", "parts.cfg"}, "is a network file; give the directory of the set");
+  fail({"verify", "parts.cfg"}, "is a network file; give the directory of the set, its data file");
 }
 
 }  // namespace

@@ -461,16 +461,36 @@ std::vector<std::string> SetLayout::lists() const {
   return lists;
 }
 
+namespace {
+
+/// Whether a file of any name reads as a data file.
+bool hasDataKeys(const std::string& path) {
+  Findings ignored;
+  const auto values = checkDataFile(path, ignored).values;
+  return std::any_of(values.begin(), values.end(), [](const auto& entry) {
+    static const std::set<std::string> keys{"train", "valid", "names", "classes", "backup"};
+    return keys.contains(entry.first);
+  });
+}
+
+void requireSetFile(const std::string& path) {
+  const auto takes = "give the directory of the set, its data file or its data.yaml";
+  if (path.ends_with(".cfg"))
+    throw CommandError("'" + path + "' is a network file; " + takes +
+                       ", and the network with --net");
+  if (!path.ends_with(".data") && !isDescription(path) && !hasDataKeys(path))
+    throw CommandError("'" + path + "' describes no training set; " + takes);
+}
+
+}  // namespace
+
 SetLayout findSet(const std::string& path, const std::string& network, Findings& findings) {
   std::error_code error;
   const bool isDirectory = fs::is_directory(path, error);
   if (!isDirectory && !fs::is_regular_file(path, error))
     throw CommandError("there is no training set at '" + path +
                        "'; give its directory, its data file or its data.yaml");
-  if (!isDirectory && path.ends_with(".cfg"))
-    throw CommandError("'" + path +
-                       "' is a network file; give the directory of the set or its data file, and "
-                       "the network with --net");
+  if (!isDirectory) requireSetFile(path);
   const fs::path directory = isDirectory ? fs::path(path) : fs::path(path).parent_path();
   SetLayout layout;
   layout.directory = directory.empty() ? "." : directory.generic_string();
