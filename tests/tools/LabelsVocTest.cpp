@@ -168,10 +168,14 @@ std::string widened(const std::string& latin, std::size_t bytes, bool isBigEndia
 }  // namespace
 
 TEST_F(LabelsVoc, LinesCountInEachEncoding) {
-  // What takes two bytes in UTF-8 stands before the line that is rejected.
-  const std::string rest =
-      "\n" + object("\xFC\xFC\xFC\xFC\xFC\xFC\xFC\xFC", corners("21", "11", "70", "50")) +
-      object("nut", "") + "</annotation>";
+  // More characters than the rejected line has, each two bytes in UTF-8, stand before it.
+  constexpr int count = 100;
+  std::string inUtf8;
+  for (int i = 0; i < count; ++i)
+    inUtf8 += "\xC3\xBC";
+  const std::string rest = "\n" +
+                           object(std::string(count, '\xFC'), corners("21", "11", "70", "50")) +
+                           object("nut", "") + "</annotation>";
   const std::string head =
       "<annotation><filename>a.jpg</filename><size><width>200</width><height>100</height></size>";
   const std::string texts[] = {
@@ -184,8 +188,7 @@ TEST_F(LabelsVoc, LinesCountInEachEncoding) {
   for (const std::string& text : texts) {
     const auto set = read(text);
     EXPECT_THAT(rejectionsIn(set), ElementsAre("a.xml:3: no box"));
-    EXPECT_THAT(set.classNames,
-                ElementsAre("\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC"));
+    EXPECT_THAT(set.classNames, ElementsAre(inUtf8));
   }
   EXPECT_THAT(
       rejectionsIn(read("\xEF\xBB\xBF" + head + "\n" + object("nut", "") + "</annotation>")),
