@@ -15,6 +15,8 @@ struct LabelFormat {
   bool (*recognise)(const std::string& path);
   std::optional<LabelSet> (*read)(const std::string& path, const LabelReading& reading);
   bool (*write)(const LabelSet& set, const std::string& directory, const LabelWriting& writing);
+  /// Whether what stands for a picture in the files, its path or the name of its copy, reads back.
+  bool (*keepsName)(const std::string& name);
   bool needsSizes;   ///< its positions are in pixels
   bool hasOutlines;  ///< it can be written with outlines; others get the box around them
 };

@@ -636,19 +636,28 @@ bool TNVToolLabelExchange::canWrite(const std::string& directory) const {
   return false;
 }
 
-std::unordered_set<std::size_t> TNVToolLabelExchange::leaveOutUnreadable(bool needsSizes,
-                                                                         const tnv::GoOn& goOn) {
+std::unordered_set<std::size_t> TNVToolLabelExchange::leaveOut(const tnv::LabelFormat& chosen,
+                                                               const tnv::GoOn& goOn) {
   std::unordered_set<std::size_t> leftOut;
+  const auto reject = [&](std::size_t place, const std::string& why, const char* reason) {
+    const tnv::LabelledPicture& picture = set.pictures[place];
+    leftOut.insert(place);
+    logFrom("write", "The picture '" + picture.path + "' " + why + " and is left out!");
+    for (const tnv::Label& label : picture.labels)
+      rejectedOnWayOut.push_back({picture.labelFile, label.line, reason});
+  };
   for (std::size_t i = 0; i < set.pictures.size() && goOn(); ++i) {
     tnv::LabelledPicture& picture = set.pictures[i];
     const bool isThere = canBeRead(picture.path);
-    if (isThere && needsSizes && picture.size.empty())
+    if (isThere && chosen.needsSizes && picture.size.empty())
       picture.size = tnv::pictureSize(picture.path);
-    if (isThere && (!needsSizes || !picture.size.empty())) continue;
-    leftOut.insert(i);
-    logFrom("write", "The picture '" + picture.path + "' cannot be read and is left out!");
-    for (const tnv::Label& label : picture.labels)
-      rejectedOnWayOut.push_back({picture.labelFile, label.line, "picture cannot be read"});
+    const std::string written =
+        writing.copy ? fs::path(picture.path).filename().string() : picture.path;
+    if (!isThere || (chosen.needsSizes && picture.size.empty())) {
+      reject(i, "cannot be read", "picture cannot be read");
+    } else if (!chosen.keepsName(written)) {
+      reject(i, "has a name that cannot be written", "name of the picture cannot be written");
+    }
   }
   return leftOut;
 }
@@ -664,7 +673,7 @@ bool TNVToolLabelExchange::write(const std::string& directory) {
   if (!canWrite(directory)) return false;
   tnv::LabelWriting manner = writing;
   manner.goOn = untilStopped();
-  const auto leftOut = leaveOutUnreadable(chosen->needsSizes, manner.goOn);
+  const auto leftOut = leaveOut(*chosen, manner.goOn);
   if (wasStopped("write")) return false;
   ExportPlace place(directory);
   if (!place.prepare()) return false;

@@ -9,6 +9,9 @@
 
 #include "tools/LabelSet.h"
 
+namespace tnv {
+struct LabelFormat;
+}
 class TNVDNNClass;
 class TNVTrainSet;
 
@@ -77,7 +80,7 @@ class TNVToolLabelExchange {
   /// With a log line if it was.
   bool wasStopped(std::string_view operation) const;
 
-  /// The places of the pictures that cannot be read; their labels are rejected. Finds sizes that
-  /// are needed and not known yet.
-  std::unordered_set<std::size_t> leaveOutUnreadable(bool needsSizes, const tnv::GoOn& goOn);
+  /// The places of the pictures that cannot be read, or whose names the format would not give back;
+  /// their labels are rejected. Finds sizes that are needed and not known yet.
+  std::unordered_set<std::size_t> leaveOut(const tnv::LabelFormat& chosen, const tnv::GoOn& goOn);
 };
