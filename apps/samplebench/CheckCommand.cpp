@@ -24,7 +24,8 @@ void checkPictureOf(const PictureRecord& record, Findings& findings) {
     findings.push_back({record.path, 0, rule, text});
   };
   if (!isFile(record.path)) {
-    report("missing-picture", "there is no such file; if it was moved, samplebench relink finds it");
+    report("missing-picture",
+           "there is no such file; if it was moved, samplebench relink finds it");
     return;
   }
   const auto size = pictureSize(record.path);
@@ -62,12 +63,12 @@ void runCheck(const Locations& locations, const std::string& projectName, Output
 
 void addCheckCommand(CLI::App& app, ProgramOptions& program) {
   const auto project = std::make_shared<std::string>();
-  auto* command =
-      addCommand(app, program,
-                 {"check",
-                  "Says which pictures of a project are missing, unreadable or of another size than "
-                  "before, and which of its own files are missing or damaged. Exit code 3 if any are.",
-                  "check parts"},
-                 [&program, project](Output& output) { runCheck(program.locations, *project, output); });
+  auto* command = addCommand(
+      app, program,
+      {"check",
+       "Says which pictures of a project are missing, unreadable or of another size than "
+       "before, and which of its own files are missing or damaged. Exit code 3 if any are.",
+       "check parts"},
+      [&program, project](Output& output) { runCheck(program.locations, *project, output); });
   addProjectArgument(*command, *project);
 }

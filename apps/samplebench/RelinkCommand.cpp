@@ -62,10 +62,9 @@ void report(const std::string& key, const std::string& noun, const Move& move,
   facts["found"] = static_cast<Json::UInt64>(outcome.found);
   facts["missing"] = missing;
   output.fact(key, facts);
-  output.say(counted(outcome.changed, noun) +
-             std::string(output.told(" now", " would be")) + " looked for in " + move.to + "; of all, " +
-             std::to_string(outcome.found) + " found, " + std::to_string(outcome.missing.size()) +
-             " not found");
+  output.say(counted(outcome.changed, noun) + std::string(output.told(" now", " would be")) +
+             " looked for in " + move.to + "; of all, " + std::to_string(outcome.found) +
+             " found, " + std::to_string(outcome.missing.size()) + " not found");
   if (!outcome.missing.empty()) output.setFindings();
 }
 
@@ -116,7 +115,8 @@ void addRelinkCommand(CLI::App& app, ProgramOptions& program) {
   auto* command = addWritingCommand(
       app, program,
       {"relink",
-       "Tells a project where its pictures are after their directory was moved, or where it is itself. "
+       "Tells a project where its pictures are after their directory was moved, or where it is "
+       "itself. "
        "Names those that are not found there. Exit code 3 if there are any.",
        "relink parts --pictures /home/me/photos=/media/disk/photos"},
       [&program, options](Output& output) { runRelink(program.locations, *options, output); });

@@ -1,5 +1,8 @@
 #include "tools/LabelFormats.h"
 
+#include <algorithm>
+
+#include "tools/LabelFiles.h"
 #include "tools/LabelsCoco.h"
 #include "tools/LabelsDarknet.h"
 #include "tools/LabelsVoc.h"
@@ -8,12 +11,33 @@ namespace tnv {
 
 namespace {
 
+/// Readers take a backslash for a slash, as it is meant where sets come from other systems.
+bool holdsAny(const std::string& name, std::string_view characters) {
+  return name.find_first_of(characters) != name.npos || name.find('\\') != name.npos;
+}
+
+/// JSON is UTF-8.
+bool keepsNameInCoco(const std::string& name) {
+  return !holdsAny(name, "") && isUtf8(name);
+}
+
+/// XML makes a carriage return a line feed, and readers take the blanks at both ends off.
+bool keepsNameInVoc(const std::string& name) {
+  return !holdsAny(name, "\r") && trimmed(name).size() == name.size();
+}
+
+/// A list has a picture a line.
+bool keepsNameInDarknet(const std::string& name) {
+  return !holdsAny(name, "\r\n");
+}
+
 /// Texts lie beside the labels of other formats too, so that Darknet comes last.
 constexpr LabelFormat kFormats[] = {
-    {"COCO", isCocoLabels, isCocoLabels, readCocoLabels, writeCocoLabels, true, true},
-    {"VOC", isVocLabels, isVocLabels, readVocLabels, writeVocLabels, true, false},
-    {"Darknet", holdsDarknetLabels, isDarknetLabels, readDarknetLabels, writeDarknetLabels, false,
-     false},
+    {"COCO", isCocoLabels, isCocoLabels, readCocoLabels, writeCocoLabels, keepsNameInCoco, true,
+     true},
+    {"VOC", isVocLabels, isVocLabels, readVocLabels, writeVocLabels, keepsNameInVoc, true, false},
+    {"Darknet", holdsDarknetLabels, isDarknetLabels, readDarknetLabels, writeDarknetLabels,
+     keepsNameInDarknet, false, false},
 };
 
 }  // namespace

@@ -17,6 +17,8 @@ struct LabelFormat {
   bool (*isSet)(const std::string& path);        ///< with labels, or at least as it looks
   std::optional<LabelSet> (*read)(const std::string& path, const LabelReading& reading);
   bool (*write)(const LabelSet& set, const std::string& directory, const LabelWriting& writing);
+  /// Whether what stands for a picture in the files, its path or the name of its copy, reads back.
+  bool (*keepsName)(const std::string& name);
   bool needsSizes;  ///< its positions are in pixels
   bool needsUtf8;   ///< other bytes cannot be told in it
 };

@@ -675,7 +675,7 @@ std::string TNVToolLabelExchange::whyLeftOut(tnv::LabelledPicture& picture,
   if (size.empty()) return kUnreadablePicture;
   if (picture.size.empty()) picture.size = size;
   const std::string told = writing.copy ? fs::path(picture.path).filename().string() : picture.path;
-  return chosen.needsUtf8 && !tnv::isUtf8(told) ? "name of the picture is no UTF-8" : "";
+  return chosen.keepsName(told) ? "" : "name of the picture cannot be written";
 }
 
 void TNVToolLabelExchange::leaveOut(const tnv::LabelFormat& chosen, const tnv::GoOn& goOn) {

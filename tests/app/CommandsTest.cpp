@@ -123,6 +123,12 @@ class ProgramCommands : public ProgramTest {
     succeed({"create", "zwei ü"});
     succeed({"class", "add", "zwei ü", "a ä", "b ü"});
     succeed({"import", "zwei ü", "Tag ü", "neue fotos ü"});
+    succeed({"create", removed});
+    succeed({"class", "add", removed, "a ä"});
+    for (const auto& [set, directory] :
+         {std::pair("Tag 1 ü", "fotos ü"), {"Tag 2 ü", "neue fotos ü"}, {"Tag 3 ü", "von hand ü"}})
+      succeed({"import", removed, set, directory});
+    succeed({"mark", removed, "b ild é.png", "Point", "0.5,0.5", "--class", "a ä"});
     for (const char* user : {"Ann é", "Bea ü"})
       succeed({"user", "create", user, "--users", "leu te ü"});
   }
@@ -144,6 +150,10 @@ class ProgramCommands : public ProgramTest {
         {"import", {project, "Tag 2 ü", "neue fotos ü"}},
         {"mark", {project, picture, "Rect", "0.1,0.1", "0.2,0.5", "--class", "Schraube groß"}},
         {"list", {project}},
+        {"remove mark", {removed, picture, "1"}},
+        {"remove picture", {removed, "c ü.png"}},
+        {"remove set", {removed, "Tag 3 ü"}},
+        {"remove project", {removed}},
         {"render", {project, picture, "-o", "ge sehen ü.png"}},
         {"magnify", {project, picture, "--at", "0.5,0.5", "-o", "groß er.png"}},
         {"crop", {project, picture, "-o", "aus ü/schnitt e"}},
@@ -190,6 +200,7 @@ class ProgramCommands : public ProgramTest {
   }
 
   static constexpr auto project = "mes pièces 1";
+  static constexpr auto removed = "drei ü";
 };
 
 }  // namespace

@@ -75,7 +75,8 @@ TEST_F(ProgramRelink, AProjectThatWasMovedWorksOnItsOwnFiles) {
   fs::copy(place / "projects/parts", place / "attic/parts", fs::copy_options::recursive);
   succeed({"relink", "parts", "--projects", "attic", "--project", "projects/parts=attic/parts"});
   const auto original = contents("projects");
-  succeed({"mark", "parts", "b.png", "Rect", "0,0", "0.5,0.5", "--class", "nut", "--projects", "attic"});
+  succeed({"mark", "parts", "b.png", "Rect", "0,0", "0.5,0.5", "--class", "nut", "--projects",
+           "attic"});
   EXPECT_EQ(contents("projects"), original);
   fs::remove_all(place / "projects");
   EXPECT_THAT(succeed({"list", "parts", "--projects", "attic"}),
@@ -103,10 +104,12 @@ TEST_F(ProgramCheck, WhatIsMissingOrDamagedIsNamed) {
     return result.out;
   };
   place.write("photos/b.png", "no picture");
-  EXPECT_THAT(findings(), HasSubstr(place / "photos/b.png" + std::string(": unreadable-picture: ")));
+  EXPECT_THAT(findings(),
+              HasSubstr(place / "photos/b.png" + std::string(": unreadable-picture: ")));
   fs::remove(place / "photos/b.png");
-  EXPECT_THAT(findings(), AllOf(HasSubstr(place / "photos/b.png" + std::string(": missing-picture: ")),
-                                HasSubstr("samplebench relink"), HasSubstr("1 finding")));
+  EXPECT_THAT(findings(),
+              AllOf(HasSubstr(place / "photos/b.png" + std::string(": missing-picture: ")),
+                    HasSubstr("samplebench relink"), HasSubstr("1 finding")));
   std::ofstream(recordA) << "<opencv_storage";
   EXPECT_THAT(findings(), HasSubstr(recordA + ": damaged-record: "));
   fs::remove(recordA);

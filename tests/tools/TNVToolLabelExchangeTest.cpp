@@ -14,8 +14,11 @@
 #include "marks/TNVMarkRect.h"
 #include "project/TNVTrainSet.h"
 #include "support/LogCapture.h"
+#include "support/Pictures.h"
 #include "support/ProjectBuilder.h"
+#include "support/TempDirectory.h"
 #include "tools/LabelTools.h"
+#include "tools/TNVToolLabelExchange.h"
 
 namespace fs = std::filesystem;
 
@@ -513,7 +516,7 @@ TEST_F(LabelExchange, WhatJsonCannotTellDoesNotGoOutAsCoco) {
     exchange.wSetCopy(copy);
     exchange.wSetFormat("COCO");
     ASSERT_TRUE(exchange.wWrite(out()));
-    EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"name of the picture is no UTF-8", 1}}));
+    EXPECT_EQ(exchange.wGetReasons(), (Reasons{{"name of the picture cannot be written", 1}}));
     exchange.wSetFormat("Darknet");
     ASSERT_TRUE(exchange.wWrite(out()));
     EXPECT_EQ(exchange.wGetRejected(), 0);
@@ -840,4 +843,77 @@ TEST_F(LabelExchange, WhyADirectoryCannotBeWrittenToIsTold) {
     EXPECT_THAT(log.lines(), ElementsAre("TNVToolLabelExchange::write: " + row.reason));
   }
   EXPECT_TRUE(exchange.wCanWrite(builder.temp / "new/deeper"));
+}
+
+namespace {
+
+struct OddName {
+  const char* what;
+  std::string name;
+};
+
+/// Names that a file system takes and formats of text may not give back.
+const std::vector<OddName> kOddNames{{"leading blank", " a.png"},
+                                     {"blank before the ending", "a .png"},
+                                     {"trailing blank in a directory", "dir /a.png"},
+                                     {"line feed", "a\nb.png"},
+                                     {"carriage return", "a\rb.png"},
+                                     {"tab", "a\tb.png"},
+                                     {"no UTF-8",
+                                      "a\xff\xfe"
+                                      "b.png"},
+                                     {"cut UTF-8", "a\xc3.png"},
+                                     {"control character",
+                                      "a\x01"
+                                      "b.png"},
+                                     {"markup", "a&<b>\"'.png"},
+                                     {"number sign", "#a.png"},
+                                     {"backslash", "a\\b.png"}};
+
+/// A set of one picture with one label.
+tnv::LabelSet setOf(const std::string& picture) {
+  tnv::LabelSet set;
+  set.classNames = {"screw"};
+  set.classNumbers = {0};
+  tnv::LabelledPicture only{picture, "", {}, {}};
+  tnv::FoundLabel label;
+  label.box = {0.25, 0.25, 0.5, 0.5};
+  set.take(only, label, false);
+  set.pictures = {only};
+  return set;
+}
+
+/// What became of a label on its way out and back: "came back", "rejected: why", or what was lost.
+std::string wayOfLabel(const std::string& format, bool copy, const std::string& name) {
+  const TempDirectory temp;
+  fs::create_directories(fs::path(temp / name).parent_path());
+  writePicture(temp / name, 64, 48);
+  TNVToolLabelExchange out;
+  out.setFormat(format);
+  out.writing.copy = copy;
+  out.set = setOf(temp / name);
+  if (!out.write(temp / "out")) return "was not written";
+  if (out.getRejected() == 1) return "rejected: " + out.rejectedOnWayOut.front().reason;
+  TNVToolLabelExchange back;
+  back.setFormat(format);
+  if (!back.read(temp / "out")) return "cannot be read";
+  if (back.getRejected() > 0) return "rejected on the way back: " + back.getRejections().front();
+  if (back.set.pictures.size() != 1 || back.set.pictures[0].labels.size() != 1) return "lost";
+  const std::string& path = back.set.pictures[0].path;
+  if (!fs::is_regular_file(path) || readFile(path) != readFile(temp / name))
+    return "another picture: " + path;
+  return "came back";
+}
+
+}  // namespace
+
+TEST(TNVToolLabelExchange, OddNamesOfPicturesComeBackOrAreRejectedWithAReason) {
+  constexpr auto rejected = "rejected: name of the picture cannot be written";
+  for (const std::string format : {"COCO", "Darknet", "VOC"}) {
+    for (const bool copy : {false, true}) {
+      for (const auto& [what, name] : kOddNames)
+        EXPECT_THAT(wayOfLabel(format, copy, name), testing::AnyOf("came back", rejected))
+            << format << (copy ? ", copied, " : ", ") << what;
+    }
+  }
 }
