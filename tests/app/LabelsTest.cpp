@@ -296,6 +296,21 @@ TEST_F(LabelsTest, CopiesComeBackIntoAnotherProject) {
   EXPECT_EQ(readFile(place / "again/classes.txt"), "screw\nnut\nbolt\n");
 }
 
+TEST_F(LabelsTest, AnExportToCocoCountsAllLabels) {
+  ASSERT_EQ(import().exitCode, 0);
+  succeed({"mark", "parts", "a.png", "Point", "0.5,0.5", "--class", "nut"});
+  const auto result = run({"labels", "export", "parts", "out", "--format", "COCO", "--json"});
+  EXPECT_EQ(result.exitCode, 3) << "a point has no size";
+  const Json::Value facts = parsed(result.out);
+  EXPECT_EQ(facts["pictures"].asInt(), 4);
+  EXPECT_EQ(facts["labels"]["found"].asInt(), 3);
+  EXPECT_EQ(facts["labels"]["exported"].asInt(), 2);
+  EXPECT_EQ(facts["labels"]["rejected"].asInt(), 1);
+  const Json::Value written = parsed(readFile(place / "out/annotations.json"));
+  EXPECT_EQ(written["images"].size(), 4U);
+  EXPECT_EQ(written["annotations"].size(), 2U);
+}
+
 TEST_F(LabelsTest, NamesAndPicturesMayLieElsewhere) {
   fs::rename(place / "in/obj.names", place / "names.txt");
   fs::rename(place / "in/images", place / "pictures");
