@@ -13,7 +13,7 @@ using Clock = std::chrono::steady_clock;
 
 /// Pairs of runs are added for this long, but there are so many at least and at most.
 constexpr std::chrono::milliseconds kTimeForAWorkload{1000};
-constexpr std::size_t kFewestPairs = 3;
+constexpr std::size_t kFewestPairs = 5;
 constexpr std::size_t kMostPairs = 2001;
 
 double millisecondsOf(const Side& side) {

@@ -169,7 +169,7 @@ constexpr int kColumns = 3;
 struct Panel {
   static constexpr int kLeft = 62;
   static constexpr int kTop = 28;
-  static constexpr int kRight = kPanelWidth - 12;
+  static constexpr int kRight = kPanelWidth - 24;
   static constexpr int kBottom = kPanelHeight - 30;
 
   double x(double size) const { return place(std::log10(size), columns, kLeft, kRight); }
@@ -267,7 +267,7 @@ constexpr auto kHowToRead =
     "library that reaches the same result; where files or pictures come out, those of both sides\n"
     "are compared before anything is measured. Both run in one process and take turns, for about "
     "a\n"
-    "second and three times at least, so that a slow moment of the machine meets both. Times are\n"
+    "second and five times at least, so that a slow moment of the machine meets both. Times are\n"
     "medians in milliseconds with the quartiles beside them; the ratio is that of the medians, "
     "and\n"
     "below 1 the library is the faster one. OpenCV itself is held to one thread on both sides; "
