@@ -7,6 +7,7 @@
 
 #include "CommandError.h"
 #include "ProgramRunner.h"
+#include "TNV_SampleBenchNative/WTNVProject.h"
 #include "support/Pictures.h"
 
 namespace fs = std::filesystem;

@@ -170,8 +170,9 @@ TEST_F(ProgramWeights, AFileIsFetchedFromAPortal) {
   PortalServer server;
   // By the command md5sum of the bytes that the server has.
   place.write("served", servedContent());
-  std::system(
-      ("md5sum < " + place / "served" + " | cut -c 1-32 | tr -d '\n' > " + place / "md5").c_str());
+  const auto command =
+      "md5sum < " + place / "served" + " | cut -c 1-32 | tr -d '\n' > " + place / "md5";
+  ASSERT_EQ(std::system(command.c_str()), 0);
   server.setReply(replyOf(offered("w.bin", std::to_string(servedContent().size()),
                                   server.address("/file"), readFile(place / "md5"))));
   const std::vector<std::string> where{"--address", server.listAddress(), "--directory", "weights"};

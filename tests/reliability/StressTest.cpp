@@ -46,7 +46,9 @@ void annotate(WTNVProject& project, int steps) {
     view.wSetZoomLevel(0.5 + 0.1 * (step % 10));
     view.wGetARImage(&pixels, &width, &height, &channels);
     view.wGetHelperImage(&pixels, &width, &height, &channels);
-    if (step % 10 == 9) EXPECT_TRUE(project.wUpdate(step % 20 == 19));
+    if (step % 10 == 9) {
+      EXPECT_TRUE(project.wUpdate(step % 20 == 19));
+    }
   }
 }
 
