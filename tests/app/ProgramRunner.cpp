@@ -60,7 +60,7 @@ RunningProgram::RunningProgram(const std::vector<std::string>& command,
 }
 
 bool RunningProgram::waitForError(const std::string& text) const {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(100);
   while (std::chrono::steady_clock::now() < deadline) {
     if (readFile(outputs / "err").find(text) != std::string::npos) return true;
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
