@@ -28,7 +28,7 @@ void fillByHand(const std::string& source, const std::string& target) {
   std::string text = readFile(source);
   for (auto at = text.find(kFence); at != text.npos; at = text.find(kFence, at)) {
     const auto end = text.find(kFence, at + kFence.size());
-    text.replace(at, end + kFence.size() - at, "7");
+    text.replace(at, end + kFence.size() - at, 1, '7');
   }
   std::ofstream(target + ".new", std::ios::binary) << text;
   fs::rename(target + ".new", target);
