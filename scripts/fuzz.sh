@@ -8,8 +8,8 @@ export seconds=${1:-1800}
 jobs=${JOBS:-$(nproc)}
 
 scripts/setup.sh
-cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --target fuzzers
+cmake --preset asan >/dev/null
+cmake --build --preset asan --target fuzzers
 
 # Beside the seeds of its own, what the project ships.
 shipped() {
@@ -28,7 +28,7 @@ fuzz() {
   local seeds=()
   [ -d "tests/fuzz/seeds/$target" ] && seeds+=("tests/fuzz/seeds/$target")
   # shellcheck disable=SC2046
-  if ! TMPDIR=$files build/fuzz/bin/fuzz_"$target" -max_total_time="$seconds" \
+  if ! TMPDIR=$files build/asan/bin/fuzz_"$target" -max_total_time="$seconds" \
     -timeout=25 -rss_limit_mb=2048 -max_len=16384 -print_final_stats=1 -dict=tests/fuzz/numbers.dict \
     -artifact_prefix="build/fuzz/findings/$target-" "$run/corpus" "${seeds[@]}" $(shipped "$target") \
     >"$run/log" 2>&1; then
@@ -44,5 +44,5 @@ fuzz() {
 }
 export -f fuzz shipped
 
-find build/fuzz/bin -name 'fuzz_*' -printf '%f\n' | sed 's/^fuzz_//' | sort |
+find build/asan/bin -name 'fuzz_*' -printf '%f\n' | sed 's/^fuzz_//' | sort |
   xargs -P "$jobs" -I{} bash -euo pipefail -c 'fuzz {}'

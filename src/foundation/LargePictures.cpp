@@ -1,6 +1,7 @@
 #include "foundation/LargePictures.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <mutex>
 #include <vector>
@@ -25,7 +26,7 @@ Kept& kept() {
 
 /// Whether nobody but the list holds the buffer. Under the lock nobody else can take it up again.
 bool isIdle(const cv::Mat& buffer) {
-  return CV_XADD(&buffer.u->refcount, 0) == 1;
+  return std::atomic_ref<int>(buffer.u->refcount).load(std::memory_order_acquire) == 1;
 }
 
 void dropOldestIdle(std::vector<cv::Mat>& buffers) {
