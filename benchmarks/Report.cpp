@@ -12,6 +12,7 @@
 #include <fstream>
 #include <functional>
 #include <sstream>
+#include <stdexcept>
 #include <thread>
 
 #include <sys/statfs.h>
@@ -262,28 +263,37 @@ void writePicture(std::ostream& output, const std::vector<Series>& all) {
 }
 
 constexpr auto kHowToRead =
-    "Each workload stands beside its twin, a loop of bare calls of OpenCV, OpenSSL or the "
-    "standard\n"
-    "library that reaches the same result; where files or pictures come out, those of both sides\n"
-    "are compared before anything is measured. Both run in one process and take turns, for about "
-    "a\n"
-    "second and five times at least, so that a slow moment of the machine meets both. Times are\n"
-    "medians in milliseconds with the quartiles beside them; the ratio is that of the medians, "
-    "and\n"
-    "below 1 the library is the faster one. OpenCV itself is held to one thread on both sides; "
-    "the\n"
-    "twin of a workload on two threads is the loop on one. Pictures are read from and files "
-    "written\n"
-    "to the place of temporary files. A ratio says more than a time, which holds for this machine\n"
-    "and this moment.\n\n";
+    R"(Each workload stands beside its twin, a loop of bare calls of OpenCV, OpenSSL or the standard
+library that reaches the same result; where files or pictures come out, those of both sides
+are compared before anything is measured. Both run in one process and take turns, for about a
+second and five times at least, so that a slow moment of the machine meets both. Times are
+medians in milliseconds with the quartiles beside them; the ratio is that of the medians, and
+below 1 the library is the faster one. OpenCV itself is held to one thread on both sides; the
+twin of a workload on two threads is the loop on one. Pictures are read from and files written
+to the place of temporary files. A ratio says more than a time, which holds for this machine
+and this moment.
+
+)";
+
+std::ofstream opened(const std::string& path) {
+  std::ofstream file(path);
+  if (!file) throw std::runtime_error("'" + path + "' cannot be written");
+  return file;
+}
+
+void finish(std::ofstream& file, const std::string& name) {
+  file.close();
+  if (!file) throw std::runtime_error("'" + name + "' was not written whole");
+}
 
 }  // namespace
 
 void writeReport(const std::string& directory, const Table& table, const std::string& fitQuality) {
   const std::vector<Series> series = growing(table.rows);
-  std::ofstream picture(directory + "/performance.svg");
+  std::ofstream picture = opened(directory + "/performance.svg");
   writePicture(picture, series);
-  std::ofstream output(directory + "/performance.md");
+  finish(picture, "performance.svg");
+  std::ofstream output = opened(directory + "/performance.md");
   output << "# Performance\n\n" << kHowToRead;
   writeMachine(output);
   output << "## What is asked for\n\n";
@@ -300,4 +310,5 @@ void writeReport(const std::string& directory, const Table& table, const std::st
   for (const Finding& finding : table.findings)
     output << "| " << finding.name << " | " << finding.text << " |\n";
   output << "\n```text" << fitQuality << "```\n";
+  finish(output, "performance.md");
 }

@@ -4,6 +4,9 @@
 #include <fstream>
 #include <memory>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "BenchProject.h"
 #include "Compare.h"
 #include "marks/TNVMarkRect.h"
@@ -79,6 +82,14 @@ void replaceBare(const std::string& path, const std::string& content) {
   fs::rename(path + ".new", path);
 }
 
+/// As a save does with a record on its own: what takes the place of a file is on the disk before.
+void replaceBareForGood(const std::string& path, const std::string& content) {
+  std::ofstream(path + ".new", std::ios::binary) << content;
+  const int file = open((path + ".new").c_str(), O_RDONLY | O_CLOEXEC);
+  requireSame(file >= 0 && fdatasync(file) == 0 && close(file) == 0, path);
+  fs::rename(path + ".new", path);
+}
+
 void saveBare(const Records& records, const std::string& directory) {
   const auto boxes = relativeBoxes(kMarks);
   for (const TNVTrainSet* trainSet : records.trainSets)
@@ -146,7 +157,7 @@ Pair makeRoundTrip(int marks) {
   };
   const auto bare = [=] {
     requireSame(readBare(barePath).size() == boxes.size(), "bare marks");
-    replaceBare(barePath, bareRecord(*first, boxes));
+    replaceBareForGood(barePath, bareRecord(*first, boxes));
   };
   product();
   requireSame(readFile(path) == readFile(barePath), path);
@@ -161,7 +172,9 @@ void addSaves(const Plan& plan) {
                   [=] { return makeRoundTrip(marks); });
   for (const bool full : {true, false}) {
     for (const int count : plan.sizes({1000, 10'000, 100'000})) {
-      addComparison(plan, {full ? "full save" : "quick save", count},
+      // Beside a twin that flushes nothing, a full save may take twice the time.
+      const double atMost = full ? 2.0 : 0;
+      addComparison(plan, {full ? "full save" : "quick save", count, atMost},
                     [=] { return makeSaves(count, full); });
     }
   }

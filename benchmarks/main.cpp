@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <regex>
@@ -48,6 +49,10 @@ int main(int count, char** arguments) {
   Plan plan;
   plan.smoke = takeFlag(count, arguments, "--smoke").has_value();
   const auto report = takeFlag(count, arguments, "--report=");
+  if (report && !std::filesystem::is_directory(*report)) {
+    std::cerr << "benchmarks: there is no directory '" << *report << "' for the report\n";
+    return 1;
+  }
   benchmark::Initialize(&count, arguments);
   if (benchmark::ReportUnrecognizedArguments(count, arguments)) return 1;
   // Otherwise "on one thread" would not be true of what OpenCV shares out by itself.

@@ -20,6 +20,7 @@ if(TNV_SANITIZE)
     # Instrumented code makes GCC see uninitialised values in the standard library; the other builds
     # keep this warning.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+  target_compile_definitions(tnv_options INTERFACE TNV_SANITIZED)
   target_link_options(tnv_options INTERFACE -fsanitize=${TNV_SANITIZE})
 endif()
 

@@ -23,8 +23,10 @@ fuzz() {
   local target=$1 run=build/fuzz/runs/$1
   local files
   # In memory where that can be: each input becomes a file.
-  files=$(mktemp -d -p "$([ -w /dev/shm ] && echo /dev/shm || echo "$PWD/build/fuzz")")
   mkdir -p "$run/corpus" build/fuzz/findings
+  files=$(mktemp -d -p "$([ -w /dev/shm ] && echo /dev/shm || echo "$PWD/build/fuzz")")
+  # shellcheck disable=SC2064
+  trap "rm -rf '$files'" EXIT
   local seeds=()
   [ -d "tests/fuzz/seeds/$target" ] && seeds+=("tests/fuzz/seeds/$target")
   # shellcheck disable=SC2046
@@ -34,10 +36,8 @@ fuzz() {
     >"$run/log" 2>&1; then
     echo "fuzz: $target failed:" >&2
     tail -40 "$run/log" >&2
-    rm -rf "$files"
     return 1
   fi
-  rm -rf "$files"
   awk -v target="$target" '/number_of_executed_units/ { runs = $2 } /cov:/ { covered = $0 }
     END { sub(/.*cov: /, "", covered); sub(/ .*/, "", covered)
           printf "%-10s %10d inputs, %6d places reached\n", target, runs, covered }' "$run/log"

@@ -110,12 +110,11 @@ class TNV_SAMPLEBENCH_API WTNVHandlerMark : public TNVHandlerMarkObserver {
   /// Fits the mark under design to the object that the chosen assist finds in the picture. The
   /// object lies within the mark, if that has an outline within its inner part, so that the mark
   /// can but shrink; a quarter of its size around it shows what the ground looks like. That takes
-  /// some ten milliseconds, and some
-  /// hundred for a mark over much of a picture of many megapixels, which has to be reduced first.
-  /// When something was found, the event of a designed mark comes. Otherwise the mark stays as it
-  /// is, without an event: with the assist "None", and, with a log line, without a mark under
-  /// design, without a readable picture, and for a mark that lies off the picture, is too small or
-  /// covers all of it.
+  /// some ten milliseconds, and some hundred for a mark over much of a picture of many megapixels,
+  /// which has to be reduced first. When something was found, the event of a designed mark comes.
+  /// Otherwise the mark stays as it is, without an event: with the assist "None", and, with a log
+  /// line, without a mark under design, without a readable picture, and for a mark that lies off
+  /// the picture, is too small or covers all of it.
   void wApplyAssistDesignMark();
 
   /// Calls for a fresh preview by the event of a designed mark, and does nothing else: no assist

@@ -75,7 +75,6 @@ constexpr auto kTree = R"(<?xml version="1.0"?>
 class MixedKinds : public ::testing::Test {
  protected:
   MixedKinds() {
-    builder.temp.write("augments/tree.xml", kTree);
     builder.withClasses({"first"});
     const auto pictures = picturesFor(builder);
     builder.project().wAddImagesToImageSet(pictures, std::vector<bool>(pictures.size(), true),
@@ -120,27 +119,16 @@ class MixedKinds : public ::testing::Test {
             (center.x + size.x / 2) * picture.width, (center.y + size.y / 2) * picture.height};
   }
 
-  std::string output() const { return builder.temp / "out/"; }
-
   bool generate() {
+    builder.withDarknet(kTree);
     WTNVProject& project = builder.project();
-    project.wSetGeneration("Darknet");
-    const WTNVGeneration generation = project.wGetGeneration();
-    const WTNVGenerationDarknet darknet(generation);
-    darknet.wSetSampleDirectory(output() + "images/");
-    darknet.wSetDarknetDataDirectory(output());
-    builder.temp.write("platforms/darknet/configs/data.tmp", "classes = 1\n");
-    builder.temp.write("platforms/darknet/nets/net.tmp", "width = 416\n");
-    generation.wSetTemplateData("configs", "data.tmp", {}, output() + "obj.data");
-    generation.wSetTemplateData("nets", "net.tmp", {}, output() + "net.cfg");
-    WTNVHandlerAugment augment = project.getHndAugment();
-    augment.wSetAugmentation("tree.xml");
-    return augment.wProcess(project.wGetTrainSets(), generation);
+    return project.getHndAugment().wProcess(project.wGetTrainSets(), project.wGetGeneration());
   }
 
   std::vector<Box> labelsOf(std::size_t sample) const {
     std::vector<Box> labels;
-    std::istringstream text(readFile(output() + "images/img_" + std::to_string(sample) + ".txt"));
+    std::istringstream text(
+        readFile(builder.outputDirectory() + "images/img_" + std::to_string(sample) + ".txt"));
     int number = 0;
     cv::Point2d center;
     cv::Point2d size;

@@ -20,7 +20,7 @@ using testing::UnorderedElementsAre;
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef TNV_SANITIZED
 constexpr bool kIsSanitized = true;
 #else
 constexpr bool kIsSanitized = false;

@@ -424,6 +424,17 @@ TEST(TNVContour, LineFromFarOutsideIsDrawnInNoTime) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
+TEST(TNVContour, LineThatEndsAPictureAwayIsDrawnAsItIs) {
+  // Cut nearer to the picture, slanted lines would be drawn some pixels differently.
+  for (const int away : {1100, 1500, 1900}) {
+    cv::Mat expected = blackPicture(2000, 1200);
+    cv::Mat seen = expected.clone();
+    cv::line(expected, {1234, 345}, {-away, 777}, {10, 20, 30}, 1, cv::LINE_AA);
+    TNVContour::drawLine(seen, {1234, 345}, {-away, 777}, {10, 20, 30}, 1);
+    EXPECT_TRUE(samePixels(expected, seen)) << away;
+  }
+}
+
 TEST(TNVContour, DashedLineIsDrawnDashByDash) {
   for (const int thickness : {0, 1, 3}) {
     cv::Mat seen = blackPicture(40, 9);
@@ -463,23 +474,30 @@ TEST(TNVContour, SmallDashedCircleDrawsNothing) {
 }
 
 TEST(TNVContour, DashedEllipseIsAPolygonOfOnePointForFourPixels) {
-  const cv::RotatedRect ellipse({60.5F, 50.25F}, {80.0F, 40.0F}, 30.7F);
-  Points outline;
-  cv::Point2f corners[4];
-  ellipse.points(corners);
-  const double a = cv::norm(corners[3] - corners[0]) / 2;
-  const double b = cv::norm(corners[0] - corners[1]) / 2;
-  EXPECT_NEAR(a, 40, 1e-4);
-  EXPECT_NEAR(b, 20, 1e-4);
-  cv::ellipse2Poly(cv::Point2d(60.5, 50.25), cv::Size2d(a, b), 30, 0, 360, 1, outline);
-  // Half axes 40 and 20 have a perimeter of 193.77, a quarter of which is 48.44.
-  const Points polygon = TNVContour::consistentDevidePointLine(outline, 48);
-  cv::Mat expected = blackPicture(120, 100);
-  TNVContour::drawDashedPolyline(expected, polygon, {10, 20, 30}, 7, 3, 1, true);
-  cv::Mat seen = blackPicture(120, 100);
-  TNVContour::drawDashedEllipse(seen, ellipse, {10, 20, 30}, 1);
-  EXPECT_TRUE(samePixels(expected, seen));
-  EXPECT_GT(cv::countNonZero(seen.reshape(1)), 0);
+  struct Case {
+    cv::Size2f axes;
+    int points;
+  };
+  // By Ramanujan's second formula half axes 40 and 20 have a perimeter of 193.77, 80 and 4 one of
+  // 321.54.
+  for (const Case& each : {Case{{80.0F, 40.0F}, 48}, Case{{160.0F, 8.0F}, 80}}) {
+    const cv::RotatedRect ellipse({100.5F, 90.25F}, each.axes, 30.7F);
+    Points outline;
+    cv::Point2f corners[4];
+    ellipse.points(corners);
+    const double a = cv::norm(corners[3] - corners[0]) / 2;
+    const double b = cv::norm(corners[0] - corners[1]) / 2;
+    EXPECT_NEAR(a, each.axes.width / 2, 1e-4);
+    EXPECT_NEAR(b, each.axes.height / 2, 1e-4);
+    cv::ellipse2Poly(cv::Point2d(100.5, 90.25), cv::Size2d(a, b), 30, 0, 360, 1, outline);
+    const Points polygon = TNVContour::consistentDevidePointLine(outline, each.points);
+    cv::Mat expected = blackPicture(200, 180);
+    TNVContour::drawDashedPolyline(expected, polygon, {10, 20, 30}, 7, 3, 1, true);
+    cv::Mat seen = blackPicture(200, 180);
+    TNVContour::drawDashedEllipse(seen, ellipse, {10, 20, 30}, 1);
+    EXPECT_TRUE(samePixels(expected, seen)) << each.points;
+    EXPECT_GT(cv::countNonZero(seen.reshape(1)), 0);
+  }
 }
 
 TEST(TNVContour, HostileDashedFiguresAreDrawnInNoTime) {
@@ -748,6 +766,19 @@ TEST(TNVContour, LongOutlineThatHardlyCrossesItselfIsFilled) {
   cv::Mat mask(100000, 6, CV_8UC1, cv::Scalar(0));
   TNVContour::fillContourMask(mask, outline, cv::Scalar(255));
   EXPECT_EQ(cv::countNonZero(mask), 400000);
+}
+
+TEST(TNVContour, AsManyCornersAsADrawnLineHasAreFilledOnLargeViews) {
+  for (const int height : {1080, 2160, 4320}) {
+    const std::vector<cv::Point> outline = zigzag(999, 0, height - 1);
+    cv::Mat seen(height, 3840, CV_8UC1, cv::Scalar(0));
+    TNVContour::fillContourMask(seen, outline, cv::Scalar(255));
+    cv::Mat expected(height, 3840, CV_8UC1, cv::Scalar(0));
+    cv::drawContours(expected, std::vector<std::vector<cv::Point>>{outline}, 0, cv::Scalar(255), -1,
+                     8);
+    EXPECT_TRUE(samePixels(expected, seen)) << height;
+    EXPECT_GT(cv::countNonZero(seen), 0);
+  }
 }
 
 TEST(TNVContour, OutlineThatWouldTakeMinutesToFillIsLeftOut) {

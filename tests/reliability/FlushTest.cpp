@@ -16,6 +16,12 @@ namespace {
 
 /// What the process asked the system for, in order, by file names.
 std::vector<std::string> calls;
+std::mutex callsMutex;
+
+void note(const std::string& call) {
+  const std::lock_guard lock(callsMutex);
+  calls.push_back(call);
+}
 
 template <class Function>
 Function* systemsOwn(const char* name) {
@@ -32,17 +38,17 @@ std::string fileNameOf(int number) {
 
 // These stand before the system's own.
 extern "C" [[gnu::visibility("default")]] int fdatasync(int file) {
-  calls.push_back("flush " + fileNameOf(file));
+  note("flush " + fileNameOf(file));
   return systemsOwn<int(int)>("fdatasync")(file);
 }
 
 extern "C" [[gnu::visibility("default")]] int syncfs(int file) noexcept {
-  calls.push_back("flush all");
+  note("flush all");
   return systemsOwn<int(int)>("syncfs")(file);
 }
 
 extern "C" [[gnu::visibility("default")]] int rename(const char* from, const char* to) noexcept {
-  calls.push_back("rename " + std::filesystem::path(to).filename().string());
+  note("rename " + std::filesystem::path(to).filename().string());
   return systemsOwn<int(const char*, const char*)>("rename")(from, to);
 }
 

@@ -15,7 +15,7 @@ namespace {
 constexpr int kWidth = 640;
 constexpr int kHeight = 480;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef TNV_SANITIZED
 /// Sanitizers keep what was freed for a while.
 constexpr std::size_t kKept = std::size_t{512} << 20;
 #else

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -52,17 +54,69 @@ void annotate(WTNVProject& project, int steps) {
   }
 }
 
-/// Generates again and again until it is told to end; others stop its runs.
-void generate(WTNVProject& project, const std::atomic<bool>& ends, int& runs) {
+constexpr auto kTree = R"(<?xml version="1.0"?>
+<opencv_storage>
+<TaskTree>
+  <SubTasks>2</SubTasks>
+  <Task_0><Name>Default</Name><Save>1</Save><SubTasks>0</SubTasks></Task_0>
+  <Task_1><Name>Default</Name><Save>1</Save><SubTasks>0</SubTasks></Task_1>
+</TaskTree>
+</opencv_storage>
+)";
+constexpr int kSamples = 2 * kPictures;
+
+void markEachPicture(WTNVProject& project) {
+  WTNVMainProcess process(&project, nullptr);
+  auto pictures = process.getHndTrainSet();
+  auto marks = process.getHndMark();
+  for (int i = 0; i < kPictures; ++i) {
+    ASSERT_TRUE(marks.designMark({{0.2, 0.2}, {0.6, 0.7}}, "Rect", project.wGetDNNClasses()));
+    ASSERT_TRUE(marks.addDesignedMark());
+    pictures.wSetTrainSetForward(1);
+  }
+}
+
+long samplesOf(const ProjectBuilder& builder) {
+  const std::filesystem::directory_iterator files(builder.outputDirectory() + "images/");
+  return std::count_if(begin(files), end(files),
+                       [](const auto& entry) { return entry.path().extension() == ".jpg"; });
+}
+
+struct Runs {
+  int complete = 0;
+  int stopped = 0;
+};
+
+/// Generates again and again, until it is told to end and has seen runs of both kinds; others stop
+/// its runs.
+Runs generate(ProjectBuilder& builder, const std::atomic<bool>& ends) {
+  WTNVProject& project = builder.project();
   auto augment = project.getHndAugment();
-  for (bool parallel = false; !ends; parallel = !parallel, ++runs) {
+  Runs runs;
+  for (bool parallel = false; !ends || runs.complete == 0 || runs.stopped == 0;
+       parallel = !parallel) {
     const auto trainSets = project.wGetTrainSets();
-    if (parallel) {
-      augment.wProcessParallel(trainSets, project.wGetGeneration(), 2);
-    } else {
-      augment.wProcess(trainSets, project.wGetGeneration());
+    const bool complete = parallel
+                              ? augment.wProcessParallel(trainSets, project.wGetGeneration(), 2)
+                              : augment.wProcess(trainSets, project.wGetGeneration());
+    ++(complete ? runs.complete : runs.stopped);
+    if (complete) {
+      EXPECT_EQ(samplesOf(builder), kSamples);
     }
   }
+  return runs;
+}
+
+/// Stops runs soon after they began, and lets others come to their end.
+int stopNowAndThen(WTNVProject& project, const std::atomic<bool>& ends) {
+  auto augment = project.getHndAugment();
+  int stops = 0;
+  for (; !ends; ++stops) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1 << stops % 11));
+    augment.wProcessStop();
+    augment.wProcessIsStopped();
+  }
+  return stops;
 }
 
 }  // namespace
@@ -73,28 +127,23 @@ TEST(Stress, OneProjectIsAnnotatedWhileAnotherOneIsGeneratedFrom) {
   annotated.withPictures(pictureNames()).withClasses({"nut"});
   ASSERT_TRUE(annotated.project().wUpdate(true));
   ProjectBuilder generated("generated");
-  generated.withPictures(pictureNames()).withClasses({"nut"});
+  generated.withPictures(pictureNames()).withClasses({"nut"}).withDarknet(kTree);
+  markEachPicture(generated.project());
   ASSERT_TRUE(generated.project().wUpdate(true));
 
-  std::atomic<bool> ends{false};
-  int runs = 0;
+  std::atomic<bool> annotationEnds{false};
+  std::atomic<bool> generationEnds{false};
+  Runs runs;
   int stops = 0;
-  std::thread generator([&] { generate(generated.project(), ends, runs); });
-  std::thread stopper([&] {
-    auto augment = generated.project().getHndAugment();
-    for (; !ends; ++stops) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(3 + stops % 20));
-      augment.wProcessStop();
-      augment.wProcessIsStopped();
-    }
-  });
+  std::thread generator([&] { runs = generate(generated, annotationEnds); });
+  std::thread stopper([&] { stops = stopNowAndThen(generated.project(), generationEnds); });
   const int steps = repeats(200);
   annotate(annotated.project(), steps);
-  ends = true;
+  annotationEnds = true;
   generator.join();
+  generationEnds = true;
   stopper.join();
 
-  EXPECT_GT(runs, 0);
   EXPECT_GT(stops, 0);
   std::size_t marks = 0;
   for (const WTNVTrainSet& record : annotated.reopened().wGetTrainSets()) {
@@ -104,5 +153,6 @@ TEST(Stress, OneProjectIsAnnotatedWhileAnotherOneIsGeneratedFrom) {
   // One of each second step; those after the last save do not count.
   EXPECT_EQ(marks, static_cast<std::size_t>(steps / 10 * 5));
   RecordProperty("steps", steps);
-  RecordProperty("runs", runs);
+  RecordProperty("complete", runs.complete);
+  RecordProperty("stopped", runs.stopped);
 }

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "TNV_SampleBenchNative/WTNVGeneration.h"
+#include "TNV_SampleBenchNative/WTNVGenerationDarknet.h"
+#include "TNV_SampleBenchNative/WTNVHandlerAugment.h"
+
 ProjectBuilder::ProjectBuilder(const std::string& projectName) : name(projectName) {
   temp.makeDirectory("projects");
   temp.makeDirectory("platforms");
@@ -39,5 +43,20 @@ ProjectBuilder& ProjectBuilder::withClasses(const std::vector<std::string>& name
   for (const std::string& className : names) {
     EXPECT_TRUE(project().wAddDNNClass(className, -1, -1).isValid());
   }
+  return *this;
+}
+
+ProjectBuilder& ProjectBuilder::withDarknet(const std::string& taskTree) {
+  temp.write("augments/tree.xml", taskTree);
+  temp.write("platforms/darknet/configs/data.tmp", "classes = 1\n");
+  temp.write("platforms/darknet/nets/net.tmp", "width = 416\n");
+  project().wSetGeneration("Darknet");
+  const WTNVGeneration generation = project().wGetGeneration();
+  const WTNVGenerationDarknet darknet(generation);
+  darknet.wSetSampleDirectory(outputDirectory() + "images/");
+  darknet.wSetDarknetDataDirectory(outputDirectory());
+  generation.wSetTemplateData("configs", "data.tmp", {}, outputDirectory() + "obj.data");
+  generation.wSetTemplateData("nets", "net.tmp", {}, outputDirectory() + "net.cfg");
+  project().getHndAugment().wSetAugmentation("tree.xml");
   return *this;
 }

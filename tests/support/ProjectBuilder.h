@@ -29,6 +29,10 @@ class ProjectBuilder {
                                const std::string& set = "set");
   ProjectBuilder& withClasses(const std::vector<std::string>& names);
 
+  /// Generates for Darknet into `outputDirectory`, samples below its `images/`, by this task tree.
+  ProjectBuilder& withDarknet(const std::string& taskTree);
+  std::string outputDirectory() const { return temp / "out/"; }
+
   std::string projectDirectory() const { return temp / "projects/" + name + "/"; }
   std::string settingsPath() const { return projectDirectory() + name + ".cfg"; }
 
