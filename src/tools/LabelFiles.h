@@ -24,9 +24,6 @@ std::string asDirectory(const std::string& path);
 /// The text without the byte order mark that some editors put before UTF-8.
 std::string_view withoutByteOrderMark(std::string_view text);
 
-/// Whether the bytes are characters in UTF-8.
-bool isUtf8(std::string_view text);
-
 /// The text without blanks, tabs and carriage returns at both ends.
 std::string_view trimmed(std::string_view text);
 

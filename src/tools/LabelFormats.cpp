@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "foundation/Utf8.h"
 #include "tools/LabelFiles.h"
 #include "tools/LabelsCoco.h"
 #include "tools/LabelsDarknet.h"

@@ -16,6 +16,7 @@
 #include "foundation/Log.h"
 #include "foundation/PictureHead.h"
 #include "foundation/Platform.h"
+#include "foundation/Utf8.h"
 #include "generation/RunGuard.h"
 #include "marks/TNVMarkPolyLine.h"
 #include "marks/TNVMarkRect.h"
