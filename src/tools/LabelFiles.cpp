@@ -12,6 +12,7 @@
 #include "foundation/Log.h"
 #include "foundation/PictureHead.h"
 #include "foundation/Utf8.h"
+#include "tools/ExportPlace.h"
 
 namespace tnv {
 
@@ -20,7 +21,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kExportLeftovers = ".label-export.";
 constexpr std::string_view kCopyInWork = ".copy.part";
 
 /// File systems take names of 255 bytes. With a number behind it, an extension and what marks a
@@ -220,12 +220,6 @@ bool hasPictureExtension(const std::string& path) {
 
 bool isPictureFile(const std::string& path) {
   return isFile(path) && (hasPictureExtension(path) || !pictureSize(path).empty());
-}
-
-std::string exportedFormat(const std::string& directory) {
-  const auto mark = readFile(asDirectory(directory) + std::string(kExportMark));
-  const std::string_view text = mark ? *mark : std::string_view();
-  return std::string(text.substr(0, text.find('\n')));
 }
 
 std::optional<std::string> pictureAt(const std::string& path) {

@@ -76,12 +76,6 @@ bool hasPictureExtension(const std::string& path);
 bool isPictureFile(const std::string& path);
 std::optional<std::string> pictureAt(const std::string& path);
 
-/// Lies in the directory of an export and names its format, so that a later one may take its place.
-constexpr std::string_view kExportMark = ".label-export";
-
-/// The format of the export in the directory; empty if there is none that was finished.
-std::string exportedFormat(const std::string& directory);
-
 bool isFile(const std::string& path);
 
 /// What is the same for all paths of a file; the path itself if nothing is there.

@@ -12,6 +12,7 @@
 #include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "foundation/TNVDirectory.h"
+#include "tools/ExportPlace.h"
 #include "tools/LabelFiles.h"
 #include "tools/LabelNames.h"
 

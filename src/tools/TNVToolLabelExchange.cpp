@@ -22,6 +22,7 @@
 #include "marks/TNVMarkRect.h"
 #include "project/TNVDNNClass.h"
 #include "project/TNVTrainSet.h"
+#include "tools/ExportPlace.h"
 #include "tools/LabelFiles.h"
 #include "tools/LabelFormats.h"
 
@@ -37,16 +38,6 @@ using Classes = TNVToolLabelExchange::Classes;
 constexpr double kSamePlace = 1e-6;
 
 constexpr std::size_t kFewestCorners = 3;
-
-/// Where a new export comes together, and where the earlier one waits while it takes its place.
-/// Readers pass over names that begin so.
-constexpr std::string_view kStaging = ".label-export.next";
-constexpr std::string_view kRetired = ".label-export.former";
-
-/// All that an export of any format puts into its directory.
-constexpr std::string_view kExportEntries[] = {"labels",       "images",          "JPEGImages",
-                                               "Annotations",  "classes.txt",     "data.yaml",
-                                               "pictures.txt", "annotations.json"};
 
 constexpr auto kUnreadablePicture = "picture cannot be read";
 
@@ -337,163 +328,6 @@ class MarkReader {
   std::unordered_map<int, long long> places;
 };
 
-bool isEmpty(const fs::path& directory) {
-  std::error_code error;
-  return fs::is_empty(directory, error) && !error;
-}
-
-bool isExport(const fs::path& directory) {
-  std::error_code error;
-  return fs::is_regular_file(directory / tnv::kExportMark, error);
-}
-
-/// The directory of the export that a path may be of.
-fs::path exportOf(const std::string& path) {
-  std::error_code error;
-  return fs::is_directory(path, error) ? fs::path(path) : fs::path(path).parent_path();
-}
-
-bool isTooLong(const fs::path& path) {
-  std::error_code error;
-  const fs::file_status status = fs::status(path, error);
-  return !fs::exists(status) && error == std::errc::filename_too_long;
-}
-
-/// Why a directory cannot be one to write to; empty if it is one, or could be made.
-std::string whyNoDirectory(const std::string& directory) {
-  if (directory.empty()) return "No directory was given!";
-  fs::path present;  // the lowest directory on the way that exists
-  bool isThere = true;
-  for (const fs::path& part : fs::path(tnv::absolutePicturePath(directory))) {
-    const fs::path next = present / part;
-    if (isTooLong(next)) return "'" + part.string() + "' is too long a name!";
-    std::error_code error;
-    const fs::file_status status = fs::status(next, error);
-    if (!isThere || status.type() == fs::file_type::not_found) {
-      isThere = false;
-    } else if (!fs::status_known(status)) {
-      return "'" + next.string() + "' cannot be used: " + error.message();
-    } else if (!fs::is_directory(status)) {
-      return "'" + next.string() + "' is a file, no directory!";
-    } else {
-      present = next;
-    }
-  }
-  if (isTooLong(directory)) return "'" + directory + "' is too long a path!";
-  if (!tnv::mayWriteTo(present.string()))
-    return "There are no rights to write to '" + present.string() + "'!";
-  if (isThere && !isEmpty(present) && !isExport(present))
-    return "'" + directory + "' holds files that are no earlier export!";
-  return {};
-}
-
-/// The directory of an export. A new one comes together out of sight, and takes the place of the
-/// earlier one when it is whole; otherwise all is left as it was.
-class ExportPlace {
- public:
-  explicit ExportPlace(const std::string& directory)
-      : root(directory), staging(root / kStaging), retired(root / kRetired) {}
-
-  ExportPlace(const ExportPlace&) = delete;
-  ExportPlace& operator=(const ExportPlace&) = delete;
-
-  ~ExportPlace() {
-    std::error_code error;
-    fs::remove_all(staging, error);
-    if (!isMarkedAnew) return;
-    fs::remove(root / tnv::kExportMark, error);
-    for (const fs::path& directory : made)
-      fs::remove(directory, error);
-  }
-
-  /// False, with a log line, if nothing can be written there.
-  bool prepare() {
-    noteMissing();
-    if (!tnv::makeDirectory(root.string(), kWho)) return false;
-    isMarkedAnew = !isExport(root);
-    // Marked first, so that what is left of a run that was killed can be replaced.
-    if (isMarkedAnew && !mark({})) return false;
-    restore();
-    std::error_code error;
-    fs::remove_all(staging, error);
-    return tnv::makeDirectory(staging.string(), kWho);
-  }
-
-  std::string newExport() const { return tnv::asDirectory(staging.string()); }
-
-  /// False, with a log line, if the earlier export stayed.
-  bool replace(const std::string& format) {
-    if (!tnv::makeDirectory(retired.string(), kWho)) return false;
-    if (!moveAll(root, retired) || !markRetired() || !moveAll(staging, root) || !mark(format)) {
-      restore();
-      return false;
-    }
-    isMarkedAnew = false;
-    // Under the name of what nobody needs it goes, however far that comes.
-    std::error_code error;
-    fs::remove_all(staging, error);
-    fs::rename(retired, staging, error);
-    return true;
-  }
-
- private:
-  static constexpr std::string_view kWho = "TNVToolLabelExchange::write";
-
-  void noteMissing() {
-    std::error_code error;
-    for (fs::path path = tnv::absolutePicturePath(root.string());
-         !path.empty() && !fs::exists(path, error) && !error; path = path.parent_path()) {
-      if (path.has_filename()) made.push_back(path);
-    }
-  }
-
-  bool mark(const std::string& format) const {
-    return tnv::writeWhole((root / tnv::kExportMark).string(), format + "\n", kWho);
-  }
-
-  /// The earlier export is out of the way, with its mark: all entries in place are new from here
-  /// on.
-  bool markRetired() const {
-    return tnv::writeWhole((retired / tnv::kExportMark).string(),
-                           tnv::exportedFormat(root.string()) + "\n", kWho);
-  }
-
-  /// Moves what belongs to an export. False, with a log line, at the first entry that cannot be.
-  static bool moveAll(const fs::path& from, const fs::path& to) {
-    for (const std::string_view entry : kExportEntries) {
-      std::error_code error;
-      if (!fs::exists(fs::symlink_status(from / entry, error))) continue;
-      fs::rename(from / entry, to / entry, error);
-      if (!error) continue;
-      logFrom("write", "Could not move '" + (from / entry).string() + "': " + error.message());
-      return false;
-    }
-    return true;
-  }
-
-  /// Puts an export back that was on its way out, and takes away what came in its place.
-  void restore() const {
-    std::error_code error;
-    if (!fs::is_directory(retired, error)) return;
-    const bool isOut = isExport(retired);
-    for (const std::string_view entry : kExportEntries) {
-      // What was not on its way out yet is still in place.
-      const bool isRetired = fs::exists(fs::symlink_status(retired / entry, error));
-      if (!isOut && !isRetired) continue;
-      fs::remove_all(root / entry, error);
-      if (isRetired) fs::rename(retired / entry, root / entry, error);
-    }
-    if (isOut) fs::rename(retired / tnv::kExportMark, root / tnv::kExportMark, error);
-    fs::remove(retired, error);
-  }
-
-  fs::path root;
-  fs::path staging;
-  fs::path retired;
-  std::vector<fs::path> made;  ///< directories that did not exist, the lowest first
-  bool isMarkedAnew = false;
-};
-
 bool canBeRead(const std::string& file) {
   std::error_code error;
   return fs::is_regular_file(file, error) && std::ifstream(file).good();
@@ -591,9 +425,9 @@ bool TNVToolLabelExchange::read(const std::string& path) {
                           : "There is nothing at '" + path + "'!");
     return false;
   }
-  if (fs::exists(exportOf(path) / kRetired, error)) {
-    logFrom("read", "An export to '" + exportOf(path).string() +
-                        "' was interrupted, export there again before reading!");
+  if (const std::string place = tnv::exportOf(path); tnv::wasInterrupted(place)) {
+    logFrom("read",
+            "An export to '" + place + "' was interrupted, export there again before reading!");
     return false;
   }
   const tnv::LabelFormat* chosen = formatOf(path);
@@ -654,7 +488,7 @@ int TNVToolLabelExchange::addMarks(const TrainSets& trainSets, const Classes& cl
 }
 
 bool TNVToolLabelExchange::canWrite(const std::string& directory) const {
-  if (const std::string reason = whyNoDirectory(directory); !reason.empty()) {
+  if (const std::string reason = tnv::whyNoDirectory(directory); !reason.empty()) {
     logFrom("write", reason);
     return false;
   }
@@ -721,7 +555,7 @@ bool TNVToolLabelExchange::write(const std::string& directory) {
   manner.goOn = untilStopped();
   const tnv::LabelFormat* chosen = prepareWriting(directory, manner.goOn);
   if (!chosen) return false;
-  ExportPlace place(directory);
+  tnv::ExportPlace place(directory);
   if (!place.prepare()) return false;
   const bool isWhole = leftOut.empty()
                            ? chosen->write(set, place.newExport(), manner)
