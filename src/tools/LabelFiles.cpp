@@ -231,6 +231,11 @@ bool isFile(const std::string& path) {
   return fs::is_regular_file(path, error);
 }
 
+bool isDirectory(const std::string& path) {
+  std::error_code error;
+  return fs::is_directory(path, error);
+}
+
 std::string realPath(const std::string& path) {
   std::error_code error;
   const fs::path real = fs::canonical(path, error);

@@ -77,6 +77,7 @@ bool isPictureFile(const std::string& path);
 std::optional<std::string> pictureAt(const std::string& path);
 
 bool isFile(const std::string& path);
+bool isDirectory(const std::string& path);
 
 /// What is the same for all paths of a file; the path itself if nothing is there.
 std::string realPath(const std::string& path);
