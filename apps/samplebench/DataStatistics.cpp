@@ -23,13 +23,13 @@ class Counter {
     seen.clear();
     ++statistics.pictures;
     if (size.empty()) {
-      ++statistics.unreadable;
       statistics.unreadablePictures.push_back(path);
     } else {
       ++statistics.pictureSizes[{size.width, size.height}];
     }
   }
 
+  /// `dnnClass` is a place in the list of classes; one behind its end for none of them.
   void add(std::size_t dnnClass, const cv::Rect2d& box) {
     ++boxes;
     if (size.empty()) return;
@@ -70,14 +70,23 @@ cv::Rect2d scaled(const cv::Rect2d& box, cv::Size size) {
           box.height * size.height};
 }
 
-std::vector<std::string> namesOf(const SetLayout& layout) {
+/// Class names with the numbers that labels have for them.
+struct ClassNames {
   std::vector<std::string> names;
-  if (!layout.description.empty())
-    return WTNVToolLabelExchange::wReadDescription(layout.description, "names");
-  if (layout.namesFile.empty()) return names;
-  for (const auto& line : readTextFile(layout.namesFile).lines)
-    names.push_back(trimmed(line));
-  return names;
+  std::vector<int> numbers;
+};
+
+ClassNames namesOf(const SetLayout& layout) {
+  ClassNames classes;
+  if (!layout.description.empty()) {
+    WTNVToolLabelExchange::wReadClassNames(layout.description, classes.names, classes.numbers);
+  } else if (!layout.namesFile.empty()) {
+    for (const auto& line : readTextFile(layout.namesFile).lines)
+      classes.names.push_back(trimmed(line));
+    classes.numbers.resize(classes.names.size());
+    std::iota(classes.numbers.begin(), classes.numbers.end(), 0);
+  }
+  return classes;
 }
 
 std::vector<cv::Rect2d> plainBoxes(const ClassStatistics& dnnClass) {
@@ -90,7 +99,7 @@ std::vector<cv::Rect2d> plainBoxes(const ClassStatistics& dnnClass) {
 void writeTotals(std::ostream& page, const DataStatistics& statistics) {
   page << "<table class=\"totals\">\n<thead><tr><th>Pictures</th><th>Unreadable</th><th>Without "
           "boxes</th><th>Boxes</th><th>Without class</th></tr></thead>\n<tbody><tr><td>"
-       << statistics.pictures << "</td><td>" << statistics.unreadable << "</td><td>"
+       << statistics.pictures << "</td><td>" << statistics.unreadablePictures.size() << "</td><td>"
        << statistics.withoutBoxes << "</td><td>" << statistics.boxCount() << "</td><td>"
        << statistics.withoutClass << "</td></tr></tbody>\n</table>\n";
 }
@@ -155,17 +164,25 @@ std::vector<std::string> picturesOf(const SetLayout& layout) {
 DataStatistics setStatistics(const SetLayout& layout, const std::vector<std::string>& pictures,
                              const PictureStep& step) {
   DataStatistics statistics;
-  for (const auto& name : namesOf(layout))
-    statistics.classes.push_back({name, 0, {}});
+  const auto classes = namesOf(layout);
+  std::map<std::size_t, std::size_t> placesByNumber;
+  for (std::size_t i = 0; i < classes.names.size(); ++i) {
+    statistics.classes.push_back({classes.names[i], 0, {}});
+    placesByNumber.emplace(static_cast<std::size_t>(classes.numbers[i]), i);
+  }
+  const auto placeOf = [&](std::size_t number) {
+    const auto place = placesByNumber.find(number);
+    return place == placesByNumber.end() ? classes.names.size() : place->second;
+  };
   Findings ignored;
-  LabelPlaces places(ignored);
+  LabelPlaces labels(ignored);
   Counter counter(statistics);
   for (const auto& picture : pictures) {
     const auto size = pictureSize(picture);
     counter.beginPicture(picture, size);
-    for (const auto& line : readTextFile(places.labelOf(picture)).lines) {
+    for (const auto& line : readTextFile(labels.labelOf(picture)).lines) {
       if (const auto label = parseLabelLine(line)) {
-        counter.add(label->classNumber, scaled(label->box, size));
+        counter.add(placeOf(label->classNumber), scaled(label->box, size));
       } else if (!trimmed(line).empty()) {
         ++statistics.badLines;
       }

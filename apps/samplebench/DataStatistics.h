@@ -20,8 +20,8 @@ struct ClassStatistics {
 struct DataStatistics {
   std::string title;
   std::size_t pictures = 0;
+  /// Those whose size is unknown; their boxes do not count.
   std::vector<std::string> unreadablePictures;
-  std::size_t unreadable = 0;    ///< pictures whose size is unknown; their boxes do not count
   std::size_t withoutBoxes = 0;  ///< pictures
   std::size_t badLines = 0;      ///< of label texts, that are no labels
   std::size_t withoutClass = 0;  ///< marks of no class, labels of none that has a name

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 
+#include "ClaimedDirectory.h"
 #include "ClassCommand.h"
 #include "CommandError.h"
 #include "CommandLine.h"
@@ -48,9 +49,12 @@ struct Material {
 };
 
 bool isEarlierDemo(const fs::path& directory) {
-  const auto isOurs = [](const fs::directory_entry& entry) {
-    const auto name = entry.path().filename().string();
-    return std::find(entries.begin(), entries.end(), name) != entries.end();
+  // Of a demo that was killed while it wrote the set.
+  const auto lockFile = platform::lockFileOf(directory / "set").filename();
+  const auto isOurs = [&](const fs::directory_entry& entry) {
+    const auto name = entry.path().filename();
+    return name == lockFile ||
+           std::find(entries.begin(), entries.end(), name.string()) != entries.end();
   };
   return fs::is_regular_file(directory / "projects" / projectName / "demo.cfg") &&
          std::all_of(fs::directory_iterator(directory), fs::directory_iterator(), isOurs);
@@ -219,12 +223,10 @@ void runDemo(const Locations& locations, const DemoOptions& options, Output& out
     return;
   }
   const platform::InterruptCatcher catcher;
-  makeDirectory(directory.string());
   // What another one has written until now would look like files of the user.
-  const platform::DirectoryLock lock(directory);
-  if (!lock.isOurs())
-    throw CommandError("another command works in '" + directory.string() +
-                       "'; nothing was changed, try again when it is done");
+  const ClaimedDirectory claim(directory, platform::DirectoryLock::Kind::staying);
+  claim.requireOurs();
+  makeDirectory(directory.string());
   requireFreeOrEarlier(directory);
   clearDirectory(directory);
 

@@ -6,8 +6,10 @@
 #include <set>
 #include <unordered_set>
 
+#include "ClaimedDirectory.h"
 #include "CommandError.h"
 #include "CommandLine.h"
+#include "Interrupt.h"
 #include "Numbers.h"
 #include "OutputFile.h"
 #include "PictureFile.h"
@@ -134,28 +136,35 @@ void setDarknet(const WTNVGenerationDarknet& darknet, const GenerateOptions& opt
   darknet.wSetAbsolutePathInFiles(!options.relativePaths);
 }
 
-// Without its lists a set would not be known as ours by the next run.
+// Samples without lists are of no use. The next run would clear them away, others must not take
+// them for a set.
 void removePartialSet(const TrainingSetPaths& paths) {
   fs::remove_all(paths.samples);
   fs::remove(paths.sources);
+}
+
+// The library clears the directory when it begins, but not if it refuses to.
+bool hasEarlierSet(const TrainingSetPaths& paths) {
+  return fs::exists(paths.trainList) || fs::exists(paths.sources);
 }
 
 void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSetPaths& paths,
              SampleSources& sources, int jobs, Output& output) {
   const auto trainSets = project.wGetTrainSets();
   Progress progress(trainSets.size(), output);
-  const WatchedRun<WTNVHandlerAugment> run(handler, progress, [&](std::size_t place) {
+  WatchedRun<WTNVHandlerAugment> run(handler, progress, [&](std::size_t place) {
     sources.add(trainSets[place].getImagePath());
-    // The library clears the directory when it begins. By this file a set is known as ours even
-    // if the run is cut short before it has its lists.
+    // By this file a set is known as ours even if the run is cut short before it has its lists.
     if (place == 0) sources.write(paths.sources);
   });
   handler.setCBGenerationUpdate(run.onUpdate);
-  const auto complete = handler.wProcessParallel(trainSets, project.wGetGeneration(), jobs);
+  const auto complete = run.complete(
+      [&] { return handler.wProcessParallel(trainSets, project.wGetGeneration(), jobs); });
   handler.setCBGenerationUpdate(nullptr);
   progress.finish();
   if (complete) return;
-  if (progress.done() > 0) removePartialSet(paths);
+  if (progress.done() > 0 || !hasEarlierSet(paths)) removePartialSet(paths);
+  run.throwFailure();
   if (run.wasStopped())
     throw CommandError("interrupted after " + counted(progress.done(), "picture") +
                            "; the partial training set was removed, and an earlier set there "
@@ -254,10 +263,14 @@ TrainingSetPaths prepareSet(WTNVProject& project, const Locations& locations,
 
 GenerateResult generateSet(WTNVProject& project, const Locations& locations,
                            const GenerateOptions& options, Output& output) {
-  const auto paths = prepareSet(project, locations, options, output);
-  auto handler = project.getHndAugment();
-  // A set without its lists would not be known as ours by the next run.
+  // What is half done has to be cleared away.
   const platform::InterruptCatcher catcher;
+  // First, for what another one has written until now looks like files of the user.
+  const ClaimedDirectory claim(options.output, platform::DirectoryLock::Kind::replaced);
+  claim.requireOurs();
+  const auto paths = prepareSet(project, locations, options, output);
+  stopIfInterrupted();
+  auto handler = project.getHndAugment();
   const auto grouping = parseGrouping(options.keepTogether);
   const auto seed = options.seed ? options.seed : earlierSeed(paths, grouping);
   SampleSources sources(paths.samples);

@@ -58,7 +58,8 @@ struct GenerateResult {
 };
 
 /// Writes a training set of a project that is open. All is checked before anything is deleted.
-/// Throws CommandError, with the exit code of an interrupt if the user stops the run.
+/// Throws CommandError, with the exit code of an interrupt if the user stops the run, and if
+/// another command writes to the same place.
 GenerateResult generateSet(WTNVProject& project, const Locations& locations,
                            const GenerateOptions& options, Output& output);
 

@@ -62,12 +62,12 @@ ImportResult addPictures(WTNVProject& project, const std::string& set,
 namespace {
 
 // A picture in two sets is two records, and work on one is not seen in the other.
-std::size_t inOtherSets(const WTNVProject& project, const ImportOptions& options, Output& output) {
+std::size_t inOtherSets(const WTNVProject& project, const std::string& set,
+                        const std::vector<std::string>& pictures, Output& output) {
+  if (project.wGetImageSets().size() < 2) return 0;
   std::unordered_set<std::string> others;
   for (const auto& picture : readPictures(project, output))
-    if (picture.set != options.set && !picture.path.empty())
-      others.insert(absolutePath(picture.path));
-  const auto pictures = picturesIn(project, options.directory, options.recursive);
+    if (picture.set != set && !picture.path.empty()) others.insert(absolutePath(picture.path));
   return static_cast<std::size_t>(
       std::count_if(pictures.begin(), pictures.end(),
                     [&](const auto& picture) { return others.contains(absolutePath(picture)); }));
@@ -76,9 +76,10 @@ std::size_t inOtherSets(const WTNVProject& project, const ImportOptions& options
 void runImport(const Locations& locations, const ImportOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
-  const auto result = importPictures(*project, options.set, options.directory, options.recursive);
+  const auto pictures = picturesIn(*project, options.directory, options.recursive);
+  const auto result = addPictures(*project, options.set, pictures);
   saveProject(*project, true, output);
-  const auto elsewhere = inOtherSets(*project, options, output);
+  const auto elsewhere = inOtherSets(*project, options.set, pictures, output);
   output.fact("set", options.set);
   output.fact("added", static_cast<Json::UInt64>(result.added));
   output.fact("alreadyThere", static_cast<Json::UInt64>(result.alreadyThere));

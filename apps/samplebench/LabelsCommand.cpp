@@ -1,9 +1,11 @@
 #include "LabelsCommand.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 #include <unordered_set>
 
+#include "ClaimedDirectory.h"
 #include "ClassCommand.h"
 #include "CommandError.h"
 #include "CommandLine.h"
@@ -316,6 +318,10 @@ void takeMarks(WTNVToolLabelExchange& exchange, const LabelsOptions& options,
 
 void writeLabels(WTNVToolLabelExchange& exchange, const LabelsOptions& options,
                  std::size_t pictures, Output& output) {
+  // A dry run keeps nobody out.
+  std::optional<ClaimedDirectory> claim;
+  if (!output.isDryRun())
+    claim.emplace(options.path, platform::DirectoryLock::Kind::staying).requireOurs();
   // Each picture is looked at, its labels are written, and it may be copied.
   const ExchangeWatch watch(exchange, pictures, options.copy ? 3 : 2, output);
   const bool isDone =

@@ -99,9 +99,7 @@ void requireWritable(const std::string& file, const WTNVProject& project,
 
 void requireDirectoryPlace(const std::string& directory) {
   std::error_code error;
-  auto place = fs::path(absolutePath(directory));
-  while (!fs::exists(place, error) && place.has_relative_path())
-    place = place.parent_path();
+  const auto place = lowestExisting(directory);
   if (!fs::is_directory(place, error)) refuseDirectory(directory);
   if (!platform::canWriteIn(place))
     throw CommandError("'" + place.string() +

@@ -10,6 +10,7 @@
 #else
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -39,6 +40,17 @@ void onInterrupt(int number) {
 
 }  // namespace
 
+std::filesystem::path lockFileOf(const std::filesystem::path& directory) {
+  std::error_code error;
+  auto path = std::filesystem::absolute(directory, error).lexically_normal();
+  if (!path.has_filename()) path = path.parent_path();
+  if (error || !path.has_filename()) return {};
+  std::filesystem::path name(".");
+  name += path.filename();
+  name += ".lock";
+  return path.parent_path() / name;
+}
+
 #ifdef _WIN32
 
 std::filesystem::path executableDirectory() {
@@ -66,11 +78,11 @@ struct DirectoryLock::State {
   }
 };
 
-DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
+DirectoryLock::DirectoryLock(const std::filesystem::path& directory, Kind)
     : state(std::make_unique<State>()) {
   // A file of its own, which goes with the handle: a directory would be closed to this program,
-  // too.
-  state->handle = CreateFileW((directory / ".lock").c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+  // too. It lies beside the directory, which is to look empty while it is, and may be removed.
+  state->handle = CreateFileW(lockFileOf(directory).c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
                               FILE_FLAG_DELETE_ON_CLOSE, nullptr);
   state->isHeldElsewhere =
       state->handle == INVALID_HANDLE_VALUE && GetLastError() == ERROR_SHARING_VIOLATION;
@@ -92,20 +104,72 @@ bool canWriteIn(const std::filesystem::path& directory) {
   return faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
-struct DirectoryLock::State {
+namespace {
+
+/// What lies at a path, locked.
+class LockedPath {
+ public:
+  LockedPath() = default;
+  ~LockedPath() { release(); }
+  LockedPath(const LockedPath&) = delete;
+  LockedPath& operator=(const LockedPath&) = delete;
+
+  /// False if another program has it. Nothing is locked, which is no failure, if it cannot be
+  /// opened.
+  bool take(const std::filesystem::path& path, int flags) {
+    // What was opened may be gone from there by the time it is locked.
+    constexpr int mostTries = 10;
+    for (int i = 0; i < mostTries; ++i) {
+      descriptor = open(path.c_str(), flags | O_CLOEXEC, 0666);
+      if (descriptor < 0) return true;
+      if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
+      if (liesAt(path)) return true;
+      release();
+    }
+    return true;
+  }
+
+  bool isOpen() const { return descriptor >= 0; }
+
+ private:
+  bool liesAt(const std::filesystem::path& path) const {
+    struct stat opened = {};
+    struct stat there = {};
+    return fstat(descriptor, &opened) == 0 && stat(path.c_str(), &there) == 0 &&
+           opened.st_dev == there.st_dev && opened.st_ino == there.st_ino;
+  }
+
+  void release() {
+    if (descriptor >= 0) close(descriptor);
+    descriptor = -1;
+  }
+
   int descriptor = -1;
+};
+
+}  // namespace
+
+struct DirectoryLock::State {
+  LockedPath directory;
+  LockedPath file;
+  std::filesystem::path ownFile;
   bool isHeldElsewhere = false;
 
   ~State() {
-    if (descriptor >= 0) close(descriptor);
+    // While it is locked: who opens it from here on makes another.
+    if (!ownFile.empty()) unlink(ownFile.c_str());
   }
 };
 
-DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
+DirectoryLock::DirectoryLock(const std::filesystem::path& directory, Kind kind)
     : state(std::make_unique<State>()) {
-  state->descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (state->descriptor < 0) return;
-  state->isHeldElsewhere = flock(state->descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  if (kind == Kind::replaced) {
+    const auto file = lockFileOf(directory);
+    state->isHeldElsewhere = !state->file.take(file, O_RDWR | O_CREAT);
+    if (state->isHeldElsewhere) return;
+    if (state->file.isOpen()) state->ownFile = file;
+  }
+  state->isHeldElsewhere = !state->directory.take(directory, O_RDONLY | O_DIRECTORY);
 }
 
 #endif

@@ -16,11 +16,20 @@ bool errorsGoToTerminal();
 /// without trying.
 bool canWriteIn(const std::filesystem::path& directory);
 
+/// The file that stands for a directory, beside it, while that is locked and there is need of one.
+/// Empty for the root.
+std::filesystem::path lockFileOf(const std::filesystem::path& directory);
+
 /// Keeps a directory for this program while it lives. Others notice if they ask for such a lock;
 /// it goes with the program, however that ends.
 class DirectoryLock {
  public:
-  explicit DirectoryLock(const std::filesystem::path& directory);
+  /// One that stays is locked itself. For one that is removed and made anew meanwhile, a file
+  /// beside it is locked, too: it goes with the lock, but stays behind, to no harm, when the
+  /// program is killed.
+  enum class Kind { staying, replaced };
+
+  explicit DirectoryLock(const std::filesystem::path& directory, Kind kind = Kind::staying);
   ~DirectoryLock();
   DirectoryLock(const DirectoryLock&) = delete;
   DirectoryLock& operator=(const DirectoryLock&) = delete;

@@ -6,6 +6,7 @@
 
 #include <opencv2/core.hpp>
 
+#include "ClaimedDirectory.h"
 #include "CommandError.h"
 #include "Platform.h"
 
@@ -71,11 +72,7 @@ void requireNewProject(const Locations& locations, const std::string& name) {
     throw CommandError("project '" + name + "' is there already in " + locations.projects +
                        "; choose another name");
   requireStorable("the name of a project", name);
-  auto place = fs::path(locations.projects).parent_path();
-  std::error_code error;
-  while (!fs::exists(place, error) && place.has_relative_path())
-    place = place.parent_path();
-  if (!platform::canWriteIn(place))
+  if (!platform::canWriteIn(lowestExisting(locations.projects)))
     throw CommandError("project '" + name + "' cannot be made in " + locations.projects +
                        "; use a directory that can be written to");
 }
@@ -87,35 +84,15 @@ namespace {
                      "'; nothing was changed, try again when it is done");
 }
 
-// A directory that is there while it lives, and goes again if nothing was put into it.
-struct ClaimedDirectory {
-  explicit ClaimedDirectory(fs::path directory) : path(std::move(directory)) {
-    std::error_code error;
-    fs::create_directories(path.parent_path(), error);
-    isNew = fs::create_directory(path, error);
-  }
-
-  ~ClaimedDirectory() {
-    std::error_code error;
-    if (isNew) fs::remove(path, error);
-  }
-
-  ClaimedDirectory(const ClaimedDirectory&) = delete;
-  ClaimedDirectory& operator=(const ClaimedDirectory&) = delete;
-
-  fs::path path;
-  bool isNew = false;
-};
-
 }  // namespace
 
 std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
   requireNewProject(locations, name);
   const platform::InterruptCatcher catcher;
   // Of several commands that make it at once one wins; the others meet its lock or its project.
-  const ClaimedDirectory directory(fs::path(locations.projects) / name);
-  const platform::DirectoryLock lock(directory.path);
-  if (!lock.isOurs()) refuseBusy(name);
+  const ClaimedDirectory directory(fs::path(locations.projects) / name,
+                                   platform::DirectoryLock::Kind::staying);
+  if (!directory.isOurs()) refuseBusy(name);
   requireNewProject(locations, name);
   auto project = projectAt(locations, name);
   if (!project->wCreate())
@@ -255,12 +232,17 @@ std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& outp
   return pictures;
 }
 
+const PictureRecord* firstDamaged(const std::vector<PictureRecord>& records) {
+  const auto isDamaged = [](const PictureRecord& record) {
+    return !record.damage.empty() && !record.damage.ends_with(isMissing);
+  };
+  const auto found = std::find_if(records.begin(), records.end(), isDamaged);
+  return found == records.end() ? nullptr : &*found;
+}
+
 void requireWholeRecords(const WTNVProject& project) {
-  for (const auto& record : readRecords(project)) {
-    // With a file that is gone nothing is lost any more.
-    if (!record.damage.empty() && !record.damage.ends_with(isMissing))
-      throw CommandError(record.damage + whatToDo);
-  }
+  const auto records = readRecords(project);
+  if (const auto* damaged = firstDamaged(records)) throw CommandError(damaged->damage + whatToDo);
 }
 
 fs::path projectDirectory(const WTNVProject& project) {
@@ -277,6 +259,14 @@ bool liesWithin(const fs::path& path, const fs::path& directory) {
 
 std::string absolutePath(const std::string& path) {
   return fs::absolute(path).lexically_normal().generic_string();
+}
+
+fs::path lowestExisting(const std::string& place) {
+  std::error_code error;
+  auto path = fs::path(absolutePath(place));
+  while (!fs::exists(path, error) && path.has_relative_path())
+    path = path.parent_path();
+  return path;
 }
 
 namespace {

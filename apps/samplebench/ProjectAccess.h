@@ -75,8 +75,11 @@ std::vector<PictureRecord> readRecords(const WTNVProject& project);
 /// The same, and those that cannot be read are noted.
 std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& output);
 
-/// Throws CommandError, which names the file, if a record is damaged or empty. One that is missing
-/// is none.
+/// The first record that is damaged or empty; null if there is none. One that is missing is none:
+/// nothing is lost with it any more.
+const PictureRecord* firstDamaged(const std::vector<PictureRecord>& records);
+
+/// Throws CommandError, which names the file, if a record is damaged or empty.
 void requireWholeRecords(const WTNVProject& project);
 
 /// The directory that holds the project's own files.
@@ -87,6 +90,10 @@ bool liesWithin(const std::filesystem::path& path, const std::filesystem::path& 
 
 /// The path from the root, without detours.
 std::string absolutePath(const std::string& path);
+
+/// The place itself, or the lowest directory above it that is there: what is made at the place
+/// begins there.
+std::filesystem::path lowestExisting(const std::string& place);
 
 /// Finds pictures of a project by path or by file name.
 class PictureIndex {

@@ -19,6 +19,9 @@ struct Outcome {
   std::size_t changed = 0;
   std::size_t found = 0;
   std::vector<std::string> missing;
+  /// Of those whose path the move changed.
+  std::size_t moved = 0;
+  std::size_t movedFound = 0;
 };
 
 bool isDirectory(const std::string& path) {
@@ -26,32 +29,64 @@ bool isDirectory(const std::string& path) {
   return std::filesystem::is_directory(path, error);
 }
 
-void count(const std::string& path, Outcome& outcome) {
-  if (isFile(path)) {
-    ++outcome.found;
-  } else {
-    outcome.missing.push_back(path);
+using Paths = std::vector<std::string>;
+
+Outcome outcomeOf(int changed, const Paths& before, const Paths& after) {
+  Outcome outcome;
+  outcome.changed = static_cast<std::size_t>(changed);
+  for (std::size_t i = 0; i < after.size(); ++i) {
+    const bool isFound = isFile(after[i]);
+    const bool isMoved = after[i] != before[i];
+    if (isMoved) ++outcome.moved;
+    if (isMoved && isFound) ++outcome.movedFound;
+    if (isFound) {
+      ++outcome.found;
+    } else {
+      outcome.missing.push_back(after[i]);
+    }
   }
+  return outcome;
+}
+
+Paths dataPaths(const std::vector<WTNVTrainSet>& trainSets) {
+  Paths paths;
+  for (const auto& trainSet : trainSets)
+    paths.push_back(trainSet.wGetDataPath());
+  return paths;
+}
+
+Paths picturePaths(const std::vector<WTNVTrainSet>& trainSets) {
+  Paths paths;
+  for (const auto& trainSet : trainSets)
+    paths.push_back(trainSet.getImagePath());
+  return paths;
 }
 
 Outcome relinkTrainSets(WTNVProject& project, const Move& move) {
-  Outcome outcome;
-  outcome.changed = static_cast<std::size_t>(project.wRelinkTrainSets(move.from, move.to));
-  for (const auto& trainSet : project.wGetTrainSets())
-    count(trainSet.wGetDataPath(), outcome);
-  return outcome;
+  const auto trainSets = project.wGetTrainSets();
+  const auto before = dataPaths(trainSets);
+  const auto changed = project.wRelinkTrainSets(move.from, move.to);
+  return outcomeOf(changed, before, dataPaths(trainSets));
 }
 
 Outcome relinkPictures(WTNVProject& project, const Move& move) {
-  Outcome outcome;
-  outcome.changed = static_cast<std::size_t>(project.wRelinkPictures(move.from, move.to));
-  for (const auto& trainSet : project.wGetTrainSets())
-    if (trainSet.wLoadData()) count(trainSet.getImagePath(), outcome);
-  return outcome;
+  auto trainSets = project.wGetTrainSets();
+  // A record that is not there knows no picture.
+  std::erase_if(trainSets, [](const WTNVTrainSet& trainSet) { return !trainSet.wLoadData(); });
+  const auto before = picturePaths(trainSets);
+  const auto changed = project.wRelinkPictures(move.from, move.to);
+  return outcomeOf(changed, before, picturePaths(trainSets));
 }
 
-void report(const std::string& key, const std::string& noun, const Move& move,
-            const Outcome& outcome, Output& output) {
+struct Relinked {
+  std::string key;
+  std::string noun;
+  Move move;
+  Outcome outcome;
+};
+
+void report(const Relinked& relinked, Output& output) {
+  const auto& outcome = relinked.outcome;
   Json::Value missing(Json::arrayValue);
   for (const auto& path : outcome.missing) {
     missing.append(path);
@@ -61,17 +96,19 @@ void report(const std::string& key, const std::string& noun, const Move& move,
   facts["changed"] = static_cast<Json::UInt64>(outcome.changed);
   facts["found"] = static_cast<Json::UInt64>(outcome.found);
   facts["missing"] = missing;
-  output.fact(key, facts);
-  output.say(counted(outcome.changed, noun) + std::string(output.told(" now", " would be")) +
-             " looked for in " + move.to + "; of all, " + std::to_string(outcome.found) +
-             " found, " + std::to_string(outcome.missing.size()) + " not found");
+  output.fact(relinked.key, facts);
+  output.say(counted(outcome.changed, relinked.noun) +
+             std::string(output.told(" now", " would be")) + " looked for in " + relinked.move.to +
+             "; of all, " + std::to_string(outcome.found) + " found, " +
+             std::to_string(outcome.missing.size()) + " not found");
   if (!outcome.missing.empty()) output.setFindings();
 }
 
 void requireChange(const Outcome& outcome, const std::string& what, const Move& move) {
   if (outcome.changed == 0)
     throw CommandError("no " + what + " lies below '" + move.from + "'; nothing was changed");
-  if (outcome.found == 0)
+  // What lies elsewhere tells nothing of the move.
+  if (outcome.moved > 0 && outcome.movedFound == 0)
     throw CommandError("no " + what + " is there with '" + move.to + "' for '" + move.from +
                        "'; nothing was changed");
 }
@@ -82,20 +119,21 @@ void runRelink(const Locations& locations, const RelinkOptions& options, Output&
                        exitUsage);
   const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
+  std::vector<Relinked> done;
   if (!options.projectDirectory.empty()) {
     const auto move = parseMove(options.projectDirectory);
-    const auto outcome = relinkTrainSets(*project, move);
-    requireChange(outcome, "record of the project", move);
-    report("trainSets", "record", move, outcome, output);
+    done.push_back({"trainSets", "record", move, relinkTrainSets(*project, move)});
+    requireChange(done.back().outcome, "record of the project", move);
   }
   if (!options.pictures.empty()) {
     requireWholeRecords(*project);
     const auto move = parseMove(options.pictures);
-    const auto outcome = relinkPictures(*project, move);
-    requireChange(outcome, "picture", move);
-    report("pictures", "picture", move, outcome, output);
+    done.push_back({"pictures", "picture", move, relinkPictures(*project, move)});
+    requireChange(done.back().outcome, "picture", move);
   }
   saveProject(*project, true, output);
+  for (const auto& each : done)
+    report(each, output);
 }
 
 }  // namespace
@@ -116,8 +154,7 @@ void addRelinkCommand(CLI::App& app, ProgramOptions& program) {
       app, program,
       {"relink",
        "Tells a project where its pictures are after their directory was moved, or where it is "
-       "itself. "
-       "Names those that are not found there. Exit code 3 if there are any.",
+       "itself. Names those that are not found there. Exit code 3 if there are any.",
        "relink parts --pictures /home/me/photos=/media/disk/photos"},
       [&program, options](Output& output) { runRelink(program.locations, *options, output); });
   addProjectArgument(*command, options->project);

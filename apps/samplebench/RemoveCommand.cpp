@@ -1,6 +1,7 @@
 #include "RemoveCommand.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "CommandError.h"
@@ -23,25 +24,38 @@ struct RemoveOptions {
 
 constexpr auto filesStay = "; the picture files stay where they are";
 
-std::size_t marksOn(const std::vector<PictureRecord>& pictures) {
+// What goes, counted while it is there.
+struct Removal {
+  std::size_t pictures = 0;
   std::size_t marks = 0;
+};
+
+Removal countOf(const std::vector<PictureRecord>& pictures) {
+  Removal removal{pictures.size(), 0};
   for (const auto& picture : pictures)
-    marks += static_cast<std::size_t>(picture.trainSet.getMarkCount());
-  return marks;
+    removal.marks += static_cast<std::size_t>(picture.trainSet.getMarkCount());
+  return removal;
 }
 
 // A dry run is asked how many these are.
-void requireMarksAllowed(const RemoveOptions& options, std::size_t marks, const Output& output) {
-  if (marks == 0 || options.withMarks || output.isDryRun()) return;
-  throw CommandError(counted(marks, "mark") + " would be removed, too; --with-marks does that");
+Removal requireRemoval(const RemoveOptions& options, const std::vector<PictureRecord>& removed,
+                       const Output& output) {
+  const auto removal = countOf(removed);
+  if (options.withMarks || output.isDryRun()) return removal;
+  // How many marks it has does not show.
+  if (const auto* damaged = firstDamaged(removed))
+    throw CommandError(damaged->damage +
+                       "; restore that file, or remove it unread, with its marks, by --with-marks");
+  if (removal.marks > 0)
+    throw CommandError(counted(removal.marks, "mark") +
+                       " would be removed, too; --with-marks does that");
+  return removal;
 }
 
-void reportPictures(const std::vector<PictureRecord>& removed, const std::string& from,
-                    Output& output) {
-  const auto marks = marksOn(removed);
-  output.fact("pictures", static_cast<Json::UInt64>(removed.size()));
-  output.fact("marks", static_cast<Json::UInt64>(marks));
-  output.say(counted(removed.size(), "picture") + " with " + counted(marks, "mark") +
+void report(const Removal& removal, const std::string& from, Output& output) {
+  output.fact("pictures", static_cast<Json::UInt64>(removal.pictures));
+  output.fact("marks", static_cast<Json::UInt64>(removal.marks));
+  output.say(counted(removal.pictures, "picture") + " with " + counted(removal.marks, "mark") +
              std::string(output.told(" removed from ", " would be removed from ")) + from +
              filesStay);
 }
@@ -81,6 +95,15 @@ void runRemoveMark(const Locations& locations, const RemoveOptions& options, Out
              ", numbered from 1 without gaps");
 }
 
+// One call for each set: each of them goes through all the records of its set.
+void takeOut(WTNVProject& project, const std::vector<PictureRecord>& removed) {
+  std::map<std::string, std::vector<std::string>> pathsBySet;
+  for (const auto& picture : removed)
+    pathsBySet[picture.set].push_back(picture.path);
+  for (const auto& [set, paths] : pathsBySet)
+    project.wRemoveImagesFromImageSet(paths, set);
+}
+
 void runRemovePicture(const Locations& locations, const RemoveOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
@@ -92,11 +115,10 @@ void runRemovePicture(const Locations& locations, const RemoveOptions& options, 
   std::vector<PictureRecord> removed;
   for (const auto place : places)
     removed.push_back(pictures[place]);
-  requireMarksAllowed(options, marksOn(removed), output);
-  reportPictures(removed, "project " + options.project, output);
-  for (const auto& picture : removed)
-    project->wRemoveImagesFromImageSet({picture.path}, picture.set);
+  const auto removal = requireRemoval(options, removed, output);
+  takeOut(*project, removed);
   saveProject(*project, true, output);
+  report(removal, "project " + options.project, output);
 }
 
 void runRemoveSet(const Locations& locations, const RemoveOptions& options, Output& output) {
@@ -105,13 +127,10 @@ void runRemoveSet(const Locations& locations, const RemoveOptions& options, Outp
   requireChoice("set", options.set, project->wGetImageSets());
   auto removed = readPictures(*project, output);
   std::erase_if(removed, [&](const auto& picture) { return picture.set != options.set; });
-  requireMarksAllowed(options, marksOn(removed), output);
-  reportPictures(removed, "project " + options.project + " with set " + options.set, output);
-  std::vector<std::string> paths;
-  for (const auto& picture : removed)
-    paths.push_back(picture.path);
-  project->wRemoveImagesFromImageSet(paths, options.set);
+  const auto removal = requireRemoval(options, removed, output);
+  takeOut(*project, removed);
   saveProject(*project, true, output);
+  report(removal, "project " + options.project + " with set " + options.set, output);
 }
 
 // The library removes the directory of the project with all that is in it.
@@ -150,17 +169,17 @@ void runRemoveProject(const Locations& locations, const RemoveOptions& options, 
   const auto directory = projectDirectory(*project);
   requireNoPicturesWithin(directory, pictures);
   requireRemovable(directory);
-  requireMarksAllowed(options, marksOn(pictures), output);
+  const auto removal = requireRemoval(options, pictures, output);
   const auto files = filesBelow(directory);
   const platform::InterruptCatcher catcher;
   if (!output.isDryRun() && !project->wRemove())
     throw CommandError("project '" + options.project + "' cannot be removed: " + output.cause());
   output.fact("project", options.project);
   output.fact("files", static_cast<Json::UInt64>(files));
-  reportPictures(pictures,
-                 "project " + options.project + " with its directory " + directory.string() + " (" +
-                     counted(files, "file") + ")",
-                 output);
+  report(removal,
+         "project " + options.project + " with its directory " + directory.string() + " (" +
+             counted(files, "file") + ")",
+         output);
 }
 
 using RemoveRun = void (*)(const Locations&, const RemoveOptions&, Output&);
@@ -182,7 +201,7 @@ RemoveCommand add(CLI::App& remove, ProgramOptions& program, const CommandHelp& 
 
 void addWithMarks(const RemoveCommand& command) {
   command.app->add_flag("--with-marks", command.options->withMarks,
-                        "remove what has marks, and these with it");
+                        "remove what has marks, or a record that cannot be read");
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ void SampleSources::write(const std::string& file) const {
   for (std::size_t number = 0; number < sources.size(); ++number)
     stream << sampleName(number) << '\t' << sources[number] << '\n';
   stream.close();
-  if (!stream) throw CommandError("'" + file + "' cannot be written");
+  if (!stream) throw CommandError("'" + file + "' cannot be written; see that there is space");
 }
 
 std::vector<std::pair<std::string, std::string>> readSampleSources(const std::string& file) {

@@ -34,7 +34,6 @@ bool isProject(const Locations& locations, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-// In a set a page would replace a sample, or keep the next run from replacing the set.
 void requireNoForeignPage(const std::string& report) {
   std::error_code error;
   if (!std::filesystem::is_regular_file(report, error)) return;
@@ -43,6 +42,7 @@ void requireNoForeignPage(const std::string& report) {
                      "' is no report of ours and would be replaced; choose another file");
 }
 
+// In a set a page would replace a sample, or keep the next run from replacing the set.
 void requireOutside(const std::string& report, const std::string& set) {
   requireWritable(report);
   const std::filesystem::path path(set);
@@ -115,7 +115,7 @@ Cell pixels(double length) {
 
 void write(const DataStatistics& statistics, Output& output) {
   output.table("totals", {"pictures", "unreadable", "without boxes", "boxes", "without class"},
-               {{statistics.pictures, statistics.unreadable, statistics.withoutBoxes,
+               {{statistics.pictures, statistics.unreadablePictures.size(), statistics.withoutBoxes,
                  statistics.boxCount(), statistics.withoutClass}});
   Json::Value unreadable(Json::arrayValue);
   for (const auto& picture : statistics.unreadablePictures) {

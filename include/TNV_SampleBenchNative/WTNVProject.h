@@ -144,12 +144,19 @@ class TNV_SAMPLEBENCH_API WTNVProject {
   int wRemoveImagesFromImageSet(const std::vector<std::string>& images, const std::string& set);
 
   /// For pictures that were moved: those below the directory `from` are looked for below `to` from
-  /// now on. Reads the train sets' data, see `WTNVTrainSet::wLoadData`; a damaged file throws.
-  /// Returns the number of train sets that changed.
+  /// now on. Both are absolute paths of directories, with slashes of either kind; neither has to
+  /// exist, and no picture has to be there. Returns the number of train sets that changed: 0, with
+  /// a log line, if a path is empty. `wUpdate` saves the change.
+  ///
+  /// Train sets whose data are not in memory are read, as by `WTNVTrainSet::wLoadData`: one whose
+  /// file is missing stays as it is; a damaged file throws, and train sets before it have changed
+  /// then. No main process may use the project meanwhile.
   int wRelinkPictures(const std::string& from, const std::string& to);
 
   /// The same for the project's own files, which its lists name by their whole paths: for a project
-  /// whose directory was moved, to be called after `wLoad` and before `wRelinkPictures`.
+  /// whose directory was moved, to be called after `wLoad` and before `wRelinkPictures`. Train sets
+  /// are read from where their files are then, and throw alike. Only `wUpdate(true)` saves all of
+  /// the change, as it writes the lists. No main process may use the project meanwhile.
   int wRelinkTrainSets(const std::string& from, const std::string& to);
 
   /// Names of the image sets, sorted.

@@ -38,10 +38,11 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   static bool wReadClassNames(const std::string& file, std::vector<std::string>& names,
                               std::vector<int>& numbers);
 
-  /// What a `data.yaml` says under a key: the texts of a list or of a map of numbers, or a single
-  /// text. Under `train`, `val`, `valid` and `test` these are the absolute paths of directories and
-  /// lists of pictures, whether they exist or not. Empty if the file is none (extension yaml or
-  /// yml), cannot be read or does not have the key.
+  /// What a `data.yaml` says under a key: the texts of a list, or a single text, or those of a map
+  /// in the order of its numbers, which are not told; `wReadClassNames` tells those of classes.
+  /// Under `train`, `val`, `valid` and `test` these are the absolute paths of directories and lists
+  /// of pictures, whether they exist or not. Empty if the file is none (extension yaml or yml),
+  /// cannot be read or does not have the key.
   static std::vector<std::string> wReadDescription(const std::string& file, const std::string& key);
 
   /// The names of the formats, sorted.
@@ -113,9 +114,13 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   /// Writes the set in memory in the format chosen. The directory is made if it does not exist; an
   /// earlier export in it is replaced when the new one is whole, and stays as it is otherwise.
   /// False if no format was chosen, `wCanWrite` is false, something could not be written or copied,
-  /// or it was stopped. Pictures that cannot be read are left out, with a line in the log; their
-  /// labels count as rejected. So are, in COCO, pictures whose names are no UTF-8, which JSON
-  /// cannot tell; a class name that is none is a failure.
+  /// or it was stopped. A class name that is no UTF-8 is a failure in COCO, as JSON cannot tell it.
+  ///
+  /// Left out, with a line in the log, are pictures that cannot be read, and those whose name would
+  /// not read back. That is the file's name if pictures are copied, else the whole path. It may
+  /// hold no backslash; in COCO nothing but UTF-8; in VOC no carriage return, and no blank, tab or
+  /// feed at its ends; in Darknet neither carriage return nor line feed. The labels of pictures
+  /// left out count as rejected.
   bool wWrite(const std::string& directory);
 
   /// Looks at the pictures as `wWrite` would and counts what it would leave out, but writes
@@ -125,8 +130,8 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   /// The pictures that the last `wWrite` or `wTryWrite` left out, with labels and without.
   std::vector<std::string> wGetPicturesLeftOut() const;
 
-  /// Ends the `wRead`, `wReadMarks`, `wAddMarks` or `wWrite` that is under way before its next
-  /// picture. Without one it does nothing. For any thread, and for the callback.
+  /// Ends the `wRead`, `wReadMarks`, `wAddMarks`, `wWrite` or `wTryWrite` that is under way before
+  /// its next picture. Without one it does nothing. For any thread, and for the callback.
   void wProcessStop();
 
   /// Whether none of them is under way. For any thread.

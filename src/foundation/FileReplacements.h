@@ -23,8 +23,9 @@ class FileReplacements {
   FileReplacements& operator=(const FileReplacements&) = delete;
 
   /// False when the content could not be written; `ending` is not called then. It is called when
-  /// the file has taken its place, or has failed to. Links and permissions are treated as by
-  /// `replaceFile`.
+  /// the file has taken its place, or has failed to: by `commit`, or by a later call of this one,
+  /// which places all that are waiting first if they are 10,000, or if one of them has the same
+  /// target. Links and permissions are treated as by `replaceFile`.
   bool add(const std::string& path, std::string_view content, Ending ending = {});
 
   /// In the order of addition. False if one failed, since the last commit; its earlier file is

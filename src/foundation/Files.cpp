@@ -17,6 +17,11 @@ void reserveForFile(std::string& content, const std::string& path) {
   if (!error) content.reserve(size);
 }
 
+/// With forward slashes, and without doubled ones, "." and "..".
+std::string normalPath(const std::string& path) {
+  return fs::path(withForwardSlashes(path)).lexically_normal().string();
+}
+
 }  // namespace
 
 std::optional<std::string> readFile(const std::string& path) {
@@ -113,9 +118,10 @@ std::string withOneSlash(std::string path) {
 
 std::optional<std::string> movedPath(const std::string& path, const std::string& from,
                                      const std::string& to) {
-  const std::string before = withOneSlash(from);
-  if (!path.starts_with(before)) return std::nullopt;
-  return withOneSlash(to) + path.substr(before.size());
+  const std::string before = withOneSlash(normalPath(from));
+  const std::string normal = normalPath(path);
+  if (!normal.starts_with(before)) return std::nullopt;
+  return withOneSlash(normalPath(to)) + normal.substr(before.size());
 }
 
 bool isPlainName(std::string_view name) {

@@ -43,8 +43,9 @@ std::string withForwardSlashes(std::string path);
 /// The path with exactly one slash at its end.
 std::string withOneSlash(std::string path);
 
-/// Where a path leads after the directory `from` became the directory `to`. Nothing for a path that
-/// does not lie below `from`, which is that of a directory, as `to` is.
+/// Where a path leads after the directory `from` became the directory `to`: with forward slashes,
+/// and without doubled ones, "." and "..", which do not count in any of the three. Nothing for a
+/// path that does not lie below `from`. No directory may be empty, which would be the root.
 std::optional<std::string> movedPath(const std::string& path, const std::string& from,
                                      const std::string& to);
 

@@ -50,6 +50,13 @@ int plausibleCount(const std::string& list, int count) {
   return static_cast<int>(most);
 }
 
+/// False, with a log line, if a directory is empty, which would be taken for the root.
+bool isMove(const std::string& operation, const std::string& from, const std::string& to) {
+  if (!from.empty() && !to.empty()) return true;
+  tnv::logLine("TNVProject::" + operation + ": Directory must not be empty!");
+  return false;
+}
+
 std::vector<std::string> imageSetsOnDisk(const std::string& projectDirectory) {
   std::vector<std::string> sets;
   for (const std::string& directory : TNVDirectory::readDirectories(projectDirectory)) {
@@ -185,6 +192,7 @@ int TNVProject::removeImagesFromImageSet(const std::vector<std::string>& images,
 }
 
 int TNVProject::relinkPictures(const std::string& from, const std::string& to) {
+  if (!isMove("relinkPictures", from, to)) return 0;
   int count = 0;
   for (TNVTrainSet* trainSet : trainSetPointers()) {
     if (!trainSet->dataLoaded) trainSet->load();
@@ -194,6 +202,7 @@ int TNVProject::relinkPictures(const std::string& from, const std::string& to) {
 }
 
 int TNVProject::relinkTrainSets(const std::string& from, const std::string& to) {
+  if (!isMove("relinkTrainSets", from, to)) return 0;
   int count = 0;
   for (TNVTrainSet* trainSet : trainSetPointers())
     if (trainSet->relinkRecord(from, to)) ++count;
@@ -288,7 +297,7 @@ bool TNVProject::_saveImageSet(const std::string& set, ImageSet& trainSets) {
     if (!isReplaced)
       tnv::logLine("TNVProject::_updateImageFiles(): Could not write image set list!");
   };
-  // Last, so that it names no record that is not there.
+  // Last, so that the records are in their places when it names them, but for those that failed.
   const bool listWritten = files.add(_imageSetList(set), list.releaseAndGetString(), endList);
   if (!listWritten) endList(false);
   written = files.commit() && listWritten && written;

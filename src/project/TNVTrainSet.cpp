@@ -213,7 +213,7 @@ bool TNVTrainSet::relinkPicture(const std::string& from, const std::string& to) 
   if (!path && !pathAbs) return false;
   // One that was told relative to a directory is found by its whole path from now on.
   imagePath = path.value_or(pathAbs.value_or(""));
-  imagePathAbs = pathAbs.value_or(absolutePath(imagePath));
+  imagePathAbs = absolutePath(pathAbs.value_or(imagePath));
   releaseImage();
   changed = true;
   return true;

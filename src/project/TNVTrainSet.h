@@ -36,7 +36,9 @@ class TNVTrainSet {
   bool save(const std::string& directory);
 
   /// The same in one pass with other files. False, with a log line, when the file could not be
-  /// written; if it cannot take its place, a log line tells when the pass ends.
+  /// written; if it cannot take its place, a log line tells when the pass ends. Until `files` was
+  /// committed, or is gone, the record must live, where it is and unchanged: it counts as saved
+  /// from when its file takes its place.
   bool save(const std::string& directory, tnv::FileReplacements& files);
 
   /// The path of the record's file; a new record gets its name here.

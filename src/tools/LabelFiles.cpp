@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdint>
 #include <filesystem>
 #include <system_error>
 #include <unordered_set>
@@ -12,6 +11,8 @@
 #include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "foundation/PictureHead.h"
+#include "foundation/Utf8.h"
+#include "tools/ExportPlace.h"
 
 namespace tnv {
 
@@ -20,7 +21,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kExportLeftovers = ".label-export.";
 constexpr std::string_view kCopyInWork = ".copy.part";
 
 /// File systems take names of 255 bytes. With a number behind it, an extension and what marks a
@@ -34,41 +34,6 @@ std::string lowerCase(std::string text) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
   return text;
-}
-
-/// The bytes of the character that the text begins with; 0 if it begins with none in UTF-8, which
-/// has one way to write each and no halves of characters.
-std::size_t characterSize(std::string_view text) {
-  struct Kind {
-    unsigned char mask;
-    unsigned char lead;
-    std::uint32_t least;
-  };
-  constexpr Kind kinds[] = {
-      {0x80, 0, 0}, {0xE0, 0xC0, 0x80}, {0xF0, 0xE0, 0x800}, {0xF8, 0xF0, 0x10000}};
-  const auto first = static_cast<unsigned char>(text.front());
-  const auto* kind = std::find_if(std::begin(kinds), std::end(kinds), [&](const Kind& each) {
-    return (first & each.mask) == each.lead;
-  });
-  const auto size = static_cast<std::size_t>(kind - std::begin(kinds)) + 1;
-  if (kind == std::end(kinds) || text.size() < size) return 0;
-  std::uint32_t code = first & ~kind->mask & 0xFFU;
-  for (const char c : text.substr(1, size - 1)) {
-    const auto byte = static_cast<unsigned char>(c);
-    if ((byte & 0xC0) != 0x80) return 0;
-    code = code << 6 | (byte & 0x3FU);
-  }
-  const bool isHalf = code >= 0xD800 && code < 0xE000;
-  return code < kind->least || code > 0x10FFFF || isHalf ? 0 : size;
-}
-
-/// The text cut to that many bytes, in front of a character of UTF-8 if there is one.
-std::string shortened(const std::string& text, std::size_t most) {
-  if (text.size() <= most) return text;
-  std::size_t size = most;
-  while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80)
-    --size;
-  return text.substr(0, size == 0 ? most : size);
 }
 
 bool climbs(const fs::path& path) {
@@ -165,15 +130,6 @@ std::string_view withoutByteOrderMark(std::string_view text) {
   return text;
 }
 
-bool isUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const std::size_t size = characterSize(text);
-    if (size == 0) return false;
-    text.remove_prefix(size);
-  }
-  return true;
-}
-
 std::string_view trimmed(std::string_view text) {
   const auto begin = text.find_first_not_of(kBlanks);
   if (begin == text.npos) return {};
@@ -266,12 +222,6 @@ bool isPictureFile(const std::string& path) {
   return isFile(path) && (hasPictureExtension(path) || !pictureSize(path).empty());
 }
 
-std::string exportedFormat(const std::string& directory) {
-  const auto mark = readFile(asDirectory(directory) + std::string(kExportMark));
-  const std::string_view text = mark ? *mark : std::string_view();
-  return std::string(text.substr(0, text.find('\n')));
-}
-
 std::optional<std::string> pictureAt(const std::string& path) {
   return isPictureFile(path) ? std::optional(path) : std::nullopt;
 }
@@ -279,6 +229,11 @@ std::optional<std::string> pictureAt(const std::string& path) {
 bool isFile(const std::string& path) {
   std::error_code error;
   return fs::is_regular_file(path, error);
+}
+
+bool isDirectory(const std::string& path) {
+  std::error_code error;
+  return fs::is_directory(path, error);
 }
 
 std::string realPath(const std::string& path) {

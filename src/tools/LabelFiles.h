@@ -24,9 +24,6 @@ std::string asDirectory(const std::string& path);
 /// The text without the byte order mark that some editors put before UTF-8.
 std::string_view withoutByteOrderMark(std::string_view text);
 
-/// Whether the bytes are characters in UTF-8.
-bool isUtf8(std::string_view text);
-
 /// The text without blanks, tabs and carriage returns at both ends.
 std::string_view trimmed(std::string_view text);
 
@@ -79,13 +76,8 @@ bool hasPictureExtension(const std::string& path);
 bool isPictureFile(const std::string& path);
 std::optional<std::string> pictureAt(const std::string& path);
 
-/// Lies in the directory of an export and names its format, so that a later one may take its place.
-constexpr std::string_view kExportMark = ".label-export";
-
-/// The format of the export in the directory; empty if there is none that was finished.
-std::string exportedFormat(const std::string& directory);
-
 bool isFile(const std::string& path);
+bool isDirectory(const std::string& path);
 
 /// What is the same for all paths of a file; the path itself if nothing is there.
 std::string realPath(const std::string& path);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "foundation/Utf8.h"
 #include "tools/LabelFiles.h"
 #include "tools/LabelsCoco.h"
 #include "tools/LabelsDarknet.h"
@@ -33,11 +34,10 @@ bool keepsNameInDarknet(const std::string& name) {
 
 /// Texts lie beside the labels of other formats too, so that Darknet comes last.
 constexpr LabelFormat kFormats[] = {
-    {"COCO", isCocoLabels, isCocoLabels, readCocoLabels, writeCocoLabels, keepsNameInCoco, true,
-     true},
-    {"VOC", isVocLabels, isVocLabels, readVocLabels, writeVocLabels, keepsNameInVoc, true, false},
+    {"COCO", isCocoLabels, isCocoLabels, readCocoLabels, writeCocoLabels, keepsNameInCoco, true},
+    {"VOC", isVocLabels, isVocLabels, readVocLabels, writeVocLabels, keepsNameInVoc, false},
     {"Darknet", holdsDarknetLabels, isDarknetLabels, readDarknetLabels, writeDarknetLabels,
-     keepsNameInDarknet, false, false},
+     keepsNameInDarknet, false},
 };
 
 }  // namespace

@@ -192,4 +192,19 @@ std::optional<std::size_t> LabelSet::classPlaceOf(long long number) {
   return place->second;
 }
 
+void ClassNumbers::add(const std::vector<std::string>& names) {
+  for (const std::string& name : names)
+    of(name);
+}
+
+long long ClassNumbers::of(const std::string& name) {
+  const auto next = static_cast<long long>(set.classNames.size());
+  const auto [number, isNew] = numbers.emplace(name, next);
+  if (isNew) {
+    set.classNames.push_back(name);
+    set.classNumbers.push_back(next);
+  }
+  return number->second;
+}
+
 }  // namespace tnv

@@ -124,6 +124,22 @@ class LabelSet {
   std::size_t classesKnown = 0;
 };
 
+/// Gives the classes of formats that tell them by names their numbers in the set: each name that is
+/// new the next, so that names which are told first come first.
+class ClassNumbers {
+ public:
+  explicit ClassNumbers(LabelSet& target) : set(target) {}
+
+  void add(const std::vector<std::string>& names);
+
+  /// The number of the class of that name, which is added if it is not there.
+  long long of(const std::string& name);
+
+ private:
+  LabelSet& set;
+  std::unordered_map<std::string, long long> numbers;
+};
+
 /// Why a picture or label is left out where no picture is found.
 constexpr auto kNoPicture = "no picture";
 

@@ -276,7 +276,8 @@ std::vector<cv::Point2d> outlineOf(const Json::Value& annotation) {
 /// Reads one file after the other into one set.
 class CocoReader {
  public:
-  CocoReader(LabelSet& target, const LabelReading& manner) : set(target), reading(manner) {}
+  CocoReader(LabelSet& target, ClassNumbers& numbers, const LabelReading& manner)
+      : set(target), classes(numbers), reading(manner) {}
 
   /// What `isGiven` was asked for by its name; others of a directory may be no labels.
   void read(const std::string& path, bool isGiven) {
@@ -300,11 +301,6 @@ class CocoReader {
     rejectMissing();
   }
 
-  void addNames(const std::vector<std::string>& names) {
-    for (const std::string& name : names)
-      classNumberOf(name);
-  }
-
   bool hasRead = false;  ///< any file of labels
   bool wasStopped = false;
 
@@ -326,7 +322,7 @@ class CocoReader {
 
   /// Which class is meant by an id that several have is open, so that none is.
   void addCategories(const Json::Value& categories, const Lines& lines) {
-    classes.clear();
+    classesById.clear();
     std::map<long long, std::string> byId;
     std::vector<long long> open;
     for (const Json::Value& category : categories) {
@@ -341,17 +337,7 @@ class CocoReader {
     for (const long long id : open)
       byId.erase(id);
     for (const auto& [id, name] : byId)
-      classes[id] = classNumberOf(name);
-  }
-
-  long long classNumberOf(const std::string& name) {
-    const auto next = static_cast<long long>(set.classNames.size());
-    const auto [number, isNew] = numbers.emplace(name, next);
-    if (isNew) {
-      set.classNames.push_back(name);
-      set.classNumbers.push_back(next);
-    }
-    return number->second;
+      classesById[id] = classes.of(name);
   }
 
   void addImages(const Json::Value& images, const Lines& lines) {
@@ -421,8 +407,8 @@ class CocoReader {
   /// The place of the category in the set, or a number that no class has.
   long long numberOf(const Json::Value& category) const {
     if (!category.isInt64()) return -1;
-    const auto place = classes.find(category.asInt64());
-    return place == classes.end() ? -1 : place->second;
+    const auto place = classesById.find(category.asInt64());
+    return place == classesById.end() ? -1 : place->second;
   }
 
   static bool fillPlace(FoundLabel& label, const Json::Value& annotation, cv::Size size) {
@@ -438,10 +424,10 @@ class CocoReader {
   }
 
   LabelSet& set;
+  ClassNumbers& classes;
   const LabelReading& reading;
   std::string file;
-  std::unordered_map<std::string, long long> numbers;  ///< of the classes of the set
-  std::unordered_map<long long, long long> classes;    ///< by the ids of the file
+  std::unordered_map<long long, long long> classesById;  ///< their numbers, by the ids of the file
   std::unordered_map<std::string, Picture> pictures;
   std::vector<std::string> missing;  ///< ids of images whose pictures are not there
   std::unordered_map<std::string, std::size_t> places;
@@ -540,12 +526,13 @@ bool isCocoLabels(const std::string& path) {
 std::optional<LabelSet> readCocoLabels(const std::string& path, const LabelReading& reading) {
   const std::vector<std::string> files = filesOf(path);
   LabelSet set;
-  CocoReader reader(set, reading);
+  ClassNumbers classes(set);
   if (!reading.names.empty()) {
     const auto given = readGivenNames(reading.names, kReadWho);
     if (!given) return std::nullopt;
-    reader.addNames(given->names);
+    classes.add(given->names);
   }
+  CocoReader reader(set, classes, reading);
   for (const std::string& file : files) {
     reader.read(file, isJson(path));
     if (reader.wasStopped) return std::nullopt;

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <sstream>
 #include <string_view>
-#include <unordered_map>
 
 #include <pugixml.hpp>
 
@@ -161,13 +160,9 @@ class LineCounter {
 /// Reads one file after the other into one set.
 class VocReader {
  public:
-  VocReader(LabelSet& target, const LabelReading& manner, const std::string& directory)
-      : set(target), reading(manner), root(directory) {}
-
-  void addNames(const std::vector<std::string>& names) {
-    for (const std::string& name : names)
-      classNumberOf(name);
-  }
+  VocReader(LabelSet& target, ClassNumbers& numbers, const LabelReading& manner,
+            const std::string& directory)
+      : set(target), classes(numbers), reading(manner), root(directory) {}
 
   void read(const std::string& file) {
     const auto content = readFile(file);
@@ -216,20 +211,10 @@ class VocReader {
     const double top = (corners[1] - reading.base) / picture.size.height;
     FoundLabel label;
     label.line = line;
-    label.classNumber = classNumberOf(name);
+    label.classNumber = classes.of(name);
     label.box = {left, top, corners[2] / picture.size.width - left,
                  corners[3] / picture.size.height - top};
     set.take(picture, label, reading.clip);
-  }
-
-  long long classNumberOf(const std::string& name) {
-    const auto [number, isNew] =
-        numbers.emplace(name, static_cast<long long>(set.classNames.size()));
-    if (isNew) {
-      set.classNames.push_back(name);
-      set.classNumbers.push_back(number->second);
-    }
-    return number->second;
   }
 
   /// Where the picture of a file lies; nothing if it is nowhere.
@@ -291,9 +276,9 @@ class VocReader {
   }
 
   LabelSet& set;
+  ClassNumbers& classes;
   const LabelReading& reading;
   std::string root;
-  std::unordered_map<std::string, long long> numbers;
 };
 
 void appendText(pugi::xml_node node, const char* name, const std::string& text) {
@@ -359,14 +344,15 @@ std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReadin
     set.reject(directory, 0, kUnreadableDirectory);
   for (const std::string& link : deadLinks)
     set.reject(link, 0, kDeadLink);
-  VocReader reader(set, reading, asDirectory(absolutePicturePath(path)));
+  ClassNumbers classes(set);
   if (!reading.names.empty()) {
     const auto given = readGivenNames(reading.names, kReadWho);
     if (!given) return std::nullopt;
-    reader.addNames(given->names);
+    classes.add(given->names);
   } else {
-    reader.addNames(namesFor(absolutePicturePath(path)));
+    classes.add(namesFor(absolutePicturePath(path)));
   }
+  VocReader reader(set, classes, reading, asDirectory(absolutePicturePath(path)));
   for (const std::string& file : files) {
     if (!goesOn(reading.goOn)) return std::nullopt;
     reader.read(file);

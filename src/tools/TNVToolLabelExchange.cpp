@@ -1,28 +1,23 @@
 #include "tools/TNVToolLabelExchange.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <optional>
 #include <string_view>
 #include <system_error>
-#include <tuple>
 #include <unordered_map>
 
-#include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "foundation/PictureHead.h"
-#include "foundation/Platform.h"
+#include "foundation/Utf8.h"
 #include "generation/RunGuard.h"
-#include "marks/TNVMarkPolyLine.h"
-#include "marks/TNVMarkRect.h"
+#include "marks/TNVMark.h"
 #include "project/TNVDNNClass.h"
 #include "project/TNVTrainSet.h"
+#include "tools/ExportPlace.h"
 #include "tools/LabelFiles.h"
 #include "tools/LabelFormats.h"
+#include "tools/LabelMarks.h"
 
 namespace fs = std::filesystem;
 
@@ -30,22 +25,6 @@ namespace {
 
 using TrainSets = TNVToolLabelExchange::TrainSets;
 using Classes = TNVToolLabelExchange::Classes;
-
-/// Marks whose numbers differ by no more, relative to the picture, are the same: far below a pixel,
-/// and above what writing with six digits loses.
-constexpr double kSamePlace = 1e-6;
-
-constexpr std::size_t kFewestCorners = 3;
-
-/// Where a new export comes together, and where the earlier one waits while it takes its place.
-/// Readers pass over names that begin so.
-constexpr std::string_view kStaging = ".label-export.next";
-constexpr std::string_view kRetired = ".label-export.former";
-
-/// All that an export of any format puts into its directory.
-constexpr std::string_view kExportEntries[] = {"labels",       "images",          "JPEGImages",
-                                               "Annotations",  "classes.txt",     "data.yaml",
-                                               "pictures.txt", "annotations.json"};
 
 constexpr auto kUnreadablePicture = "picture cannot be read";
 
@@ -61,151 +40,6 @@ bool loadAll(const TrainSets& trainSets, const tnv::GoOn& goOn) {
   }
   return true;
 }
-
-bool isClose(cv::Point2d a, cv::Point2d b) {
-  return std::abs(a.x - b.x) <= kSamePlace && std::abs(a.y - b.y) <= kSamePlace;
-}
-
-bool isClosedOutline(const TNVMarkPolyLine* line) {
-  return line && line->closed && line->polyPoints.size() >= kFewestCorners;
-}
-
-cv::Point2d centreOf(const cv::Rect2d& box) {
-  return {box.x + box.width / 2, box.y + box.height / 2};
-}
-
-bool isAtPlace(const TNVMark& mark, const tnv::Label& label) {
-  if (label.outline.empty()) {
-    const auto* box = dynamic_cast<const TNVMarkRect*>(&mark);
-    return box && isClose(box->center, centreOf(label.box)) &&
-           isClose(box->size, {label.box.width, label.box.height});
-  }
-  const auto* line = dynamic_cast<const TNVMarkPolyLine*>(&mark);
-  return line && line->closed &&
-         std::equal(line->polyPoints.begin(), line->polyPoints.end(), label.outline.begin(),
-                    label.outline.end(), isClose);
-}
-
-std::unique_ptr<TNVMark> markFor(const tnv::Label& label, const TNVDNNClass& dnnClass) {
-  std::unique_ptr<TNVMark> mark;
-  if (label.outline.empty()) {
-    mark = std::make_unique<TNVMarkRect>(label.box.tl(), label.box.br(), false);
-  } else {
-    mark = std::make_unique<TNVMarkPolyLine>(label.outline, true);
-  }
-  mark->classIdx = {dnnClass.uniqueIdx};
-  return mark;
-}
-
-/// Centre and size of a box; the corners of the box around an outline.
-using Place = std::array<double, 4>;
-
-Place placeOfBox(cv::Point2d centre, cv::Point2d size) {
-  return {centre.x, centre.y, size.x, size.y};
-}
-
-Place placeOfOutline(const std::vector<cv::Point2d>& corners) {
-  const cv::Rect2d box = tnv::boxOf(corners);
-  return {box.x, box.y, box.br().x, box.br().y};
-}
-
-bool isFinite(const Place& place) {
-  return std::all_of(place.begin(), place.end(),
-                     [](double number) { return std::isfinite(number); });
-}
-
-/// Where marks of one class and kind are near each other. The numbers are whole.
-struct Cell {
-  Place numbers{};
-  int classIdx = 0;
-  bool isOutline = false;
-
-  bool operator==(const Cell&) const = default;
-};
-
-struct CellHash {
-  std::size_t operator()(const Cell& cell) const {
-    constexpr std::size_t prime = 1099511628211U;
-    std::size_t hash = static_cast<std::size_t>(cell.classIdx) * 2 + (cell.isOutline ? 1 : 0);
-    for (const double number : cell.numbers)
-      hash = hash * prime ^ std::hash<double>()(number);
-    return hash;
-  }
-};
-
-/// The side of a cell, relative to the picture: few marks that differ share one, and most places
-/// are further from its edges than marks that are the same may be from each other.
-constexpr double kCellSide = 1e-5;
-
-/// `kSamePlace`, with room for what calculating does to the last digits.
-constexpr double kReach = 2 * kSamePlace;
-
-double cellNumber(double number) {
-  return std::floor(number / kCellSide);
-}
-
-/// The marks of a record that labels can equal, by where they are, so that a crowd of labels is not
-/// compared with a crowd of marks.
-class MarkIndex {
- public:
-  explicit MarkIndex(const TNVTrainSet& trainSet) {
-    for (const TNVMark* mark : trainSet.markPointers())
-      add(*mark);
-  }
-
-  void add(const TNVMark& mark) {
-    if (const auto* line = dynamic_cast<const TNVMarkPolyLine*>(&mark)) {
-      if (isClosedOutline(line)) add(mark, placeOfOutline(line->polyPoints), true);
-    } else if (const auto* box = dynamic_cast<const TNVMarkRect*>(&mark)) {
-      add(mark, placeOfBox(box->center, box->size), false);
-    }
-  }
-
-  bool holds(const tnv::Label& label, const TNVDNNClass& dnnClass) const {
-    const bool isOutline = !label.outline.empty();
-    const cv::Point2d size(label.box.width, label.box.height);
-    const Place place =
-        isOutline ? placeOfOutline(label.outline) : placeOfBox(centreOf(label.box), size);
-    constexpr unsigned choices = 1U << std::tuple_size_v<Place>;
-    for (unsigned choice = 0; choice < choices; ++choice) {
-      const auto cell = neighbour(place, choice);
-      if (cell && cellHolds({*cell, dnnClass.uniqueIdx, isOutline}, label)) return true;
-    }
-    return false;
-  }
-
- private:
-  void add(const TNVMark& mark, Place place, bool isOutline) {
-    // What is not a number equals nothing.
-    if (!isFinite(place)) return;
-    std::transform(place.begin(), place.end(), place.begin(), cellNumber);
-    for (const int classIdx : mark.classIdx)
-      byCell[{place, classIdx, isOutline}].push_back(&mark);
-  }
-
-  /// One of the cells that what equals the place can lie in: each bit of `choice` takes the upper
-  /// end of one number's reach. Nothing if both ends are the same, and the lower was taken already.
-  static std::optional<Place> neighbour(const Place& place, unsigned choice) {
-    Place cell{};
-    for (std::size_t i = 0; i < place.size(); ++i) {
-      const double lower = cellNumber(place[i] - kReach);
-      const double upper = cellNumber(place[i] + kReach);
-      const bool isUpper = (choice >> i & 1U) != 0;
-      if (isUpper && lower == upper) return std::nullopt;
-      cell[i] = isUpper ? upper : lower;
-    }
-    return cell;
-  }
-
-  bool cellHolds(const Cell& cell, const tnv::Label& label) const {
-    const auto marks = byCell.find(cell);
-    return marks != byCell.end() &&
-           std::any_of(marks->second.begin(), marks->second.end(),
-                       [&](const TNVMark* mark) { return isAtPlace(*mark, label); });
-  }
-
-  std::unordered_map<Cell, std::vector<const TNVMark*>, CellHash> byCell;
-};
 
 /// Records by the paths of their pictures. Of several records of one picture the first counts.
 std::unordered_map<std::string, TNVTrainSet*> byPicture(const TrainSets& trainSets) {
@@ -235,7 +69,7 @@ Classes classesByName(const tnv::LabelSet& set, const Classes& classes) {
 template <class Reject>
 int addMarksTo(TNVTrainSet& trainSet, const tnv::LabelledPicture& picture, const Classes& classes,
                const Reject& reject) {
-  MarkIndex present(trainSet);
+  tnv::MarkIndex present(trainSet);
   int added = 0;
   for (const tnv::Label& label : picture.labels) {
     const TNVDNNClass* dnnClass = classes[label.classPlace];
@@ -244,7 +78,7 @@ int addMarksTo(TNVTrainSet& trainSet, const tnv::LabelledPicture& picture, const
     } else if (present.holds(label, *dnnClass)) {
       reject(label, "already marked");
     } else {
-      present.add(*trainSet.addMark(*markFor(label, *dnnClass)));
+      present.add(*trainSet.addMark(*tnv::markFor(label, *dnnClass)));
       ++added;
     }
   }
@@ -270,228 +104,6 @@ Classes classesByNumber(Classes classes) {
   if (classes.empty()) logFrom("readMarks", "There are no classes!");
   return classes;
 }
-
-/// Takes marks into a set of labels.
-class MarkReader {
- public:
-  MarkReader(tnv::LabelSet& target, const Classes& classes) : set(target) {
-    for (std::size_t i = 0; i < classes.size(); ++i) {
-      set.classNames.push_back(classes[i]->name);
-      set.classNumbers.push_back(static_cast<long long>(i));
-      places.try_emplace(classes[i]->uniqueIdx, static_cast<long long>(i));
-    }
-  }
-
-  void add(const TNVTrainSet& trainSet) {
-    tnv::LabelledPicture picture;
-    picture.path = tnv::absolutePicturePath(trainSet.imagePath);
-    picture.labelFile = trainSet.dataPath.empty() ? picture.path : trainSet.dataPath;
-    picture.size = knownSize(trainSet);
-    std::size_t number = 0;
-    for (const TNVMark* mark : trainSet.markPointers())
-      addMark(picture, *mark, ++number);
-    set.pictures.push_back(std::move(picture));
-  }
-
- private:
-  static cv::Size knownSize(const TNVTrainSet& trainSet) {
-    if (trainSet.imageWidth > 0) return {trainSet.imageWidth, trainSet.imageHeight};
-    return trainSet.hasImageCache() ? trainSet.imageCacheSize : cv::Size();
-  }
-
-  void addMark(tnv::LabelledPicture& picture, const TNVMark& mark, std::size_t number) {
-    tnv::FoundLabel label;
-    label.line = number;
-    if (mark.classIdx.empty()) return set.reject(picture.labelFile, number, "mark without a class");
-    if (!fillPlace(label, picture, mark)) {
-      for (std::size_t i = 0; i < mark.classIdx.size(); ++i)
-        set.reject(picture.labelFile, number, "size of the picture is unknown");
-      return;
-    }
-    for (const int idx : mark.classIdx) {
-      const auto place = places.find(idx);
-      label.classNumber = place == places.end() ? -1 : place->second;
-      const std::size_t before = picture.labels.size();
-      set.take(picture, label, true);
-      if (picture.labels.size() > before) tnv::cutAtEdges(picture.labels.back());
-    }
-  }
-
-  /// False if the place depends on the size of a picture that cannot be read.
-  static bool fillPlace(tnv::FoundLabel& label, tnv::LabelledPicture& picture,
-                        const TNVMark& mark) {
-    if (const auto* line = dynamic_cast<const TNVMarkPolyLine*>(&mark); isClosedOutline(line)) {
-      label.outline = line->polyPoints;
-      return true;
-    }
-    if (!dynamic_cast<const TNVMarkRect*>(&mark) && picture.size.empty())
-      picture.size = tnv::pictureSize(picture.path);
-    if (!dynamic_cast<const TNVMarkRect*>(&mark) && picture.size.empty()) return false;
-    const cv::Point2d size = mark.getRelSize(picture.size);
-    label.box = {mark.center.x - size.x / 2, mark.center.y - size.y / 2, size.x, size.y};
-    return true;
-  }
-
-  tnv::LabelSet& set;
-  std::unordered_map<int, long long> places;
-};
-
-bool isEmpty(const fs::path& directory) {
-  std::error_code error;
-  return fs::is_empty(directory, error) && !error;
-}
-
-bool isExport(const fs::path& directory) {
-  std::error_code error;
-  return fs::is_regular_file(directory / tnv::kExportMark, error);
-}
-
-/// The directory of the export that a path may be of.
-fs::path exportOf(const std::string& path) {
-  std::error_code error;
-  return fs::is_directory(path, error) ? fs::path(path) : fs::path(path).parent_path();
-}
-
-bool isTooLong(const fs::path& path) {
-  std::error_code error;
-  const fs::file_status status = fs::status(path, error);
-  return !fs::exists(status) && error == std::errc::filename_too_long;
-}
-
-/// Why a directory cannot be one to write to; empty if it is one, or could be made.
-std::string whyNoDirectory(const std::string& directory) {
-  if (directory.empty()) return "No directory was given!";
-  fs::path present;  // the lowest directory on the way that exists
-  bool isThere = true;
-  for (const fs::path& part : fs::path(tnv::absolutePicturePath(directory))) {
-    const fs::path next = present / part;
-    if (isTooLong(next)) return "'" + part.string() + "' is too long a name!";
-    std::error_code error;
-    const fs::file_status status = fs::status(next, error);
-    if (!isThere || status.type() == fs::file_type::not_found) {
-      isThere = false;
-    } else if (!fs::status_known(status)) {
-      return "'" + next.string() + "' cannot be used: " + error.message();
-    } else if (!fs::is_directory(status)) {
-      return "'" + next.string() + "' is a file, no directory!";
-    } else {
-      present = next;
-    }
-  }
-  if (isTooLong(directory)) return "'" + directory + "' is too long a path!";
-  if (!tnv::mayWriteTo(present.string()))
-    return "There are no rights to write to '" + present.string() + "'!";
-  if (isThere && !isEmpty(present) && !isExport(present))
-    return "'" + directory + "' holds files that are no earlier export!";
-  return {};
-}
-
-/// The directory of an export. A new one comes together out of sight, and takes the place of the
-/// earlier one when it is whole; otherwise all is left as it was.
-class ExportPlace {
- public:
-  explicit ExportPlace(const std::string& directory)
-      : root(directory), staging(root / kStaging), retired(root / kRetired) {}
-
-  ExportPlace(const ExportPlace&) = delete;
-  ExportPlace& operator=(const ExportPlace&) = delete;
-
-  ~ExportPlace() {
-    std::error_code error;
-    fs::remove_all(staging, error);
-    if (!isMarkedAnew) return;
-    fs::remove(root / tnv::kExportMark, error);
-    for (const fs::path& directory : made)
-      fs::remove(directory, error);
-  }
-
-  /// False, with a log line, if nothing can be written there.
-  bool prepare() {
-    noteMissing();
-    if (!tnv::makeDirectory(root.string(), kWho)) return false;
-    isMarkedAnew = !isExport(root);
-    // Marked first, so that what is left of a run that was killed can be replaced.
-    if (isMarkedAnew && !mark({})) return false;
-    restore();
-    std::error_code error;
-    fs::remove_all(staging, error);
-    return tnv::makeDirectory(staging.string(), kWho);
-  }
-
-  std::string newExport() const { return tnv::asDirectory(staging.string()); }
-
-  /// False, with a log line, if the earlier export stayed.
-  bool replace(const std::string& format) {
-    if (!tnv::makeDirectory(retired.string(), kWho)) return false;
-    if (!moveAll(root, retired) || !markRetired() || !moveAll(staging, root) || !mark(format)) {
-      restore();
-      return false;
-    }
-    isMarkedAnew = false;
-    // Under the name of what nobody needs it goes, however far that comes.
-    std::error_code error;
-    fs::remove_all(staging, error);
-    fs::rename(retired, staging, error);
-    return true;
-  }
-
- private:
-  static constexpr std::string_view kWho = "TNVToolLabelExchange::write";
-
-  void noteMissing() {
-    std::error_code error;
-    for (fs::path path = tnv::absolutePicturePath(root.string());
-         !path.empty() && !fs::exists(path, error) && !error; path = path.parent_path()) {
-      if (path.has_filename()) made.push_back(path);
-    }
-  }
-
-  bool mark(const std::string& format) const {
-    return tnv::writeWhole((root / tnv::kExportMark).string(), format + "\n", kWho);
-  }
-
-  /// The earlier export is out of the way, with its mark: all entries in place are new from here
-  /// on.
-  bool markRetired() const {
-    return tnv::writeWhole((retired / tnv::kExportMark).string(),
-                           tnv::exportedFormat(root.string()) + "\n", kWho);
-  }
-
-  /// Moves what belongs to an export. False, with a log line, at the first entry that cannot be.
-  static bool moveAll(const fs::path& from, const fs::path& to) {
-    for (const std::string_view entry : kExportEntries) {
-      std::error_code error;
-      if (!fs::exists(fs::symlink_status(from / entry, error))) continue;
-      fs::rename(from / entry, to / entry, error);
-      if (!error) continue;
-      logFrom("write", "Could not move '" + (from / entry).string() + "': " + error.message());
-      return false;
-    }
-    return true;
-  }
-
-  /// Puts an export back that was on its way out, and takes away what came in its place.
-  void restore() const {
-    std::error_code error;
-    if (!fs::is_directory(retired, error)) return;
-    const bool isOut = isExport(retired);
-    for (const std::string_view entry : kExportEntries) {
-      // What was not on its way out yet is still in place.
-      const bool isRetired = fs::exists(fs::symlink_status(retired / entry, error));
-      if (!isOut && !isRetired) continue;
-      fs::remove_all(root / entry, error);
-      if (isRetired) fs::rename(retired / entry, root / entry, error);
-    }
-    if (isOut) fs::rename(retired / tnv::kExportMark, root / tnv::kExportMark, error);
-    fs::remove(retired, error);
-  }
-
-  fs::path root;
-  fs::path staging;
-  fs::path retired;
-  std::vector<fs::path> made;  ///< directories that did not exist, the lowest first
-  bool isMarkedAnew = false;
-};
 
 bool canBeRead(const std::string& file) {
   std::error_code error;
@@ -590,9 +202,9 @@ bool TNVToolLabelExchange::read(const std::string& path) {
                           : "There is nothing at '" + path + "'!");
     return false;
   }
-  if (fs::exists(exportOf(path) / kRetired, error)) {
-    logFrom("read", "An export to '" + exportOf(path).string() +
-                        "' was interrupted, export there again before reading!");
+  if (const std::string place = tnv::exportOf(path); tnv::wasInterrupted(place)) {
+    logFrom("read",
+            "An export to '" + place + "' was interrupted, export there again before reading!");
     return false;
   }
   const tnv::LabelFormat* chosen = formatOf(path);
@@ -613,7 +225,7 @@ bool TNVToolLabelExchange::readMarks(const TrainSets& trainSets, const Classes& 
   if (ordered.empty()) return false;
   const tnv::GoOn goOn = untilStopped();
   loadAll(trainSets, goOn);
-  MarkReader reader(set, ordered);
+  tnv::MarkReader reader(set, ordered);
   for (const TNVTrainSet* trainSet : trainSets) {
     if (!goOn()) break;
     if (trainSet->dataLoaded) {
@@ -653,7 +265,7 @@ int TNVToolLabelExchange::addMarks(const TrainSets& trainSets, const Classes& cl
 }
 
 bool TNVToolLabelExchange::canWrite(const std::string& directory) const {
-  if (const std::string reason = whyNoDirectory(directory); !reason.empty()) {
+  if (const std::string reason = tnv::whyNoDirectory(directory); !reason.empty()) {
     logFrom("write", reason);
     return false;
   }
@@ -720,7 +332,7 @@ bool TNVToolLabelExchange::write(const std::string& directory) {
   manner.goOn = untilStopped();
   const tnv::LabelFormat* chosen = prepareWriting(directory, manner.goOn);
   if (!chosen) return false;
-  ExportPlace place(directory);
+  tnv::ExportPlace place(directory);
   if (!place.prepare()) return false;
   const bool isWhole = leftOut.empty()
                            ? chosen->write(set, place.newExport(), manner)

@@ -413,6 +413,60 @@ TEST_F(ProgramLock, ADemoHasItsDirectoryForItself) {
   succeed({"list", "demo", "--projects", "demo/projects"});
 }
 
+TEST_F(ProgramLock, AnExportHasItsDirectoryForItself) {
+  makeProject();
+  succeed({"mark", "parts", "a.png", "Rect", "0,0", "0.5,0.5", "--class", "nut"});
+  Words call{"labels", "export", "parts", "out", "--format", "Darknet", "--copy"};
+  succeed(call);
+  const int directory = open((place / "out").c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_EQ(flock(directory, LOCK_EX | LOCK_NB), 0);
+  const auto before = contents("");
+  fail(call, "another command works in 'out'; nothing was changed");
+  EXPECT_EQ(contents(""), before);
+  auto dry = call;
+  dry.push_back("--dry-run");
+  succeed(dry);
+  close(directory);
+  succeed(call);
+}
+
+TEST_F(ProgramLock, OfExportsAtOnceOneIsWholeAndTheOthersAreTold) {
+  makeProject();
+  Words call{"labels", "export", "parts", "new/place", "--format", "Darknet", "--copy"};
+  Words command{SAMPLEBENCH_PROGRAM};
+  command.insert(command.end(), call.begin(), call.end());
+  std::vector<std::unique_ptr<RunningProgram>> programs;
+  for (int i = 0; i < 8; ++i)
+    programs.push_back(std::make_unique<RunningProgram>(command, place.path()));
+  int done = 0;
+  for (auto& program : programs) {
+    const auto result = program->wait();
+    if (result.exitCode == 0) {
+      ++done;
+    } else {
+      EXPECT_EQ(result.exitCode, 1);
+      EXPECT_THAT(result.err, HasSubstr("another command works in 'new/place'"));
+    }
+  }
+  EXPECT_GE(done, 1);
+  const auto files = contents("new/place");
+  call[3] = "one";
+  succeed(call);
+  EXPECT_EQ(files.size(), contents("one").size());
+}
+
+TEST_F(ProgramLock, ASetIsNotWrittenWhereAnotherCommandWorks) {
+  makeProject();
+  place.makeDirectory("out");
+  const int directory = open((place / "out").c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_EQ(flock(directory, LOCK_EX | LOCK_NB), 0);
+  const auto before = contents("");
+  fail({"generate", "parts", "--output", "out"}, "another command works in 'out'");
+  EXPECT_EQ(contents(""), before);
+  close(directory);
+  succeed({"generate", "parts", "--output", "out"});
+}
+
 TEST_F(ProgramLock, MarksOfCommandsAtOnceAreThereOrRefused) {
   makeProject();
   std::vector<std::unique_ptr<RunningProgram>> programs;

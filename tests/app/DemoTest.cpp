@@ -76,6 +76,13 @@ TEST_F(ProgramDemo, RefusesADirectoryWithFilesOfTheUser) {
   fail({"demo", "a demo"}, "white space");
 }
 
+TEST_F(ProgramDemo, ReplacesOneThatWasKilledWhileItWroteTheSet) {
+  succeed({"demo", "demo"});
+  place.write("demo/.set.lock", "");
+  succeed({"demo", "demo"});
+  EXPECT_FALSE(fs::exists(place / "demo/.set.lock"));
+}
+
 TEST_F(ProgramDemo, RefusesPicturesThatItWouldClear) {
   succeed({"demo", "demo"});
   fail({"demo", "demo", "--pictures", "demo/pictures"}, "which is cleared");

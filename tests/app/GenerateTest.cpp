@@ -325,6 +325,56 @@ TEST_F(ProgramGenerate, APlaceThatCannotBeWrittenToIsNamed) {
       << result.err;
 }
 
+// In units of 512 bytes.
+constexpr auto fileLimit = "40";
+
+TEST_F(ProgramGenerate, AFullDiskEndsTheRunAndLeavesNoPartOfASet) {
+  // Sixteen samples of a picture whose path is long: their list is beyond the limit, they are not.
+  std::string tasks;
+  for (int i = 0; i < 16; ++i)
+    tasks += "<Task_" + std::to_string(i) +
+             "><Name>Default</Name><Save>1</Save><SubTasks>0</SubTasks></Task_" +
+             std::to_string(i) + ">";
+  place.write("trees/many.xml",
+              "<?xml version=\"1.0\"?>\n<opencv_storage><TaskTree><SubTasks>1</SubTasks><Task_0>"
+              "<Name>Default</Name><Save>0</Save><SubTasks>16</SubTasks>" +
+                  tasks + "</Task_0></TaskTree></opencv_storage>");
+  std::string directory = "long";
+  for (int i = 0; i < 10; ++i)
+    directory += "/" + std::string(200, 'a');
+  place.makeDirectory(directory);
+  writePicture(place / directory + "/a.png", 64, 32);
+  succeed({"remove", "set", "parts", "day1"});
+  succeed({"import", "parts", "day1", directory});
+  const std::vector<std::string> generate{
+      SAMPLEBENCH_PROGRAM, "generate", "parts",          "--output", "set",
+      "--augments",        "trees",    "--augmentation", "many.xml"};
+  std::vector<std::string> limited{
+      "/bin/sh", "-c", std::string("trap '' XFSZ; ulimit -f ") + fileLimit + "; exec \"$@\"", "sh"};
+  limited.insert(limited.end(), generate.begin(), generate.end());
+  const auto result = RunningProgram(limited, place.path()).wait();
+  EXPECT_EQ(result.exitCode, 1) << result.err;
+  EXPECT_NE(result.err.find("set/sources.txt' cannot be written; see that there is space\n"),
+            std::string::npos)
+      << result.err;
+  EXPECT_NE(result.err.find("1 of 1 (100 %)"), std::string::npos) << result.err;
+  EXPECT_FALSE(fs::exists(place / "set"));
+  EXPECT_EQ(RunningProgram(generate, place.path()).wait().exitCode, 0);
+  EXPECT_TRUE(fs::exists(place / "set/samples/img_15.jpg"));
+}
+
+TEST_F(ProgramGenerate, WhatIsRefusedLeavesNoTrace) {
+  const auto before = contents("");
+  fail({"generate", "parts", "--output", "new/deep/set", "--weights", "absent"},
+       "there is no weights file 'absent'");
+  EXPECT_EQ(contents(""), before);
+  place.makeDirectory("mine");
+  place.write("mine/notes.txt", "mine");
+  const auto mine = contents("");
+  fail({"generate", "parts", "--output", "mine"}, "no training set of ours");
+  EXPECT_EQ(contents(""), mine);
+}
+
 class ProgramStopped : public ProgramGenerate {
  protected:
   /// A run over an earlier set that has written a tenth.
@@ -350,6 +400,18 @@ TEST_F(ProgramStopped, ARequestToEndStopsTheRunAndTheNextOneWorks) {
     EXPECT_EQ(result.out, "");
     EXPECT_FALSE(fs::exists(place / "set/samples"));
   }
+  succeed({"generate", "parts", "--output", "set"});
+}
+
+TEST_F(ProgramStopped, APlaceIsWrittenToByOneRunAtATime) {
+  auto first = running();
+  ASSERT_TRUE(first.waitForError("(10 %)"));
+  for (const auto& output : {std::string("set"), place / "photos/../set/"})
+    fail({"generate", "parts", "--output", output}, "another command works in '" + output + "'");
+  const auto result = first.wait();
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_TRUE(fs::exists(place / "set/train.txt"));
+  EXPECT_FALSE(fs::exists(place / ".set.lock"));
   succeed({"generate", "parts", "--output", "set"});
 }
 

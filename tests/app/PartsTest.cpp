@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <sstream>
 
 #include "CommandError.h"
@@ -10,12 +11,57 @@
 #include "MarkList.h"
 #include "Numbers.h"
 #include "Output.h"
+#include "Platform.h"
 #include "Progress.h"
 #include "support/Pictures.h"
+#include "support/TempDirectory.h"
 
 namespace {
 
+namespace fs = std::filesystem;
 using ::testing::ElementsAre;
+
+TEST(ProgramPlatform, TheFileOfALockLiesBesideTheDirectory) {
+  for (const char* directory : {"/a/b", "/a/b/", "/a/./c/../b"})
+    EXPECT_EQ(platform::lockFileOf(directory), "/a/.b.lock") << directory;
+  EXPECT_EQ(platform::lockFileOf("b"), fs::current_path() / ".b.lock");
+  for (const char* directory : {"", "/"})
+    EXPECT_EQ(platform::lockFileOf(directory), "") << directory;
+}
+
+TEST(ProgramPlatform, ADirectoryIsLockedOnce) {
+  using platform::DirectoryLock;
+  const TempDirectory place;
+  const fs::path directory = place / "set";
+  for (const auto kind : {DirectoryLock::Kind::staying, DirectoryLock::Kind::replaced}) {
+    fs::create_directory(directory);
+    const DirectoryLock lock(directory, kind);
+    EXPECT_TRUE(lock.isOurs());
+    EXPECT_FALSE(DirectoryLock(directory, DirectoryLock::Kind::staying).isOurs());
+    EXPECT_FALSE(DirectoryLock(directory, DirectoryLock::Kind::replaced).isOurs());
+    EXPECT_TRUE(DirectoryLock(place / "other", kind).isOurs());
+  }
+  EXPECT_TRUE(DirectoryLock(directory).isOurs());
+}
+
+TEST(ProgramPlatform, ALockOutlivesTheDirectory) {
+  using platform::DirectoryLock;
+  const TempDirectory place;
+  const fs::path directory = place / "set";
+  for (const bool isNew : {true, false}) {
+    if (!isNew) fs::create_directory(directory);
+    {
+      const DirectoryLock lock(directory, DirectoryLock::Kind::replaced);
+      fs::remove(directory);
+      fs::create_directory(directory);
+      EXPECT_FALSE(DirectoryLock(directory, DirectoryLock::Kind::replaced).isOurs());
+      EXPECT_TRUE(fs::exists(platform::lockFileOf(directory)));
+    }
+    EXPECT_TRUE(DirectoryLock(directory, DirectoryLock::Kind::replaced).isOurs());
+    fs::remove(directory);
+    EXPECT_TRUE(fs::is_empty(place.path())) << isNew;
+  }
+}
 
 TEST(ProgramNumbers, OnlyWholeFiniteNumbersAreRead) {
   EXPECT_EQ(parseNumber("0.25"), 0.25);

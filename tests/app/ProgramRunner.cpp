@@ -136,6 +136,13 @@ std::map<std::string, std::string> ProgramTest::contents(const std::string& dire
   return files;
 }
 
+std::string ProgramTest::recordOf(const std::string& set, const std::string& picture) const {
+  for (const auto& entry : std::filesystem::directory_iterator(place / "projects/parts/is_" + set))
+    if (readFile(entry.path()).find(picture) != std::string::npos) return entry.path();
+  ADD_FAILURE() << "no record of " << picture;
+  return "";
+}
+
 void ProgramTest::makeProject() const {
   place.makeDirectory("photos");
   writePicture(place / "photos/a.png", 128, 64);

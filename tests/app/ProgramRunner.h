@@ -62,6 +62,9 @@ class ProgramTest : public ::testing::Test {
   /// Everything below the directory: paths, and the contents of files.
   std::map<std::string, std::string> contents(const std::string& directory) const;
 
+  /// The file of the record that a picture has in a set of the project "parts".
+  std::string recordOf(const std::string& set, const std::string& picture) const;
+
   RunningProgram start(const std::vector<std::string>& arguments) const;
 
   TempDirectory place;

@@ -179,6 +179,14 @@ TEST_F(ProgramProjects, APictureInTwoSetsIsToldAndTheFirstIsTaken) {
   EXPECT_NE(list.find("set day2: 3 pictures, 0 marks"), std::string::npos) << list;
 }
 
+TEST_F(ProgramProjects, AnImportToTheOnlySetReadsItsRecordsOnce) {
+  makeProject();
+  std::filesystem::remove(recordOf("day1", "a.png"));
+  const auto alone = run({"import", "parts", "day1", "photos"});
+  EXPECT_EQ(alone.exitCode, 0) << alone.err;
+  EXPECT_EQ(alone.err.find("cannot be read"), std::string::npos) << alone.err;
+}
+
 TEST_F(ProgramProjects, ImportLooksBelowOnlyWhenTold) {
   place.makeDirectory("photos/below");
   writePicture(place / "photos/below/a.png", 8, 8);

@@ -24,12 +24,6 @@ class ProgramRelink : public ProgramTest {
     makeProject();
     succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
   }
-
-  std::string recordOf(const std::string& picture) const {
-    for (const auto& entry : fs::directory_iterator(place / "projects/parts/is_day1"))
-      if (readFile(entry.path()).find(picture) != std::string::npos) return entry.path();
-    return "";
-  }
 };
 
 class ProgramCheck : public ProgramRelink {};
@@ -71,6 +65,32 @@ TEST_F(ProgramRelink, AMoveThatFitsNothingChangesNothing) {
   EXPECT_EQ(contents(""), before);
 }
 
+TEST_F(ProgramRelink, WhatLiesElsewhereDoesNotSpeakForAWrongPlace) {
+  place.makeDirectory("others");
+  writePicture(place / "others/z.png", 128, 64);
+  succeed({"import", "parts", "day2", "others"});
+  fs::rename(place / "photos", place / "moved");
+  place.makeDirectory("empty");
+  const auto before = contents("");
+  fail({"relink", "parts", "--pictures", "photos=others"}, "no picture is there with");
+  fail({"relink", "parts", "--project", "projects/parts/is_day1=empty"},
+       "no record of the project is there with");
+  EXPECT_EQ(contents(""), before);
+  EXPECT_THAT(succeed({"relink", "parts", "--pictures", "photos=moved"}),
+              HasSubstr("2 pictures now looked for in " + (place / "moved") +
+                        "; of all, 3 found, 0 not found"));
+}
+
+TEST_F(ProgramRelink, NothingIsSaidToBeDoneBeforeItIsSaved) {
+  fs::rename(place / "photos", place / "moved");
+  const auto before = contents("");
+  const auto result = runWithoutRights({"relink", "parts", "--pictures", "photos=moved"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.err, HasSubstr("cannot be saved"));
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(contents(""), before);
+}
+
 TEST_F(ProgramRelink, AProjectThatWasMovedWorksOnItsOwnFiles) {
   fs::create_directories(place / "attic");
   fs::copy(place / "projects/parts", place / "attic/parts", fs::copy_options::recursive);
@@ -98,7 +118,7 @@ TEST_F(ProgramCheck, ASoundProjectHasNoFindings) {
 }
 
 TEST_F(ProgramCheck, WhatIsMissingOrDamagedIsNamed) {
-  const auto recordA = recordOf("a.png");
+  const auto recordA = recordOf("day1", "a.png");
   const auto findings = [&] {
     const auto result = run({"check", "parts"});
     EXPECT_EQ(result.exitCode, 3) << result.err;

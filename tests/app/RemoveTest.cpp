@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "ProgramRunner.h"
 #include "support/Pictures.h"
@@ -137,6 +138,40 @@ TEST_F(ProgramRemove, ASetGoes) {
   expectPicturesThere();
 }
 
+TEST_F(ProgramRemove, ARecordThatCannotBeReadGoesOnlyWhenTold) {
+  mark("c.png", "Point", {"0.5,0.5"}, "nut");
+  const auto record = recordOf("day2", "c.png");
+  const auto whole = readFile(record);
+  const Words set{"remove", "set", "parts", "day2"};
+  for (const std::string& damaged : {whole.substr(0, whole.size() / 2), std::string()}) {
+    std::ofstream(record) << damaged;
+    failWholly(set, "or remove it unread, with its marks, by --with-marks");
+    failWholly({"remove", "project", "parts"}, "or remove it unread");
+    EXPECT_THAT(dryRun(set), HasSubstr("2 pictures with 0 marks would be removed"));
+  }
+  failWholly({"remove", "set", "parts", "day1"}, "4 marks would be removed");
+  auto all = set;
+  all.push_back("--with-marks");
+  succeed(all);
+  EXPECT_THAT(succeed({"list", "parts"}), Not(HasSubstr("day2")));
+}
+
+TEST_F(ProgramRemove, WithARecordThatIsGoneNothingIsLost) {
+  fs::remove(recordOf("day2", "c.png"));
+  succeed({"remove", "set", "parts", "day2"});
+  EXPECT_THAT(succeed({"list", "parts"}), Not(HasSubstr("day2")));
+}
+
+TEST_F(ProgramRemove, PicturesOfOneSetGoAtOnce) {
+  const auto result =
+      run({"remove", "picture", "parts", "a.png", place / "photos/b.png", "c.png", "--with-marks"});
+  EXPECT_THAT(result.out, HasSubstr("3 pictures with 4 marks removed"));
+  // The library tells after each call how many there are, of four at first.
+  EXPECT_THAT(result.err, AllOf(HasSubstr("Set Trainsets 2\n"), HasSubstr("Set Trainsets 1\n"),
+                                Not(HasSubstr("Set Trainsets 3\n"))));
+  EXPECT_THAT(succeed({"list", "parts"}), AllOf(Not(HasSubstr("day1")), HasSubstr("more/b.png")));
+}
+
 TEST_F(ProgramRemove, AProjectGoes) {
   failWholly({"remove", "project", "parts"}, "4 marks would be removed, too");
   failWholly({"remove", "project", "none"}, "there is no project 'none'");
@@ -164,6 +199,7 @@ TEST_F(ProgramRemove, WithoutRightsNothingGoes) {
                             Words{"remove", "mark", "parts", "a.png", "1"}}) {
     const auto result = runWithoutRights(call);
     EXPECT_EQ(result.exitCode, 1) << result.err;
+    EXPECT_EQ(result.out, "") << call[1];
     EXPECT_EQ(contents("projects"), before) << call[1];
   }
 }

@@ -44,6 +44,33 @@ TEST_F(ProgramStats, ADescriptionTellsOfNamesAndPlaces) {
   fail({"stats", "set"}, "data.yaml' names no pictures that are there (train)");
 }
 
+TEST_F(ProgramStats, NamesStandForTheNumbersThatADescriptionGivesThem) {
+  place.makeDirectory("set/images");
+  writePicture(place / "set/images/a.png", 64, 32);
+  place.write("set/labels/a.txt",
+              "2 0.5 0.5 0.5 0.5\n2 0.5 0.5 0.25 0.25\n1 0.5 0.5 0.5 0.5\n0 0.5 0.5 0.5 0.5\n");
+  // A number that would not do as a place, either.
+  place.write("set/data.yaml",
+              "train: images\nval: images\nnames: {0: bolt, 2: nut, 2000000000: washer}\n");
+  const auto out = succeed({"stats", "set"});
+  EXPECT_THAT(out, HasSubstr("\n       1           0              0      4              1\n"));
+  // The root of 32 by 16 pixels is 22.6, that of 16 by 8 is 11.3.
+  EXPECT_THAT(out,
+              HasSubstr("    1         1           22.6         22.6          22.6  bolt\n"
+                        "    2         1           11.3         17.0          22.6  nut\n"
+                        "    0         0            0.0          0.0           0.0  washer\n"));
+}
+
+TEST_F(ProgramStats, ADescriptionMayHaveItsNameInCapitals) {
+  place.makeDirectory("set/images");
+  writePicture(place / "set/images/a.png", 64, 32);
+  place.write("set/labels/a.txt", "1 0.5 0.5 0.5 0.5\n");
+  place.write("set/DATA.YAML", "train: images\nval: images\nnames: [bolt, nut]\n");
+  for (const char* subject : {"set", "set/DATA.YAML"})
+    EXPECT_THAT(succeed({"stats", subject}),
+                HasSubstr("    1         1           22.6         22.6          22.6  nut\n"));
+}
+
 }  // namespace
 
 TEST_F(ProgramStats, AProjectIsCounted) {

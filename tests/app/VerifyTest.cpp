@@ -450,6 +450,21 @@ TEST_F(DescribedSetTest, DefectsOfTheDescription) {
   EXPECT_EQ(verify(place.path()).labels, 4U);
 }
 
+TEST_F(DescribedSetTest, ANameThatStandsTwiceIsToldWithItsNumber) {
+  describe("train: images/train\nval: images/val\nnames: {1: screw, 3: screw}\n");
+  EXPECT_THAT(verify(place.path()).findings,
+              testing::Contains(testing::Field(&Finding::text, "'screw' is class 1, too")));
+}
+
+TEST_F(DescribedSetTest, TheNameOfTheDescriptionMayBeInCapitals) {
+  for (const char* name : {"DATA.YAML", "Data.Yml"}) {
+    fs::rename(place / "data.yaml", place / name);
+    EXPECT_THAT(findings(place / name), IsEmpty());
+    EXPECT_EQ(verify(place.path()).labels, 4U) << name;
+    fs::rename(place / name, place / "data.yaml");
+  }
+}
+
 TEST_F(DescribedSetTest, TestPicturesAreComparedWithThoseToTrainWith) {
   fs::copy_file(place / "images/train/p0.png", place / "images/val/p2.png",
                 fs::copy_options::overwrite_existing);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -32,6 +33,12 @@ class Relink : public testing::Test {
 
   std::string pictures() const { return builder.temp / "pictures/"; }
 
+  /// As other systems write it.
+  static std::string withBackslashes(std::string path) {
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
+  }
+
   LogCapture log;
   ProjectBuilder builder;
 };
@@ -44,6 +51,8 @@ TEST_F(Relink, APathIsMovedWithItsDirectoryAlone) {
   EXPECT_EQ(tnv::movedPath("/a/b/d/c.png", "/a/b", "/x"), "/x/d/c.png");
   EXPECT_EQ(tnv::movedPath("/a/c.png", "/", "/x"), "/x/a/c.png");
   EXPECT_EQ(tnv::movedPath("/x/c.png", "/x", "/"), "/c.png");
+  EXPECT_EQ(tnv::movedPath("/a//b/./c.png", "/a/d/../b", "/x/./y//"), "/x/y/c.png");
+  EXPECT_EQ(tnv::movedPath("C:\\a\\b\\c.png", "C:/a", "D:\\x"), "D:/x/b/c.png");
   // A name that only begins alike is another directory.
   EXPECT_FALSE(tnv::movedPath("/a/bc/d.png", "/a/b", "/x"));
   EXPECT_FALSE(tnv::movedPath("/a/b", "/a/b", "/x"));
@@ -80,6 +89,59 @@ TEST_F(Relink, APictureThatWasToldFromTheWorkingDirectoryIsFoundByItsWholePath) 
   EXPECT_EQ(builder.project().wRelinkPictures(here + "/photos", "/x"), 1);
   EXPECT_EQ(records(builder.project())[0]->imagePath, "/x/c.png");
   EXPECT_EQ(records(builder.project())[0]->imagePathAbs, "/x/c.png");
+}
+
+TEST_F(Relink, AnEmptyDirectoryIsRefused) {
+  withPictures();
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  WTNVProject& project = builder.reopened();
+  for (const auto& [from, to] : {std::pair<std::string, std::string>{"", "/x"}, {"/", ""}}) {
+    EXPECT_EQ(project.wRelinkPictures(from, to), 0);
+    EXPECT_EQ(project.wRelinkTrainSets(from, to), 0);
+  }
+  const auto lines = log.lines();
+  const auto count = [&](const std::string& line) {
+    return std::count(lines.begin(), lines.end(), line);
+  };
+  EXPECT_EQ(count("TNVProject::relinkPictures: Directory must not be empty!"), 2);
+  EXPECT_EQ(count("TNVProject::relinkTrainSets: Directory must not be empty!"), 2);
+  for (TNVTrainSet* record : records(project)) {
+    EXPECT_TRUE(record->imagePath.starts_with(pictures())) << record->imagePath;
+    EXPECT_TRUE(record->dataPath.starts_with(builder.projectDirectory())) << record->dataPath;
+    EXPECT_FALSE(record->changed);
+  }
+}
+
+TEST_F(Relink, BackslashesAndDetoursLeadToTheSamePictures) {
+  withPictures();
+  WTNVProject& project = builder.project();
+  EXPECT_EQ(project.wRelinkPictures(withBackslashes(pictures()), "\\x\\y"), 2);
+  EXPECT_EQ(records(project)[0]->imagePath, "/x/y/a.png");
+  EXPECT_EQ(records(project)[0]->imagePathAbs, "/x/y/a.png");
+  EXPECT_EQ(project.wRelinkPictures("/x/./z/..//y", "/v/../w/"), 2);
+  EXPECT_EQ(records(project)[1]->imagePath, "/w/b.png");
+}
+
+TEST_F(Relink, APictureThatWasToldWithBackslashesIsFound) {
+  builder.project().wAddImagesToImageSet({"\\other\\c.png"}, {true}, "set", false);
+  EXPECT_EQ(builder.project().wRelinkPictures("/other", "/x"), 1);
+  EXPECT_EQ(records(builder.project())[0]->imagePath, "/x/c.png");
+}
+
+TEST_F(Relink, TheWholePathOfAPictureStaysWhole) {
+  withPictures();
+  EXPECT_EQ(builder.project().wRelinkPictures(pictures(), "photos"), 2);
+  EXPECT_EQ(records(builder.project())[0]->imagePathAbs,
+            fs::current_path().string() + "/photos/a.png");
+}
+
+TEST_F(Relink, AProjectIsFoundByBackslashes) {
+  withPictures();
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  const auto before = builder.projectDirectory();
+  EXPECT_EQ(builder.project().wRelinkTrainSets(withBackslashes(before), "/x\\demo"), 2);
+  for (TNVTrainSet* record : records(builder.project()))
+    EXPECT_TRUE(record->dataPath.starts_with("/x/demo/is_")) << record->dataPath;
 }
 
 TEST_F(Relink, AMovedProjectIsReadFromItsNewPlace) {

@@ -60,17 +60,6 @@ TEST(LabelFiles, WhatIsTooLongForClassesNamesNone) {
   EXPECT_TRUE(tnv::readNames(temp.write("b.txt", "screw" + std::string(100000, '\n'))));
 }
 
-TEST(LabelFiles, Utf8IsToldFromOtherBytes) {
-  for (const char* text : {"", "screw", "H\xC3\xBClse", "\xE2\x82\xAC", "\xF0\x9F\x94\xA9!",
-                           "\xED\x9F\xBF", "\xEE\x80\x80", "\xF4\x8F\xBF\xBF"})
-    EXPECT_TRUE(tnv::isUtf8(text)) << text;
-  // Alone, cut, longer than needed, half a character, beyond the last.
-  for (const char* text :
-       {"H\xFClse", "\x80", "\xC3", "\xC3(", "\xE2\x82", "\xF0\x9F\x94", "\xC0\x80", "\xE0\x80\x80",
-        "\xF0\x80\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF"})
-    EXPECT_FALSE(tnv::isUtf8(text)) << text;
-}
-
 TEST(LabelFiles, LongNamesAreCutBetweenCharacters) {
   const std::string x229(229, 'x');
   EXPECT_THAT(tnv::outputNames(setOf({"/a/" + x229 + "\xC3\xBC.jpg", "/b/" + x229 + "yz.jpg",

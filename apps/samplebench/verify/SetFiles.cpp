@@ -96,9 +96,10 @@ void checkOutput(const std::string& path, const Section& output, const Section& 
          "the layer before [" + output.name + "] must have filters=" + std::to_string(wanted)});
 }
 
-/// Checks names, the first of them of line 1 if they have lines.
-void checkSpelling(const std::string& path, const std::vector<std::string>& names, bool haveLines,
-                   Findings& findings) {
+/// Checks names that stand one a line or, if there are `numbers`, have these instead.
+void checkSpelling(const std::string& path, const std::vector<std::string>& names,
+                   const std::vector<int>& numbers, Findings& findings) {
+  const bool haveLines = numbers.empty();
   std::unordered_map<std::string, std::size_t> earlier;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const auto line = haveLines ? i + 1 : 0;
@@ -110,7 +111,7 @@ void checkSpelling(const std::string& path, const std::vector<std::string>& name
     const auto [same, isNew] = earlier.emplace(name, i);
     if (isNew) continue;
     const auto place = haveLines ? "stands in line " + std::to_string(same->second + 1)
-                                 : "is class " + std::to_string(same->second);
+                                 : "is class " + std::to_string(numbers[same->second]);
     findings.push_back({path, line, "same-name", "'" + name + "' " + place + ", too"});
   }
 }
@@ -156,7 +157,7 @@ std::optional<std::size_t> checkNames(const std::string& path, Findings& finding
     return std::nullopt;
   }
   checkByteOrderMark(file, findings);
-  checkSpelling(path, file.lines, true, findings);
+  checkSpelling(path, file.lines, {}, findings);
   if (file.lines.empty()) findings.push_back({path, 0, "blank-name", "there are no class names"});
   return file.lines.size();
 }
@@ -168,7 +169,7 @@ std::optional<std::size_t> checkDescription(const std::string& path, Findings& f
     findings.push_back({path, 0, "missing-names", "there are no class names (names: ...)"});
     return std::nullopt;
   }
-  checkSpelling(path, names, false, findings);
+  checkSpelling(path, names, numbers, findings);
   for (std::size_t i = 0; i < numbers.size(); ++i) {
     if (numbers[i] == static_cast<int>(i)) continue;
     findings.push_back(

@@ -144,12 +144,17 @@ void addFilesOfDataFile(const std::string& file, SetLayout& layout, Findings& fi
 }
 
 bool isDescription(const fs::path& file) {
-  return file.extension() == ".yaml" || file.extension() == ".yml";
+  const auto extension = lowered(file.extension().string());
+  return extension == ".yaml" || extension == ".yml";
 }
 
 std::string descriptionIn(const fs::path& directory) {
-  const auto file = ifThere(directory / "data.yaml");
-  return file.empty() ? ifThere(directory / "data.yml") : file;
+  const auto isOne = [](const fs::path& file) {
+    return isDescription(file) && lowered(file.stem().string()) == "data";
+  };
+  const auto files = filesIn(directory);
+  const auto found = std::find_if(files.begin(), files.end(), isOne);
+  return found == files.end() ? "" : found->generic_string();
 }
 
 /// Takes the lists and the pictures in the directories that a description has under some keys.
