@@ -35,7 +35,7 @@ void blend(uchar* channels, const uchar* addends, int count) {
     cv::v_uint16 high;
     cv::v_expand(cv::vx_load(channels + i), low, high);
     const Lanes remaining = cv::v_pack(cv::v_mul_hi(low, kept), cv::v_mul_hi(high, kept));
-    cv::v_store(channels + i, remaining + cv::vx_load(addends + i));
+    cv::v_store(channels + i, cv::v_add_wrap(remaining, cv::vx_load(addends + i)));
   }
 #endif
   for (; i < count; ++i)

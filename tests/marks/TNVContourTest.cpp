@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
 
+#include "support/Hang.h"
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
 
@@ -421,7 +422,7 @@ TEST(TNVContour, LineFromFarOutsideIsDrawnInNoTime) {
     EXPECT_TRUE(samePixels(patternedPicture(60, 40), seen));
     TNVContour::drawLine(seen, {INT_MIN, 50}, {INT_MAX, -2000000000}, {10, 20, 30}, thickness);
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
 }
 
 TEST(TNVContour, LineThatEndsAPictureAwayIsDrawnAsItIs) {
@@ -514,7 +515,7 @@ TEST(TNVContour, HostileDashedFiguresAreDrawnInNoTime) {
       TNVContour::drawDashedEllipse(image, {{5, 5}, {1e9F, 3}, small}, {1, 2, 3}, 1);
     }
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
 }
 
 TEST(TNVContour, DistanceIsTheStraightOne) {
@@ -645,7 +646,7 @@ TEST(TNVContour, HostileRoundFiguresAreDrawnInNoTime) {
       TNVContour::drawLine(image, TNVContour::rounded({a, b}), {5, 5}, {1, 2, 3}, 3);
     }
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
 }
 
 TEST(TNVContour, LineThatLeavesThePictureIsDrawnAsItIs) {
@@ -691,7 +692,7 @@ TEST(TNVContour, ManyThickLinesFromFarAwayAreDrawnInNoTime) {
   cv::Mat image = blackPicture(60, 40);
   for (int i = 0; i < 10000; ++i)
     TNVContour::drawLine(image, {i % 60, INT_MIN}, {5, INT_MAX}, {1, 2, 3}, 2);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
 }
 
 TEST(TNVContour, RectangleThatLeavesThePictureIsDrawnAsItIs) {
@@ -728,7 +729,7 @@ TEST(TNVContour, RectangleFarAroundThePictureIsDrawnInNoTime) {
       EXPECT_TRUE(samePixels(patternedPicture(60, 40), untouched)) << box;
     }
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
 }
 
 namespace {
@@ -790,5 +791,5 @@ TEST(TNVContour, OutlineThatWouldTakeMinutesToFillIsLeftOut) {
     TNVContour::fillContourMask(mask, outline, cv::Scalar(255));
     EXPECT_TRUE(samePixels(cv::Mat(40, 60, CV_8UC1, cv::Scalar(9)), mask));
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
 }

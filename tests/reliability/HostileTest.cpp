@@ -1,5 +1,6 @@
-// What nobody writes and a damaged or malicious file may hold: each is answered in bounded time and memory, or
-// refused with the library's own exception, and the next picture is shown as if nothing had been.
+// What nobody writes and a damaged or malicious file may hold: each is answered in bounded time and
+// memory, or refused with the library's own exception, and the next picture is shown as if nothing
+// had been.
 
 #include <cmath>
 #include <functional>
@@ -53,8 +54,8 @@ std::string repeated(const std::string& text, std::size_t times) {
 
 std::string mark(const std::string& type, const std::string& fields,
                  const std::string& poiSize = "0.01 0.01") {
-  return "<Mark0><Type>" + type + "</Type><Center>0.5 0.5</Center><POIs></POIs><POISize>" + poiSize +
-         "</POISize><ClassIdx>0</ClassIdx>" + fields + "</Mark0>";
+  return "<Mark0><Type>" + type + "</Type><Center>0.5 0.5</Center><POIs></POIs><POISize>" +
+         poiSize + "</POISize><ClassIdx>0</ClassIdx>" + fields + "</Mark0>";
 }
 
 struct HostileRecord {
@@ -74,7 +75,8 @@ std::vector<HostileRecord> hostileRecords() {
           {"BoxBeyondAllMeasure", mark("Rect", "<Size>1e300 1e300</Size>")},
           {"PathOfAMillionPoints",
            mark("PolyLine", "<PolyPoints>" + repeated("0.25 0.75\n", 1'000'000) + "</PolyPoints>")},
-          {"CommentOfALongLine", mark("Rect", box + "<Comment>" + std::string(kLongLine, 'a') + "</Comment>")}};
+          {"CommentOfALongLine",
+           mark("Rect", box + "<Comment>" + std::string(kLongLine, 'a') + "</Comment>")}};
 }
 
 void PrintTo(const HostileRecord& record, std::ostream* stream) {
@@ -98,11 +100,11 @@ class Hostile : public ::testing::TestWithParam<HostileRecord> {
   void replaceSecondRecord(const HostileRecord& hostile) {
     const auto records = builder.project().wGetTrainSets();
     const std::string path = records.at(1).wGetDataPath();
-    builder.temp.write(path.substr(builder.temp.path().size()),
-                       "<?xml version=\"1.0\"?>\n<opencv_storage><UniqueName>hostile</UniqueName><ImagePath>" +
-                           builder.temp / "pictures/1.png" + "</ImagePath><MarkCnt>" +
-                           std::to_string(hostile.count) + "</MarkCnt>" + hostile.marks +
-                           "</opencv_storage>\n");
+    builder.temp.write(
+        path.substr(builder.temp.path().size()),
+        "<?xml version=\"1.0\"?>\n<opencv_storage><UniqueName>hostile</UniqueName><ImagePath>" +
+            builder.temp / "pictures/1.png" + "</ImagePath><MarkCnt>" +
+            std::to_string(hostile.count) + "</MarkCnt>" + hostile.marks + "</opencv_storage>\n");
     builder.reopened();
   }
 
@@ -148,9 +150,12 @@ class Hostile : public ::testing::TestWithParam<HostileRecord> {
 
   void run() {
     WTNVProject& project = builder.project();
-    mayThrow([&] { project.getHndAugment().wProcess(project.wGetTrainSets(), project.wGetGeneration()); });
     mayThrow([&] {
-      project.getHndAugment().wProcessParallel(project.wGetTrainSets(), project.wGetGeneration(), 2);
+      project.getHndAugment().wProcess(project.wGetTrainSets(), project.wGetGeneration());
+    });
+    mayThrow([&] {
+      project.getHndAugment().wProcessParallel(project.wGetTrainSets(), project.wGetGeneration(),
+                                               2);
     });
     mayThrow([&] { project.getHndValidation().wProcessGeneration(); });
   }
@@ -246,9 +251,10 @@ TEST_F(HostileFiles, TaskTreesOutOfAllMeasureAreRefused) {
   const std::string head = "<?xml version=\"1.0\"?>\n<opencv_storage><TaskTree>";
   const std::string tail = "</TaskTree></opencv_storage>\n";
   const std::string task = "<Name>Default</Name><Save>1</Save>";
-  for (const std::string& tree :
-       {"<SubTasks>2147483647</SubTasks><Task_0>" + task + "<SubTasks>2147483647</SubTasks></Task_0>",
-        repeated("<SubTasks>1</SubTasks><Task_0>" + task, 10'000) + repeated("</Task_0>", 10'000)}) {
+  for (const std::string& tree : {"<SubTasks>2147483647</SubTasks><Task_0>" + task +
+                                      "<SubTasks>2147483647</SubTasks></Task_0>",
+                                  repeated("<SubTasks>1</SubTasks><Task_0>" + task, 10'000) +
+                                      repeated("</Task_0>", 10'000)}) {
     builder.temp.write("augments/tree.xml", head + tree + tail);
     mayThrow([&] { builder.project().getHndAugment().wSetAugmentation("tree.xml"); });
     run();

@@ -57,9 +57,9 @@ void annotate(WTNVProject& project, int steps) {
 constexpr auto kTree = R"(<?xml version="1.0"?>
 <opencv_storage>
 <TaskTree>
-  <SubTasks>2</SubTasks>
-  <Task_0><Name>Default</Name><Save>1</Save><SubTasks>0</SubTasks></Task_0>
-  <Task_1><Name>Default</Name><Save>1</Save><SubTasks>0</SubTasks></Task_1>
+  <SubTasks>1</SubTasks>
+  <Task_0><Name>Default</Name><Save>1</Save><SubTasks>1</SubTasks>
+    <Task_0><Name>Default</Name><Save>1</Save><SubTasks>0</SubTasks></Task_0></Task_0>
 </TaskTree>
 </opencv_storage>
 )";
@@ -130,6 +130,8 @@ TEST(Stress, OneProjectIsAnnotatedWhileAnotherOneIsGeneratedFrom) {
   generated.withPictures(pictureNames()).withClasses({"nut"}).withDarknet(kTree);
   markEachPicture(generated.project());
   ASSERT_TRUE(generated.project().wUpdate(true));
+  ASSERT_TRUE(generated.project().getHndAugment().wProcess(generated.project().wGetTrainSets(),
+                                                           generated.project().wGetGeneration()));
 
   std::atomic<bool> annotationEnds{false};
   std::atomic<bool> generationEnds{false};
