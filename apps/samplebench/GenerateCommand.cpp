@@ -53,21 +53,13 @@ void requireUsableClasses(const WTNVProject& project) {
   }
 }
 
-void requirePictures(const std::vector<PictureRecord>& pictures, Output& output) {
-  std::size_t readable = 0;
-  for (const auto& picture : pictures) {
+void requirePictures(const WTNVProject& project, const std::vector<PictureRecord>& pictures,
+                     Output& output) {
+  requireReadable(project, pictures);
+  for (const auto& picture : pictures)
     // A record that cannot be read has no path, and was told of already.
-    if (picture.path.empty()) continue;
-    if (looksLikePicture(picture.path)) {
-      ++readable;
-    } else {
+    if (!picture.path.empty() && !looksLikePicture(picture.path))
       output.note("left out, for it is no picture that can be read: " + picture.path);
-    }
-  }
-  if (readable == 0)
-    throw CommandError(
-        "the project has no pictures that can be read; add some with: samplebench "
-        "import PROJECT SET DIRECTORY");
 }
 
 void chooseAugmentation(WTNVHandlerAugment& handler, const Locations& locations,
@@ -143,6 +135,7 @@ void removePartialSet(const TrainingSetPaths& paths) {
 void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSetPaths& paths,
              SampleSources& sources, int jobs, Output& output) {
   const auto trainSets = project.wGetTrainSets();
+  const bool hadSet = fs::exists(paths.sources) || fs::exists(paths.trainList);
   Progress progress(trainSets.size(), output);
   const WatchedRun<WTNVHandlerAugment> run(handler, progress, [&](std::size_t place) {
     sources.add(trainSets[place].getImagePath());
@@ -158,8 +151,8 @@ void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSe
   if (progress.done() > 0) removePartialSet(paths);
   if (run.wasStopped())
     throw CommandError("interrupted after " + counted(progress.done(), "picture") +
-                           "; the partial training set was removed, and an earlier set there "
-                           "is gone: run it again",
+                           "; the partial training set was removed" +
+                           (hadSet ? ", and the earlier set there is gone" : "") + ": run it again",
                        exitInterrupted);
   throw CommandError("the training set could not be written to '" + paths.directory +
                      "': " + output.cause() +
@@ -236,7 +229,7 @@ void requireOutputPath(const std::string& path) {
 TrainingSetPaths prepareSet(WTNVProject& project, const Locations& locations,
                             const GenerateOptions& options, Output& output) {
   requireUsableClasses(project);
-  requirePictures(readPictures(project, output), output);
+  requirePictures(project, readPictures(project, output), output);
   const auto paths = trainingSetPaths(
       options.relativePaths ? options.output : absolutePath(options.output), options.project);
   requireOutputPath(paths.directory);

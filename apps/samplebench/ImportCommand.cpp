@@ -75,7 +75,7 @@ std::size_t inOtherSets(const WTNVProject& project, const ImportOptions& options
 
 void runImport(const Locations& locations, const ImportOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const auto result = importPictures(*project, options.set, options.directory, options.recursive);
   saveProject(*project, true, output);
   const auto elsewhere = inOtherSets(*project, options, output);

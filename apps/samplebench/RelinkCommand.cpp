@@ -89,6 +89,7 @@ void runRelink(const Locations& locations, const RelinkOptions& options, Output&
     report("trainSets", "record", move, outcome, output);
   }
   if (!options.pictures.empty()) {
+    requireOwnRecords(*project);
     requireWholeRecords(*project);
     const auto move = parseMove(options.pictures);
     const auto outcome = relinkPictures(*project, move);

@@ -61,7 +61,7 @@ void requireNumbers(const std::vector<int>& numbers, std::size_t marks,
 
 void runRemoveMark(const Locations& locations, const RemoveOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const auto pictures = readPictures(*project, output);
   const auto place = PictureIndex(pictures, output, options.set).findOnly(options.picture);
   Editor editor(*project);
@@ -83,7 +83,7 @@ void runRemoveMark(const Locations& locations, const RemoveOptions& options, Out
 
 void runRemovePicture(const Locations& locations, const RemoveOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const auto pictures = readPictures(*project, output);
   const PictureIndex index(pictures, output, options.set);
   std::set<std::size_t> places;
@@ -101,7 +101,7 @@ void runRemovePicture(const Locations& locations, const RemoveOptions& options, 
 
 void runRemoveSet(const Locations& locations, const RemoveOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   requireChoice("set", options.set, project->wGetImageSets());
   auto removed = readPictures(*project, output);
   std::erase_if(removed, [&](const auto& picture) { return picture.set != options.set; });
@@ -145,7 +145,7 @@ std::size_t filesBelow(const fs::path& directory) {
 
 void runRemoveProject(const Locations& locations, const RemoveOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const auto pictures = readPictures(*project, output);
   const auto directory = projectDirectory(*project);
   requireNoPicturesWithin(directory, pictures);
