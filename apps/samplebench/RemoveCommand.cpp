@@ -1,6 +1,7 @@
 #include "RemoveCommand.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "CommandError.h"
@@ -19,6 +20,8 @@ struct RemoveOptions {
   std::vector<int> numbers;
   /// Lose the marks of what is removed, too.
   bool withMarks = false;
+  /// The pictures whose records cannot be read.
+  bool damaged = false;
 };
 
 constexpr auto filesStay = "; the picture files stay where they are";
@@ -81,7 +84,31 @@ void runRemoveMark(const Locations& locations, const RemoveOptions& options, Out
              ", numbered from 1 without gaps");
 }
 
+// What marks they have cannot be known.
+void runRemoveDamaged(const Locations& locations, const RemoveOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
+  const auto project = openProject(locations, options.project, lock);
+  auto damaged = readPictures(*project, output);
+  std::erase_if(damaged, [](const auto& picture) { return picture.damage.empty(); });
+  if (!damaged.empty() && !options.withMarks && !output.isDryRun())
+    throw CommandError("the marks of " + counted(damaged.size(), "picture") +
+                       " whose records cannot be read would be lost; --with-marks does that");
+  output.fact("pictures", static_cast<Json::UInt64>(damaged.size()));
+  output.say(counted(damaged.size(), "picture") + " whose records cannot be read" +
+             std::string(output.told(" removed from project ", " would be removed from project ")) +
+             options.project + filesStay);
+  std::map<std::string, std::vector<std::string>> paths;
+  for (const auto& picture : damaged)
+    paths[picture.set].push_back(picture.path);
+  for (const auto& [set, pathsInSet] : paths)
+    project->wRemoveImagesFromImageSet(pathsInSet, set);
+  if (!damaged.empty()) saveProject(*project, true, output);
+}
+
 void runRemovePicture(const Locations& locations, const RemoveOptions& options, Output& output) {
+  if (options.damaged != options.pictures.empty())
+    throw CommandError("give the pictures that are to be removed, or --damaged", exitUsage);
+  if (options.damaged) return runRemoveDamaged(locations, options, output);
   const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project, lock);
   const auto pictures = readPictures(*project, output);
@@ -205,8 +232,9 @@ void addRemoveCommands(CLI::App& app, ProgramOptions& program) {
                            {"picture", "Takes pictures out of the project; their files stay.",
                             "remove picture parts photo.jpg --with-marks"},
                            runRemovePicture);
-  picture.app->add_option("PICTURE", picture.options->pictures, "paths, or file names if unique")
-      ->required();
+  picture.app->add_option("PICTURE", picture.options->pictures, "paths, or file names if unique");
+  picture.app->add_flag("--damaged", picture.options->damaged,
+                        "those whose records cannot be read, instead");
   addSetOption(*picture.app, picture.options->set);
   addWithMarks(picture);
   const auto set = add(*remove, program,
