@@ -69,7 +69,8 @@ void writeClasses(const WTNVProject& project, Output& output) {
 void addClass(WTNVProject& project, const std::string& name, const std::string& color) {
   const auto added = project.wAddDNNClass(name, -1, -1);
   if (!added.isValid())
-    throw CommandError("class '" + name + "' cannot be added; the name is empty or taken");
+    throw CommandError("class '" + name +
+                       "' cannot be added; there is a class of that name already");
   const auto [red, green, blue] = parseColor(color.empty() ? nextColor(project) : color);
   project.wUpdateDNNClass(added, name, added.wGetDNNId(), "", "", red, green, blue);
 }
@@ -103,7 +104,9 @@ class Annotations {
     if (unread > 0)
       throw CommandError("nothing was changed, for the marks of " +
                          counted(static_cast<std::size_t>(unread), "picture") +
-                         " cannot be read; restore those records, or remove the pictures");
+                         " cannot be read; restore those records, or take them out with: "
+                         "samplebench remove picture " +
+                         project.wGetProjectName() + " --damaged --with-marks");
   }
 
   void edit(const std::function<void(const WTNVTrainSet&)>& change) const {
@@ -139,8 +142,9 @@ void update(WTNVProject& project, const WTNVDNNClass& dnnClass, const std::strin
   dnnClass.wGetColor(&red, &green, &blue);
   if (!project.wUpdateDNNClass(dnnClass, name, number, dnnClass.wGetSamplePath(),
                                dnnClass.wGetComment(), red, green, blue))
-    throw CommandError("class '" + dnnClass.wGetName() + "' cannot be named '" + name +
-                       "'; the name is empty or another class's");
+    throw CommandError(
+        "class '" + dnnClass.wGetName() + "' cannot be renamed to '" + name +
+        "'; there is a class of that name already, to which class merge gives marks");
 }
 
 // Gaps would keep a training set from being written.
@@ -166,7 +170,7 @@ void report(const WTNVProject& project, const std::string& did, std::size_t mark
 
 void runAdd(const Locations& locations, const ClassAddOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   for (const auto& name : options.names) {
     requireClassName(name);
     addClass(*project, name, options.color);
@@ -182,7 +186,7 @@ void runList(const Locations& locations, const std::string& project, Output& out
 
 void runRename(const Locations& locations, const ClassEditOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const auto dnnClass = findClass(*project, options.name);
   requireClassName(options.target);
   update(*project, dnnClass, options.target, dnnClass.wGetDNNId());
@@ -206,7 +210,7 @@ std::vector<WTNVDNNClass> classesNamed(const WTNVProject& project,
 void runMerge(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const Annotations annotations(*project, output);
   const auto target = findClass(*project, options.target);
   const auto classes = classesNamed(*project, options.names);
@@ -225,7 +229,7 @@ void runMerge(const Locations& locations, const ClassEditOptions& options, Outpu
 void runDelete(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const Annotations annotations(*project, output);
   const auto before = annotations.markCount();
   const auto classes = classesNamed(*project, options.names);
@@ -307,7 +311,7 @@ void moveUp(WTNVProject& project, const std::vector<WTNVDNNClass>& order) {
 void runOrder(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const auto order = classesNamed(*project, options.names);
   if (order.size() != project->wGetDNNClasses().size())
     throw CommandError("name all " + std::to_string(project->wGetDNNClasses().size()) +

@@ -210,13 +210,14 @@ void sayPlan(const WTNVProject& project, const WTNVHandlerValidation& handler,
 
 void runGallery(const Locations& locations, const GalleryOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   requireWholeRecords(*project);
   const auto pictures = readPictures(*project, output);
-  if (pictures.empty())
-    throw CommandError("the project has no pictures; add some with: samplebench import " +
-                       options.project + " SET DIRECTORY");
-  if (!options.report.empty()) requireWritable(options.report, *project, pictures);
+  if (!options.report.empty()) {
+    requireWritable(options.report, *project, pictures);
+    requireNoForeignPage(options.report);
+  }
+  requireReadable(*project, pictures);
   requireDirectoryPlace((projectDirectory(*project) / "validation").string());
   auto handler = project->getHndValidation();
   if (output.isDryRun()) {

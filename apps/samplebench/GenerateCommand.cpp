@@ -55,21 +55,13 @@ void requireUsableClasses(const WTNVProject& project) {
   }
 }
 
-void requirePictures(const std::vector<PictureRecord>& pictures, Output& output) {
-  std::size_t readable = 0;
-  for (const auto& picture : pictures) {
+void requirePictures(const WTNVProject& project, const std::vector<PictureRecord>& pictures,
+                     Output& output) {
+  requireReadable(project, pictures);
+  for (const auto& picture : pictures)
     // A record that cannot be read has no path, and was told of already.
-    if (picture.path.empty()) continue;
-    if (looksLikePicture(picture.path)) {
-      ++readable;
-    } else {
+    if (!picture.path.empty() && !looksLikePicture(picture.path))
       output.note("left out, for it is no picture that can be read: " + picture.path);
-    }
-  }
-  if (readable == 0)
-    throw CommandError(
-        "the project has no pictures that can be read; add some with: samplebench "
-        "import PROJECT SET DIRECTORY");
 }
 
 void chooseAugmentation(WTNVHandlerAugment& handler, const Locations& locations,
@@ -151,6 +143,7 @@ bool hasEarlierSet(const TrainingSetPaths& paths) {
 void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSetPaths& paths,
              SampleSources& sources, int jobs, Output& output) {
   const auto trainSets = project.wGetTrainSets();
+  const bool hadSet = fs::exists(paths.sources) || fs::exists(paths.trainList);
   Progress progress(trainSets.size(), output);
   WatchedRun<WTNVHandlerAugment> run(handler, progress, [&](std::size_t place) {
     sources.add(trainSets[place].getImagePath());
@@ -167,8 +160,8 @@ void process(WTNVProject& project, WTNVHandlerAugment& handler, const TrainingSe
   run.throwFailure();
   if (run.wasStopped())
     throw CommandError("interrupted after " + counted(progress.done(), "picture") +
-                           "; the partial training set was removed, and an earlier set there "
-                           "is gone: run it again",
+                           "; the partial training set was removed" +
+                           (hadSet ? ", and the earlier set there is gone" : "") + ": run it again",
                        exitInterrupted);
   throw CommandError("the training set could not be written to '" + paths.directory +
                      "': " + output.cause() +
@@ -245,7 +238,7 @@ void requireOutputPath(const std::string& path) {
 TrainingSetPaths prepareSet(WTNVProject& project, const Locations& locations,
                             const GenerateOptions& options, Output& output) {
   requireUsableClasses(project);
-  requirePictures(readPictures(project, output), output);
+  requirePictures(project, readPictures(project, output), output);
   const auto paths = trainingSetPaths(
       options.relativePaths ? options.output : absolutePath(options.output), options.project);
   requireOutputPath(paths.directory);

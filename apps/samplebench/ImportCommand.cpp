@@ -75,7 +75,7 @@ std::size_t inOtherSets(const WTNVProject& project, const std::string& set,
 
 void runImport(const Locations& locations, const ImportOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const auto pictures = picturesIn(*project, options.directory, options.recursive);
   const auto result = addPictures(*project, options.set, pictures);
   saveProject(*project, true, output);

@@ -11,6 +11,7 @@
 #include "CommandLine.h"
 #include "ImportCommand.h"
 #include "OutputFile.h"
+#include "PictureFile.h"
 #include "Platform.h"
 #include "Progress.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
@@ -126,10 +127,8 @@ void requireApart(const std::string& file, const std::vector<std::filesystem::pa
 
 // Before anything is changed: the list must not take the place of what it tells of.
 void requireRejectionsPlace(const LabelsOptions& options, const WTNVProject& project,
-                            Output& output) {
-  const auto& file = options.rejections;
-  if (file.empty()) return;
-  requireWritable(file, project, readPictures(project, output));
+                            const std::vector<PictureRecord>& pictures) {
+  if (!options.rejections.empty()) requireWritable(options.rejections, project, pictures);
 }
 
 // A description may lead to pictures, with labels beside them, anywhere.
@@ -167,13 +166,6 @@ void reportRejections(const WTNVToolLabelExchange& exchange, const LabelsOptions
   noteRejections(rejections, output);
 }
 
-// Labels of classes with other names are rejected.
-bool isPlain(const std::string& name) {
-  const auto isControl = [](unsigned char c) { return c < ' ' || c == 0x7F; };
-  return name.front() != ' ' && name.back() != ' ' &&
-         std::none_of(name.begin(), name.end(), isControl);
-}
-
 // The labels of a class that is not added are rejected later on.
 std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::string>& names,
                               Output& output) {
@@ -183,7 +175,7 @@ std::size_t addMissingClasses(WTNVProject& project, const std::vector<std::strin
   std::size_t added = 0;
   for (const auto& name : names) {
     if (name.empty() || !present.insert(name).second) continue;
-    if (!isClassName(name) || !isPlain(name)) {
+    if (!isClassName(name)) {
       output.note("class '" + name +
                   "' is not added; use a name without , = { } \" \\, control characters and blanks "
                   "at its ends");
@@ -248,25 +240,32 @@ void reportImport(const ImportCounts& counts, const WTNVToolLabelExchange& excha
                                {"cut", exchange.wGetCut()}});
 }
 
-// The train sets that are to go out. Those that cannot be read are noted, and are a finding.
-std::vector<WTNVTrainSet> chosenTrainSets(const WTNVProject& project, const std::string& workflow,
-                                          Output& output) {
+// The pictures that are to go out. One whose record cannot be read is a finding.
+std::vector<PictureRecord> chosenPictures(const WTNVProject& project,
+                                          const std::vector<PictureRecord>& pictures,
+                                          const std::string& workflow, Output& output) {
   const auto workflows = project.wGetWorkflows();
   std::vector<std::string> names;
   for (const auto& each : workflows)
     names.push_back(each.wGetName());
   if (!workflow.empty()) requireChoice("workflow", workflow, names);
-  std::vector<WTNVTrainSet> chosen;
-  for (const auto& record : readPictures(project, output)) {
+  std::vector<PictureRecord> chosen;
+  for (const auto& record : pictures) {
     if (record.path.empty()) {
       output.setFindings();
       continue;
     }
     const auto own = record.trainSet.wGetWorkflow(workflows);
-    if (workflow.empty() || (own.isValid() && own.wGetName() == workflow))
-      chosen.push_back(record.trainSet);
+    if (workflow.empty() || (own.isValid() && own.wGetName() == workflow)) chosen.push_back(record);
   }
   return chosen;
+}
+
+std::vector<WTNVTrainSet> trainSetsOf(const std::vector<PictureRecord>& pictures) {
+  std::vector<WTNVTrainSet> trainSets;
+  for (const auto& picture : pictures)
+    trainSets.push_back(picture.trainSet);
+  return trainSets;
 }
 
 // Those without labels have no rejected label that would tell of them.
@@ -279,6 +278,18 @@ void noteLeftOut(const std::vector<std::string>& pictures, Output& output) {
                 " left out");
   if (pictures.size() > shown)
     output.note("and " + counted(pictures.size() - shown, "picture") + " more");
+}
+
+// What is to be known before a trainer gets the texts.
+void sayUseForTraining(const LabelsOptions& options, Output& output) {
+  if (options.format != "Darknet") return;
+  if (!options.copy)
+    output.say(
+        "the pictures stay where they are, and trainers look for the texts near the pictures: to "
+        "train with them, export with --copy");
+  output.say(
+      "nothing is divided: val of data.yaml is the same as train, so that a test tells "
+      "nothing of new pictures");
 }
 
 void reportExport(const WTNVToolLabelExchange& exchange, const LabelsOptions& options,
@@ -299,6 +310,7 @@ void reportExport(const WTNVToolLabelExchange& exchange, const LabelsOptions& op
                                {"exported", exchange.wGetFound() - exchange.wGetRejected()},
                                {"rejected", exchange.wGetRejected()},
                                {"cut", exchange.wGetCut()}});
+  sayUseForTraining(options, output);
 }
 
 constexpr auto nothingExported = "nothing was exported, an earlier export is as it was";
@@ -310,10 +322,9 @@ void takeMarks(WTNVToolLabelExchange& exchange, const LabelsOptions& options,
   const bool areTaken = exchange.wReadMarks(trainSets, classes);
   if (watch.wasStopped()) endInterrupted(nothingExported);
   if (!areTaken)
-    throw CommandError(
-        "the classes cannot be written; their numbers must run from 0 without gaps "
-        "(samplebench class list " +
-        options.project + ")");
+    throw CommandError("the classes cannot be written: " + output.cause() +
+                       "; samplebench class list " + options.project +
+                       " shows them, class add, rename and order mend them");
 }
 
 void writeLabels(WTNVToolLabelExchange& exchange, const LabelsOptions& options,
@@ -334,9 +345,11 @@ void writeLabels(WTNVToolLabelExchange& exchange, const LabelsOptions& options,
 
 void runImport(const Locations& locations, const LabelsOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
-  requireRejectionsPlace(options, *project, output);
-  if (!options.rejections.empty()) requireApart(options.rejections, sourcesOf(options));
+  const auto project = openProject(locations, options.project, lock);
+  if (!options.rejections.empty()) {
+    requireRejectionsPlace(options, *project, readPictures(*project, output));
+    requireApart(options.rejections, sourcesOf(options));
+  }
   WTNVToolLabelExchange exchange;
   setUp(exchange, options);
   const platform::InterruptCatcher catcher;
@@ -351,12 +364,16 @@ void runImport(const Locations& locations, const LabelsOptions& options, Output&
 
 void runExport(const Locations& locations, const LabelsOptions& options, Output& output) {
   const auto project = openProject(locations, options.project);
-  requireRejectionsPlace(options, *project, output);
+  const auto pictures = readPictures(*project, output);
+  requireRejectionsPlace(options, *project, pictures);
   if (!options.rejections.empty()) requireApart(options.rejections, {options.path});
   WTNVToolLabelExchange exchange;
   setUp(exchange, options);
   const platform::InterruptCatcher catcher;
-  const auto trainSets = chosenTrainSets(*project, options.workflow, output);
+  const auto chosen = chosenPictures(*project, pictures, options.workflow, output);
+  requireReadable(*project, pictures);
+  if (!chosen.empty()) requireReadable(*project, chosen, "workflow '" + options.workflow + "'");
+  const auto trainSets = trainSetsOf(chosen);
   takeMarks(exchange, options, trainSets, project->wGetDNNClasses(), output);
   requireDirectoryPlace(options.path);
   writeLabels(exchange, options, trainSets.size(), output);

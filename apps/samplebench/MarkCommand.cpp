@@ -133,9 +133,24 @@ std::vector<MarkRequest> requestsFromFile(const std::string& fileName) {
   return requests;
 }
 
+bool isForm(const std::string& text) {
+  const auto forms = choicesOf(&Editor::marks, &WTNVHandlerMark::getAvailableMarkForms)();
+  return std::find(forms.begin(), forms.end(), text) != forms.end();
+}
+
+// Without quotes the second word of a form is taken for a point.
+void requireWholeForm(const MarkOptions& options) {
+  if (options.points.front().find(',') != std::string::npos) return;
+  const auto form = options.form + " " + options.points.front();
+  if (isForm(form))
+    throw CommandError("the form " + form + " has two words; write it in quotes: \"" + form + "\"",
+                       exitUsage);
+}
+
 std::vector<MarkRequest> requestsFor(const MarkOptions& options) {
   if (!options.list.empty()) return requestsFromFile(options.list);
   MarkRequest request{"", options.picture, options.form, options.className, {}};
+  requireWholeForm(options);
   for (const auto& text : options.points)
     request.points.push_back(parsePoint(text));
   return {request};
@@ -187,7 +202,7 @@ void requireOneKindOfMark(const MarkOptions& options) {
 void runMark(const Locations& locations, const MarkOptions& options, Output& output) {
   requireOneKindOfMark(options);
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const auto requests = requestsFor(options);
   const MarkManner manner{options.pixels ? PointUnit::pixels : PointUnit::relative, options.assist,
                           options.set};

@@ -3,6 +3,7 @@
 #include <json/writer.h>
 
 #include <algorithm>
+#include <cctype>
 
 namespace {
 
@@ -140,9 +141,29 @@ void Output::note(std::string_view text) {
   errors.line(printable(text));
 }
 
+namespace {
+
+// "TNVProject::load" or "readNames()".
+bool isFunctionName(std::string_view text) {
+  const auto isPart = [](unsigned char letter) {
+    return std::isalnum(letter) != 0 ||
+           std::string_view("_:()").find(static_cast<char>(letter)) != std::string_view::npos;
+  };
+  const auto isCapital = [](unsigned char letter) { return std::isupper(letter) != 0; };
+  return text.size() > 1 && std::all_of(text.begin(), text.end(), isPart) &&
+         std::any_of(text.begin() + 1, text.end(), isCapital);
+}
+
+}  // namespace
+
 std::string Output::cause() const {
-  const auto line = log.newestLine();
-  return line.empty() ? "the library gives no reason" : line;
+  auto line = log.newestLine();
+  if (line.empty()) return "the library gives no reason";
+  const auto colon = line.find(": ");
+  if (colon != std::string::npos && isFunctionName(std::string_view(line).substr(0, colon)))
+    line.erase(0, colon + 2);
+  if (line.ends_with('!')) line.pop_back();
+  return line;
 }
 
 void Output::error(std::string_view text) {

@@ -88,7 +88,8 @@ class Output {
   /// Something that the user may want to know.
   void note(std::string_view text);
 
-  /// Why the library could not do what it was asked for: what it last said in its log.
+  /// Why the library could not do what it was asked for: what it last said in its log, without the
+  /// name of the function that said it.
   std::string cause() const;
 
   /// Why the command fails.

@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "CommandError.h"
+#include "HtmlPage.h"
 #include "Interrupt.h"
 #include "Platform.h"
 
@@ -95,6 +96,14 @@ void requireWritable(const std::string& file, const WTNVProject& project,
                      const std::vector<PictureRecord>& pictures) {
   requireReplaceableFile(file, project, pictures);
   requireParent(file);
+}
+
+void requireNoForeignPage(const std::string& report) {
+  std::error_code error;
+  if (!fs::is_regular_file(report, error)) return;
+  if (fs::is_empty(report, error) || isPageOfOurs(report)) return;
+  throw CommandError("'" + report +
+                     "' is no report of ours and would be replaced; choose another file");
 }
 
 void requireDirectoryPlace(const std::string& directory) {

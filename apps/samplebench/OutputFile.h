@@ -23,6 +23,9 @@ void requireWritable(const std::string& file);
 void requireWritable(const std::string& file, const WTNVProject& project,
                      const std::vector<PictureRecord>& pictures);
 
+/// Throws CommandError if a page would replace a file that is no page of this program.
+void requireNoForeignPage(const std::string& report);
+
 /// Throws CommandError if no directory can be made there because a file is in the way, or if what
 /// is there, or above it, cannot be written to.
 void requireDirectoryPlace(const std::string& directory);

@@ -1,5 +1,7 @@
 #include "PictureFile.h"
 
+#include <algorithm>
+
 #include <opencv2/imgcodecs.hpp>
 
 #include "CommandError.h"
@@ -42,6 +44,20 @@ bool isFile(const std::string& path) {
 
 bool looksLikePicture(const std::string& file) {
   return isFile(file) && cv::haveImageReader(file);
+}
+
+void requireReadable(const WTNVProject& project, const std::vector<PictureRecord>& pictures,
+                     const std::string& owner) {
+  const auto name = project.wGetProjectName();
+  if (pictures.empty())
+    throw CommandError("the project has no pictures; add some with: samplebench import " + name +
+                       " SET DIRECTORY");
+  const auto isReadable = [](const auto& picture) { return looksLikePicture(picture.path); };
+  if (std::none_of(pictures.begin(), pictures.end(), isReadable))
+    throw CommandError("none of the pictures of " + owner + " (" + std::to_string(pictures.size()) +
+                       ") can be read; samplebench check " + name +
+                       " says why, and samplebench relink tells the project where they are if they "
+                       "were moved");
 }
 
 cv::Size pictureSize(const std::string& file) {

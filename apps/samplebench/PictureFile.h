@@ -20,6 +20,11 @@ bool isFile(const std::string& path);
 /// Whether the file begins like a picture that can be read.
 bool looksLikePicture(const std::string& file);
 
+/// Throws CommandError if none of the pictures can be read, for an earlier result would give way to
+/// an empty one. `owner` is what they are the pictures of.
+void requireReadable(const WTNVProject& project, const std::vector<PictureRecord>& pictures,
+                     const std::string& owner = "the project");
+
 /// The size in which the picture of a file is seen; empty if it cannot be read.
 cv::Size pictureSize(const std::string& file);
 

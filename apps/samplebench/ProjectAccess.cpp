@@ -1,8 +1,10 @@
 #include "ProjectAccess.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iterator>
 #include <set>
+#include <string_view>
 
 #include <opencv2/core.hpp>
 
@@ -62,7 +64,42 @@ std::string defaultAugments() {
   return shareDirectory("augments");
 }
 
-void requireNewProject(const Locations& locations, const std::string& name) {
+namespace {
+
+// Those that a directory holds settings of; no more than one by right, its own.
+std::vector<std::string> settingsIn(const fs::path& directory) {
+  std::vector<std::string> projects;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(directory, error))
+    if (entry.path().extension() == ".cfg") projects.push_back(entry.path().stem().string());
+  std::sort(projects.begin(), projects.end());
+  return projects;
+}
+
+// "that directory holds ...; what to do"; empty if it holds no settings.
+std::string othersIn(const fs::path& directory, const std::string& name) {
+  const auto others = settingsIn(directory);
+  if (others.empty()) return "";
+  return "'" + directory.string() + "' holds the settings of '" + joined(others) +
+         "'. To rename or copy that project, rename " + others.front() + ".cfg to " + name +
+         ".cfg, write Project.Name = \"" + name +
+         "\" in it, and tell it where it is with: samplebench relink " + name +
+         " --project OLD=NEW";
+}
+
+void requireFreePlace(const Locations& locations, const std::string& name) {
+  const auto directory = fs::path(locations.projects) / name;
+  std::error_code error;
+  if (!fs::exists(directory, error) || fs::is_empty(directory, error)) return;
+  const auto others = othersIn(directory, name);
+  throw CommandError("project '" + name + "' cannot be made: " +
+                     (others.empty() ? "'" + directory.string() +
+                                           "' is there and holds other files; move them away, or "
+                                           "choose another name"
+                                     : others + "; or choose another name"));
+}
+
+void requireFreeName(const Locations& locations, const std::string& name) {
   if (!canNameProject(name))
     throw CommandError("'" + name +
                            "' cannot name a project; use a name without slashes, equals sign and "
@@ -77,6 +114,13 @@ void requireNewProject(const Locations& locations, const std::string& name) {
                        "; use a directory that can be written to");
 }
 
+}  // namespace
+
+void requireNewProject(const Locations& locations, const std::string& name) {
+  requireFreeName(locations, name);
+  requireFreePlace(locations, name);
+}
+
 namespace {
 
 [[noreturn]] void refuseBusy(const std::string& project) {
@@ -87,7 +131,8 @@ namespace {
 }  // namespace
 
 std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std::string& name) {
-  requireNewProject(locations, name);
+  // The place belongs to whoever has its lock, and may be half filled until then.
+  requireFreeName(locations, name);
   const platform::InterruptCatcher catcher;
   // Of several commands that make it at once one wins; the others meet its lock or its project.
   const ClaimedDirectory directory(fs::path(locations.projects) / name,
@@ -106,21 +151,53 @@ void requireStorable(const std::string& what, const std::string& text) {
     throw CommandError(what + " must not hold =, a double quote, a backslash or a line break");
 }
 
+namespace {
+
+[[noreturn]] void refuseUnknown(const Locations& locations, const std::string& name,
+                                const std::vector<std::string>& names) {
+  std::string advice;
+  if (canNameProject(name)) {
+    const auto others = othersIn(fs::path(locations.projects) / name, name);
+    advice = others.empty() ? ". Make it with: samplebench create " + name : "; " + others;
+  }
+  throw CommandError("there is no project '" + name + "' in " + locations.projects +
+                     "; projects there: " + listed(names) + advice);
+}
+
+// A settings file that lost its content reads as an empty project, which the next save would make
+// it.
+void requireOwnSettings(const WTNVProject& project, const std::string& file,
+                        const std::string& name) {
+  const auto found = project.wGetProjectName();
+  if (found == name) return;
+  // The library's name for a project whose settings give none.
+  if (found.empty() || found == "unknown")
+    throw CommandError("the settings of project '" + name + "' are damaged: " + file +
+                       "; restore that file");
+  throw CommandError("'" + file + "' holds the settings of '" + found +
+                     "'; restore that file, or if this is that project under a new name, write "
+                     "Project.Name = \"" +
+                     name + "\" in it");
+}
+
+// Settings and lists; records are read later.
+bool load(WTNVProject& project) {
+  try {
+    return project.wLoad();
+  } catch (const cv::Exception& error) {
+    throw CommandError(error.err + "; restore that file, for it says which pictures the set has");
+  }
+}
+
+}  // namespace
+
 std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name) {
   const auto names = sortedProjects(locations);
-  if (!contains(names, name))
-    throw CommandError(
-        "there is no project '" + name + "' in " + locations.projects +
-        "; projects there: " + listed(names) +
-        (canNameProject(name) ? ". Make it with: samplebench create " + name : std::string()));
+  if (!contains(names, name)) refuseUnknown(locations, name, names);
   auto project = projectAt(locations, name);
-  if (!project->wLoad())
+  if (!load(*project))
     throw CommandError("project '" + name + "' in " + locations.projects + " cannot be read");
-  // A settings file that lost its content reads as an empty project, which the next save would make
-  // it.
-  if (project->wGetProjectName() != name)
-    throw CommandError("the settings of project '" + name + "' are damaged: " + locations.projects +
-                       name + "/" + name + ".cfg; restore that file");
+  requireOwnSettings(*project, locations.projects + name + "/" + name + ".cfg", name);
   return project;
 }
 
@@ -129,6 +206,70 @@ ProjectLock::ProjectLock(const Locations& locations, const std::string& name,
   if (output.isDryRun()) return;
   lock = std::make_unique<platform::DirectoryLock>(fs::path(locations.projects) / name);
   if (!lock->isOurs()) refuseBusy(name);
+}
+
+namespace {
+
+// Tells where records lie. Those of a set lie in one directory, so that few links are followed. The
+// directory of a set may itself be a link that leads away.
+class RecordPlaces {
+ public:
+  explicit RecordPlaces(const WTNVProject& project)
+      : own(absolutePath(projectDirectory(project).string())) {}
+
+  // One that was never saved lies nowhere yet.
+  bool isElsewhere(const std::string& record) {
+    if (record.empty()) return false;
+    const auto directory = fs::path(absolutePath(record)).parent_path().parent_path();
+    const auto [place, isNew] = known.emplace(directory.string(), false);
+    if (isNew) place->second = directory != own && !liesWithin(directory, own);
+    return place->second;
+  }
+
+ private:
+  fs::path own;
+  std::unordered_map<std::string, bool> known;
+};
+
+std::string forShell(const std::string& text) {
+  const auto isPlain = [](unsigned char letter) {
+    return std::isalnum(letter) != 0 || letter >= 0x80 ||
+           std::string_view("/._-+=:,@%").find(static_cast<char>(letter)) != std::string_view::npos;
+  };
+  if (std::all_of(text.begin(), text.end(), isPlain)) return text;
+  std::string quoted = "'";
+  for (const char letter : text)
+    quoted += letter == '\'' ? "'\\''" : std::string(1, letter);
+  return quoted + "'";
+}
+
+}  // namespace
+
+std::string moveAdvice(const WTNVProject& project) {
+  RecordPlaces places(project);
+  for (const auto& trainSet : project.wGetTrainSets()) {
+    const auto record = trainSet.wGetDataPath();
+    if (!places.isElsewhere(record)) continue;
+    // It lies in the directory of its set, which lies in that of the project.
+    const auto before = fs::path(absolutePath(record)).parent_path().parent_path().string();
+    const auto name = project.wGetProjectName();
+    return "project '" + name + "' was moved or copied: its records are looked for in " + before +
+           "; tell it where they are: samplebench relink " + forShell(name) + " --project " +
+           forShell(before + "=" + absolutePath(projectDirectory(project).string()));
+  }
+  return "";
+}
+
+void requireOwnRecords(const WTNVProject& project) {
+  const auto advice = moveAdvice(project);
+  if (!advice.empty()) throw CommandError(advice + "; nothing was changed");
+}
+
+std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name,
+                                         const ProjectLock& /*lock*/) {
+  auto project = openProject(locations, name);
+  requireOwnRecords(*project);
+  return project;
 }
 
 namespace {
@@ -157,18 +298,33 @@ void saveProject(WTNVProject& project, bool full, const Output& output) {
                        "' cannot be saved; see that its directory can be written to");
 }
 
+namespace {
+
+// Why a class cannot have the name, and which one it can have; empty if it can.
+std::string objectionTo(const std::string& name) {
+  const auto isRefused = [](unsigned char letter) {
+    return letter < ' ' || letter == 127 ||
+           std::string_view(",={}\"\\").find(static_cast<char>(letter)) != std::string_view::npos;
+  };
+  if (name.find_first_not_of(' ') == std::string::npos) return "use a name, not of blanks alone";
+  if (std::any_of(name.begin(), name.end(), isRefused))
+    return "use a name without comma, equals sign, brace, quote, backslash, tab and other control "
+           "characters";
+  if (name.front() == ' ' || name.back() == ' ')
+    return "use a name without blanks at its ends, which labels do not give back";
+  return "";
+}
+
+}  // namespace
+
 bool isClassName(const std::string& name) {
-  return name.find_first_of(",={}\"\\\n\r\t") == std::string::npos &&
-         name.find_first_not_of(' ') != std::string::npos;
+  return objectionTo(name).empty();
 }
 
 void requireClassName(const std::string& name) {
-  if (!isClassName(name))
-    throw CommandError(
-        "class '" + name +
-            "' cannot be added; use a name, not of blanks alone, without comma, equals "
-            "sign, brace, quote, backslash or tab",
-        exitUsage);
+  const auto objection = objectionTo(name);
+  if (!objection.empty())
+    throw CommandError("'" + name + "' cannot name a class; " + objection, exitUsage);
 }
 
 namespace {
@@ -203,9 +359,12 @@ PictureRecord readRecord(const WTNVProject& project, const std::string& set,
 }
 
 std::vector<PictureRecord> readSet(const WTNVProject& project, const std::string& set) {
+  RecordPlaces places(project);
   std::vector<PictureRecord> records;
-  for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set))
+  for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set)) {
     records.push_back(readRecord(project, set, trainSet, records.size() + 1));
+    records.back().isElsewhere = places.isElsewhere(trainSet.wGetDataPath());
+  }
   return records;
 }
 
@@ -221,11 +380,13 @@ std::vector<PictureRecord> readRecords(const WTNVProject& project) {
 
 std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& output) {
   auto pictures = readRecords(project);
+  const auto advice = moveAdvice(project);
+  if (!advice.empty()) output.note(advice);
   std::size_t unreadable = 0;
   for (const auto& picture : pictures) {
     if (picture.damage.empty()) continue;
     ++unreadable;
-    output.note(picture.damage + whatToDo);
+    if (!picture.isElsewhere) output.note(picture.damage + whatToDo);
   }
   if (unreadable > 0)
     output.note("the records of " + counted(unreadable, "picture") + " cannot be read");
@@ -315,20 +476,30 @@ std::size_t PictureIndex::find(const std::string& name) const {
 
 std::size_t PictureIndex::findOnly(const std::string& name) const {
   const auto places = foundPlaces(name);
-  if (places.size() > 1)
+  const auto first = places.front();
+  if (std::any_of(places.begin(), places.end(),
+                  [&](std::size_t place) { return records[place].set != records[first].set; }))
     throw CommandError("'" + name + "' is in several sets, " + candidates(places) +
                        "; choose one with --set");
-  return places.front();
+  if (places.size() > 1)
+    messages.note("'" + name + "' is in the set " + records[first].set + " " +
+                  std::to_string(places.size()) + " times; the first one is taken");
+  return first;
 }
 
 std::string PictureIndex::missing(const std::string& name) const {
+  constexpr std::size_t mostNamed = 3;
   std::vector<std::string> damages;
-  for (const auto& record : records)
-    if (!record.damage.empty()) damages.push_back(record.damage);
-  if (damages.empty())
+  std::size_t damaged = 0;
+  for (const auto& record : records) {
+    if (record.damage.empty()) continue;
+    if (++damaged <= mostNamed) damages.push_back(record.damage);
+  }
+  if (damaged == 0)
     return "the project has no picture '" + name + "'; samplebench list shows its pictures";
+  if (damaged > mostNamed) damages.push_back(std::to_string(damaged - mostNamed) + " more");
   return "the project has no picture '" + name + "' among those that can be read; it may be in " +
-         joined(damages) + ". Restore that";
+         joined(damages) + ". What to do, says: samplebench check";
 }
 
 std::vector<std::size_t> PictureIndex::placesOf(const std::string& name) const {

@@ -34,7 +34,8 @@ std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std
 /// what it is.
 void requireStorable(const std::string& what, const std::string& text);
 
-/// Loads a project; throws CommandError, which lists the projects, if there is none of that name.
+/// Loads a project, to read it; throws CommandError, which lists the projects, if there is none of
+/// that name.
 std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name);
 
 /// Keeps other commands from changing the project as long as it lives: of two that read, change and
@@ -48,12 +49,24 @@ class ProjectLock {
   std::unique_ptr<platform::DirectoryLock> lock;
 };
 
+/// The same, to change it. Also throws CommandError if the project was moved or copied and not told
+/// so: the records that would be changed are those of another project, or nowhere.
+std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name,
+                                         const ProjectLock& lock);
+
+/// Throws CommandError for such a project.
+void requireOwnRecords(const WTNVProject& project);
+
+/// What to do about a project that looks for records outside its own directory, as one that was
+/// moved or copied does; empty if it does not.
+std::string moveAdvice(const WTNVProject& project);
+
 /// Saves all (`full`), or only pictures with changed marks; throws CommandError if that fails. In a
 /// dry run nothing is saved.
 void saveProject(WTNVProject& project, bool full, const Output& output);
 
-/// Whether the project's settings give that name of a class back: its list of names is cut at
-/// commas, for one.
+/// Whether the project's settings, and labels of every format, give that name of a class back: the
+/// settings' list of names is cut at commas, for one.
 bool isClassName(const std::string& name);
 
 /// Throws CommandError unless it is one.
@@ -66,13 +79,15 @@ struct PictureRecord {
   WTNVTrainSet trainSet;
   /// Why the record cannot be read, and where it is; empty if it can.
   std::string damage;
+  /// It is looked for outside the directory of the project.
+  bool isElsewhere = false;
 };
 
 /// All pictures of the project, in the order in which the library counts them. Those whose record
 /// cannot be read keep an empty path.
 std::vector<PictureRecord> readRecords(const WTNVProject& project);
 
-/// The same, and those that cannot be read are noted.
+/// The same, and those that cannot be read are noted; so is a project that was moved or copied.
 std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& output);
 
 /// The first record that is damaged or empty; null if there is none. One that is missing is none:
@@ -108,7 +123,8 @@ class PictureIndex {
   /// records that cannot be read, for it may be in one of them.
   std::size_t find(const std::string& name) const;
 
-  /// The same, for what cannot be undone: throws CommandError for one that is in several sets.
+  /// The same, for what cannot be undone: throws CommandError for one that is in several sets. Of
+  /// one that is twice in a set it is the first, which is noted.
   std::size_t findOnly(const std::string& name) const;
 
  private:

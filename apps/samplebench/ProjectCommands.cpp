@@ -50,8 +50,11 @@ Totals writePictures(const std::string& set, const std::vector<PictureRecord>& p
 }
 
 void runCreate(const Locations& locations, const std::string& project, Output& output) {
-  requireNewProject(locations, project);
-  if (!output.isDryRun()) createProject(locations, project);
+  if (output.isDryRun()) {
+    requireNewProject(locations, project);
+  } else {
+    createProject(locations, project);
+  }
   output.fact("project", project);
   output.fact("directory", locations.projects);
   output.say(std::string(output.told("made", "would make")) + " project " + project + " in " +

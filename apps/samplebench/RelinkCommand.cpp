@@ -126,6 +126,7 @@ void runRelink(const Locations& locations, const RelinkOptions& options, Output&
     requireChange(done.back().outcome, "record of the project", move);
   }
   if (!options.pictures.empty()) {
+    requireOwnRecords(*project);
     requireWholeRecords(*project);
     const auto move = parseMove(options.pictures);
     done.push_back({"pictures", "picture", move, relinkPictures(*project, move)});

@@ -20,6 +20,8 @@ struct RemoveOptions {
   std::vector<int> numbers;
   /// Lose the marks of what is removed, too.
   bool withMarks = false;
+  /// The pictures whose records cannot be read.
+  bool damaged = false;
 };
 
 constexpr auto filesStay = "; the picture files stay where they are";
@@ -75,7 +77,7 @@ void requireNumbers(const std::vector<int>& numbers, std::size_t marks,
 
 void runRemoveMark(const Locations& locations, const RemoveOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const auto pictures = readPictures(*project, output);
   const auto place = PictureIndex(pictures, output, options.set).findOnly(options.picture);
   Editor editor(*project);
@@ -104,9 +106,29 @@ void takeOut(WTNVProject& project, const std::vector<PictureRecord>& removed) {
     project.wRemoveImagesFromImageSet(paths, set);
 }
 
-void runRemovePicture(const Locations& locations, const RemoveOptions& options, Output& output) {
+// What marks they have cannot be known.
+void runRemoveDamaged(const Locations& locations, const RemoveOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
+  auto damaged = readPictures(*project, output);
+  std::erase_if(damaged, [](const auto& picture) { return picture.damage.empty(); });
+  if (!damaged.empty() && !options.withMarks && !output.isDryRun())
+    throw CommandError("the marks of " + counted(damaged.size(), "picture") +
+                       " whose records cannot be read would be lost; --with-marks does that");
+  takeOut(*project, damaged);
+  if (!damaged.empty()) saveProject(*project, true, output);
+  output.fact("pictures", static_cast<Json::UInt64>(damaged.size()));
+  output.say(counted(damaged.size(), "picture") + " whose records cannot be read" +
+             std::string(output.told(" removed from project ", " would be removed from project ")) +
+             options.project + filesStay);
+}
+
+void runRemovePicture(const Locations& locations, const RemoveOptions& options, Output& output) {
+  if (options.damaged != options.pictures.empty())
+    throw CommandError("give the pictures that are to be removed, or --damaged", exitUsage);
+  if (options.damaged) return runRemoveDamaged(locations, options, output);
+  const ProjectLock lock(locations, options.project, output);
+  const auto project = openProject(locations, options.project, lock);
   const auto pictures = readPictures(*project, output);
   const PictureIndex index(pictures, output, options.set);
   std::set<std::size_t> places;
@@ -123,7 +145,7 @@ void runRemovePicture(const Locations& locations, const RemoveOptions& options, 
 
 void runRemoveSet(const Locations& locations, const RemoveOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   requireChoice("set", options.set, project->wGetImageSets());
   auto removed = readPictures(*project, output);
   std::erase_if(removed, [&](const auto& picture) { return picture.set != options.set; });
@@ -164,7 +186,7 @@ std::size_t filesBelow(const fs::path& directory) {
 
 void runRemoveProject(const Locations& locations, const RemoveOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project);
+  const auto project = openProject(locations, options.project, lock);
   const auto pictures = readPictures(*project, output);
   const auto directory = projectDirectory(*project);
   requireNoPicturesWithin(directory, pictures);
@@ -224,8 +246,9 @@ void addRemoveCommands(CLI::App& app, ProgramOptions& program) {
                            {"picture", "Takes pictures out of the project; their files stay.",
                             "remove picture parts photo.jpg --with-marks"},
                            runRemovePicture);
-  picture.app->add_option("PICTURE", picture.options->pictures, "paths, or file names if unique")
-      ->required();
+  picture.app->add_option("PICTURE", picture.options->pictures, "paths, or file names if unique");
+  picture.app->add_flag("--damaged", picture.options->damaged,
+                        "those whose records cannot be read, instead");
   addSetOption(*picture.app, picture.options->set);
   addWithMarks(picture);
   const auto set = add(*remove, program,

@@ -34,14 +34,6 @@ bool isProject(const Locations& locations, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-void requireNoForeignPage(const std::string& report) {
-  std::error_code error;
-  if (!std::filesystem::is_regular_file(report, error)) return;
-  if (std::filesystem::is_empty(report, error) || isPageOfOurs(report)) return;
-  throw CommandError("'" + report +
-                     "' is no report of ours and would be replaced; choose another file");
-}
-
 // In a set a page would replace a sample, or keep the next run from replacing the set.
 void requireOutside(const std::string& report, const std::string& set) {
   requireWritable(report);

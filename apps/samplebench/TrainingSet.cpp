@@ -53,6 +53,13 @@ bool isEarlierSet(const fs::path& directory) {
          holdsOnly(directory, isOurs) && holdsOnly(directory / samplesName, isSample);
 }
 
+// As a run leaves them that was killed before its first file.
+bool holdsDirectoriesAlone(const fs::path& directory) {
+  return std::all_of(
+      fs::recursive_directory_iterator(directory), fs::recursive_directory_iterator(),
+      [](const fs::directory_entry& entry) { return entry.is_directory() && !entry.is_symlink(); });
+}
+
 bool hasTrainedWeights(const fs::path& directory) {
   const auto backup = directory / backupName;
   return fs::is_directory(backup) && !fs::is_empty(backup);
@@ -124,7 +131,7 @@ void requireReplaceable(const std::string& path) {
   if (!fs::exists(directory)) return;
   if (!fs::is_directory(directory))
     throw CommandError("'" + directory + "' is no directory; give another output directory");
-  if (fs::is_empty(directory)) return;
+  if (holdsDirectoriesAlone(directory)) return;
   if (!isEarlierSet(directory))
     throw CommandError("'" + directory +
                        "' holds files that are no training set of ours, and a run would delete "

@@ -25,7 +25,8 @@ struct TrainingSetPaths {
 TrainingSetPaths trainingSetPaths(const std::string& output, const std::string& project);
 
 /// Throws CommandError unless the directory may be replaced by a new training set: it does not
-/// exist, is empty, or holds what `generate` wrote there and nothing else.
+/// exist, is empty but for empty directories, or holds what `generate` wrote there and nothing
+/// else.
 void requireReplaceable(const std::string& directory);
 
 /// What a training set consists of.

@@ -67,8 +67,10 @@ void tell(const UserOptions& options, const std::string& users, Output& output) 
 
 void requireUser(const std::string& users, const std::string& name) {
   const auto names = userNames(users);
-  if (std::find(names.begin(), names.end(), name) == names.end())
-    throw CommandError("there is no user '" + name + "'; there are: " + joined(names));
+  if (std::find(names.begin(), names.end(), name) != names.end()) return;
+  throw CommandError("there is no user '" + name + "' in " + users +
+                     (names.empty() ? ", nor any other; make one with: samplebench user create"
+                                    : "; there are: " + joined(names)));
 }
 
 void runCreate(const UserOptions& options, Output& output) {

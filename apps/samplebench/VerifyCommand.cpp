@@ -17,6 +17,22 @@ struct VerifyOptions {
   std::string network;
 };
 
+// What there is no file for is not checked, which must not pass for sound.
+void sayNotChecked(const SetLayout& layout, Output& output) {
+  Json::Value notChecked(Json::arrayValue);
+  if (layout.dataFile.empty() && layout.description.empty()) {
+    notChecked.append("data file");
+    output.note("there is no data file and no data.yaml: what they say was not checked");
+  }
+  if (layout.network.empty()) {
+    notChecked.append("network");
+    output.note(
+        "no network file, or several: layers, and boxes too small for the input, were not "
+        "checked; --net names one");
+  }
+  output.fact("notChecked", notChecked);
+}
+
 void runVerify(const VerifyOptions& options, Output& output) {
   Findings found;
   const auto layout = findSet(options.set, options.network, found);
@@ -25,6 +41,7 @@ void runVerify(const VerifyOptions& options, Output& output) {
       layout, std::move(found),
       {[&](std::size_t count) { progress.emplace(count, output); }, [&] { progress->step(); }});
   progress->finish();
+  sayNotChecked(layout, output);
   writeFindings(verified.findings, output);
   output.fact("pictures", static_cast<Json::UInt64>(verified.pictures));
   output.fact("labels", static_cast<Json::UInt64>(verified.labels));

@@ -72,7 +72,10 @@ TEST_F(ProgramClasses, ARenamedClassIsNoOccasionToTellOfRecordsThatAreLeftAlone)
 }
 
 TEST_F(ProgramClasses, ANameThatIsTakenOrWouldNotBeReadBackIsRefused) {
-  fail({"class", "rename", "parts", "bolt", "nut"}, "another class's");
+  fail({"class", "rename", "parts", "bolt", "nut"},
+       "'bolt' cannot be renamed to 'nut'; there is a class of that name already");
+  fail({"class", "rename", "parts", "bolt", " stud"}, "without blanks at its ends", 2);
+  fail({"class", "add", "parts", "stud "}, "' cannot name a class; use a name without blanks", 2);
   fail({"class", "rename", "parts", "bolt", "a,b"}, "without comma", 2);
   fail({"class", "rename", "parts", "clip", "stud"}, "there is no class 'clip'");
   EXPECT_EQ(occurrences(succeed({"class", "list", "parts"}), "bolt"), 1U);
@@ -167,6 +170,7 @@ TEST_F(ProgramClasses, NothingChangesWhileARecordCannotBeRead) {
       place.write("projects/parts/is_day1/" + entry.path().filename().string(), "<?xml");
       break;
     }
-  fail({"class", "merge", "parts", "screw", "--into", "bolt"}, "nothing was changed");
+  fail({"class", "merge", "parts", "screw", "--into", "bolt"},
+       "restore those records, or take them out with: samplebench remove picture parts --damaged");
   EXPECT_EQ(occurrences(succeed({"class", "list", "parts"}), "screw"), 1U);
 }

@@ -388,9 +388,13 @@ TEST_F(ProgramGallery, APictureThatIsGoneIsTold) {
 }
 
 TEST_F(ProgramGallery, AnEarlierReportIsReplacedAndAPictureIsNot) {
+  report();
   mark();
-  place.write("marks.html", "earlier");
   EXPECT_THAT(report(), HasSubstr("<!DOCTYPE html>"));
+  place.write("notes.html", "mine");
+  fail({"gallery", "parts", "--report", "notes.html"}, "'notes.html' is no report of ours");
+  fail({"gallery", "parts", "--report", "notes.html", "--dry-run"}, "is no report of ours");
+  EXPECT_EQ(readFile(place / "notes.html"), "mine");
   const auto picture = readFile(place / "photos/b.png");
   fail({"gallery", "parts", "--report", "photos/b.png"}, "is a picture of the project");
   EXPECT_EQ(readFile(place / "photos/b.png"), picture);
@@ -425,7 +429,7 @@ TEST_F(ProgramGallery, WhatIsNoFileIsNotReplaced) {
 
 TEST_F(ProgramGallery, AReportIsWrittenThroughALink) {
   mark();
-  place.write("pages/marks.html", "earlier");
+  place.write("pages/marks.html", "");
   fs::create_symlink("pages/marks.html", place / "link.html");
   fs::create_symlink("pages/new.html", place / "dangling.html");
   for (const auto* file : {"link.html", "dangling.html"}) {
@@ -518,8 +522,9 @@ TEST_F(ProgramGallery, AnInterruptStopsTheRunAndLeavesNoReport) {
   place.makeDirectory("many");
   for (int i = 0; i < 100; ++i)
     writePicture(place / "many/" + std::to_string(i) + ".jpg", 1200, 900);
+  report();
+  const auto earlier = readFile(place / "marks.html");
   succeed({"import", "parts", "day2", "many"});
-  place.write("marks.html", "earlier");
   auto program = start({"gallery", "parts", "--report", "marks.html"});
   ASSERT_TRUE(program.waitForError("(10 %)"));
   program.interrupt();
@@ -527,7 +532,23 @@ TEST_F(ProgramGallery, AnInterruptStopsTheRunAndLeavesNoReport) {
   EXPECT_EQ(result.exitCode, 130);
   EXPECT_THAT(result.err, HasSubstr("samplebench: interrupted after"));
   EXPECT_EQ(result.out, "");
-  EXPECT_EQ(readFile(place / "marks.html"), "earlier");
+  EXPECT_EQ(readFile(place / "marks.html"), earlier);
+}
+
+TEST_F(ProgramGallery, WithoutAnyPictureTheEarlierCutsStay) {
+  mark();
+  report();
+  const auto before = contents("projects");
+  const auto page = readFile(place / "marks.html");
+  fs::rename(place / "photos", place / "unmounted");
+  for (const std::vector<std::string>& more :
+       {std::vector<std::string>{}, {"--report", "marks.html"}, {"--dry-run"}}) {
+    std::vector<std::string> call{"gallery", "parts"};
+    call.insert(call.end(), more.begin(), more.end());
+    fail(call, "none of the pictures of the project (2) can be read; samplebench check parts");
+  }
+  EXPECT_EQ(contents("projects"), before);
+  EXPECT_EQ(readFile(place / "marks.html"), page);
 }
 
 }  // namespace

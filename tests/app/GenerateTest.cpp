@@ -150,7 +150,20 @@ TEST_F(ProgramGenerate, WantsClassesAndPictures) {
   succeed({"create", "empty"});
   fail({"generate", "empty", "--output", "set"}, "has no classes");
   succeed({"class", "add", "empty", "nut"});
-  fail({"generate", "empty", "--output", "set"}, "no pictures");
+  fail({"generate", "empty", "--output", "set"},
+       "the project has no pictures; add some with: samplebench import empty");
+  fs::rename(place / "photos", place / "unmounted");
+  fail({"generate", "parts", "--output", "set"},
+       "none of the pictures of the project (2) can be read; samplebench check parts says why");
+}
+
+TEST_F(ProgramGenerate, EmptyDirectoriesInThePlaceAreReplaced) {
+  place.makeDirectory("set/samples");
+  place.makeDirectory("set/backup/deep");
+  succeed({"generate", "parts", "--output", "set"});
+  place.makeDirectory("other/samples");
+  place.write("other/samples/mine.txt", "");
+  fail({"generate", "parts", "--output", "other"}, "no training set of ours");
 }
 
 TEST_F(ProgramGenerate, ClassNumbersMustRunFromNoughtWithoutGap) {
@@ -279,7 +292,8 @@ TEST_F(ProgramGenerate, APictureThatIsGoneOrNoneIsNoted) {
   }
   fs::remove(place / "photos/a.png");
   place.write("photos/b.png", "a text");
-  fail({"generate", "parts", "--output", "set"}, "no pictures that can be read");
+  fail({"generate", "parts", "--output", "set"},
+       "none of the pictures of the project (2) can be read");
 }
 
 TEST_F(ProgramGenerate, APictureWithoutTheEndOfItsFileGoesInAndIsToldOf) {
@@ -377,9 +391,9 @@ TEST_F(ProgramGenerate, WhatIsRefusedLeavesNoTrace) {
 
 class ProgramStopped : public ProgramGenerate {
  protected:
-  /// A run over an earlier set that has written a tenth.
-  RunningProgram running() const {
-    succeed({"generate", "parts", "--output", "set"});
+  /// A run over an earlier set, if there is to be one, that takes a while.
+  RunningProgram running(bool hasEarlier = true) const {
+    if (hasEarlier) succeed({"generate", "parts", "--output", "set"});
     place.makeDirectory("many");
     for (int i = 0; i < 100; ++i)
       writePicture(place / "many/" + std::to_string(i) + ".jpg", 800, 600);
@@ -397,6 +411,7 @@ TEST_F(ProgramStopped, ARequestToEndStopsTheRunAndTheNextOneWorks) {
     const auto result = program.wait();
     EXPECT_EQ(result.exitCode, 130);
     EXPECT_NE(result.err.find("samplebench: interrupted after"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("the earlier set there is gone"), std::string::npos) << result.err;
     EXPECT_EQ(result.out, "");
     EXPECT_FALSE(fs::exists(place / "set/samples"));
   }
@@ -413,6 +428,15 @@ TEST_F(ProgramStopped, APlaceIsWrittenToByOneRunAtATime) {
   EXPECT_TRUE(fs::exists(place / "set/train.txt"));
   EXPECT_FALSE(fs::exists(place / ".set.lock"));
   succeed({"generate", "parts", "--output", "set"});
+}
+
+TEST_F(ProgramStopped, NoEarlierSetIsToldOfWhereNoneWas) {
+  auto program = running(false);
+  ASSERT_TRUE(program.waitForError("(10 %)"));
+  program.interrupt();
+  const auto result = program.wait();
+  EXPECT_EQ(result.exitCode, 130);
+  EXPECT_NE(result.err.find("set was removed: run it again"), std::string::npos) << result.err;
 }
 
 TEST_F(ProgramStopped, WhatAKilledRunLeavesIsReplaced) {

@@ -283,6 +283,10 @@ TEST_F(LabelsTest, AWorkflowChoosesThePicturesThatGoOut) {
       HasSubstr("Darknet labels of 1 picture written to out\n"));
   EXPECT_FALSE(fs::exists(place / "out/labels/a.txt"));
   EXPECT_TRUE(fs::exists(place / "out/labels/b.txt"));
+  fs::remove(place / "photos/b.png");
+  fail({"labels", "export", "parts", "out", "--format", "Darknet", "--workflow", "done"},
+       "none of the pictures of workflow 'done' (1) can be read");
+  EXPECT_TRUE(fs::exists(place / "out/labels/b.txt"));
 }
 
 TEST_F(LabelsTest, CopiesComeBackIntoAnotherProject) {
@@ -315,7 +319,7 @@ TEST_F(LabelsTest, NamesAndPicturesMayLieElsewhere) {
   fs::rename(place / "in/obj.names", place / "names.txt");
   fs::rename(place / "in/images", place / "pictures");
   fail({"labels", "import", "parts", "others", "in"},
-       "No class names found for 'in'!; --format and --names tell how to read them");
+       "No class names found for 'in'; --format and --names tell how to read them");
   fail({"labels", "import", "parts", "others", "in", "--names", "names.txt"},
        "--pictures tells where they lie");
   const auto result = import({"--names", "names.txt", "--pictures", "pictures"});
@@ -402,4 +406,45 @@ TEST_F(LabelsStopped, AnExportThatIsStoppedLeavesTheEarlierOneAsItWas) {
       EXPECT_EQ(contents("out"), before) << format;
     }
   }
+}
+
+TEST_F(LabelsTest, WithoutAnyPictureTheEarlierExportStays) {
+  succeed({"labels", "export", "parts", "out", "--format", "Darknet", "--copy"});
+  const auto before = contents("out");
+  fs::rename(place / "photos", place / "unmounted");
+  for (const auto* more : {"--copy", "--dry-run"})
+    fail({"labels", "export", "parts", "out", "--format", "Darknet", more},
+         "none of the pictures of the project (2) can be read; samplebench check parts");
+  EXPECT_EQ(contents("out"), before);
+}
+
+TEST_F(LabelsTest, TheSummaryOfADarknetExportSaysWhatATrainerNeeds) {
+  const auto copyHint = HasSubstr("to train with them, export with --copy");
+  const auto valHint = HasSubstr("val of data.yaml is the same as train");
+  const std::vector<std::string> call{"labels", "export", "parts", "out", "--format", "Darknet"};
+  EXPECT_THAT(succeed(call), AllOf(copyHint, valHint));
+  auto withCopy = call;
+  withCopy.push_back("--copy");
+  EXPECT_THAT(succeed(withCopy), AllOf(Not(copyHint), valHint));
+  EXPECT_THAT(succeed({"labels", "export", "parts", "coco", "--format", "COCO"}),
+              AllOf(Not(copyHint), Not(valHint)));
+}
+
+TEST_F(LabelsTest, TheReasonWhyClassesCannotGoOutIsTheTrueOne) {
+  WTNVProject project("parts", place / "projects/", "", "");
+  ASSERT_TRUE(project.wLoad());
+  ASSERT_TRUE(project.wAddDNNClass("bolt ", -1, -1).isValid());
+  ASSERT_TRUE(project.wUpdate(true));
+  const std::vector<std::string> call{"labels", "export", "parts", "out", "--format", "COCO"};
+  fail(call, "cannot be written: The name 'bolt ' is empty, has blanks at its ends");
+  succeed({"class", "rename", "parts", "bolt ", "bolt"});
+  succeed(call);
+}
+
+TEST_F(LabelsTest, AReasonDoesNotTellOfFunctions) {
+  fs::create_directories(place / "bare");
+  const auto result = run({"--quiet", "labels", "import", "parts", "day2", "bare"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.err, AllOf(HasSubstr("no labels can be read from 'bare': "),
+                                Not(HasSubstr("TNV")), Not(HasSubstr("::"))));
 }

@@ -48,7 +48,11 @@ TEST_F(ProgramMark, RefusesWhatWillNotDoAndSavesNothing) {
       {{"a.png", "Rect", "0,0", "0.0078,1", "--class", "nut"}, "enclose less than a pixel", 1},
       {{"a.png", "Rect", "1,1", "1.9,9", "--class", "nut", "--pixels"},
        "enclose less than a pixel",
-       2}};
+       2},
+      {{"a.png", "Circle", "Multiple", "0,0", "1,1", "0,1", "--class", "nut"},
+       "has two words; write it in quotes: \"Circle Multiple\"",
+       2},
+      {{"a.png", "Rect", "Multiple", "0,0", "--class", "nut"}, "'Multiple' is no point", 2}};
   for (auto [arguments, message, exitCode] : rows) {
     arguments.insert(arguments.begin(), {"mark", "parts"});
     fail(arguments, message, exitCode);

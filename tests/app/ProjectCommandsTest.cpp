@@ -129,7 +129,8 @@ TEST_F(ProgramProjects, AClassMayBeNamedLikeACommand) {
 
 TEST_F(ProgramProjects, ClassesThatWillNotDoAreRefusedAndNothingIsSaved) {
   succeed({"create", "parts"});
-  fail({"class", "add", "parts", "nut", "nut"}, "class 'nut' cannot be added");
+  fail({"class", "add", "parts", "nut", "nut"},
+       "class 'nut' cannot be added; there is a class of that name already");
   fail({"class", "add", "parts", "nut", "a,b"}, "without comma", 2);
   fail({"class", "add", "parts", "nut", "  "}, "not of blanks alone", 2);
   fail({"class", "add", "parts", "nut", ""}, "not of blanks alone", 2);

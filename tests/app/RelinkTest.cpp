@@ -148,3 +148,58 @@ TEST_F(ProgramCheck, APictureOfAnotherSizeIsNamedIfItsSizeIsKnown) {
   EXPECT_EQ(result.exitCode, 3);
   EXPECT_THAT(result.out, HasSubstr("other-size: the picture has 64x64 pixels and had 128x64"));
 }
+
+TEST_F(ProgramCheck, ASetWhoseListIsLostIsNamed) {
+  const auto list = place / "projects/parts/day1.xml";
+  const auto content = readFile(list);
+  const auto expectLost = [&] {
+    const auto result = run({"check", "parts"});
+    EXPECT_EQ(result.exitCode, 3) << result.err;
+    EXPECT_THAT(result.out,
+                AllOf(HasSubstr(list + ": lost-list: no list of the project names the 2 records in "
+                                       "is_day1; restore this file"),
+                      HasSubstr("0 pictures, 1 finding")));
+  };
+  fs::remove(list);
+  expectLost();
+  place.write("projects/parts/day1.xml",
+              "<?xml version=\"1.0\"?>\n<opencv_storage>\n<Count>0</Count></opencv_storage>\n");
+  expectLost();
+  place.write("projects/parts/day1.xml", content);
+  succeed({"check", "parts"});
+}
+
+TEST_F(ProgramCheck, RecordsOfRemovedPicturesAreNoFinding) {
+  succeed({"remove", "picture", "parts", "b.png"});
+  const auto result = run({"check", "parts", "--json"});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_THAT(result.out, HasSubstr("\"unlistedRecords\" : 1"));
+  EXPECT_THAT(result.err, HasSubstr("1 record beside those of the lists"));
+}
+
+TEST_F(ProgramCheck, OfACutListItIsSaidToRestoreIt) {
+  fs::resize_file(place / "projects/parts/day1.xml", 60);
+  const auto result = run({"check", "parts"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.err, AllOf(HasSubstr((place / "projects/parts/day1.xml") +
+                                          "; restore that file, for it says which pictures"),
+                                testing::Not(HasSubstr("remove that file"))));
+}
+
+TEST_F(ProgramCheck, APictureThatIsTwiceInASetIsNamedAndCanBeTakenOut) {
+  auto list = readFile(place / "projects/parts/day1.xml");
+  const auto first = list.find("<id0>");
+  const auto end = list.find("</id0>") + 6;
+  auto again = list.substr(first, end - first);
+  again.replace(1, 3, "id2").replace(again.size() - 4, 3, "id2");
+  list.insert(list.find("</opencv_storage>"), again);
+  list.replace(list.find("<Count>2"), 8, "<Count>3");
+  place.write("projects/parts/day1.xml", list);
+  const auto* twice = again.find(recordOf("a.png")) != std::string::npos ? "a.png" : "b.png";
+  const auto result = run({"check", "parts"});
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_THAT(result.out, AllOf(HasSubstr(": listed-twice: the picture is in the set day1 already"),
+                                HasSubstr("3 pictures, 1 finding")));
+  succeed({"remove", "picture", "parts", twice, "--with-marks"});
+  EXPECT_THAT(succeed({"check", "parts"}), HasSubstr("2 pictures, 0 findings"));
+}

@@ -232,4 +232,26 @@ TEST_F(ProgramRemove, ASetChoosesAmongPicturesOfOneName) {
   }
 }
 
+TEST_F(ProgramRemove, PicturesWhoseRecordsCannotBeReadGoOnlyWhenTold) {
+  std::vector<std::string> records;
+  for (const auto& entry : fs::directory_iterator(place / "projects/parts/is_day1"))
+    records.push_back(entry.path().string());
+  ASSERT_EQ(records.size(), 2U);
+  fs::resize_file(records[0], 50);
+  const auto second = fs::directory_iterator(place / "projects/parts/is_day2")->path();
+  fs::remove(second);
+  EXPECT_THAT(run({"check", "parts"}).out,
+              HasSubstr("samplebench remove picture parts --damaged --with-marks"));
+  const Words call{"remove", "picture", "parts", "--damaged"};
+  failWholly(call, "the marks of 2 pictures whose records cannot be read would be lost");
+  EXPECT_THAT(dryRun(call), HasSubstr("2 pictures whose records cannot be read would be removed"));
+  failWholly({"remove", "picture", "parts", "--damaged", "a.png"}, "or --damaged", 2);
+  failWholly({"remove", "picture", "parts"}, "or --damaged", 2);
+  EXPECT_THAT(succeed({"remove", "picture", "parts", "--damaged", "--with-marks"}),
+              HasSubstr("2 pictures whose records cannot be read removed"));
+  EXPECT_THAT(succeed({"check", "parts"}), HasSubstr("2 pictures, 0 findings"));
+  EXPECT_THAT(succeed({"remove", "picture", "parts", "--damaged"}), HasSubstr("0 pictures"));
+  expectPicturesThere();
+}
+
 }  // namespace

@@ -377,6 +377,8 @@ TEST_F(ProgramUser, UsersAreMadeListedChangedAndRemoved) {
   fail({"user", "remove", "cay"}, "there are: ann, bea");
   succeed({"user", "remove", "ann"});
   EXPECT_EQ(succeed({"user", "list"}).find("ann"), std::string::npos);
+  succeed({"user", "remove", "bea"});
+  fail({"user", "remove", "bea"}, ", nor any other; make one with: samplebench user create");
 }
 
 TEST_F(ProgramUser, WhatTheFileCannotHoldIsRefused) {

@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
+#include <json/reader.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
+#include <sstream>
 
 #include "CommandError.h"
 #include "ProgramRunner.h"
@@ -284,6 +286,34 @@ TEST_F(VerifiedSetTest, DefectsOfFiles) {
       {"blank name",
        [&] { place.write("parts.names", "screw\n \n"); },
        {"parts.names:2 blank-name"}},
+      {"carriage returns among the names",
+       [&] { place.write("parts.names", "screw\r\nnut\r\n"); },
+       {"parts.names:0 line-end"}},
+      {"blanks around a name",
+       [&] { place.write("parts.names", "screw\nnut \n"); },
+       {"parts.names:2 name-space"}},
+      {"no list to test with",
+       [&] { data("valid = ", "# "); },
+       {"parts.data:0 data-key", "samples/img_2.png:0 stray-picture",
+        "samples/img_2.txt:0 stray-text", "samples/img_3.png:0 stray-picture",
+        "samples/img_3.txt:0 stray-text"}},
+      {"an empty value",
+       [&] {
+         place.write("parts.data",
+                     "classes = 2\ntrain =\nvalid =\nnames = " + (place / "parts.names") + "\n");
+       },
+       {"parts.data:0 data-key", "parts.data:0 data-key"}},
+      {"a key twice",
+       [&] { append("parts.data", "train = " + (place / "test.txt") + "\n"); },
+       {"parts.data:5 data-key"}},
+      {"a line that leads elsewhere",
+       [&] {
+         place.makeDirectory("other");
+         cv::imwrite(place / "other.png", scene(9));
+         append("train.txt", place / "other\n");
+         append("train.txt", place / "../absent.png\n");
+       },
+       {"../absent.png:0 missing-picture", "other:0 missing-label", "other:0 unreadable-picture"}},
       {"name twice",
        [&] { place.write("parts.names", "nut\nnut\n"); },
        {"parts.names:2 same-name"}},
@@ -440,6 +470,15 @@ TEST_F(DescribedSetTest, DefectsOfTheDescription) {
            {"train: images/train\nval: images/absent\n" + names, {"data.yaml:0 missing-file"}},
            {"train: images/train\nval: images/train\n" + names, {"data.yaml:0 same-picture"}},
            {places + "test: images/val\n" + names, {}},
+           {places + "names: [screw, nut\n", {"data.yaml:3 data-syntax"}},
+           {places + "names: {0: screw, 1: nut\n", {"data.yaml:3 data-syntax"}},
+           {places + names + "comment: 'open\n", {"data.yaml:4 data-syntax"}},
+           {places + "names:\n\t- screw\n\t- nut\n",
+            {"data.yaml:4 data-syntax", "data.yaml:5 data-syntax"}},
+           {places + "# it's [\n" + names, {}},
+           {places + "names: ['it''s # [', don't] # {\n", {}},
+           {places + "names:\n  - \"a \\\" [\"\n  - b[{\n", {}},
+           {places + "names: [\n  screw,\n  nut]\n", {}},
            {"\xEF\xBB\xBF" + places + names, {"data.yaml:1 byte-order-mark"}},
            // Without any place that is there the whole directory is looked through.
            {"train: a\nval: b\n" + names,
@@ -521,6 +560,43 @@ TEST_F(ProgramVerify, WithoutASetTheErrorSaysWhatToGive) {
   fail({"verify", "nowhere"}, "give its directory, its data file or its data.yaml");
   place.write("parts.cfg", "[net]\n");
   fail({"verify", "parts.cfg"}, "is a network file; give the directory of the set, its data file");
+}
+
+TEST_F(ProgramVerify, WhatIsNotCheckedIsTold) {
+  makeProject();
+  cv::imwrite(place / "photos/b.png", scene(7, {128, 64}));
+  succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
+  succeed({"generate", "parts", "--output", "set", "--test-ratio", "0.5"});
+  const auto notChecked = [&](const std::vector<std::string>& expected, const std::string& note) {
+    const auto result = run({"verify", "set", "--json"});
+    EXPECT_EQ(result.exitCode, 0) << result.out;
+    EXPECT_THAT(result.err, HasSubstr(note));
+    Json::Value value;
+    std::istringstream(result.out) >> value;
+    std::vector<std::string> told;
+    for (const auto& each : value["notChecked"])
+      told.push_back(each.asString());
+    EXPECT_EQ(told, expected);
+  };
+  notChecked({}, "");
+  fs::remove(place / "set/parts.cfg");
+  notChecked({"network"}, "--net names one");
+  fs::remove(place / "set/parts.data");
+  notChecked({"data file", "network"}, "no data file and no data.yaml");
+}
+
+TEST_F(ProgramVerify, LabelsOfOtherFormatsAreNoSetWithFindings) {
+  makeProject();
+  succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
+  for (const std::string format : {"COCO", "VOC"}) {
+    for (const bool copy : {true, false}) {
+      std::vector<std::string> call{"labels", "export", "parts", format, "--format", format};
+      if (copy) call.emplace_back("--copy");
+      succeed(call);
+      for (const auto* command : {"verify", "stats"})
+        fail({command, format}, "holds labels of the format " + format);
+    }
+  }
 }
 
 }  // namespace

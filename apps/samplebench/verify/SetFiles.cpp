@@ -108,6 +108,9 @@ void checkSpelling(const std::string& path, const std::vector<std::string>& name
       findings.push_back({path, line, "blank-name", "a class has no name"});
       continue;
     }
+    if (name != names[i])
+      findings.push_back({path, line, "name-space",
+                          "white space around '" + name + "' is taken for a part of the name"});
     const auto [same, isNew] = earlier.emplace(name, i);
     if (isNew) continue;
     const auto place = haveLines ? "stands in line " + std::to_string(same->second + 1)
@@ -142,11 +145,16 @@ DataFile checkDataFile(const std::string& path, Findings& findings) {
     if (value.find_first_of(whiteSpace) != std::string::npos)
       findings.push_back({path, i + 1, "data-space",
                           "the value of " + key + " holds white space, which Darknet takes out"});
-    data.values[key] = value;
+    if (value.empty()) continue;
+    const auto [first, isNew] = data.values.emplace(key, value);
+    if (!isNew)
+      findings.push_back({path, i + 1, "data-key",
+                          key + " is given twice; the first one counts, " + first->second});
   }
-  for (const auto* key : {"train", "names"})
+  for (const auto* key : {"train", "valid", "names"})
     if (file.readable && !data.values.contains(key))
-      findings.push_back({path, 0, "data-key", "there is no " + std::string(key) + " = ..."});
+      findings.push_back(
+          {path, 0, "data-key", "there is no " + std::string(key) + " = ... with a value"});
   return data;
 }
 
@@ -157,6 +165,10 @@ std::optional<std::size_t> checkNames(const std::string& path, Findings& finding
     return std::nullopt;
   }
   checkByteOrderMark(file, findings);
+  if (file.hasCarriageReturns)
+    findings.push_back({path, 0, "line-end",
+                        "lines end with a carriage return, which Darknet takes for a part of the "
+                        "name; save the file with line feeds alone"});
   checkSpelling(path, file.lines, {}, findings);
   if (file.lines.empty()) findings.push_back({path, 0, "blank-name", "there are no class names"});
   return file.lines.size();

@@ -1,7 +1,9 @@
 #include "verify/SetVerifier.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <set>
 #include <unordered_map>
@@ -11,6 +13,7 @@
 #include "ProjectAccess.h"
 #include "SampleSources.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
+#include "verify/DescriptionSyntax.h"
 #include "verify/LabelPlaces.h"
 #include "verify/PictureCheck.h"
 
@@ -44,6 +47,11 @@ bool isPicture(const fs::path& path) {
 
 bool isText(const fs::path& path) {
   return lowered(path.extension().string()) == ".txt";
+}
+
+bool isRegularFile(const fs::path& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error);
 }
 
 /// The regular files right in a directory, sorted.
@@ -86,8 +94,7 @@ std::vector<std::string> picturesBelow(const fs::path& top, Findings& findings) 
 }
 
 std::string ifThere(const fs::path& path) {
-  std::error_code error;
-  return fs::is_regular_file(path, error) ? path.generic_string() : "";
+  return isRegularFile(path) ? path.generic_string() : "";
 }
 
 /// The only file of that ending; empty if there is none, and with several as `several` says.
@@ -123,12 +130,44 @@ std::vector<std::string> picturesOf(const fs::path& directory, Findings& finding
   return picturesBelow(fs::is_directory(images, error) ? images : directory, findings);
 }
 
+/// Whether one of the files of that ending has a text in it, not too far from its beginning.
+bool hasFileWith(const fs::path& directory, const std::string& ending, const std::string& text) {
+  constexpr std::size_t farthest = 1U << 20U;
+  const auto files = filesIn(directory);
+  return std::any_of(files.begin(), files.end(), [&](const fs::path& file) {
+    if (lowered(file.extension().string()) != ending) return false;
+    std::string begin(farthest, '\0');
+    std::ifstream stream(file, std::ios::binary);
+    stream.read(begin.data(), std::ssize(begin));
+    return begin.find(text) < static_cast<std::size_t>(stream.gcount());
+  });
+}
+
+/// Pictures without label texts beside labels of another format are no Darknet set with findings.
+void requireNoOtherFormat(const fs::path& directory) {
+  Findings ignored;
+  LabelPlaces places(ignored);
+  const auto pictures = picturesOf(directory, ignored);
+  if (std::any_of(pictures.begin(), pictures.end(),
+                  [&](const auto& picture) { return !places.labelOf(picture).empty(); }))
+    return;
+  for (const auto& place : {directory, directory / "annotations", directory / "Annotations"})
+    for (const auto& [format, ending, text] :
+         {std::array{"COCO", ".json", "\"images\""}, std::array{"COCO", ".json", "\"annotations\""},
+          std::array{"VOC", ".xml", "<annotation"}})
+      if (hasFileWith(place, ending, text))
+        throw CommandError("'" + directory.string() + "' holds labels of the format " + format +
+                           "; verify and stats read sets for Darknet and its successors, labels "
+                           "import reads these");
+}
+
 void addFilesOfDirectory(const fs::path& directory, SetLayout& layout, Findings& findings) {
   layout.trainLists = listOfOne(ifThere(directory / "train.txt"));
   for (const auto* name : {"test.txt", "valid.txt", "val.txt"})
     if (layout.testLists.empty()) layout.testLists = listOfOne(ifThere(directory / name));
   layout.namesFile = namesFileIn(directory);
   if (!layout.trainLists.empty()) return;
+  requireNoOtherFormat(directory);
   layout.pictures = picturesOf(directory, findings);
   if (layout.pictures.empty())
     throw CommandError("'" + directory.string() +
@@ -197,7 +236,9 @@ class DescribedPlaces {
 void addFilesOfDescription(const std::string& file, SetLayout& layout, Findings& findings) {
   const auto directory = fs::path(file).parent_path();
   layout.description = file;
-  checkByteOrderMark(readTextFile(file), findings);
+  const auto text = readTextFile(file);
+  checkByteOrderMark(text, findings);
+  checkDescriptionSyntax(text, findings);
   DescribedPlaces places(file, findings);
   places.add("train", layout.trainLists, layout.pictures);
   places.add("val", layout.testLists, layout.testPictures);
@@ -316,6 +357,11 @@ class Verifier {
     return folders;
   }
 
+  /// Whether strays in the directory would be those of the set: a list may name pictures anywhere.
+  bool belongsToSet(const fs::path& directory) const {
+    return liesWithin(directory, layout.directory);
+  }
+
   /// Looks at all files in the directories of the samples and of their labels.
   void findStrays() {
     auto directories = foldersOfSet();
@@ -326,6 +372,8 @@ class Verifier {
       if (!file.empty()) known.insert(absolutePath(file));
     for (const auto& sample : samples) {
       known.insert(sample.path);
+      // What a bad line of a list leads to would make everything around it strays.
+      if (!isRegularFile(sample.path)) continue;
       directories.insert(fs::path(sample.path).parent_path());
       if (sample.label.empty()) continue;
       known.insert(sample.label);
@@ -352,13 +400,15 @@ class Verifier {
   void findStraysIn(const fs::path& directory, const std::unordered_set<std::string>& known) {
     std::map<std::string, std::string> byStem;
     const bool holdsOtherTexts = isShared(directory);
+    const bool isOfSet = belongsToSet(directory);
     for (const auto& file : filesIn(directory)) {
       const auto path = file.generic_string();
       if (isPicture(file)) {
         const auto [first, isNew] = byStem.emplace(file.stem().string(), path);
         if (!isNew) report(path, "same-stem", "shares its label text with " + first->second);
-        if (!known.contains(path)) report(path, "stray-picture", "the picture is in no list");
-      } else if (isText(file) && !known.contains(path) &&
+        if (isOfSet && !known.contains(path))
+          report(path, "stray-picture", "the picture is in no list");
+      } else if (isOfSet && isText(file) && !known.contains(path) &&
                  (!holdsOtherTexts || readsAsLabels(file))) {
         report(path, "stray-text", "the text belongs to no picture of the set");
       }

@@ -1,0 +1,8 @@
+#pragma once
+
+#include "verify/Finding.h"
+#include "verify/TextFile.h"
+
+/// Checks that brackets and quotes of a `data.yaml` are closed and that no line is indented by
+/// tabs: trainers refuse such a file, while what can be made out of it is still read here.
+void checkDescriptionSyntax(const TextFile& file, Findings& findings);
