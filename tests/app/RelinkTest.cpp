@@ -195,7 +195,8 @@ TEST_F(ProgramCheck, APictureThatIsTwiceInASetIsNamedAndCanBeTakenOut) {
   list.insert(list.find("</opencv_storage>"), again);
   list.replace(list.find("<Count>2"), 8, "<Count>3");
   place.write("projects/parts/day1.xml", list);
-  const auto* twice = again.find(recordOf("a.png")) != std::string::npos ? "a.png" : "b.png";
+  const auto* twice =
+      again.find(recordOf("day1", "a.png")) != std::string::npos ? "a.png" : "b.png";
   const auto result = run({"check", "parts"});
   EXPECT_EQ(result.exitCode, 3);
   EXPECT_THAT(result.out, AllOf(HasSubstr(": listed-twice: the picture is in the set day1 already"),

@@ -58,26 +58,30 @@ std::string mark(const std::string& type, const std::string& fields,
          poiSize + "</POISize><ClassIdx>0</ClassIdx>" + fields + "</Mark0>";
 }
 
+const std::string kBox = "<Size>0.5 0.5</Size>";
+
 struct HostileRecord {
   const char* name;
-  std::string marks;
+  std::string (*marks)();  ///< made when it is their turn, for some are large
   int count = 1;
 };
 
-std::vector<HostileRecord> hostileRecords() {
-  const std::string box = "<Size>0.5 0.5</Size>";
-  return {{"CountOfAllNumbers", mark("Rect", box), std::numeric_limits<int>::max()},
-          {"NestingTenThousandDeep", repeated("<Mark0>", 10'000) + repeated("</Mark0>", 10'000)},
-          {"RadiusBeyondAllMeasure", mark("Circle", "<Radius>1e300 1e300</Radius>")},
-          {"RadiusThatIsNoNumber", mark("Circle", "<Radius>.Nan .Nan</Radius>")},
-          {"PoisOfNoSize", mark("Rect", box, "1e-300 1e-300")},
-          {"PoisOfNegativeSize", mark("Rect", box, "-1e300 -1e300")},
-          {"BoxBeyondAllMeasure", mark("Rect", "<Size>1e300 1e300</Size>")},
-          {"PathOfAMillionPoints",
-           mark("PolyLine", "<PolyPoints>" + repeated("0.25 0.75\n", 1'000'000) + "</PolyPoints>")},
-          {"CommentOfALongLine",
-           mark("Rect", box + "<Comment>" + std::string(kLongLine, 'a') + "</Comment>")}};
-}
+const HostileRecord kHostileRecords[] = {
+    {"CountOfAllNumbers", [] { return mark("Rect", kBox); }, std::numeric_limits<int>::max()},
+    {"NestingTenThousandDeep",
+     [] { return repeated("<Mark0>", 10'000) + repeated("</Mark0>", 10'000); }},
+    {"RadiusBeyondAllMeasure", [] { return mark("Circle", "<Radius>1e300 1e300</Radius>"); }},
+    {"RadiusThatIsNoNumber", [] { return mark("Circle", "<Radius>.Nan .Nan</Radius>"); }},
+    {"PoisOfNoSize", [] { return mark("Rect", kBox, "1e-300 1e-300"); }},
+    {"PoisOfNegativeSize", [] { return mark("Rect", kBox, "-1e300 -1e300"); }},
+    {"BoxBeyondAllMeasure", [] { return mark("Rect", "<Size>1e300 1e300</Size>"); }},
+    {"PathOfAMillionPoints",
+     [] {
+       return mark("PolyLine",
+                   "<PolyPoints>" + repeated("0.25 0.75\n", 1'000'000) + "</PolyPoints>");
+     }},
+    {"CommentOfALongLine",
+     [] { return mark("Rect", kBox + "<Comment>" + std::string(kLongLine, 'a') + "</Comment>"); }}};
 
 void PrintTo(const HostileRecord& record, std::ostream* stream) {
   *stream << record.name;
@@ -104,7 +108,7 @@ class Hostile : public ::testing::TestWithParam<HostileRecord> {
         path.substr(builder.temp.path().size()),
         "<?xml version=\"1.0\"?>\n<opencv_storage><UniqueName>hostile</UniqueName><ImagePath>" +
             builder.temp / "pictures/1.png" + "</ImagePath><MarkCnt>" +
-            std::to_string(hostile.count) + "</MarkCnt>" + hostile.marks + "</opencv_storage>\n");
+            std::to_string(hostile.count) + "</MarkCnt>" + hostile.marks() + "</opencv_storage>\n");
     builder.reopened();
   }
 
@@ -185,7 +189,7 @@ TEST_P(Hostile, RecordIsSavedWithTheRest) {
   EXPECT_EQ(builder.reopened().wGetTrainSets().size(), 3U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, Hostile, testing::ValuesIn(hostileRecords()),
+INSTANTIATE_TEST_SUITE_P(Records, Hostile, testing::ValuesIn(kHostileRecords),
                          [](const auto& each) { return each.param.name; });
 
 namespace {
