@@ -12,10 +12,13 @@ mkdir -p "$place"
 [ -d "$place/de_DE.UTF-8" ] || localedef -i de_DE -f UTF-8 "$place/de_DE.UTF-8"
 export LOCPATH=$place SAMPLEBENCH_TEST_LOCALE=de_DE.UTF-8
 passed=0
+failed=0
 for tests in build/release/bin/tests_*; do
   [ "$(basename "$tests")" != tests_app ] || continue
   log=$place/$(basename "$tests").log
-  "$tests" --gtest_brief=1 >"$log" 2>&1 || { cat "$log" >&2; exit 1; }
-  passed=$((passed + $(sed -nE 's/^\[  PASSED  \] ([0-9]+) tests?\.$/\1/p' "$log")))
+  "$tests" --gtest_brief=1 >"$log" 2>&1 || { cat "$log" >&2; failed=1; }
+  count=$(sed -nE 's/^\[  PASSED  \] ([0-9]+) tests?\.$/\1/p' "$log")
+  passed=$((passed + ${count:-0}))
 done
 echo "test-locale: $passed tests passed"
+exit "$failed"
