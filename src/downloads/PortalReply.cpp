@@ -6,6 +6,8 @@
 
 #include <json/json.h>
 
+#include "foundation/JsonText.h"
+
 namespace tnv {
 
 namespace {
@@ -14,7 +16,7 @@ Json::Value parsed(const std::string& reply) {
   Json::Value root;
   const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
   try {
-    reader->parse(reply.data(), reply.data() + reply.size(), &root, nullptr);
+    parseJson(*reader, reply, root, nullptr);
   } catch (const Json::RuntimeError&) {
     // Nested deeper than any list of files is.
     return {};

@@ -16,6 +16,7 @@
 #include <json/writer.h>
 
 #include "foundation/Files.h"
+#include "foundation/JsonText.h"
 #include "foundation/Log.h"
 #include "foundation/PictureHead.h"
 #include "tools/LabelFiles.h"
@@ -134,7 +135,7 @@ std::optional<Json::Value> parse(const std::string& text, const std::string& fil
   const std::string_view plain = withoutByteOrderMark(text);
   bool parsed = false;
   try {
-    parsed = reader->parse(plain.data(), plain.data() + plain.size(), &root, &errors);
+    parsed = parseJson(*reader, plain, root, &errors);
   } catch (const Json::Exception& error) {
     errors = error.what();
   }

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "TNV_SampleBenchNative/TNVObserver.h"
+#include "foundation/LargePictures.h"
 #include "foundation/Log.h"
 #include "foundation/OrderedWork.h"
 #include "foundation/PictureFile.h"
@@ -80,6 +81,7 @@ bool TNVHandlerValidation::run(const std::function<void()>& cutAll) {
   dnnImages.clear();
   images.clear();
   imageInfo.clear();
+  const tnv::LargePictures kept;
   cutAll();
   stopped = true;
   notify(&TNVHandlerValidationObserver::onEventValidGenFinished);

@@ -33,6 +33,7 @@ class LargeProject : public ::testing::Test {
 
   void writeList() const {
     std::ofstream list(builder.projectDirectory() + "big.xml");
+    list.imbue(std::locale::classic());
     list << "<?xml version=\"1.0\"?>\n<opencv_storage>\n<Count>" << kRecords << "</Count>\n";
     for (int i = 0; i < kRecords; ++i) {
       list << "<id" << i << "><DataPath>\"" << recordPath(i) << "\"</DataPath></id" << i << ">\n";
@@ -42,7 +43,7 @@ class LargeProject : public ::testing::Test {
 
   void writeRecord(int place) const {
     std::ofstream(recordPath(place))
-        << "<?xml version=\"1.0\"?>\n<opencv_storage>\n<UniqueName>record" << place
+        << "<?xml version=\"1.0\"?>\n<opencv_storage>\n<UniqueName>record" + std::to_string(place)
         << "</UniqueName>\n<ImagePath>\"" << picturePath(place) << "\"</ImagePath>\n"
         << "<ImagePathAbs>\"" << picturePath(place) << "\"</ImagePathAbs>\n"
         << "<MarkCnt>0</MarkCnt>\n</opencv_storage>\n";

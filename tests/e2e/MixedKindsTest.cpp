@@ -129,6 +129,7 @@ class MixedKinds : public ::testing::Test {
     std::vector<Box> labels;
     std::istringstream text(
         readFile(builder.outputDirectory() + "images/img_" + std::to_string(sample) + ".txt"));
+    text.imbue(std::locale::classic());
     int number = 0;
     cv::Point2d center;
     cv::Point2d size;

@@ -16,9 +16,9 @@ TEST(Utf8, IsToldFromOtherBytes) {
 TEST(Utf8, ATextIsCutInFrontOfACharacter) {
   const std::string euros = "a\xE2\x82\xAC\xE2\x82\xAC";
   EXPECT_EQ(tnv::shortened(euros, 7), euros);
-  for (const std::size_t most : {6, 5, 4})
+  for (const std::size_t most : {6U, 5U, 4U})
     EXPECT_EQ(tnv::shortened(euros, most), "a\xE2\x82\xAC") << most;
-  for (const std::size_t most : {3, 2, 1})
+  for (const std::size_t most : {3U, 2U, 1U})
     EXPECT_EQ(tnv::shortened(euros, most), "a") << most;
   // Where no character begins it is cut all the same.
   EXPECT_EQ(tnv::shortened("\x80\x80\x80", 2), "\x80\x80");

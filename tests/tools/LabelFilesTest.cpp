@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "support/LogCapture.h"
+#include "support/SystemMessage.h"
 #include "support/TempDirectory.h"
 
 namespace {
@@ -77,8 +78,8 @@ TEST(LabelFiles, CopiesReplaceEarlierOnesAndEndAtTheFirstFailure) {
   EXPECT_FALSE(tnv::copyPictures(set, {"x", "y", "z"}, target, "who"));
   EXPECT_EQ(readFile(target + "x.jpg"), "new");
   EXPECT_FALSE(std::filesystem::exists(target + "z.jpg"));
-  EXPECT_THAT(log.lines(), ElementsAre("who: Could not copy '" + temp.path() +
-                                       "missing.jpg': No such file or directory"));
+  EXPECT_THAT(log.lines(), ElementsAre("who: Could not copy '" + temp.path() + "missing.jpg': " +
+                                       messageOf(std::errc::no_such_file_or_directory)));
 }
 
 TEST(LabelFiles, ACopyThatFailsLeavesNothing) {

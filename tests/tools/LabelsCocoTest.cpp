@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/GlobalLocale.h"
 #include "support/Hang.h"
 #include "support/LogCapture.h"
 #include "support/TempDirectory.h"
@@ -453,6 +454,7 @@ TEST_F(LabelsCoco, WhatIsWrittenComesBack) {
 TEST_F(LabelsCoco, WhatIsWrittenIsWhatOthersRead) {
   const TempDirectory target;
   ASSERT_TRUE(tnv::writeCocoLabels(sampleSet(temp / "a.jpg", temp / "b.jpg"), target.path(), {}));
+  const GlobalLocale points(std::locale::classic());
   std::istringstream text(readFile(target / "annotations.json"));
   Json::Value root;
   text >> root;

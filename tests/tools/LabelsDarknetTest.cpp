@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "support/LogCapture.h"
+#include "support/SystemMessage.h"
 #include "support/TempDirectory.h"
 #include "tools/LabelNames.h"
 #include "tools/LabelTools.h"
@@ -783,5 +784,5 @@ TEST_F(DarknetRoundTrip, WritingEndsAtTheFirstFailureAloud) {
   EXPECT_THAT(log.text(), HasSubstr("writeDarknetLabels: Could not write"));
   EXPECT_FALSE(fs::exists(temp / "out/labels/x_2.txt"));
   EXPECT_FALSE(tnv::writeDarknetLabels(set, temp.write("file", ""), {}));
-  EXPECT_THAT(log.text(), HasSubstr("file/labels/': Not a directory"));
+  EXPECT_THAT(log.text(), HasSubstr("file/labels/': " + messageOf(std::errc::not_a_directory)));
 }

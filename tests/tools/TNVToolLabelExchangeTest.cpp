@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "foundation/Numbers.h"
 #include "marks/TNVMarkCircle.h"
 #include "marks/TNVMarkPoint.h"
 #include "marks/TNVMarkPolyLine.h"
@@ -16,6 +17,7 @@
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
 #include "support/ProjectBuilder.h"
+#include "support/SystemMessage.h"
 #include "support/TempDirectory.h"
 #include "tools/LabelTools.h"
 #include "tools/TNVToolLabelExchange.h"
@@ -299,8 +301,8 @@ TEST_F(LabelExchange, CrowdsInOneLineCostNoMoreThanScatteredOnes) {
     constexpr int count = 20000;
     std::string text;
     for (int i = 0; i < count; ++i) {
-      const std::string x = isLine ? "0.25" : std::to_string(0.1 + i * 3e-5);
-      const std::string y = std::to_string(0.1 + i * 3e-5);
+      const std::string x = isLine ? "0.25" : tnv::formatFixed(0.1 + i * 3e-5);
+      const std::string y = tnv::formatFixed(0.1 + i * 3e-5);
       text += isOutline ? "0 " + x + " " + y + " 0.9 0.9 0.1 0.95\n"
                         : "0 " + x + " " + y + " 0.1 0.1\n";
     }
@@ -411,6 +413,7 @@ TEST_F(LabelExchange, MarksGoOutAsTheirBoxes) {
   EXPECT_EQ(exchange.wGetFound(), 3);
   EXPECT_EQ(exchange.wGetRejected(), 0);
   std::istringstream lines(written("a"));
+  lines.imbue(std::locale::classic());
   const double expected[][5] = {
       {1, 0.5, 0.375, 0.5, 0.25}, {0, 0.5, 0.5, 0.5, 0.5}, {0, 0.5, 0.5, 24.0 / 64, 24.0 / 48}};
   for (const auto& row : expected) {
@@ -698,7 +701,8 @@ TEST_F(LaterExport, LeavesTheEarlierAsItWasWhenACopyFails) {
     picturesUntilStop = 0;
     LogCapture log;
     EXPECT_FALSE(exchange.wWrite(out())) << format;
-    EXPECT_THAT(log.text(), HasSubstr("b.png': No such file or directory")) << format;
+    EXPECT_THAT(log.text(), HasSubstr("b.png': " + messageOf(std::errc::no_such_file_or_directory)))
+        << format;
     EXPECT_EQ(filesBelow(out()), before) << format;
     builder.picture("b.png");
   }
