@@ -330,39 +330,37 @@ void requireClassName(const std::string& name) {
 namespace {
 
 constexpr auto whatToDo = "; restore or remove that file";
-constexpr auto isMissing = " is missing or empty";
-
-// The library does not tell which file of a set is empty.
-std::string emptyFiles(const WTNVProject& project, const std::string& set) {
-  std::vector<std::string> files;
+// The library does not tell why it could not read a file.
+std::string stateOf(const std::string& file) {
   std::error_code error;
-  const auto directory = projectDirectory(project) / ("is_" + set);
-  for (const auto& entry : fs::directory_iterator(directory, error))
-    if (entry.is_regular_file(error) && entry.file_size(error) == 0)
-      files.push_back(entry.path().string());
-  return files.empty() ? ""
-                       : " (" + joined(files) + (files.size() == 1 ? " is" : " are") + " empty)";
+  const auto size = fs::file_size(file, error);
+  if (error == std::errc::no_such_file_or_directory) return " is missing: " + file;
+  if (!error && size == 0) return " is empty: " + file;
+  return " cannot be read: " + file + "; see that it is a file and yours";
 }
 
 // A record of a set, and why it cannot be read if that is so.
-PictureRecord readRecord(const WTNVProject& project, const std::string& set,
-                         const WTNVTrainSet& trainSet, std::size_t number) {
+PictureRecord readRecord(const std::string& set, const WTNVTrainSet& trainSet, std::size_t number) {
   const auto name = "record " + std::to_string(number) + " of set '" + set + "'";
-  std::string damage;
+  PictureRecord record{set, "", trainSet, ""};
   try {
     if (!trainSet.wLoadData())
-      damage = "the file of " + name + isMissing + emptyFiles(project, set);
+      record.damage = "the file of " + name + stateOf(trainSet.wGetDataPath());
   } catch (const cv::Exception& error) {
-    damage = name + ": " + error.err;
+    record.damage = name + ": " + error.err;
   }
-  return {set, trainSet.getImagePath(), trainSet, damage};
+  std::error_code error;
+  record.isGone =
+      !record.damage.empty() && !fs::exists(fs::symlink_status(trainSet.wGetDataPath(), error));
+  record.path = trainSet.getImagePath();
+  return record;
 }
 
 std::vector<PictureRecord> readSet(const WTNVProject& project, const std::string& set) {
   RecordPlaces places(project);
   std::vector<PictureRecord> records;
   for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set)) {
-    records.push_back(readRecord(project, set, trainSet, records.size() + 1));
+    records.push_back(readRecord(set, trainSet, records.size() + 1));
     records.back().isElsewhere = places.isElsewhere(trainSet.wGetDataPath());
   }
   return records;
@@ -395,7 +393,7 @@ std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& outp
 
 const PictureRecord* firstDamaged(const std::vector<PictureRecord>& records) {
   const auto isDamaged = [](const PictureRecord& record) {
-    return !record.damage.empty() && !record.damage.ends_with(isMissing);
+    return !record.damage.empty() && !record.isGone;
   };
   const auto found = std::find_if(records.begin(), records.end(), isDamaged);
   return found == records.end() ? nullptr : &*found;

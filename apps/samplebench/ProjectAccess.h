@@ -79,6 +79,8 @@ struct PictureRecord {
   WTNVTrainSet trainSet;
   /// Why the record cannot be read, and where it is; empty if it can.
   std::string damage;
+  /// Its file is not there, so that nothing more can be lost.
+  bool isGone = false;
   /// It is looked for outside the directory of the project.
   bool isElsewhere = false;
 };

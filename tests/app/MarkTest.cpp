@@ -155,7 +155,7 @@ TEST_F(ProgramMark, ADamagedRecordIsNamedByWhoeverNeedsIt) {
   fail({"--quiet", "magnify", "parts", "b.png", "--at", "0.5,0.5", "-o", "x.png"}, reason);
   std::filesystem::remove(second);
   fail({"--quiet", "crop", "parts", "b.png", "-o", "cut"},
-       "the file of record 2 of set 'day1' is missing or empty");
+       "the file of record 2 of set 'day1' is missing: " + second);
   std::filesystem::resize_file(first, 50);
   fail({"--quiet", "mark", "parts", "b.png", "Point", "0.5,0.5", "--class", "nut"}, first);
   EXPECT_EQ(readFile(first).size(), 50U);

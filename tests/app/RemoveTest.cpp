@@ -156,6 +156,14 @@ TEST_F(ProgramRemove, ARecordThatCannotBeReadGoesOnlyWhenTold) {
   EXPECT_THAT(succeed({"list", "parts"}), Not(HasSubstr("day2")));
 }
 
+TEST_F(ProgramRemove, ARecordThatIsThereAndCannotBeOpenedIsNotGone) {
+  const auto record = recordOf("day2", "c.png");
+  fs::remove(record);
+  fs::create_directory(record);
+  failWholly({"remove", "set", "parts", "day2"}, "cannot be read: " + record);
+  EXPECT_TRUE(fs::exists(record));
+}
+
 TEST_F(ProgramRemove, WithARecordThatIsGoneNothingIsLost) {
   fs::remove(recordOf("day2", "c.png"));
   succeed({"remove", "set", "parts", "day2"});
