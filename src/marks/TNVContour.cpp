@@ -30,10 +30,11 @@ constexpr int kFarthestPixel = 1 << 20;
 /// not larger.
 constexpr int kLeastMargin = 1 << 10;
 
-/// Outlines of so many corners and rows are filled in a tenth of a second, however they cross
-/// themselves: a closed line drawn by hand has less than a thousand corners.
+/// Outlines of so many corners and rows are filled in about a second at most, and in less than a
+/// tenth of one on any screen, however they cross themselves: a closed line drawn by hand has less
+/// than a thousand corners.
 constexpr std::size_t kCornersByHand = 1000;
-constexpr std::int64_t kRowsOfPictures = std::int64_t{1} << 15;
+constexpr std::int64_t kRowsOfPictures = std::int64_t{1} << 16;
 
 /// Any other one is filled if that takes so many steps at most, which is half a second.
 constexpr double kMostFillSteps = 1 << 30;

@@ -37,8 +37,9 @@ Points ellipseOutline(const cv::RotatedRect& ellipse, int delta);
 /// seconds.
 std::vector<cv::Point> roundedContour(const Points& points);
 
-/// Fills the outline in the mask. One of more than a thousand corners whose edges cross the same
-/// rows thousands of times, which could keep the library busy for minutes, is left out.
+/// Fills the outline in the mask. One of more than a thousand corners or 65536 rows whose edges
+/// cross the same rows thousands of times, which could keep the library busy for minutes, is left
+/// out.
 void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour, const cv::Scalar& value);
 
 /// The part of the picture under the rectangle at the rectangle's full size, `fill` where it leaves

@@ -596,7 +596,7 @@ TEST_F(TNVMarkOnView, HostileGeometryIsDrawnInNoTime) {
 TEST_F(TNVMarkOnView, PoiBoxesFarLargerThanTheViewAreDrawnInNoTime) {
   const auto start = std::chrono::steady_clock::now();
   mark.poiVisible = true;
-  mark.pois.assign(20, {0.5, 0.5});
+  mark.pois.assign(200, {0.5, 0.5});
   mark.poiSize = {1.4e6, 1.4e6};
   cv::Mat view = patternedPicture(1000, 600);
   // Without a known class the boxes are filled.
