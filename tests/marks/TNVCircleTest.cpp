@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include "marks/MarkTools.h"
-#include "support/Hang.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -245,7 +244,7 @@ TEST(TNVCircle, NearlyStraightRimCostsNoMemory) {
     points.emplace_back(10 * i, 300 + 0.001 * (i % 7));
   const auto start = std::chrono::steady_clock::now();
   TNVCircle::getCircleFromContour(points);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST(TNVCircle, PointsThatAreNoNumbersGiveNoResult) {

@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
 
-#include "support/Hang.h"
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
 
@@ -423,7 +422,7 @@ TEST(TNVContour, LineFromFarOutsideIsDrawnInNoTime) {
     for (int i = 0; i < 30; ++i)
       TNVContour::drawLine(seen, {INT_MIN, 50}, {INT_MAX, -2000000000}, {10, 20, 30}, thickness);
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST(TNVContour, LineThatEndsAPictureAwayIsDrawnAsItIs) {
@@ -521,7 +520,7 @@ TEST(TNVContour, HostileDashedFiguresAreDrawnInNoTime) {
       TNVContour::drawDashedEllipse(image, {{5, 5}, {1e9F, 3}, small}, {1, 2, 3}, 1);
     }
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST(TNVContour, DistanceIsTheStraightOne) {
@@ -652,7 +651,7 @@ TEST(TNVContour, HostileRoundFiguresAreDrawnInNoTime) {
       TNVContour::drawLine(image, TNVContour::rounded({a, b}), {5, 5}, {1, 2, 3}, 3);
     }
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST(TNVContour, LineThatLeavesThePictureIsDrawnAsItIs) {
@@ -698,7 +697,7 @@ TEST(TNVContour, ManyThickLinesFromFarAwayAreDrawnInNoTime) {
   cv::Mat image = blackPicture(60, 40);
   for (int i = 0; i < 10000; ++i)
     TNVContour::drawLine(image, {i % 60, INT_MIN}, {5, INT_MAX}, {1, 2, 3}, 2);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST(TNVContour, RectangleThatLeavesThePictureIsDrawnAsItIs) {
@@ -735,7 +734,7 @@ TEST(TNVContour, RectangleFarAroundThePictureIsDrawnInNoTime) {
       EXPECT_TRUE(samePixels(patternedPicture(60, 40), untouched)) << box;
     }
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 namespace {
@@ -797,5 +796,5 @@ TEST(TNVContour, OutlineThatWouldTakeMinutesToFillIsLeftOut) {
     TNVContour::fillContourMask(mask, outline, cv::Scalar(255));
     EXPECT_TRUE(samePixels(cv::Mat(40, 60, CV_8UC1, cv::Scalar(9)), mask));
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "marks/MarkTools.h"
-#include "support/Hang.h"
 #include "support/LogCapture.h"
 #include "support/Pictures.h"
 
@@ -411,7 +410,7 @@ TEST_F(TNVMarkRectOnView, BoxFarLargerThanTheViewIsDrawnInNoTime) {
   for (int i = 0; i < 200; ++i)
     mark.draw(view, imageSize, styleNamed("Colored"), infoOf(0), classes.list(), false);
   EXPECT_TRUE(samePixels(cv::Mat(600, 1000, CV_8UC3, cv::Scalar()), view));
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST(TNVMarkRect, HostileGeometryIsAnsweredSomehow) {

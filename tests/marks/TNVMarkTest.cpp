@@ -7,7 +7,6 @@
 
 #include "marks/MarkTools.h"
 #include "marks/TNVContour.h"
-#include "support/Hang.h"
 #include "support/Pictures.h"
 
 namespace {
@@ -590,7 +589,7 @@ TEST_F(TNVMarkOnView, HostileGeometryIsDrawnInNoTime) {
       mark.draw(view, {1000, 600}, styleNamed("Colored", true), infoOf(0), {}, false);
     }
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST_F(TNVMarkOnView, PoiBoxesFarLargerThanTheViewAreDrawnInNoTime) {
@@ -602,7 +601,7 @@ TEST_F(TNVMarkOnView, PoiBoxesFarLargerThanTheViewAreDrawnInNoTime) {
   // Without a known class the boxes are filled.
   mark.draw(view, {1000, 600}, styleNamed("Colored"), infoOf(0), {}, false);
   EXPECT_TRUE(samePixels(cv::Mat(600, 1000, CV_8UC3, cv::Scalar()), view));
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST_F(TNVMarkOnView, EmptyViewIsLeftAlone) {

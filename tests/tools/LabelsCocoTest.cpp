@@ -14,7 +14,6 @@
 #include <gtest/gtest.h>
 
 #include "support/GlobalLocale.h"
-#include "support/Hang.h"
 #include "support/LogCapture.h"
 #include "support/TempDirectory.h"
 #include "tools/LabelTools.h"
@@ -385,7 +384,7 @@ TEST_F(LabelsCoco, ManyCategoriesCostNoMoreThanTheirNumber) {
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_EQ(tnv::readCocoLabels(temp / "labels.json", {})->classNames.size(), 200000U);
   // Compared with each other they would take minutes.
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, kHang);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
 }
 
 TEST_F(LabelsCoco, APictureOfAnotherMachineIsFoundByItsNameWherePicturesAre) {
