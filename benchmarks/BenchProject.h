@@ -38,6 +38,22 @@ inline cv::Mat photograph(cv::Size size, unsigned seed) {
   return picture + noise;
 }
 
+/// Writes so many pictures, each made with a seed of its own, and returns their paths.
+template <class Make>
+std::vector<std::string> writePictures(const TempDirectory& temp, int count, const Make& make) {
+  std::vector<std::string> paths;
+  for (int i = 0; i < count; ++i) {
+    paths.push_back(temp / ("picture_" + std::to_string(i) + ".jpg"));
+    cv::imwrite(paths.back(), make(static_cast<unsigned>(i + 1)));
+  }
+  return paths;
+}
+
+inline std::vector<std::string> writePhotographs(const TempDirectory& temp, int count,
+                                                 cv::Size size) {
+  return writePictures(temp, count, [size](unsigned seed) { return photograph(size, seed); });
+}
+
 /// Boxes of which the sides are 2 to 10 per cent of the picture, relative to it. Their numbers have
 /// few binary digits, so that both sides of a comparison round alike.
 inline std::vector<cv::Rect2d> relativeBoxes(int count) {

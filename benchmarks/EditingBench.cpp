@@ -15,12 +15,7 @@ const cv::Size kSize(kWidth, kHeight);
 /// A project with so many pictures, of which the first has so many marks of mixed kinds.
 struct Desk {
   Desk(int pictures, int markCount, bool cached) {
-    std::vector<std::string> paths;
-    for (int i = 0; i < pictures; ++i) {
-      paths.push_back(bench.temp / ("picture_" + std::to_string(i) + ".jpg"));
-      cv::imwrite(paths.back(), photograph(kSize, static_cast<unsigned>(i + 1)));
-    }
-    bench.add(paths);
+    bench.add(writePhotographs(bench.temp, pictures, kSize));
     for (const auto& mark : benchMarks(kMixedKinds, markCount))
       trainSet(0).addMark(*mark);
     // Nothing but the reduced copies may be there.

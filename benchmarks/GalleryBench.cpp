@@ -18,11 +18,7 @@ constexpr int kMarks = 13;
 
 class Run {
  public:
-  explicit Run(int pictures) {
-    for (int i = 0; i < pictures; ++i) {
-      paths.push_back(bench.temp / ("picture_" + std::to_string(i) + ".jpg"));
-      cv::imwrite(paths.back(), photograph({kSide, kSide}, static_cast<unsigned>(i + 1)));
-    }
+  explicit Run(int pictures) : paths(writePhotographs(bench.temp, pictures, {kSide, kSide})) {
     bench.project.wAddDNNClass("thing", 0, 0);
     bench.add(paths);
     for (const WTNVTrainSet& trainSet : bench.project.wGetTrainSets())

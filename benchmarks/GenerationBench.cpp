@@ -44,20 +44,9 @@ constexpr Shipped kTrees[] = {{Tree::kDefault, "as it is", "default.xml"},
 /// Makes so many files and returns their paths.
 using Pictures = std::function<std::vector<std::string>(const TempDirectory& temp, int count)>;
 
-std::vector<std::string> writePictures(const TempDirectory& temp, int count,
-                                       const std::function<cv::Mat(unsigned seed)>& make) {
-  std::vector<std::string> paths;
-  for (int i = 0; i < count; ++i) {
-    paths.push_back(temp / ("picture_" + std::to_string(i) + ".jpg"));
-    cv::imwrite(paths.back(), make(static_cast<unsigned>(i + 1)));
-  }
-  return paths;
-}
-
 Pictures detailed(cv::Size size) {
-  return [size](const TempDirectory& temp, int count) {
-    return writePictures(temp, count, [size](unsigned seed) { return photograph(size, seed); });
-  };
+  return
+      [size](const TempDirectory& temp, int count) { return writePhotographs(temp, count, size); };
 }
 
 Pictures smooth(cv::Size size) {

@@ -8,10 +8,10 @@
 #include <unordered_set>
 
 #include <malloc.h>
-#include <unistd.h>
 
 #include "BenchProject.h"
 #include "Compare.h"
+#include "support/Memory.h"
 
 namespace fs = std::filesystem;
 
@@ -67,22 +67,18 @@ Pair makeOpening(int count) {
           {[=] { requireSame(openBare(directory + "set.xml") == total, "bare count"); }}};
 }
 
-/// What the process has in memory, without what was given back and is only kept for later.
-double residentBytes() {
+/// Without what was given back and is only kept for later.
+double bytesInUse() {
   malloc_trim(0);
-  std::ifstream file("/proc/self/statm");
-  double total = 0;
-  double resident = 0;
-  file >> total >> resident;
-  return resident * static_cast<double>(sysconf(_SC_PAGESIZE));
+  return static_cast<double>(residentBytes());
 }
 
 std::string bytesOfRecords(int count) {
   const auto bench = longProject(count);
   WTNVProject opened("bench", bench->temp.path(), "", "");
-  const double before = residentBytes();
+  const double before = bytesInUse();
   opened.wLoad();
-  const double each = (residentBytes() - before) / count;
+  const double each = (bytesInUse() - before) / count;
   requireSame(opened.wGetTrainSetCountFromImageSet("set") == count, "count");
   char text[80];
   std::snprintf(text, sizeof text, "%.0f bytes each of %d; wanted: less than 1024", each, count);

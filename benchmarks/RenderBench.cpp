@@ -182,6 +182,20 @@ Drawing drawingOfAny(const TNVMark& mark, cv::Size size) {
   return drawing;
 }
 
+/// Changes each pixel of the view that the contour covers.
+template <class Change>
+void fillByHand(cv::Mat& view, const Contour& contour, const Change& change) {
+  const cv::Rect area = cv::boundingRect(contour) & cv::Rect({}, view.size());
+  cv::Mat mask(area.size(), CV_8UC1, cv::Scalar(0));
+  cv::drawContours(mask, std::vector<Contour>{contour}, 0, 255, cv::FILLED, cv::LINE_8,
+                   cv::noArray(), 1, -area.tl());
+  for (int y = 0; y < area.height; ++y) {
+    for (int x = 0; x < area.width; ++x) {
+      if (mask.at<uchar>(y, x) != 0) change(view.at<cv::Vec3b>(area.y + y, area.x + x));
+    }
+  }
+}
+
 /// The same by direct calls.
 class BareView {
  public:
@@ -199,7 +213,11 @@ class BareView {
   cv::Mat render() {
     picture.copyTo(view);
     for (std::size_t i = 0; i < drawings.size(); ++i) {
-      if (setting.filled && !contours[i].empty()) fill(contours[i]);
+      if (setting.filled && !contours[i].empty()) {
+        fillByHand(view, contours[i], [this](cv::Vec3b& pixel) {
+          pixel = {blended[pixel[0]], blended[pixel[1]], blended[pixel[2]]};
+        });
+      }
       drawings[i](view);
     }
     drawLine(view, {setting.size.width * 0.5, view.rows * 1.0}, {setting.size.width * 0.5, 0});
@@ -210,20 +228,6 @@ class BareView {
   void copy() { picture.copyTo(view); }
 
  private:
-  void fill(const Contour& contour) {
-    const cv::Rect area = cv::boundingRect(contour) & cv::Rect({}, view.size());
-    cv::Mat mask(area.size(), CV_8UC1, cv::Scalar(0));
-    cv::drawContours(mask, std::vector<Contour>{contour}, 0, 255, cv::FILLED, cv::LINE_8,
-                     cv::noArray(), 1, -area.tl());
-    for (int y = 0; y < area.height; ++y) {
-      cv::Vec3b* row = view.ptr<cv::Vec3b>(area.y + y) + area.x;
-      for (int x = 0; x < area.width; ++x) {
-        if (mask.at<uchar>(y, x) == 0) continue;
-        row[x] = {blended[row[x][0]], blended[row[x][1]], blended[row[x][2]]};
-      }
-    }
-  }
-
   Setting setting;
   cv::Mat picture;
   cv::Mat view;
@@ -247,20 +251,11 @@ struct Filling : TNVMarkRect {
   using TNVMarkRect::TNVMarkRect;
 };
 
-void fillByHand(cv::Mat& view, const Contour& contour) {
-  const cv::Rect area = cv::boundingRect(contour) & cv::Rect({}, view.size());
-  cv::Mat mask(area.size(), CV_8UC1, cv::Scalar(0));
-  cv::drawContours(mask, std::vector<Contour>{contour}, 0, 255, cv::FILLED, cv::LINE_8,
-                   cv::noArray(), 1, -area.tl());
-  for (int y = 0; y < area.height; ++y) {
-    for (int x = 0; x < area.width; ++x) {
-      if (mask.at<uchar>(y, x) == 0) continue;
-      cv::Vec3b& pixel = view.at<cv::Vec3b>(area.y + y, area.x + x);
-      for (int channel = 0; channel < 3; ++channel)
-        pixel[channel] = static_cast<uchar>(static_cast<int>(0.6 * pixel[channel]) +
-                                            static_cast<int>(0.4 * kWhite[channel]));
-    }
-  }
+/// As it would be written straight from the formula.
+void blendByFormula(cv::Vec3b& pixel) {
+  for (int channel = 0; channel < 3; ++channel)
+    pixel[channel] = static_cast<uchar>(static_cast<int>(0.6 * pixel[channel]) +
+                                        static_cast<int>(0.4 * kWhite[channel]));
 }
 
 Pair makeFilling(cv::Size size, int count) {
@@ -280,7 +275,7 @@ Pair makeFilling(cv::Size size, int count) {
   };
   const auto bareFill = [=] {
     for (const Contour& contour : *contours)
-      fillByHand(*bareView, contour);
+      fillByHand(*bareView, contour, blendByFormula);
   };
   fill();
   bareFill();

@@ -170,6 +170,7 @@ int TNVProject::removeImagesFromImageSet(const std::vector<std::string>& images,
   }
   // How many records of each path are to go: of several with one path, the first ones.
   std::unordered_map<std::string_view, int> wanted;
+  wanted.reserve(images.size());
   for (const std::string& image : images)
     ++wanted[image];
   ImageSet kept;

@@ -1,13 +1,12 @@
 #include <filesystem>
-#include <fstream>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "TNV_SampleBenchNative/WTNVMainProcess.h"
 #include "TNV_SampleBenchNative/WTNVTrainSet.h"
 #include "reliability/Repeats.h"
 #include "support/LogCapture.h"
+#include "support/Memory.h"
 #include "support/ProjectBuilder.h"
 
 namespace {
@@ -22,14 +21,6 @@ constexpr std::size_t kKept = std::size_t{512} << 20;
 /// As many pictures as the worker holds ahead, and what an allocator keeps.
 constexpr std::size_t kKept = std::size_t{16} * kWidth * kHeight * 3;
 #endif
-
-std::size_t residentBytes() {
-  std::ifstream status("/proc/self/statm");
-  std::size_t all = 0;
-  std::size_t resident = 0;
-  status >> all >> resident;
-  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-}
 
 std::ptrdiff_t openFiles() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
