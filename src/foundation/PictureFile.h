@@ -11,8 +11,8 @@
 namespace tnv {
 
 /// The picture in colour: 8-bit, blue, green, red. Empty for what is no regular file (reading a
-/// pipe might never end), and for what cannot be read, PNG, JPEG and BMP out of all proportion
-/// among it.
+/// pipe might never end), and for what cannot be read, PNG, JPEG, JPEG 2000 and BMP out of all
+/// proportion among it.
 cv::Mat readPicture(const std::string& path);
 
 /// The content of a picture file. Copies share it.

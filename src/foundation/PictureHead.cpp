@@ -56,6 +56,8 @@ constexpr std::string_view kPngSignature("\x89PNG\r\n\x1a\n", 8);
 constexpr std::string_view kJpegStart("\xff\xd8", 2);
 constexpr std::string_view kBmpStart("BM", 2);
 constexpr std::size_t kStartSize = 2;
+constexpr std::string_view kJpeg2000Boxes("\0\0\0\x0cjP  \r\n\x87\n", 12);
+constexpr std::string_view kJpeg2000Start("\xff\x4f\xff\x51", 4);
 
 /// Markers of JPEG segments.
 constexpr unsigned kNotesOfCamera = 0xE1;
@@ -65,6 +67,9 @@ constexpr unsigned kEnd = 0xD9;
 /// No more pixels come of a byte, but for an empty page by a kind of JPEG that nobody writes: PNG
 /// packs an empty page in two colours into one byte for 8,000.
 constexpr std::uint64_t kMostPixelsOfAByte = 10000;
+
+/// A pixel of JPEG 2000 takes so many times the memory of others before there is a picture.
+constexpr std::uint64_t kJpeg2000Weight = 10;
 
 /// No picture of a larger side can be read.
 constexpr std::uint32_t kLargestSide = 1 << 20;
@@ -240,17 +245,53 @@ PictureHead bmpHead(Bytes& bytes) {
   return head;
 }
 
-bool isHollow(const std::string& path, cv::Size size, std::uint64_t scans) {
+/// Of the grid that stands behind the start of a code stream and two lengths.
+cv::Size gridSize(Bytes& bytes) {
+  const std::uint32_t right = bytes.takeLong();
+  const std::uint32_t bottom = bytes.takeLong();
+  const std::uint32_t left = bytes.takeLong();
+  const std::uint32_t top = bytes.takeLong();
+  if (!bytes.good() || left > right || top > bottom) return {};
+  return checkedSize(right - left, bottom - top);
+}
+
+/// Goes through the boxes, behind the first one, to the one with the code stream.
+cv::Size boxedGridSize(Bytes& bytes) {
+  constexpr unsigned boxHead = 8;
+  while (bytes.good()) {
+    const std::uint32_t length = bytes.takeLong();
+    const std::string name = bytes.take(4);
+    const bool isLong = length == 1;
+    if (isLong) bytes.skip(boxHead);
+    if (name == "jp2c")
+      return bytes.take(boxHead).starts_with(kJpeg2000Start) ? gridSize(bytes) : cv::Size();
+    // One that runs to the end of the file, or that nobody would make so long.
+    if (length < boxHead) return {};
+    bytes.skip(length - boxHead);
+  }
+  return {};
+}
+
+bool isHollow(const std::string& path, cv::Size size, std::uint64_t weight) {
   std::error_code error;
   const std::uint64_t bytes = std::filesystem::file_size(path, error);
   const auto width = static_cast<std::uint64_t>(size.width);
   const auto height = static_cast<std::uint64_t>(size.height);
-  return width * height * scans / kMostPixelsOfAByte > bytes;
+  return width * height * weight / kMostPixelsOfAByte > bytes;
+}
+
+/// A code stream that does not tell its size is cut, or tells it where only the image library
+/// looks.
+PictureHead jpeg2000Head(const std::string& path, cv::Size size) {
+  PictureHead head;
+  head.size = size;
+  head.isHollow = size.empty() || isHollow(path, size, kJpeg2000Weight);
+  return head;
 }
 
 PictureHead headOf(const std::string& path) {
   Bytes bytes(path);
-  const std::string start = bytes.take(kStartSize);
+  std::string start = bytes.take(kStartSize);
   if (start == kJpegStart) {
     JpegHead result = jpegHead(bytes);
     const std::uint64_t scans = result.hasManyScans ? scanCount(path) : 1;
@@ -259,7 +300,13 @@ PictureHead headOf(const std::string& path) {
   }
   PictureHead head;
   if (start == kBmpStart) head = bmpHead(bytes);
-  if (start + bytes.take(kPngSignature.size() - kStartSize) == kPngSignature) head = pngHead(bytes);
+  start += bytes.take(kPngSignature.size() - kStartSize);
+  if (start == kPngSignature) head = pngHead(bytes);
+  if (start.starts_with(kJpeg2000Start)) return jpeg2000Head(path, gridSize(bytes));
+  if (kJpeg2000Boxes.starts_with(start) && bytes.good()) {
+    bytes.skip(static_cast<unsigned>(kJpeg2000Boxes.size() - start.size()));
+    return jpeg2000Head(path, boxedGridSize(bytes));
+  }
   head.isHollow = isHollow(path, head.size, 1);
   return head;
 }

@@ -6,7 +6,7 @@
 
 namespace tnv {
 
-/// What the head of a PNG, JPEG or BMP file tells.
+/// What the head of a PNG, JPEG, JPEG 2000 or BMP file tells, whatever the file is called.
 struct PictureHead {
   bool isJpeg = false;
 

@@ -37,9 +37,9 @@ Points ellipseOutline(const cv::RotatedRect& ellipse, int delta);
 /// seconds.
 std::vector<cv::Point> roundedContour(const Points& points);
 
-/// Fills the outline in the mask. One of more than a thousand corners or 65536 rows whose edges
-/// cross the same rows thousands of times, which could keep the library busy for minutes, is left
-/// out.
+/// Fills the outline in the mask. One of more than a thousand corners or 65536 rows that would take
+/// more than 2^30 steps, the square of the number of edges that cross it for each row, could keep
+/// the library busy for minutes and is left out.
 void fillContourMask(cv::Mat& mask, const std::vector<cv::Point>& contour, const cv::Scalar& value);
 
 /// The part of the picture under the rectangle at the rectangle's full size, `fill` where it leaves
@@ -53,7 +53,9 @@ cv::Mat cropWithBorder(const cv::Mat& source, const cv::Rect& rect, const cv::Sc
 cv::Mat resizedCrop(const cv::Mat& source, cv::Point centre, cv::Size target, double zoom);
 
 /// Scales so that the columns (`byWidth`) or the rows get exactly that length, by pyramid steps and
-/// one linear step. Returns the factor. A length of 0 or the present one gives a deep copy.
+/// one linear step. Returns the factor. A length of 0 or the present one gives a deep copy. An
+/// empty picture, a negative length, and one with which the picture would get too large throw a
+/// `cv::Exception`.
 double resizeToLength(const cv::Mat& source, cv::Mat& destination, int length, bool byWidth);
 
 /// The dashes of a line along the pixels that it covers in the picture.

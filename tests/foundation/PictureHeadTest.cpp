@@ -112,6 +112,70 @@ TEST(PictureHead, PixelsCountForEachScan) {
   }
 }
 
+namespace {
+
+const std::string kStreamStart = "\xFF\x4F\xFF\x51";
+
+/// As the image library writes it: a code stream in boxes.
+std::string jpeg2000() {
+  std::vector<uchar> bytes;
+  cv::imencode(".jp2", patternedPicture(64, 48), bytes);
+  return {bytes.begin(), bytes.end()};
+}
+
+std::string bigEndian(int number) {
+  std::string bytes;
+  for (int shift = 24; shift >= 0; shift -= 8)
+    bytes += static_cast<char>(number >> shift & 0xFF);
+  return bytes;
+}
+
+/// With a code stream that claims to be a square in one tile.
+std::string claiming(int side, std::string jpeg) {
+  const std::size_t start = jpeg.find(kStreamStart);
+  const std::string size = bigEndian(side) + bigEndian(side);
+  // Behind the start, two lengths; then the picture's size and place, and the tile's size.
+  return jpeg.replace(start + 8, 8, size).replace(start + 24, 8, size);
+}
+
+}  // namespace
+
+TEST(PictureHead, Jpeg2000IsKnownWhateverItIsCalled) {
+  const TempDirectory temp;
+  const std::string boxed = jpeg2000();
+  const std::string bare = boxed.substr(boxed.find(kStreamStart));
+  for (const std::string& jpeg : {boxed, bare}) {
+    const std::string path = temp.write("a.jpg", jpeg);
+    EXPECT_EQ(tnv::readPictureHead(path).size, cv::Size(64, 48));
+    EXPECT_TRUE(samePixels(tnv::readPicture(path), cv::imread(path)));
+    EXPECT_EQ(tnv::pictureSize(path), cv::Size(64, 48));
+    // One that is cut before it tells its size is refused.
+    EXPECT_TRUE(tnv::readPictureHead(temp.write("cut.jpg", jpeg.substr(0, 20))).isHollow);
+  }
+}
+
+TEST(PictureHead, SizeOfJpeg2000IsThatOfItsPartOfTheGrid) {
+  const TempDirectory temp;
+  std::string jpeg = jpeg2000();
+  const std::size_t start = jpeg.find(kStreamStart);
+  jpeg.replace(start + 16, 8, bigEndian(7) + bigEndian(11));
+  EXPECT_EQ(tnv::readPictureHead(temp.write("a.jp2", jpeg)).size, cv::Size(57, 37));
+  jpeg.replace(start + 16, 8, bigEndian(65) + bigEndian(0));
+  EXPECT_TRUE(tnv::readPictureHead(temp.write("a.jp2", jpeg)).isHollow);
+}
+
+TEST(PictureHead, NoMorePixelsThanAThousandAByteOfJpeg2000AreBelieved) {
+  const TempDirectory temp;
+  const double bytes = static_cast<double>(jpeg2000().size());
+  for (const auto& [pixelsOfAByte, isBelieved] : {std::pair{950, true}, {1050, false}}) {
+    const int side = static_cast<int>(std::sqrt(pixelsOfAByte * bytes));
+    const std::string path = temp.write("a.jpg", claiming(side, jpeg2000()));
+    EXPECT_EQ(tnv::readPictureHead(path).isHollow, !isBelieved);
+  }
+  // Which would take thirteen gigabytes.
+  EXPECT_TRUE(tnv::readPicture(temp.write("b.jpg", claiming(30000, jpeg2000()))).empty());
+}
+
 TEST(PictureHead, AnEmptyPageInTwoColoursIsAPicture) {
   const TempDirectory temp;
   const cv::Mat page(9000, 9000, CV_8UC1, cv::Scalar(255));

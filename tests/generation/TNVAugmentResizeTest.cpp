@@ -125,7 +125,19 @@ TEST(TNVAugmentResize, SizesThatNoPictureCanHaveEndInTheLibrarysException) {
     task.targetSize = size;
     EXPECT_THROW(task.process(sample), cv::Exception) << size;
   }
-  EXPECT_THROW(toLength(2147483647)->process(sample), cv::Exception);
+}
+
+TEST(TNVAugmentResize, LengthOutOfAllMeasureEndsBeforeItFillsTheMemory) {
+  const TNVAugmentSample sample = makeSample(64, 48);
+  for (const int length : {100000, 2147483647}) {
+    try {
+      toLength(length)->process(sample);
+      ADD_FAILURE() << length;
+    } catch (const cv::Exception& error) {
+      // Not the library's want of memory.
+      EXPECT_EQ(error.code, cv::Error::StsOutOfRange) << length;
+    }
+  }
 }
 
 TEST(TNVAugmentResize, HasTheToldValuesAtCreation) {

@@ -183,7 +183,8 @@ TEST(TNVContour, CropIsFilledWhereItLeavesThePicture) {
        {cv::Rect(3, 2, 5, 4), cv::Rect(0, 0, 20, 10), cv::Rect(-4, 2, 10, 4), cv::Rect(3, -2, 5, 6),
         cv::Rect(15, 2, 10, 4), cv::Rect(3, 7, 5, 10), cv::Rect(-3, -3, 40, 40),
         cv::Rect(19, 9, 1, 1), cv::Rect(20, 0, 5, 5), cv::Rect(0, 10, 5, 5),
-        cv::Rect(INT_MAX, INT_MAX, 5, 5), cv::Rect(-5, 0, 5, 5)}) {
+        cv::Rect(INT_MAX, INT_MAX, 5, 5), cv::Rect(-5, 0, 5, 5),
+        cv::Rect(-500, -500, 1000, 1000)}) {
     cv::Mat expected(rect.size(), CV_8UC3);
     for (int y = 0; y < rect.height; ++y) {
       for (int x = 0; x < rect.width; ++x) {
@@ -215,12 +216,39 @@ TEST(TNVContour, CropThatEndsBeforeThePictureIsRefused) {
   }
 }
 
+namespace {
+
+/// Of the error that the operation ends with; 0 without one.
+template <class Operation>
+int errorCodeOf(const Operation& operation) {
+  try {
+    operation();
+  } catch (const cv::Exception& error) {
+    return error.code;
+  }
+  return 0;
+}
+
+}  // namespace
+
 TEST(TNVContour, CropOutOfAllProportionIsRefusedBeforeItIsAllocated) {
   const cv::Mat picture = patternedPicture(20, 10);
   for (const cv::Rect& rect : {cv::Rect(0, 0, INT_MAX, INT_MAX), cv::Rect(0, 0, 100000, 100000),
                                cv::Rect(INT_MIN, INT_MIN, INT_MIN, INT_MIN)}) {
-    EXPECT_THROW(TNVContour::cropWithBorder(picture, rect, {}), cv::Exception) << rect;
+    EXPECT_EQ(errorCodeOf([&] { TNVContour::cropWithBorder(picture, rect, {}); }),
+              cv::Error::StsOutOfRange)
+        << rect;
   }
+}
+
+TEST(TNVContour, CropMayHaveSixteenTimesThePixelsOfALargePicture) {
+  // 67.2 million of 4.4 and of 4 million pixels, beyond the 67.1 million that any picture may have.
+  const cv::Rect rect(-10, -10, 8200, 8200);
+  const cv::Mat enough(2100, 2100, CV_8UC1, cv::Scalar(7));
+  EXPECT_EQ(TNVContour::cropWithBorder(enough, rect, {}).size(), rect.size());
+  const cv::Mat few(2000, 2000, CV_8UC1, cv::Scalar(7));
+  EXPECT_EQ(errorCodeOf([&] { TNVContour::cropWithBorder(few, rect, {}); }),
+            cv::Error::StsOutOfRange);
 }
 
 TEST(TNVContour, ResizedCropShowsTheSurroundingsOfTheCentre) {
@@ -256,8 +284,14 @@ TEST(TNVContour, ResizedCropWithoutAZoomIsRefused) {
 
 TEST(TNVContour, ResizedCropToAHugeWindowIsRefused) {
   const cv::Mat picture = patternedPicture(40, 30);
-  EXPECT_THROW(TNVContour::resizedCrop(picture, {20, 15}, {100'000, 100'000}, 1e4), cv::Exception);
-  EXPECT_THROW(TNVContour::resizedCrop(picture, {20, 15}, {INT_MAX, INT_MAX}, 1e9), cv::Exception);
+  for (const auto& [side, zoom] : {std::pair{10'000, 1e3}, {100'000, 1e4}, {INT_MAX, 1e9}}) {
+    const cv::Size window(side, side);
+    EXPECT_EQ(errorCodeOf([&] {
+                TNVContour::resizedCrop(picture, {20, 15}, window, zoom);
+              }),
+              cv::Error::StsOutOfRange)
+        << side;
+  }
 }
 
 namespace {
@@ -482,24 +516,28 @@ TEST(TNVContour, DashedEllipseIsAPolygonOfOnePointForFourPixels) {
   struct Case {
     cv::Size2f axes;
     int points;
+    int scale = 1;
   };
   // By Ramanujan's second formula half axes 40 and 20 have a perimeter of 193.77, 40 and 22 one of
-  // 198.9, 80 and 4 one of 321.54, 80 and 2 one of 320.4.
-  for (const Case& each : {Case{{80.0F, 40.0F}, 48}, Case{{80.0F, 44.0F}, 49},
-                           Case{{160.0F, 8.0F}, 80}, Case{{160.0F, 4.0F}, 80}}) {
-    const cv::RotatedRect ellipse({100.5F, 90.25F}, each.axes, 30.7F);
+  // 198.9, 80 and 4 one of 321.54, 80 and 2 one of 320.4, 2000 and 1500 one of 11051.7.
+  for (const Case& each :
+       {Case{{80.0F, 40.0F}, 48}, Case{{80.0F, 44.0F}, 49}, Case{{160.0F, 8.0F}, 80},
+        Case{{160.0F, 4.0F}, 80}, Case{{4000.0F, 3000.0F}, 2762, 21}}) {
+    const cv::Point2f centre(static_cast<float>(100 * each.scale) + 0.5F,
+                             static_cast<float>(90 * each.scale) + 0.25F);
+    const cv::RotatedRect ellipse(centre, each.axes, 30.7F);
     Points outline;
     cv::Point2f corners[4];
     ellipse.points(corners);
     const double a = cv::norm(corners[3] - corners[0]) / 2;
     const double b = cv::norm(corners[0] - corners[1]) / 2;
-    EXPECT_NEAR(a, each.axes.width / 2, 1e-4);
-    EXPECT_NEAR(b, each.axes.height / 2, 1e-4);
-    cv::ellipse2Poly(cv::Point2d(100.5, 90.25), cv::Size2d(a, b), 30, 0, 360, 1, outline);
+    EXPECT_NEAR(a, each.axes.width / 2, 1e-6 * a);
+    EXPECT_NEAR(b, each.axes.height / 2, 1e-6 * a);
+    cv::ellipse2Poly(cv::Point2d(centre), cv::Size2d(a, b), 30, 0, 360, 1, outline);
     const Points polygon = TNVContour::consistentDevidePointLine(outline, each.points);
-    cv::Mat expected = blackPicture(200, 180);
+    cv::Mat expected = blackPicture(200 * each.scale, 180 * each.scale);
     TNVContour::drawDashedPolyline(expected, polygon, {10, 20, 30}, 7, 3, 1, true);
-    cv::Mat seen = blackPicture(200, 180);
+    cv::Mat seen = blackPicture(200 * each.scale, 180 * each.scale);
     TNVContour::drawDashedEllipse(seen, ellipse, {10, 20, 30}, 1);
     EXPECT_TRUE(samePixels(expected, seen)) << each.points;
     EXPECT_GT(cv::countNonZero(seen.reshape(1)), 0);
@@ -787,11 +825,25 @@ TEST(TNVContour, AsManyCornersAsADrawnLineHasAreFilledOnLargeViews) {
   }
 }
 
+TEST(TNVContour, AsManyCornersAsADrawnLineHasAreFilledInTheTallestPicture) {
+  constexpr int height = 65536;
+  const std::vector<cv::Point> outline = zigzag(999, 0, height - 1);
+  cv::Mat seen(height, 60, CV_8UC1, cv::Scalar(0));
+  TNVContour::fillContourMask(seen, outline, cv::Scalar(255));
+  cv::Mat expected(height, 60, CV_8UC1, cv::Scalar(0));
+  cv::drawContours(expected, std::vector<std::vector<cv::Point>>{outline}, 0, cv::Scalar(255), -1,
+                   8);
+  EXPECT_TRUE(samePixels(expected, seen));
+  EXPECT_GT(cv::countNonZero(seen), 0);
+}
+
 TEST(TNVContour, OutlineThatWouldTakeMinutesToFillIsLeftOut) {
   const auto start = std::chrono::steady_clock::now();
   for (const std::vector<cv::Point>& outline :
        {zigzag(1000000, 0, 40), zigzag(1000000, 20, 21), zigzag(3000, -1000000, 1000000),
-        zigzag(4, INT_MIN, INT_MAX)}) {
+        zigzag(4, INT_MIN, INT_MAX),
+        // These two would take seconds: the first for its rows, the second for its corners.
+        zigzag(999, -1000000, 1000000), zigzag(20000, 0, 40)}) {
     cv::Mat mask(40, 60, CV_8UC1, cv::Scalar(9));
     TNVContour::fillContourMask(mask, outline, cv::Scalar(255));
     EXPECT_TRUE(samePixels(cv::Mat(40, 60, CV_8UC1, cv::Scalar(9)), mask));
