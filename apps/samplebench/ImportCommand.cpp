@@ -54,8 +54,9 @@ ImportResult addPictures(WTNVProject& project, const std::string& set,
   const auto added =
       static_cast<std::size_t>(project.wAddImagesToImageSet(pictures, use, set, false));
   if (!hasSet(project, set))
-    throw CommandError("'" + set + "' cannot name an image set; use a name without slashes",
-                       exitUsage);
+    throw CommandError(
+        "'" + set + "' cannot name an image set; use a name without slashes, of at most 240 bytes",
+        exitUsage);
   return {added, pictures.size() - added};
 }
 

@@ -134,8 +134,8 @@ class TNV_SAMPLEBENCH_API WTNVProject {
   /// Adds those pictures whose `use` is true to an image set, which is made if it does not exist;
   /// returns how many were new to it. The pictures stay where they are. With `sameDirectory` all
   /// are taken to lie beside the first. The lists must be of one
-  /// length; the set's name must be a plain name without , = { } and double quotes, which the
-  /// settings file would not give back.
+  /// length; the set's name must be a plain name of at most 240 bytes without , = { } and double
+  /// quotes, which the settings file would not give back.
   int wAddImagesToImageSet(const std::vector<std::string>& images, const std::vector<bool>& use,
                            const std::string& set, bool sameDirectory);
 

@@ -132,4 +132,10 @@ bool isPlainName(std::string_view name) {
   });
 }
 
+bool canNameFiles(std::string_view name) {
+  // File systems take 255 bytes.
+  constexpr std::size_t longest = 240;
+  return isPlainName(name) && name.size() <= longest;
+}
+
 }  // namespace tnv

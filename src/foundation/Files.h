@@ -53,4 +53,8 @@ std::optional<std::string> movedPath(const std::string& path, const std::string&
 /// "." or "..", without slash, backslash and control characters.
 bool isPlainName(std::string_view name);
 
+/// True for a plain name that leaves room for the endings of files which are called after it, and
+/// of those that replace them: of at most 240 bytes.
+bool canNameFiles(std::string_view name);
+
 }  // namespace tnv

@@ -43,7 +43,7 @@ TNVProject::TNVProject(const std::string& projectName, const std::string& projec
       platformsPath(TNVDirectory::normalizePath(platforms)),
       augmentsPath(TNVDirectory::normalizePath(augments)),
       name(projectName),
-      isPlaceOfItsOwn(tnv::isPlainName(projectName)) {
+      isPlaceOfItsOwn(tnv::canNameFiles(projectName)) {
   settingsPath = projectDirectory + settingsFile;
   hndAugment = std::make_unique<TNVHandlerAugment>(augmentsPath);
   validationDirectory = projectDirectory + "validation/";
@@ -66,7 +66,8 @@ TNVProject::~TNVProject() {
 
 bool TNVProject::_refusePlace(const std::string& operation) const {
   if (isPlaceOfItsOwn) return false;
-  tnv::logLine("TNVProject::" + operation + ": Project name must not be empty or a path!");
+  tnv::logLine("TNVProject::" + operation +
+               ": Project name must not be empty, a path or longer than 240 bytes!");
   return true;
 }
 

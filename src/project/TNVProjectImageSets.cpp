@@ -134,8 +134,10 @@ int TNVProject::addImages(const std::vector<std::string>& images, const std::vec
     tnv::logLine("TNVProject::addImages: No images to add!");
     return 0;
   }
-  if (!tnv::isPlainName(set)) {
-    tnv::logLine("TNVProject::addImages: Image set name must not be empty or a path!");
+  if (!tnv::canNameFiles(set)) {
+    tnv::logLine(
+        "TNVProject::addImages: Image set name must not be empty, a path or longer than 240 "
+        "bytes!");
     return 0;
   }
   if (!TNVSettings::survivesInList(set)) {
@@ -320,8 +322,10 @@ void TNVProject::_updateImageCache(TNVTrainSet& trainSet) {
 bool TNVProject::_readImageFiles() {
   const std::vector<std::string> sets = imageLists;
   for (const std::string& set : sets) {
-    if (!tnv::isPlainName(set)) {
-      tnv::logLine("TNVProject::_readImageFiles: Image set name must not be empty or a path!");
+    if (!tnv::canNameFiles(set)) {
+      tnv::logLine(
+          "TNVProject::_readImageFiles: Image set name must not be empty, a path or longer than "
+          "240 bytes!");
     } else if (!TNVDirectory::exists(_imageSetDirectory(set))) {
       tnv::logLine("TNVProject::_readImageFiles: Image set directory not found!");
     } else {

@@ -18,7 +18,7 @@ TNVUser::TNVUser(const std::string& userName, const std::string& directory)
       settingsPath(directory + settingsFile),
       usersPath(directory),
       name(userName),
-      isPlaceOfItsOwn(tnv::isPlainName(userName)) {}
+      isPlaceOfItsOwn(tnv::canNameFiles(userName)) {}
 
 bool TNVUser::create() const {
   if (!_isPlace("create")) return false;
@@ -65,7 +65,8 @@ std::vector<std::string> TNVUser::readAvailableUsers(const std::string& usersPat
 
 bool TNVUser::_isPlace(const std::string& operation) const {
   if (isPlaceOfItsOwn) return true;
-  tnv::logLine("TNVUser::" + operation + ": User name must not be empty or a path!");
+  tnv::logLine("TNVUser::" + operation +
+               ": User name must not be empty, a path or longer than 240 bytes!");
   return false;
 }
 

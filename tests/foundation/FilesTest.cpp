@@ -65,6 +65,12 @@ TEST(Files, PathsAreNoPlainNames) {
   }
 }
 
+TEST(Files, NamesThatLeaveNoRoomForEndingsNameNoFiles) {
+  EXPECT_TRUE(tnv::canNameFiles(std::string(240, 'n')));
+  EXPECT_FALSE(tnv::canNameFiles(std::string(241, 'n')));
+  EXPECT_FALSE(tnv::canNameFiles("a/b"));
+}
+
 TEST(Files, WhatIsNoRegularFileIsNotWaitedFor) {
   const TempDirectory temp;
   const std::string pipe = temp / "pipe";

@@ -94,10 +94,30 @@ TEST_F(ImageSetsTest, SetNameThatIsAPathIsRefused) {
   for (const char* name : {"../x", "a/b", "", ".", "..", "a\\b"}) {
     const LogCapture log;
     EXPECT_EQ(0, add({"a.jpg"}, name)) << name;
-    EXPECT_THAT(log.lines(),
-                ElementsAre("TNVProject::addImages: Image set name must not be empty or a path!"));
+    EXPECT_THAT(log.lines(), ElementsAre("TNVProject::addImages: Image set name must not be empty, "
+                                         "a path or longer than 240 bytes!"));
   }
   EXPECT_THAT(project().wGetImageSets(), IsEmpty());
+}
+
+TEST_F(ImageSetsTest, SetNameThatIsTooLongForItsFilesIsRefused) {
+  const std::string longest(240, 's');
+  EXPECT_EQ(0, add({"a.jpg"}, longest + "s"));
+  EXPECT_THAT(project().wGetImageSets(), IsEmpty());
+  EXPECT_EQ(1, add({"a.jpg"}, longest));
+  ASSERT_TRUE(project().wUpdate(true));
+  builder.reopened();
+  EXPECT_EQ(1, project().wGetTrainSetCountFromImageSet(longest));
+}
+
+TEST_F(ImageSetsTest, SetNameOfASettingsFileThatIsTooLongIsPassedOver) {
+  builder.withPictures({"a.png"});
+  ASSERT_TRUE(project().wUpdate(true));
+  const std::string settings = readFile(inProject("demo.cfg"));
+  builder.temp.write("projects/demo/demo.cfg", settings + "Source.Images.Filelists = \"set\",\"" +
+                                                   std::string(300, 's') + "\"\n");
+  builder.reopened();
+  EXPECT_THAT(project().wGetImageSets(), ElementsAre("set"));
 }
 
 TEST_F(ImageSetsTest, AnImageIsCountedOnce) {
@@ -281,12 +301,12 @@ TEST_F(ImageSetsTest, SetNamesOfASettingsFileThatArePathsAreRefused) {
   builder.temp.makeDirectory("projects/demo/is_../evil");
   const LogCapture log;
   builder.reopened();
-  EXPECT_THAT(
-      log.lines(),
-      ElementsAre("Set Trainsets 0",
-                  "TNVProject::_readImageFiles: Image set name must not be empty or a path!",
-                  "TNVProject::_readImageFiles: Image set name must not be empty or a path!",
-                  "Set Trainsets 0"));
+  EXPECT_THAT(log.lines(), ElementsAre("Set Trainsets 0",
+                                       "TNVProject::_readImageFiles: Image set name must not be "
+                                       "empty, a path or longer than 240 bytes!",
+                                       "TNVProject::_readImageFiles: Image set name must not be "
+                                       "empty, a path or longer than 240 bytes!",
+                                       "Set Trainsets 0"));
   EXPECT_THAT(project().wGetImageSets(), IsEmpty());
 }
 

@@ -116,7 +116,10 @@ TEST(TNVProject, NameThatIsAPathIsRefusedByEveryOperation) {
   temp.write("outside/outside.cfg", "Project.Name = \"outside\"");
   temp.write("cache/kept", "");
   temp.write("projects/cache/kept", "");
-  for (const std::string name : {"../outside", "a/b", "a\\b", "..", ".", ""}) {
+  const std::string tooLong(241, 'n');
+  for (const std::string& name :
+       {std::string("../outside"), std::string("a/b"), std::string("a\\b"), std::string(".."),
+        std::string("."), std::string(), tooLong}) {
     WTNVProject project(name, temp / "projects/", "", "");
     const LogCapture log;
     EXPECT_FALSE(project.wCreate()) << name;
@@ -124,7 +127,8 @@ TEST(TNVProject, NameThatIsAPathIsRefusedByEveryOperation) {
     EXPECT_FALSE(project.wUpdate(true)) << name;
     EXPECT_FALSE(project.wRemove()) << name;
     EXPECT_EQ(0, project.wClearImagesCache()) << name;
-    const std::string refused = ": Project name must not be empty or a path!";
+    const std::string refused =
+        ": Project name must not be empty, a path or longer than 240 bytes!";
     EXPECT_THAT(
         log.lines(),
         ElementsAre(name.empty() ? "TNVProject::create: Project name is empty!"

@@ -152,15 +152,18 @@ TEST_F(TNVUserTest, AMissingDirectoryHasNoUsersAndIsLogged) {
 TEST_F(TNVUserTest, ANameThatLeadsElsewhereIsRefused) {
   temp.makeDirectory("users");
   temp.write("victim.cfg", "Basic.Name = \"victim\"\n");
-  for (const char* name : {"../victim", "", "a/b", "a\\b", ".", "..", "a\nb"}) {
+  const std::string tooLong(241, 'n');
+  for (const char* name : {"../victim", "", "a/b", "a\\b", ".", "..", "a\nb", tooLong.c_str()}) {
     WTNVUser user(name, temp / "users/");
     const LogCapture log;
     EXPECT_FALSE(user.wCreate());
     EXPECT_FALSE(user.wLoad());
     EXPECT_FALSE(user.wUpdate());
     EXPECT_FALSE(user.wRemove());
-    EXPECT_THAT(log.lines(),
-                testing::Contains("TNVUser::create: User name must not be empty or a path!"));
+    EXPECT_THAT(
+        log.lines(),
+        testing::Contains(
+            "TNVUser::create: User name must not be empty, a path or longer than 240 bytes!"));
   }
   EXPECT_EQ(fileOf("victim"), "Basic.Name = \"victim\"\n");
   EXPECT_TRUE(std::filesystem::is_empty(temp / "users"));
