@@ -1,7 +1,9 @@
 // How far fits to clicked points are from the circle or ellipse that the points were made from,
-// beside a least-squares fit of all points. Seeded, so that each run prints the same numbers.
+// beside a least-squares fit of all points, and how long both take. Seeded, so that each run prints
+// the same errors.
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <iterator>
@@ -60,10 +62,11 @@ struct Oval {
 
 using Fit = std::optional<Oval> (*)(const Points& clicks, unsigned seed);
 
-/// Distances from the truth in pixels, of the fits that gave a result.
+/// Distances from the truth in pixels, of the fits that gave a result, and times of all.
 struct Scores {
   std::vector<double> centre;
   std::vector<double> size;
+  std::vector<double> microseconds;
   int failures = 0;
 };
 
@@ -154,6 +157,14 @@ void score(Scores& scores, const std::optional<Oval>& fitted, const Oval& truth)
   scores.size.push_back(sizeError(fitted->halfAxes, truth.halfAxes));
 }
 
+void tryFit(Scores& scores, Fit fit, const Points& clicks, unsigned seed, const Oval& truth) {
+  const auto start = std::chrono::steady_clock::now();
+  const std::optional<Oval> fitted = fit(clicks, seed);
+  const auto taken = std::chrono::steady_clock::now() - start;
+  scores.microseconds.push_back(std::chrono::duration<double, std::micro>(taken).count());
+  score(scores, fitted, truth);
+}
+
 struct Kind {
   const char* name;
   bool isCircle;
@@ -174,7 +185,8 @@ void printScores(std::ostream& output, const Scores& scores) {
                   quantile(scores.size, 0.95));
   }
   output << text;
-  std::snprintf(text, sizeof text, " %6d", scores.failures);
+  std::snprintf(text, sizeof text, " %6d %6.0f", scores.failures,
+                quantile(scores.microseconds, 0.5));
   output << text;
 }
 
@@ -186,8 +198,8 @@ void printRow(std::ostream& output, const Kind& kind, int strayPercent, int case
     cv::RNG random(seed);
     const Oval truth = drawOval(random, kind.isCircle);
     const Points clicks = drawClicks(random, truth, strayPercent);
-    score(voted, kind.vote(clicks, seed), truth);
-    score(leastSquares, kind.leastSquares(clicks, seed), truth);
+    tryFit(voted, kind.vote, clicks, seed, truth);
+    tryFit(leastSquares, kind.leastSquares, clicks, seed, truth);
   }
   char text[40];
   std::snprintf(text, sizeof text, "%-8s %5d%%", kind.name, strayPercent);
@@ -203,10 +215,12 @@ void printRow(std::ostream& output, const Kind& kind, int strayPercent, int case
 void printFitQuality(const Plan& plan, std::ostream& output) {
   const int cases = plan.smoke ? kSmokeCases : kCases;
   output << "\nError of fits in pixels over " << cases << " cases: median and 95th percentile of\n"
-         << "centre and radius or half axes, and the fits that gave no result\n"
-         << "               vote                                       | least squares\n"
-         << "         strays   centre      95%     size      95%   none |"
-         << "   centre      95%     size      95%   none\n";
+         << "centre and radius or half axes, the fits that gave no result, and the median time of "
+            "one\n"
+         << "in microseconds\n"
+         << "               vote                                              | least squares\n"
+         << "         strays   centre      95%     size      95%   none   time |"
+         << "   centre      95%     size      95%   none   time\n";
   for (const Kind& kind : kKinds) {
     for (const int strayPercent : kStrayPercents)
       printRow(output, kind, strayPercent, cases);
