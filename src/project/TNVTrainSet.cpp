@@ -197,6 +197,7 @@ void TNVTrainSet::readNodes(const cv::FileNode& root) {
   imagePathAbs = tnv::readText(tnv::child(root, "ImagePathAbs"), "");
   imageCachePath = tnv::readText(tnv::child(root, "ImageCachePath"), "");
   imageCacheSize = readCacheSize(tnv::child(root, "ImageCacheSize"));
+  ownsImageCache = liesInCache();
   comment = tnv::readText(tnv::child(root, "Comment"), "");
   useSpecialTest = tnv::readInt(tnv::child(root, "Special"), 0) != 0;
   remove = tnv::readInt(tnv::child(root, "Remove"), 0) != 0;
@@ -226,6 +227,7 @@ bool TNVTrainSet::relinkRecord(const std::string& from, const std::string& to) {
   const auto cachePath = tnv::movedPath(imageCachePath, from, to);
   if (cachePath) {
     imageCachePath = *cachePath;
+    ownsImageCache = liesInCache();
     changed = true;
   }
   return path || cachePath;

@@ -125,5 +125,11 @@ class TNVTrainSet {
 
   std::optional<cv::Mat> loadedImage();
 
+  /// Whether the reduced copy lies where those of the record's project lie.
+  bool liesInCache() const;
+
   std::vector<std::unique_ptr<TNVMark>> removedMarks;
+
+  /// Only then it may be deleted: the path may come from a file that somebody else wrote.
+  bool ownsImageCache = false;
 };

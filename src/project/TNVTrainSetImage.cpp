@@ -1,6 +1,7 @@
 // The picture of a train set: in memory, and reduced in the cache on disk.
 
 #include <chrono>
+#include <filesystem>
 #include <thread>
 
 #include <opencv2/imgproc.hpp>
@@ -11,6 +12,8 @@
 #include "foundation/TNVDirectory.h"
 #include "marks/TNVContour.h"
 #include "project/TNVTrainSet.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -128,13 +131,22 @@ bool TNVTrainSet::addImageCache(const std::string& cacheDirectory, int maxSize, 
     return false;
   }
   imageCachePath = path;
+  ownsImageCache = true;
   return true;
+}
+
+bool TNVTrainSet::liesInCache() const {
+  if (imageCachePath.empty() || dataPath.empty()) return false;
+  // A record lies in the directory of its set, which lies beside that of the copies.
+  const fs::path project = fs::absolute(dataPath).lexically_normal().parent_path().parent_path();
+  return fs::absolute(imageCachePath).lexically_normal().parent_path() == project / "cache";
 }
 
 void TNVTrainSet::dropImageCache() {
   // A damaged record must not lead to the picture itself.
-  if (imageCachePath != imagePath && imageCachePath != imagePathAbs)
+  if (ownsImageCache && imageCachePath != imagePath && imageCachePath != imagePathAbs)
     tnv::removeFile(imageCachePath);
   imageCachePath.clear();
   imageCacheSize = cv::Size();
+  ownsImageCache = false;
 }

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <fstream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -418,6 +419,42 @@ TEST_F(ImageSetsTest, FullUpdateWithTheCacheOffDeletesReducedCopies) {
   EXPECT_THAT(entriesOf("cache"), IsEmpty());
   EXPECT_EQ("", record(0).imageCachePath);
   EXPECT_EQ(cv::Size(), record(0).imageCacheSize);
+}
+
+TEST_F(ImageSetsTest, ReducedCopiesOfALoadedProjectAreDeletedWithTheCacheOff) {
+  builder.withPictures({"a.png"});
+  project().wSetCacheImages(true);
+  ASSERT_TRUE(project().wUpdate(true));
+  builder.reopened();
+  record(0).load();
+  project().wSetCacheImages(false);
+  ASSERT_TRUE(project().wUpdate(true));
+  EXPECT_THAT(entriesOf("cache"), IsEmpty());
+}
+
+TEST_F(ImageSetsTest, NoFileOutsideTheCacheIsDeletedForOneThatARecordNames) {
+  builder.withPictures({"a.png", "b.png"});
+  project().wSetCacheImages(true);
+  ASSERT_TRUE(project().wUpdate(true));
+  const std::string recordFile = record(0).dataPath;
+  const std::string copy = record(0).imageCachePath;
+  const std::string whole = readFile(recordFile);
+  // A file that is no picture, a picture of the project, and ways out of the cache.
+  const std::string text = builder.temp.write("mine.txt", "mine");
+  const std::string picture = builder.picture("b.png");
+  const std::string settings = inProject("demo.cfg");
+  for (const std::string& victim : {text, picture, settings, inProject("cache/../demo.cfg"),
+                                    inProject("cache/deep/../../demo.cfg")}) {
+    std::string claiming = whole;
+    claiming.replace(claiming.find(copy), copy.size(), victim);
+    std::ofstream(recordFile) << claiming;
+    builder.reopened();
+    record(0).load();
+    ASSERT_EQ(victim, record(0).imageCachePath);
+    record(0).dropImageCache();
+    EXPECT_TRUE(fs::exists(fs::path(victim).lexically_normal())) << victim;
+    EXPECT_EQ("", record(0).imageCachePath);
+  }
 }
 
 TEST_F(ImageSetsTest, ClearingTheCacheVisitsAllTrainSets) {
