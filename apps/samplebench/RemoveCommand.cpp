@@ -275,11 +275,13 @@ void removeBroken(const Locations& locations, const RemoveOptions& options,
              directory.string() + " (" + counted(files, "file") + ")" + filesStay);
 }
 
-// Of sets without a list it is not known how many marks they have.
+// Of sets without a list it is not known how many marks they have, nor where their pictures lie.
 void requireListsOrConsent(const WTNVProject& project, const RemoveOptions& options,
                            const Output& output) {
   const auto lost = lostSets(project);
-  if (lost.empty() || options.withMarks || output.isDryRun()) return;
+  if (lost.empty()) return;
+  requireNoPictureFiles(projectDirectory(project));
+  if (options.withMarks || output.isDryRun()) return;
   throw CommandError("the marks of set '" + lost.front().name +
                      "' would be lost: " + lostSetAdvice(project, lost.front()) +
                      "; or remove the project with them by --with-marks");
@@ -335,7 +337,7 @@ RemoveCommand add(CLI::App& remove, ProgramOptions& program, const CommandHelp& 
 
 void addWithMarks(const RemoveCommand& command) {
   command.app->add_flag("--with-marks", command.options->withMarks,
-                        "remove what has marks, or a record that cannot be read");
+                        "remove what has marks, records that cannot be read, or a lost list");
 }
 
 }  // namespace

@@ -261,20 +261,24 @@ namespace {
 
 using MarkSet = std::unordered_set<const TNVMark*>;
 
-/// All that is saved of the mark; the order of its classes does not count.
-std::string contentOf(TNVMark& mark) {
-  std::vector<int> ordered = mark.classIdx;
-  std::sort(ordered.begin(), ordered.end());
+/// All that is saved of the mark but its classes. Views are not to draw it anew for that.
+std::string shapeOf(TNVMark& mark) {
+  const int tag = mark.changeTag;
+  std::vector<int> classes;
+  classes.swap(mark.classIdx);
   cv::FileStorage storage = tnv::newXml();
-  ordered.swap(mark.classIdx);
   mark.write(storage);
-  ordered.swap(mark.classIdx);
+  classes.swap(mark.classIdx);
+  mark.changeTag = tag;
   return storage.releaseAndGetString();
 }
 
 bool areTwins(TNVMark& mark, TNVMark& other) {
+  const std::vector<int>& classes = other.classIdx;
   return mark.center == other.center && mark.type == other.type &&
-         contentOf(mark) == contentOf(other);
+         std::is_permutation(mark.classIdx.begin(), mark.classIdx.end(), classes.begin(),
+                             classes.end()) &&
+         shapeOf(mark) == shapeOf(other);
 }
 
 /// Those of the replaced marks that are the same as one that was not replaced, or as an earlier one

@@ -66,7 +66,7 @@ TEST_F(ProgramClasses, OfMarksThatAMergeMakesTheSameOneStays) {
   // Three of one place on a.png, one of them of another form, and a fourth of a class that stays.
   same("a.png", "Rect", "screw");
   same("a.png", "Rect", "bolt");
-  same("a.png", "Ellipse", "bolt");
+  same("a.png", "Circle", "bolt");
   same("a.png", "Rect", "nut");
   // Two of one class before.
   same("b.png", "Rect", "bolt");
@@ -83,9 +83,9 @@ TEST_F(ProgramClasses, OfMarksThatAMergeMakesTheSameOneStays) {
   // Four of SetUp and six more, but for one.
   EXPECT_NE(succeed({"list", "parts"}).find("total: 2 pictures, 9 marks"), std::string::npos);
   const auto marks = succeed({"list", "parts", "--picture", "a.png"});
-  EXPECT_EQ(occurrences(marks, "64.0  32.0   32.0    16.0  Rect     bolt\n"), 1U) << marks;
-  EXPECT_EQ(occurrences(marks, "Ellipse  bolt\n"), 1U) << marks;
-  EXPECT_EQ(occurrences(marks, "Rect     nut\n"), 2U) << marks;
+  EXPECT_EQ(occurrences(marks, "64.0  32.0   32.0    16.0  Rect    bolt\n"), 1U) << marks;
+  EXPECT_EQ(occurrences(marks, "Circle  bolt\n"), 1U) << marks;
+  EXPECT_EQ(occurrences(marks, "Rect    nut\n"), 2U) << marks;
 }
 
 TEST_F(ProgramClasses, TwoMergedClassesLeaveOneMarkOfAPlace) {

@@ -188,6 +188,9 @@ TEST_F(ProgramLostList, AProjectGoesWithItsMarksWhenTold) {
   fs::remove(project() + "/day1.xml");
   failWholly({"remove", "project", "parts"}, advice("day1", "2 records"));
   dryRun({"remove", "project", "parts"});
+  writePicture(place / "projects/parts/mine.png", 8, 8);
+  failWholly({"remove", "project", "parts", "--with-marks"}, "mine.png' lies in the directory");
+  fs::remove(place / "projects/parts/mine.png");
   succeed({"remove", "project", "parts", "--with-marks"});
   EXPECT_FALSE(fs::exists(project()));
 }
