@@ -21,6 +21,8 @@ c++ -std=c++20 tests/consumer/consumer.cpp -o "$place/by-pkg-config" \
 # The front end of the documentation, which shows its source.
 diff <(sed -n '/^```cpp$/,/^```$/p' docs/frontend.md | sed '1d;$d') tests/consumer/frontend.cpp ||
   { echo "check-install: docs/frontend.md shows another source than tests/consumer/frontend.cpp" >&2; exit 1; }
+[ "$(wc -l <tests/consumer/frontend.cpp)" -le 60 ] ||
+  { echo "check-install: the front end of the documentation is to have 60 lines at most" >&2; exit 1; }
 samplebench() { "$place/prefix/bin/samplebench" --projects "$place/front" --quiet "$@"; }
 samplebench create clicks >/dev/null
 samplebench class add clicks leaf >/dev/null

@@ -63,7 +63,7 @@ void addGlobals(CLI::App& app, ProgramOptions& program) {
                  "templates (default: those that came with the program)");
   app.add_option("--augments", program.locations.augments,
                  "trees of tasks (default: those that came with the program)");
-  app.add_flag("--quiet", program.quiet, "only errors on standard error");
+  addOutputFlags(app, program);
 }
 
 }  // namespace
@@ -106,7 +106,9 @@ namespace {
 
 // The text of the system alone does not say what to do.
 std::string textOf(const std::filesystem::filesystem_error& error) {
-  return "'" + error.path1().string() + "': " + error.code().message() +
+  // Of a walk through directories the standard library does not tell where it was.
+  const auto place = error.path1().empty() ? "a directory" : "'" + error.path1().string() + "'";
+  return place + ": " + error.code().message() +
          "; see that it is there and yours, and that there is space";
 }
 

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 #include <set>
 
 #include "CommandLine.h"
 #include "PictureFile.h"
 #include "Progress.h"
+#include "SetLists.h"
 #include "verify/FindingsOutput.h"
 #include "verify/PictureCheck.h"
 
@@ -47,51 +47,12 @@ void checkPictureOf(const PictureRecord& record, Findings& findings) {
   }
 }
 
-// File names of records, by set.
-using RecordNames = std::map<std::string, std::set<std::string>>;
-
-RecordNames listedRecords(const std::vector<PictureRecord>& records) {
-  RecordNames names;
-  for (const auto& record : records)
-    names[record.set].insert(fs::path(record.trainSet.wGetDataPath()).filename().string());
-  return names;
-}
-
-RecordNames recordsOnDisk(const WTNVProject& project) {
-  constexpr std::string_view prefix = "is_";
-  RecordNames names;
-  std::error_code error;
-  for (const auto& directory : fs::directory_iterator(projectDirectory(project), error)) {
-    const auto name = directory.path().filename().string();
-    if (!name.starts_with(prefix)) continue;
-    for (const auto& file : fs::directory_iterator(directory, error))
-      if (file.path().extension() == ".xml")
-        names[name.substr(prefix.size())].insert(file.path().filename().string());
-  }
-  return names;
-}
-
-// A set whose list is gone has no pictures for the program, and its marks lie there unseen. Of
-// pictures that were removed the records stay, too, so that a few beside a list are no finding.
-void checkLists(const WTNVProject& project, const std::vector<PictureRecord>& records,
-                Findings& findings, Output& output) {
-  const auto listed = listedRecords(records);
-  std::size_t unlisted = 0;
-  for (const auto& [set, names] : recordsOnDisk(project)) {
-    const auto known = listed.find(set);
-    if (known == listed.end()) {
-      const auto list = projectDirectory(project) / (set + ".xml");
-      findings.push_back({list.string(), 0, "lost-list",
-                          "no list of the project names the " + counted(names.size(), "record") +
-                              " in is_" + set +
-                              "; restore this file, and the settings if they name no such set"});
-      continue;
-    }
-    unlisted +=
-        static_cast<std::size_t>(std::count_if(names.begin(), names.end(), [&](const auto& name) {
-          return !known->second.contains(name);
-        }));
-  }
+// Of pictures that were removed the records stay, so that a few beside a list are no finding.
+void checkLists(const WTNVProject& project, Findings& findings, Output& output) {
+  for (const auto& set : lostSets(project))
+    findings.push_back(
+        {setListFile(project, set.name), 0, "lost-list", lostSetAdvice(project, set)});
+  const auto unlisted = unlistedRecords(project);
   output.fact("unlistedRecords", static_cast<Json::UInt64>(unlisted));
   if (unlisted > 0)
     output.note(counted(unlisted, "record") +
@@ -105,7 +66,7 @@ void runCheck(const Locations& locations, const std::string& projectName, Output
   const auto advice = moveAdvice(*project);
   if (!advice.empty())
     findings.push_back({projectDirectory(*project).string(), 0, "moved-project", advice});
-  checkLists(*project, records, findings, output);
+  checkLists(*project, findings, output);
   Progress progress(records.size(), output);
   std::set<std::pair<std::string, std::string>> seen;
   for (const auto& record : records) {

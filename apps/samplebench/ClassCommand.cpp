@@ -215,15 +215,24 @@ void runMerge(const Locations& locations, const ClassEditOptions& options, Outpu
   const auto target = findClass(*project, options.target);
   const auto classes = classesNamed(*project, options.names);
   const auto marks = annotations.countOf(classes);
+  const auto before = annotations.markCount();
   for (const auto& dnnClass : classes) {
     if (dnnClass.equal(target))
       throw CommandError("class '" + options.target + "' cannot be merged into itself", exitUsage);
     annotations.edit([&](const auto& trainSet) { trainSet.wReplaceClass(dnnClass, target); });
     project->wRemoveDNNClass(dnnClass);
   }
+  const auto twins = before - annotations.markCount();
   renumber(*project);
   saveProject(*project, true, output);
-  report(*project, "merged " + joined(options.names) + " into " + options.target, marks, output);
+  output.fact("sameMarks", static_cast<Json::UInt64>(twins));
+  report(
+      *project,
+      "merged " + joined(options.names) + " into " + options.target +
+          (twins > 0 ? ", and removed " + counted(twins, "mark") + " that " +
+                           (twins > 1 ? "are" : "is") + " there in " + options.target + " already"
+                     : ""),
+      marks, output);
 }
 
 void runDelete(const Locations& locations, const ClassEditOptions& options, Output& output) {

@@ -12,11 +12,16 @@ CLI::App* described(CLI::App& parent, const CommandHelp& help) {
 
 }  // namespace
 
+void addOutputFlags(CLI::App& app, ProgramOptions& program) {
+  app.add_flag("--json", program.json, "the result as one JSON object, for programs");
+  app.add_flag("--quiet", program.quiet, "only errors on standard error");
+}
+
 CLI::App* addCommand(CLI::App& parent, ProgramOptions& program, const CommandHelp& help,
                      CommandRun run) {
   auto* command = described(parent, help);
   command->callback([&program, run = std::move(run)] { program.run = run; });
-  command->add_flag("--json", program.json, "the result as one JSON object, for programs");
+  addOutputFlags(*command, program);
   return command;
 }
 
@@ -29,6 +34,7 @@ CLI::App* addWritingCommand(CLI::App& parent, ProgramOptions& program, const Com
 
 CLI::App* addCommandGroup(CLI::App& parent, const CommandHelp& help) {
   auto* group = described(parent, help);
+  group->footer(group->get_footer() + "\n\nEach of them understands --json and --quiet.");
   group->require_subcommand(1);
   return group;
 }

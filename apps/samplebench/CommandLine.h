@@ -29,8 +29,11 @@ struct CommandHelp {
   std::string example;
 };
 
-/// A command that changes nothing on disk. It understands --json; arguments and options can be
-/// added.
+/// How the result is told: --json and --quiet, which stand before a command or behind it.
+void addOutputFlags(CLI::App& app, ProgramOptions& program);
+
+/// A command that changes nothing on disk. It understands --json and --quiet; arguments and options
+/// can be added.
 CLI::App* addCommand(CLI::App& parent, ProgramOptions& program, const CommandHelp& help,
                      CommandRun run);
 

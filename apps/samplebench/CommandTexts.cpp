@@ -140,8 +140,10 @@ Lines wordsAfter(const CLI::App& app, const CLI::App& command, const ProgramOpti
     words.push_back(namesOf(*option).back());
   if (&command != &app)
     for (const auto* option : optionsOf(app, false))
-      if (!isHelp(*option) && !option->check_lname("version"))
-        words.push_back(namesOf(*option).back());
+      if (const auto name = namesOf(*option).back();
+          !isHelp(*option) && !option->check_lname("version") &&
+          std::find(words.begin(), words.end(), name) == words.end())
+        words.push_back(name);
   return words;
 }
 

@@ -1,11 +1,13 @@
 #include "DataStatistics.h"
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <set>
 
 #include "GalleryStatistics.h"
 #include "MarkBox.h"
+#include "Numbers.h"
 #include "PictureFile.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 #include "verify/LabelPlaces.h"
@@ -89,13 +91,6 @@ ClassNames namesOf(const SetLayout& layout) {
   return classes;
 }
 
-std::vector<cv::Rect2d> plainBoxes(const ClassStatistics& dnnClass) {
-  std::vector<cv::Rect2d> boxes;
-  for (const auto& placed : dnnClass.boxes)
-    boxes.push_back(placed.box);
-  return boxes;
-}
-
 void writeTotals(std::ostream& page, const DataStatistics& statistics) {
   page << "<table class=\"totals\">\n<thead><tr><th>Pictures</th><th>Unreadable</th><th>Without "
           "boxes</th><th>Boxes</th><th>Without class</th></tr></thead>\n<tbody><tr><td>"
@@ -123,7 +118,25 @@ void writeClassTable(std::ostream& page, const DataStatistics& statistics) {
   page << "</tbody>\n</table>\n</section>\n";
 }
 
+Cell pixels(double length) {
+  return {std::round(length * 10) / 10, formatFixed(length, 1)};
+}
+
 }  // namespace
+
+TableRow sideCells(const std::vector<cv::Rect2d>& boxes) {
+  const auto sides = sidesOf(boxes);
+  if (sides.empty()) return {pixels(0), pixels(0), pixels(0)};
+  const auto [least, most] = std::minmax_element(sides.begin(), sides.end());
+  return {pixels(*least), pixels(median(sides)), pixels(*most)};
+}
+
+std::vector<cv::Rect2d> plainBoxes(const ClassStatistics& dnnClass) {
+  std::vector<cv::Rect2d> boxes;
+  for (const auto& placed : dnnClass.boxes)
+    boxes.push_back(placed.box);
+  return boxes;
+}
 
 std::size_t DataStatistics::boxCount() const {
   return std::accumulate(
@@ -142,7 +155,9 @@ DataStatistics projectStatistics(const WTNVProject& project,
   Counter counter(statistics);
   for (const auto& picture : pictures) {
     const auto size = pictureSize(picture.path);
-    counter.beginPicture(picture.path, size);
+    // Of a picture whose record cannot be read only that is known.
+    counter.beginPicture(picture.path.empty() ? picture.trainSet.wGetDataPath() : picture.path,
+                         size);
     for (const auto& mark : picture.trainSet.wGetMarks())
       addMark(counter, mark, classes, size);
     counter.endPicture();

@@ -31,6 +31,13 @@ struct DataStatistics {
   std::size_t boxCount() const;
 };
 
+std::vector<cv::Rect2d> plainBoxes(const ClassStatistics& dnnClass);
+
+/// Columns for the sizes of boxes, and what stands in them: a side is the root of the area, in
+/// pixels.
+inline const std::vector<std::string> sideColumns{"smallest side", "median side", "largest side"};
+TableRow sideCells(const std::vector<cv::Rect2d>& boxes);
+
 /// To be called after each picture; the pictures have to be opened for their sizes.
 using PictureStep = std::function<void()>;
 

@@ -169,7 +169,7 @@ void writeSummary(const Material& material, std::size_t pictures, const Training
     const auto& name = material.classes[i].name;
     const auto marks = std::count_if(material.marks.begin(), material.marks.end(),
                                      [&](const auto& mark) { return mark.className == name; });
-    rows.push_back({name, marks, content.boxes[i]});
+    rows.push_back({name, marks, content.boxes[i].size()});
   }
   output.fact("classes", listOf(columns, rows));
   output.fact("pictures", static_cast<Json::UInt64>(pictures));

@@ -210,7 +210,8 @@ void sayPlan(const WTNVProject& project, const WTNVHandlerValidation& handler,
 
 void runGallery(const Locations& locations, const GalleryOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project, lock);
+  const auto project = openProject(locations, options.project);
+  requireOwnRecords(*project);
   requireWholeRecords(*project);
   const auto pictures = readPictures(*project, output);
   if (!options.report.empty()) {

@@ -4,11 +4,13 @@
 #include <fstream>
 #include <iterator>
 #include <set>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "ClaimedDirectory.h"
 #include "CommandError.h"
 #include "CommandLine.h"
+#include "DataStatistics.h"
 #include "Interrupt.h"
 #include "Numbers.h"
 #include "OutputFile.h"
@@ -227,6 +229,44 @@ void requireFilled(const std::string& file, const Output& output) {
     throw CommandError("'" + file + "' was not written: " + output.cause());
 }
 
+// A picture that is a link may lead anywhere; of the others a directory has many.
+class PicturePlaces {
+ public:
+  explicit PicturePlaces(const std::string& place) : directory(place) {}
+
+  bool hold(const std::string& picture) {
+    std::error_code error;
+    if (fs::is_symlink(fs::symlink_status(picture, error))) return liesWithin(picture, directory);
+    const auto parent = fs::path(picture).parent_path();
+    const auto [known, isNew] = holdsParent.emplace(parent.string(), false);
+    if (isNew) known->second = liesWithin(parent, directory);
+    return known->second;
+  }
+
+ private:
+  std::string directory;
+  std::unordered_map<std::string, bool> holdsParent;
+};
+
+// The library refuses to clear such a directory, but only when the run begins.
+void requireNoSources(const std::string& directory, const WTNVProject& project,
+                      const std::vector<PictureRecord>& pictures, const Locations& locations) {
+  std::error_code error;
+  if (!fs::exists(directory, error)) return;
+  const auto refuse = [&](const std::string& source) {
+    throw CommandError(source + " lies in '" + directory +
+                       "', which a run would clear; give another output directory");
+  };
+  PicturePlaces places(directory);
+  for (const auto& picture : pictures)
+    if (!picture.path.empty() && places.hold(picture.path))
+      refuse("the picture '" + picture.path + "' of the project");
+  if (liesWithin(fs::current_path(error), directory)) refuse("the working directory");
+  if (liesWithin(projectDirectory(project), directory)) refuse("the project");
+  if (liesWithin(locations.platforms, directory)) refuse("'" + locations.platforms + "'");
+  if (liesWithin(locations.augments, directory)) refuse("'" + locations.augments + "'");
+}
+
 }  // namespace
 
 void requireOutputPath(const std::string& path) {
@@ -238,12 +278,15 @@ void requireOutputPath(const std::string& path) {
 TrainingSetPaths prepareSet(WTNVProject& project, const Locations& locations,
                             const GenerateOptions& options, Output& output) {
   requireUsableClasses(project);
-  requirePictures(project, readPictures(project, output), output);
-  const auto paths = trainingSetPaths(
-      options.relativePaths ? options.output : absolutePath(options.output), options.project);
+  const auto pictures = readPictures(project, output);
+  requirePictures(project, pictures, output);
+  const auto directory = directoryBehind(options.output);
+  const auto paths = trainingSetPaths(options.relativePaths ? directory : absolutePath(directory),
+                                      options.project);
   requireOutputPath(paths.directory);
   requireDirectoryPlace(paths.directory);
   requireReplaceable(paths.directory);
+  requireNoSources(paths.directory, project, pictures, locations);
   auto handler = project.getHndAugment();
   chooseAugmentation(handler, locations, options.augmentation);
   const WTNVGenerationDarknet darknet(project.wGetGeneration());
@@ -259,7 +302,8 @@ GenerateResult generateSet(WTNVProject& project, const Locations& locations,
   // What is half done has to be cleared away.
   const platform::InterruptCatcher catcher;
   // First, for what another one has written until now looks like files of the user.
-  const ClaimedDirectory claim(options.output, platform::DirectoryLock::Kind::replaced);
+  const ClaimedDirectory claim(directoryBehind(options.output),
+                               platform::DirectoryLock::Kind::replaced);
   claim.requireOurs();
   const auto paths = prepareSet(project, locations, options, output);
   stopIfInterrupted();
@@ -324,11 +368,17 @@ void writeDivision(const GroupedDivision& division, const GenerateOptions& optio
 }
 
 void writeBoxes(const WTNVProject& project, const TrainingSetContent& content, Output& output) {
+  std::vector<std::string> columns{"number", "class", "boxes"};
+  columns.insert(columns.end(), sideColumns.begin(), sideColumns.end());
   std::vector<TableRow> rows;
-  for (const auto& dnnClass : classesByNumber(project))
-    rows.push_back({dnnClass.wGetDNNId(), dnnClass.wGetName(),
-                    content.boxes[static_cast<std::size_t>(dnnClass.wGetDNNId())]});
-  output.table("classes", {"number", "class", "boxes"}, rows);
+  for (const auto& dnnClass : classesByNumber(project)) {
+    const auto& boxes = content.boxes[static_cast<std::size_t>(dnnClass.wGetDNNId())];
+    TableRow row{dnnClass.wGetDNNId(), dnnClass.wGetName(), boxes.size()};
+    const auto sides = sideCells(boxes);
+    row.insert(row.end(), sides.begin(), sides.end());
+    rows.push_back(row);
+  }
+  output.table("classes", columns, rows);
   if (content.withoutBoxes > 0)
     output.say(counted(content.withoutBoxes, "sample") + " without a box");
   output.fact("samplesWithoutBoxes", static_cast<Json::UInt64>(content.withoutBoxes));

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
 #include "CommandError.h"
 #include "CommandLine.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -27,32 +30,99 @@ void readSet(const WTNVProject& project, const std::string& set) {
     trainSet.wLoadData();
 }
 
+constexpr auto backslashObjection =
+    "a backslash in the path would be taken for a slash; rename what has it";
+
+using Rejection = std::pair<std::string, std::string>;
+
+// To the library a backslash separates directories, as it does on other systems.
+bool separates(char letter) {
+  return letter == '\\' && fs::path::preferred_separator != '\\';
+}
+
+bool holdsBackslash(const std::string& path) {
+  return std::any_of(path.begin(), path.end(), separates);
+}
+
+// As the library gives the path.
+std::string withSlashes(std::string path) {
+  std::replace_if(path.begin(), path.end(), separates, '/');
+  return path;
+}
+
+// Why the library cannot take in what lies there; empty if it can.
+std::string objectionTo(const fs::directory_entry& entry) {
+  std::error_code error;
+  if (holdsBackslash(entry.path().string())) return backslashObjection;
+  return entry.is_directory(error) ? "it is a directory" : "";
+}
+
+template <class Iterator>
+std::vector<Rejection> objectionsIn(Iterator entries) {
+  std::vector<Rejection> found;
+  for (const fs::directory_entry& entry : entries)
+    if (const auto objection = objectionTo(entry); !objection.empty())
+      found.emplace_back(entry.path().string(), objection);
+  return found;
+}
+
+std::vector<Rejection> objectionsIn(const std::string& directory, bool recursive) {
+  if (recursive) return objectionsIn(fs::recursive_directory_iterator(directory));
+  return objectionsIn(fs::directory_iterator(directory));
+}
+
 }  // namespace
 
-std::vector<std::string> picturesIn(const WTNVProject& project, const std::string& directory,
-                                    bool recursive) {
-  if (!std::filesystem::is_directory(directory))
-    throw CommandError("there is no directory '" + directory + "'");
+FoundPictures picturesIn(const WTNVProject& project, const std::string& directory, bool recursive) {
+  if (!fs::is_directory(directory)) throw CommandError("there is no directory '" + directory + "'");
   // Absolute paths, so that the project works from any directory.
-  auto pictures = project.wReadImagesFromDirectory(absolutePath(directory), recursive);
+  const auto place = absolutePath(directory);
+  if (holdsBackslash(place))
+    throw CommandError("'" + place + "' cannot be used: " + backslashObjection);
+  auto pictures = project.wReadImagesFromDirectory(place, recursive);
+  std::sort(pictures.begin(), pictures.end());
+  FoundPictures found;
+  for (const auto& [path, reason] : objectionsIn(place, recursive)) {
+    // Other files are not asked for.
+    const auto same = std::equal_range(pictures.begin(), pictures.end(), withSlashes(path));
+    if (same.first == same.second) continue;
+    pictures.erase(same.first);
+    found.rejected.emplace_back(path, reason);
+  }
+  if (pictures.empty() && !found.rejected.empty())
+    throw CommandError("no picture in '" + directory + "' can be taken in: '" +
+                       found.rejected.front().first + "': " + found.rejected.front().second);
   if (pictures.empty())
     throw CommandError("there are no pictures (jpg, jpeg, png) in '" + directory + "'" +
                        (recursive ? "" : "; --recursive looks into its directories too"));
-  std::sort(pictures.begin(), pictures.end());
-  return pictures;
+  std::sort(found.rejected.begin(), found.rejected.end());
+  found.pictures = std::move(pictures);
+  return found;
 }
 
 ImportResult importPictures(WTNVProject& project, const std::string& set,
                             const std::string& directory, bool recursive) {
-  return addPictures(project, set, picturesIn(project, directory, recursive));
+  return addPictures(project, set, picturesIn(project, directory, recursive).pictures);
 }
+
+namespace {
+
+// The library then looks at their directory instead of at each of them.
+bool areInOneDirectory(const std::vector<std::string>& pictures) {
+  const auto parent = fs::path(pictures.front()).parent_path();
+  return std::all_of(pictures.begin(), pictures.end(), [&](const auto& picture) {
+    return !holdsBackslash(picture) && fs::path(picture).parent_path() == parent;
+  });
+}
+
+}  // namespace
 
 ImportResult addPictures(WTNVProject& project, const std::string& set,
                          const std::vector<std::string>& pictures) {
   readSet(project, set);
   const std::vector<bool> use(pictures.size(), true);
-  const auto added =
-      static_cast<std::size_t>(project.wAddImagesToImageSet(pictures, use, set, false));
+  const auto added = static_cast<std::size_t>(
+      project.wAddImagesToImageSet(pictures, use, set, areInOneDirectory(pictures)));
   if (!hasSet(project, set))
     throw CommandError(
         "'" + set + "' cannot name an image set; use a name without slashes, of at most 240 bytes",
@@ -74,10 +144,20 @@ std::size_t inOtherSets(const WTNVProject& project, const std::string& set,
                     [&](const auto& picture) { return others.contains(absolutePath(picture)); }));
 }
 
+void reportRejected(const std::vector<Rejection>& rejected, Output& output) {
+  std::vector<TableRow> rows;
+  for (const auto& [path, reason] : rejected)
+    rows.push_back({path, reason});
+  output.fact("rejected", listOf({"picture", "reason"}, rows));
+  for (const auto& [path, reason] : rejected)
+    output.say("rejected: " + path + ": " + reason);
+  if (!rejected.empty()) output.setFindings();
+}
+
 void runImport(const Locations& locations, const ImportOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project, lock);
-  const auto pictures = picturesIn(*project, options.directory, options.recursive);
+  const auto [pictures, rejected] = picturesIn(*project, options.directory, options.recursive);
   const auto result = addPictures(*project, options.set, pictures);
   saveProject(*project, true, output);
   const auto elsewhere = inOtherSets(*project, options.set, pictures, output);
@@ -87,7 +167,9 @@ void runImport(const Locations& locations, const ImportOptions& options, Output&
   output.fact("inOtherSets", static_cast<Json::UInt64>(elsewhere));
   output.say("set " + options.set + ": " + counted(result.added, "picture") +
              std::string(output.told(" added, ", " would be added, ")) +
-             std::to_string(result.alreadyThere) + " already there");
+             std::to_string(result.alreadyThere) + " already there" +
+             (rejected.empty() ? "" : ", " + std::to_string(rejected.size()) + " rejected"));
+  reportRejected(rejected, output);
   if (elsewhere > 0)
     output.say(
         counted(elsewhere, "picture") +

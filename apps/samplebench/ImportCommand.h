@@ -1,6 +1,8 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ProjectAccess.h"
 
@@ -12,10 +14,15 @@ struct ProgramOptions;
 /// The command that adds the pictures of a directory to an image set.
 void addImportCommand(CLI::App& app, ProgramOptions& program);
 
-/// The pictures of a directory, by their absolute paths, sorted; throws CommandError if there are
-/// none.
-std::vector<std::string> picturesIn(const WTNVProject& project, const std::string& directory,
-                                    bool recursive);
+/// What a directory holds, by absolute paths, sorted.
+struct FoundPictures {
+  std::vector<std::string> pictures;
+  /// Those that cannot be taken in, and why.
+  std::vector<std::pair<std::string, std::string>> rejected;
+};
+
+/// Throws CommandError if there are no pictures that can be taken in.
+FoundPictures picturesIn(const WTNVProject& project, const std::string& directory, bool recursive);
 
 struct ImportResult {
   std::size_t added = 0;

@@ -115,6 +115,20 @@ void requireDirectoryPlace(const std::string& directory) {
                        "' cannot be written to; choose a directory of yours");
 }
 
+std::string directoryBehind(const std::string& directory) {
+  // With a slash behind its name the system goes through the link already.
+  const auto path = fs::path(directory).lexically_normal();
+  const auto place = path.has_filename() ? path : path.parent_path();
+  std::error_code error;
+  if (!fs::is_symlink(fs::symlink_status(place, error))) return directory;
+  const auto target = fs::canonical(place, error);
+  if (error)
+    throw CommandError("'" + directory + "' is a link to '" +
+                       fs::read_symlink(place, error).string() +
+                       "', which is not there; make that directory, or choose another place");
+  return place.is_absolute() ? target.string() : fs::proximate(target).string();
+}
+
 void makeDirectory(const std::string& directory) {
   std::error_code error;
   fs::create_directories(directory, error);

@@ -30,6 +30,10 @@ void requireNoForeignPage(const std::string& report);
 /// is there, or above it, cannot be written to.
 void requireDirectoryPlace(const std::string& directory);
 
+/// The directory itself, or the one that a link in its place leads to: what replaces a directory
+/// would replace the link. Throws CommandError if that is not there.
+std::string directoryBehind(const std::string& directory);
+
 /// Makes the directory, and those above it, if it is not there; throws CommandError if that fails.
 void makeDirectory(const std::string& directory);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <fstream>
 #include <iterator>
 #include <set>
 #include <string_view>
@@ -11,6 +12,7 @@
 #include "ClaimedDirectory.h"
 #include "CommandError.h"
 #include "Platform.h"
+#include "SetLists.h"
 
 namespace fs = std::filesystem;
 
@@ -76,10 +78,15 @@ std::vector<std::string> settingsIn(const fs::path& directory) {
   return projects;
 }
 
-// "that directory holds ...; what to do"; empty if it holds no settings.
+// "that directory holds ...; what to do"; empty if it holds neither settings nor image sets.
 std::string othersIn(const fs::path& directory, const std::string& name) {
   const auto others = settingsIn(directory);
-  if (others.empty()) return "";
+  const auto sets = setsOnDisk(directory);
+  if (others.empty() && sets.empty()) return "";
+  if (others.empty())
+    return "'" + directory.string() + "' holds image sets (" + joined(sets) +
+           ") and no settings; restore the settings, " + name +
+           ".cfg, or move that directory away to make the project anew";
   return "'" + directory.string() + "' holds the settings of '" + joined(others) +
          "'. To rename or copy that project, rename " + others.front() + ".cfg to " + name +
          ".cfg, write Project.Name = \"" + name +
@@ -172,20 +179,42 @@ void requireOwnSettings(const WTNVProject& project, const std::string& file,
   if (found == name) return;
   // The library's name for a project whose settings give none.
   if (found.empty() || found == "unknown")
-    throw CommandError("the settings of project '" + name + "' are damaged: " + file +
-                       "; restore that file");
+    throw BrokenProject("the settings of project '" + name + "' are damaged: " + file +
+                        "; restore that file");
   throw CommandError("'" + file + "' holds the settings of '" + found +
                      "'; restore that file, or if this is that project under a new name, write "
                      "Project.Name = \"" +
                      name + "\" in it");
 }
 
+bool isThereUnreadable(const std::string& file) {
+  std::error_code error;
+  const auto status = fs::status(file, error);
+  return fs::exists(status) && (!fs::is_regular_file(status) || !std::ifstream(file));
+}
+
+// The library's own reason names the file, and calls all that it cannot open empty.
+[[noreturn]] void refuseLists(const WTNVProject& project, const std::string& name,
+                              const std::string& reason) {
+  for (const auto& set : setsOnDisk(projectDirectory(project))) {
+    const auto list = setListFile(project, set);
+    if (isThereUnreadable(list))
+      throw BrokenProject("'" + list + "' cannot be read; see that it is a file and yours");
+    if (reason.find(list) == std::string::npos) continue;
+    throw BrokenProject(reason +
+                        "; restore that file, for it says which pictures the set has. To give them "
+                        "up with their marks, delete it, and then: samplebench remove set " +
+                        forShell(name) + " " + forShell(set) + " --with-marks");
+  }
+  throw BrokenProject(reason);
+}
+
 // Settings and lists; records are read later.
-bool load(WTNVProject& project) {
+bool load(WTNVProject& project, const std::string& name) {
   try {
     return project.wLoad();
   } catch (const cv::Exception& error) {
-    throw CommandError(error.err + "; restore that file, for it says which pictures the set has");
+    refuseLists(project, name, error.err);
   }
 }
 
@@ -195,8 +224,8 @@ std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::
   const auto names = sortedProjects(locations);
   if (!contains(names, name)) refuseUnknown(locations, name, names);
   auto project = projectAt(locations, name);
-  if (!load(*project))
-    throw CommandError("project '" + name + "' in " + locations.projects + " cannot be read");
+  if (!load(*project, name))
+    throw BrokenProject("project '" + name + "' in " + locations.projects + " cannot be read");
   requireOwnSettings(*project, locations.projects + name + "/" + name + ".cfg", name);
   return project;
 }
@@ -231,6 +260,8 @@ class RecordPlaces {
   std::unordered_map<std::string, bool> known;
 };
 
+}  // namespace
+
 std::string forShell(const std::string& text) {
   const auto isPlain = [](unsigned char letter) {
     return std::isalnum(letter) != 0 || letter >= 0x80 ||
@@ -242,8 +273,6 @@ std::string forShell(const std::string& text) {
     quoted += letter == '\'' ? "'\\''" : std::string(1, letter);
   return quoted + "'";
 }
-
-}  // namespace
 
 std::string moveAdvice(const WTNVProject& project) {
   RecordPlaces places(project);
@@ -269,22 +298,22 @@ std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::
                                          const ProjectLock& /*lock*/) {
   auto project = openProject(locations, name);
   requireOwnRecords(*project);
+  requireSetLists(*project);
   return project;
 }
 
 namespace {
 
-// What saving replaces lies in these.
+// What saving replaces lies in these, and what it removes.
 void requireWritableProject(const WTNVProject& project) {
-  auto directory = projectDirectory(project);
-  bool isOurs = platform::canWriteIn(directory);
-  for (const auto& set : project.wGetImageSets()) {
-    const auto records = directory / ("is_" + set);
-    isOurs = isOurs && (!fs::exists(records) || platform::canWriteIn(records));
-  }
-  if (!isOurs)
-    throw CommandError("project '" + project.wGetProjectName() +
-                       "' cannot be saved; see that its directory can be written to");
+  const auto directory = projectDirectory(project);
+  std::vector<std::string> directories{directory.string()};
+  for (const auto& set : setsOnDisk(directory))
+    directories.push_back(setRecordsDirectory(project, set));
+  for (const auto& each : directories)
+    if (!platform::canWriteIn(each))
+      throw CommandError("project '" + project.wGetProjectName() + "' cannot be saved: '" + each +
+                         "' cannot be written to; nothing was changed, see that it is yours");
 }
 
 }  // namespace
@@ -380,6 +409,9 @@ std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& outp
   auto pictures = readRecords(project);
   const auto advice = moveAdvice(project);
   if (!advice.empty()) output.note(advice);
+  for (const auto& set : lostSets(project))
+    output.note("the list of set '" + set.name +
+                "' is lost, and its pictures are left out: " + lostSetAdvice(project, set));
   std::size_t unreadable = 0;
   for (const auto& picture : pictures) {
     if (picture.damage.empty()) continue;

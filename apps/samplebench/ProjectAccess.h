@@ -34,8 +34,13 @@ std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std
 /// what it is.
 void requireStorable(const std::string& what, const std::string& text);
 
+/// A project whose settings or lists cannot be read, so that nothing is known of its pictures.
+class BrokenProject : public CommandError {
+  using CommandError::CommandError;
+};
+
 /// Loads a project, to read it; throws CommandError, which lists the projects, if there is none of
-/// that name.
+/// that name, and BrokenProject.
 std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name);
 
 /// Keeps other commands from changing the project as long as it lives: of two that read, change and
@@ -50,7 +55,8 @@ class ProjectLock {
 };
 
 /// The same, to change it. Also throws CommandError if the project was moved or copied and not told
-/// so: the records that would be changed are those of another project, or nowhere.
+/// so: the records that would be changed are those of another project, or nowhere; and if it lost
+/// the list of a set, whose records would go unseen.
 std::unique_ptr<WTNVProject> openProject(const Locations& locations, const std::string& name,
                                          const ProjectLock& lock);
 
@@ -89,7 +95,8 @@ struct PictureRecord {
 /// cannot be read keep an empty path.
 std::vector<PictureRecord> readRecords(const WTNVProject& project);
 
-/// The same, and those that cannot be read are noted; so is a project that was moved or copied.
+/// The same, and those that cannot be read are noted; so is a project that was moved or copied, or
+/// lost the list of a set.
 std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& output);
 
 /// The first record that is damaged or empty; null if there is none. One that is missing is none:
@@ -104,6 +111,9 @@ std::filesystem::path projectDirectory(const WTNVProject& project);
 
 /// Whether the path, links followed, is the directory or lies below it.
 bool liesWithin(const std::filesystem::path& path, const std::filesystem::path& directory);
+
+/// The text as one word of a command line.
+std::string forShell(const std::string& text);
 
 /// The path from the root, without detours.
 std::string absolutePath(const std::string& path);

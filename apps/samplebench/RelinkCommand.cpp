@@ -5,6 +5,7 @@
 #include "CommandError.h"
 #include "CommandLine.h"
 #include "PictureFile.h"
+#include "SetLists.h"
 
 namespace {
 
@@ -119,6 +120,8 @@ void runRelink(const Locations& locations, const RelinkOptions& options, Output&
                        exitUsage);
   const ProjectLock lock(locations, options.project, output);
   const auto project = openProject(locations, options.project);
+  // What else is lost can be told only to a project that knows where it is.
+  requireNamedSets(*project);
   std::vector<Relinked> done;
   if (!options.projectDirectory.empty()) {
     const auto move = parseMove(options.projectDirectory);
@@ -127,6 +130,7 @@ void runRelink(const Locations& locations, const RelinkOptions& options, Output&
   }
   if (!options.pictures.empty()) {
     requireOwnRecords(*project);
+    requireSetLists(*project);
     requireWholeRecords(*project);
     const auto move = parseMove(options.pictures);
     done.push_back({"pictures", "picture", move, relinkPictures(*project, move)});

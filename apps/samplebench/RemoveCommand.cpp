@@ -7,6 +7,8 @@
 #include "CommandError.h"
 #include "CommandLine.h"
 #include "Editor.h"
+#include "PictureFile.h"
+#include "SetLists.h"
 
 namespace fs = std::filesystem;
 
@@ -143,9 +145,67 @@ void runRemovePicture(const Locations& locations, const RemoveOptions& options, 
   report(removal, "project " + options.project, output);
 }
 
+// What belongs to a directory goes with it, so that all of it has to be ours.
+void requireRemovable(const fs::path& directory) {
+  std::vector<fs::path> directories{directory.parent_path()};
+  std::vector<fs::path> waiting{directory};
+  while (!waiting.empty()) {
+    directories.push_back(waiting.back());
+    waiting.pop_back();
+    std::error_code error;
+    for (fs::directory_iterator entry(directories.back(), error), end; !error && entry != end;
+         entry.increment(error)) {
+      std::error_code unknown;
+      if (entry->is_directory(unknown) && !entry->is_symlink(unknown))
+        waiting.push_back(entry->path());
+    }
+    if (error)
+      throw CommandError("'" + directories.back().string() +
+                         "' cannot be read; nothing was removed, see that it is yours");
+  }
+  for (const auto& each : directories)
+    if (!platform::canWriteIn(each))
+      throw CommandError("'" + each.string() +
+                         "' cannot be written to; nothing was removed, see that it is yours");
+}
+
+// By hand where the settings do not name the set; otherwise its name has to leave them, too.
+void takeOutLost(WTNVProject& project, const LostSet& set, const Output& output) {
+  if (set.isNamed) {
+    project.wRemoveImagesFromImageSet({}, set.name);
+    return saveProject(project, true, output);
+  }
+  if (output.isDryRun()) return;
+  fs::remove_all(setRecordsDirectory(project, set.name));
+  fs::remove(setListFile(project, set.name));
+}
+
+// As a first import leaves it that was killed, or one whose list went. The others have to be whole,
+// or named at least: the save of the project would remove what the settings do not name.
+void removeLostSet(WTNVProject& project, const LostSet& set, const RemoveOptions& options,
+                   Output& output) {
+  if (set.isNamed) {
+    requireOwnRecords(project);
+    requireNamedSets(project);
+  }
+  if (!options.withMarks && !output.isDryRun())
+    throw CommandError("the marks of set '" + set.name +
+                       "', whose list is lost, would be lost, too: " + lostSetAdvice(project, set));
+  requireRemovable(setRecordsDirectory(project, set.name));
+  takeOutLost(project, set, output);
+  output.fact("records", static_cast<Json::UInt64>(set.records));
+  output.say(counted(set.records, "record") + " of set " + set.name + ", whose list is lost," +
+             std::string(output.told(" removed", " would be removed")) + " with the marks in them" +
+             filesStay);
+}
+
 void runRemoveSet(const Locations& locations, const RemoveOptions& options, Output& output) {
   const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project, lock);
+  const auto project = openProject(locations, options.project);
+  for (const auto& lost : lostSets(*project))
+    if (lost.name == options.set) return removeLostSet(*project, lost, options, output);
+  requireOwnRecords(*project);
+  requireSetLists(*project);
   requireChoice("set", options.set, project->wGetImageSets());
   auto removed = readPictures(*project, output);
   std::erase_if(removed, [&](const auto& picture) { return picture.set != options.set; });
@@ -155,25 +215,18 @@ void runRemoveSet(const Locations& locations, const RemoveOptions& options, Outp
   report(removal, "project " + options.project + " with set " + options.set, output);
 }
 
+[[noreturn]] void refusePictureWithin(const std::string& picture) {
+  throw CommandError("the picture '" + picture +
+                     "' lies in the directory of the project, which would be removed; move it "
+                     "away first");
+}
+
 // The library removes the directory of the project with all that is in it.
 void requireNoPicturesWithin(const fs::path& directory,
                              const std::vector<PictureRecord>& pictures) {
   for (const auto& picture : pictures)
     if (!picture.path.empty() && liesWithin(picture.path, directory))
-      throw CommandError("the picture '" + picture.path +
-                         "' lies in the directory of the project, which would be removed; move it "
-                         "away first");
-}
-
-void requireRemovable(const fs::path& directory) {
-  std::vector<fs::path> directories{directory.parent_path(), directory};
-  std::error_code error;
-  for (const auto& entry : fs::recursive_directory_iterator(directory, error))
-    if (entry.is_directory(error) && !entry.is_symlink(error)) directories.push_back(entry.path());
-  for (const auto& each : directories)
-    if (!platform::canWriteIn(each))
-      throw CommandError("'" + each.string() +
-                         "' cannot be written to; nothing was removed, see that it is yours");
+      refusePictureWithin(picture.path);
 }
 
 std::size_t filesBelow(const fs::path& directory) {
@@ -184,17 +237,67 @@ std::size_t filesBelow(const fs::path& directory) {
   return files;
 }
 
-void runRemoveProject(const Locations& locations, const RemoveOptions& options, Output& output) {
-  const ProjectLock lock(locations, options.project, output);
-  const auto project = openProject(locations, options.project, lock);
-  const auto pictures = readPictures(*project, output);
-  const auto directory = projectDirectory(*project);
-  requireNoPicturesWithin(directory, pictures);
+// Where pictures of the project's own making lie; persisted.
+constexpr auto cutsDirectory = "validation";
+constexpr auto cacheDirectory = "cache";
+
+// Which pictures are the project's own cannot be known.
+void requireNoPictureFiles(const fs::path& directory) {
+  for (fs::recursive_directory_iterator entry(directory), end; entry != end; ++entry) {
+    const auto name = entry->path().filename();
+    if (entry.depth() == 0 && (name == cutsDirectory || name == cacheDirectory)) {
+      entry.disable_recursion_pending();
+    } else if (looksLikePicture(entry->path().string())) {
+      refusePictureWithin(entry->path().string());
+    }
+  }
+}
+
+// What it is to lose is not known, nor where its pictures lie.
+void removeBroken(const Locations& locations, const RemoveOptions& options,
+                  const std::string& reason, Output& output) {
+  if (!options.withMarks)
+    throw CommandError(reason +
+                       ". Or remove the project unread, with its marks: samplebench remove "
+                       "project " +
+                       forShell(options.project) + " --with-marks");
+  const auto directory = fs::path(locations.projects) / options.project;
   requireRemovable(directory);
+  requireNoPictureFiles(directory);
+  const auto files = filesBelow(directory);
+  const platform::InterruptCatcher catcher;
+  if (!output.isDryRun()) fs::remove_all(directory);
+  output.note(reason);
+  output.fact("project", options.project);
+  output.fact("files", static_cast<Json::UInt64>(files));
+  output.say("project " + options.project + ", which cannot be read," +
+             std::string(output.told(" removed", " would be removed")) + " with its directory " +
+             directory.string() + " (" + counted(files, "file") + ")" + filesStay);
+}
+
+// Of sets without a list it is not known how many marks they have, nor where their pictures lie.
+void requireListsOrConsent(const WTNVProject& project, const RemoveOptions& options,
+                           const Output& output) {
+  const auto lost = lostSets(project);
+  if (lost.empty()) return;
+  requireNoPictureFiles(projectDirectory(project));
+  if (options.withMarks || output.isDryRun()) return;
+  throw CommandError("the marks of set '" + lost.front().name +
+                     "' would be lost: " + lostSetAdvice(project, lost.front()) +
+                     "; or remove the project with them by --with-marks");
+}
+
+void removeWhole(WTNVProject& project, const RemoveOptions& options, Output& output) {
+  requireOwnRecords(project);
+  const auto directory = projectDirectory(project);
+  requireRemovable(directory);
+  const auto pictures = readPictures(project, output);
+  requireNoPicturesWithin(directory, pictures);
+  requireListsOrConsent(project, options, output);
   const auto removal = requireRemoval(options, pictures, output);
   const auto files = filesBelow(directory);
   const platform::InterruptCatcher catcher;
-  if (!output.isDryRun() && !project->wRemove())
+  if (!output.isDryRun() && !project.wRemove())
     throw CommandError("project '" + options.project + "' cannot be removed: " + output.cause());
   output.fact("project", options.project);
   output.fact("files", static_cast<Json::UInt64>(files));
@@ -202,6 +305,17 @@ void runRemoveProject(const Locations& locations, const RemoveOptions& options, 
          "project " + options.project + " with its directory " + directory.string() + " (" +
              counted(files, "file") + ")",
          output);
+}
+
+void runRemoveProject(const Locations& locations, const RemoveOptions& options, Output& output) {
+  const ProjectLock lock(locations, options.project, output);
+  std::unique_ptr<WTNVProject> project;
+  try {
+    project = openProject(locations, options.project);
+  } catch (const BrokenProject& broken) {
+    return removeBroken(locations, options, broken.what(), output);
+  }
+  removeWhole(*project, options, output);
 }
 
 using RemoveRun = void (*)(const Locations&, const RemoveOptions&, Output&);
@@ -223,7 +337,7 @@ RemoveCommand add(CLI::App& remove, ProgramOptions& program, const CommandHelp& 
 
 void addWithMarks(const RemoveCommand& command) {
   command.app->add_flag("--with-marks", command.options->withMarks,
-                        "remove what has marks, or a record that cannot be read");
+                        "remove what has marks, records that cannot be read, or a lost list");
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "StatsCommand.h"
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 
 #include "CommandError.h"
@@ -85,26 +84,6 @@ DataStatistics statisticsOf(const Locations& locations, const StatsOptions& opti
   return statistics;
 }
 
-struct SideRange {
-  double least = 0;
-  double middle = 0;
-  double most = 0;
-};
-
-SideRange rangeOf(const ClassStatistics& dnnClass) {
-  std::vector<cv::Rect2d> boxes;
-  for (const auto& placed : dnnClass.boxes)
-    boxes.push_back(placed.box);
-  const auto sides = sidesOf(boxes);
-  if (sides.empty()) return {};
-  const auto [least, most] = std::minmax_element(sides.begin(), sides.end());
-  return {*least, median(sides), *most};
-}
-
-Cell pixels(double length) {
-  return {std::round(length * 10) / 10, formatFixed(length, 1)};
-}
-
 void write(const DataStatistics& statistics, Output& output) {
   output.table("totals", {"pictures", "unreadable", "without boxes", "boxes", "without class"},
                {{statistics.pictures, statistics.unreadablePictures.size(), statistics.withoutBoxes,
@@ -112,8 +91,7 @@ void write(const DataStatistics& statistics, Output& output) {
   Json::Value unreadable(Json::arrayValue);
   for (const auto& picture : statistics.unreadablePictures) {
     unreadable.append(picture);
-    output.note(picture.empty() ? "a picture whose record cannot be read"
-                                : "cannot be read, its boxes do not count: " + picture);
+    output.note("cannot be read, its boxes do not count: " + picture);
   }
   output.fact("unreadablePictures", unreadable);
   output.fact("badLines", static_cast<Json::UInt64>(statistics.badLines));
@@ -121,15 +99,18 @@ void write(const DataStatistics& statistics, Output& output) {
     output.say(counted(statistics.badLines, "line") +
                " of label texts left out as no labels; samplebench verify names them");
   output.say();
+  std::vector<std::string> columns{"boxes", "pictures"};
+  columns.insert(columns.end(), sideColumns.begin(), sideColumns.end());
+  columns.emplace_back("class");
   std::vector<TableRow> rows;
   for (const auto& dnnClass : statistics.classes) {
-    const auto [least, middle, most] = rangeOf(dnnClass);
-    rows.push_back({dnnClass.boxes.size(), dnnClass.pictures, pixels(least), pixels(middle),
-                    pixels(most), dnnClass.name});
+    TableRow row{dnnClass.boxes.size(), dnnClass.pictures};
+    const auto sides = sideCells(plainBoxes(dnnClass));
+    row.insert(row.end(), sides.begin(), sides.end());
+    row.emplace_back(dnnClass.name);
+    rows.push_back(row);
   }
-  output.table("classes",
-               {"boxes", "pictures", "smallest side", "median side", "largest side", "class"},
-               rows);
+  output.table("classes", columns, rows);
 }
 
 void runStats(const Locations& locations, const StatsOptions& options, Output& output) {

@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <fstream>
 #include <numeric>
-#include <optional>
 #include <regex>
 
 #include "CommandError.h"
+#include "PictureFile.h"
 #include "verify/LabelCheck.h"
 
 namespace fs = std::filesystem;
@@ -69,24 +69,26 @@ bool liesWithin(double begin, double size) {
   return size > 0 && begin >= -labelEdgeTolerance && begin + size <= 1 + labelEdgeTolerance;
 }
 
-// The class number of the label; nothing if the line is no proper label.
-std::optional<std::size_t> parseLabel(const std::string& line, std::size_t classCount) {
-  const auto label = parseLabelLine(line);
-  if (!label || label->classNumber >= classCount) return std::nullopt;
-  const auto& box = label->box;
-  if (!liesWithin(box.x, box.width) || !liesWithin(box.y, box.height)) return std::nullopt;
-  return label->classNumber;
+bool isProper(const LabelLine& label, std::size_t classCount) {
+  const auto& box = label.box;
+  return label.classNumber < classCount && liesWithin(box.x, box.width) &&
+         liesWithin(box.y, box.height);
 }
 
-void readLabels(const fs::path& file, TrainingSetContent& content) {
+cv::Rect2d scaled(const cv::Rect2d& box, cv::Size size) {
+  return {box.x * size.width, box.y * size.height, box.width * size.width,
+          box.height * size.height};
+}
+
+void readLabels(const fs::path& file, cv::Size size, TrainingSetContent& content) {
   std::ifstream stream(file);
   if (!stream) throw CommandError("the label text '" + file.string() + "' is missing");
   bool hasBoxes = false;
   for (std::string line; std::getline(stream, line); hasBoxes = true) {
-    const auto label = parseLabel(line, content.boxes.size());
-    if (!label)
+    const auto label = parseLabelLine(line);
+    if (!label || !isProper(*label, content.boxes.size()))
       throw CommandError("'" + file.string() + "' has a label that cannot be right: " + line);
-    ++content.boxes[*label];
+    content.boxes[label->classNumber].push_back(scaled(label->box, size));
   }
   if (!hasBoxes) ++content.withoutBoxes;
 }
@@ -99,7 +101,8 @@ std::size_t readList(const std::string& list, TrainingSetContent& content) {
     fs::path picture(line);
     if (!fs::is_regular_file(picture) || fs::is_empty(picture))
       throw CommandError("'" + list + "' names a picture that is not there: " + line);
-    readLabels(picture.replace_extension(".txt"), content);
+    const auto size = pictureSize(line);
+    readLabels(picture.replace_extension(".txt"), size, content);
   }
   return count;
 }
@@ -107,7 +110,8 @@ std::size_t readList(const std::string& list, TrainingSetContent& content) {
 }  // namespace
 
 std::size_t TrainingSetContent::boxCount() const {
-  return std::accumulate(boxes.begin(), boxes.end(), std::size_t{0});
+  return std::accumulate(boxes.begin(), boxes.end(), std::size_t{0},
+                         [](std::size_t sum, const auto& ofClass) { return sum + ofClass.size(); });
 }
 
 TrainingSetPaths trainingSetPaths(const std::string& output, const std::string& project) {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <opencv2/core/types.hpp>
+
 /// The files of a training set, as `generate` lays them out below its output directory.
 struct TrainingSetPaths {
   std::string directory;
@@ -33,8 +35,8 @@ void requireReplaceable(const std::string& directory);
 struct TrainingSetContent {
   std::size_t training = 0;
   std::size_t test = 0;
-  /// By class number.
-  std::vector<std::size_t> boxes;
+  /// By class number, in pixels of their samples.
+  std::vector<std::vector<cv::Rect2d>> boxes;
   std::size_t withoutBoxes = 0;
 
   std::size_t samples() const { return training + test; }

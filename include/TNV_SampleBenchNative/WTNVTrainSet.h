@@ -55,9 +55,10 @@ class TNV_SAMPLEBENCH_API WTNVTrainSet {
   /// memory afterwards; a missing file gives false and a line in the log, a damaged one throws.
   bool wLoadData() const;
 
-  /// Puts one class for another in all marks. A mark that has both keeps one. Returns the number of
-  /// marks that changed. The train set's data must have been read, and the handles not be null;
-  /// `WTNVProject::wUpdate` saves the change.
+  /// Puts one class for another in all marks. A mark that has both keeps one; one that is the same
+  /// as another mark afterwards is removed, so that each stays once. Returns the number of marks
+  /// that changed, with those removed. The train set's data must have been read, and the handles
+  /// not be null; `WTNVProject::wUpdate` saves the change.
   int wReplaceClass(const WTNVDNNClass& from, const WTNVDNNClass& to) const;
 
   /// Takes a class out of all marks, and with it the marks that have no other class. Returns the

@@ -5,6 +5,8 @@
 #include <iterator>
 #include <string_view>
 #include <type_traits>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "foundation/FileReplacements.h"
@@ -257,9 +259,55 @@ void TNVTrainSet::removeMark(TNVMark* mark) {
   marks.erase(place);
 }
 
+namespace {
+
+using MarkSet = std::unordered_set<const TNVMark*>;
+
+/// All that is saved of the mark but its classes. Views are not to draw it anew for that.
+std::string shapeOf(TNVMark& mark) {
+  const int tag = mark.changeTag;
+  std::vector<int> classes;
+  classes.swap(mark.classIdx);
+  cv::FileStorage storage = tnv::newXml();
+  mark.write(storage);
+  classes.swap(mark.classIdx);
+  mark.changeTag = tag;
+  return storage.releaseAndGetString();
+}
+
+bool areTwins(TNVMark& mark, TNVMark& other) {
+  const std::vector<int>& classes = other.classIdx;
+  return mark.center == other.center && mark.type == other.type &&
+         std::is_permutation(mark.classIdx.begin(), mark.classIdx.end(), classes.begin(),
+                             classes.end()) &&
+         shapeOf(mark) == shapeOf(other);
+}
+
+/// Those of the replaced marks that are the same as one that was not replaced, or as an earlier one
+/// of them.
+MarkSet twinsAmong(const std::vector<MarkPointer>& marks, const MarkSet& replaced) {
+  MarkSet twins;
+  // Full comparisons are costly, and few marks share a centre.
+  std::unordered_multimap<double, TNVMark*> keptByCentre;
+  for (const MarkPointer& mark : marks)
+    if (!replaced.contains(mark.get())) keptByCentre.emplace(mark->center.x, mark.get());
+  for (const MarkPointer& mark : marks) {
+    if (!replaced.contains(mark.get())) continue;
+    const auto [first, last] = keptByCentre.equal_range(mark->center.x);
+    if (std::any_of(first, last, [&](const auto& kept) { return areTwins(*mark, *kept.second); })) {
+      twins.insert(mark.get());
+    } else {
+      keptByCentre.emplace(mark->center.x, mark.get());
+    }
+  }
+  return twins;
+}
+
+}  // namespace
+
 int TNVTrainSet::replaceClass(int from, int to) {
   if (from == to) return 0;
-  int count = 0;
+  MarkSet replaced;
   for (const MarkPointer& mark : marks) {
     std::vector<int>& classes = mark->classIdx;
     const auto first = std::find(classes.begin(), classes.end(), from);
@@ -269,9 +317,16 @@ int TNVTrainSet::replaceClass(int from, int to) {
     classes.erase(std::remove(std::next(kept), classes.end(), to), classes.end());
     mark->renewChangeTag();
     changed = true;
-    ++count;
+    replaced.insert(mark.get());
   }
-  return count;
+  if (replaced.empty()) return 0;
+  const MarkSet twins = twinsAmong(marks, replaced);
+  const auto gone = std::stable_partition(marks.begin(), marks.end(), [&](const MarkPointer& mark) {
+    return !twins.contains(mark.get());
+  });
+  std::move(gone, marks.end(), std::back_inserter(removedMarks));
+  marks.erase(gone, marks.end());
+  return static_cast<int>(replaced.size());
 }
 
 int TNVTrainSet::removeClass(int idx) {

@@ -56,7 +56,8 @@ class TNVTrainSet {
   void removeMark(TNVMark* mark);
 
   /// Puts one class for another in all marks, by their unique indices. A mark that has both keeps
-  /// one. Returns the number of marks that changed.
+  /// one; one that is the same as another mark afterwards is taken out. Returns the number of marks
+  /// that changed, with those taken out.
   int replaceClass(int from, int to);
 
   /// Takes a class out of all marks, and with it the marks that have no other. Returns the number

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <map>
 #include <sstream>
 
 #include "Editor.h"
@@ -19,8 +20,11 @@ class ProgramClasses : public ProgramTest {
     mark("b.png", "bolt");
   }
 
+  /// In a place that each class has for itself.
   void mark(const std::string& picture, const std::string& name) const {
-    succeed({"mark", "parts", picture, "Rect", "0.25,0.25", "0.5,0.75", "--class", name});
+    const std::map<std::string, std::string> corners{
+        {"screw", "0.25,0.25"}, {"nut", "0.125,0.25"}, {"bolt", "0.375,0.25"}};
+    succeed({"mark", "parts", picture, "Rect", corners.at(name), "0.5,0.75", "--class", name});
   }
 
   /// As front ends can.
@@ -53,6 +57,45 @@ class ProgramClasses : public ProgramTest {
 };
 
 }  // namespace
+
+TEST_F(ProgramClasses, OfMarksThatAMergeMakesTheSameOneStays) {
+  const auto same = [&](const std::string& picture, const std::string& form,
+                        const std::string& name) {
+    succeed({"mark", "parts", picture, form, "0.5,0.5", "0.75,0.75", "--class", name});
+  };
+  // Three of one place on a.png, one of them of another form, and a fourth of a class that stays.
+  same("a.png", "Rect", "screw");
+  same("a.png", "Rect", "bolt");
+  same("a.png", "Circle", "bolt");
+  same("a.png", "Rect", "nut");
+  // Two of one class before.
+  same("b.png", "Rect", "bolt");
+  same("b.png", "Rect", "bolt");
+  const Words call{"class", "merge", "parts", "screw", "--into", "bolt"};
+  const auto told = [&](const std::string& text) { return text.substr(0, text.find('\n')); };
+  EXPECT_EQ(
+      told(dryRun(call)),
+      "would have merged screw into bolt, and removed 1 mark that is there in bolt already; 3 "
+      "marks would change");
+  EXPECT_EQ(told(succeed(call)),
+            "merged screw into bolt, and removed 1 mark that is there in bolt already; 3 marks "
+            "changed");
+  // Four of SetUp and six more, but for one.
+  EXPECT_NE(succeed({"list", "parts"}).find("total: 2 pictures, 9 marks"), std::string::npos);
+  const auto marks = succeed({"list", "parts", "--picture", "a.png"});
+  EXPECT_EQ(occurrences(marks, "64.0  32.0   32.0    16.0  Rect    bolt\n"), 1U) << marks;
+  EXPECT_EQ(occurrences(marks, "Circle  bolt\n"), 1U) << marks;
+  EXPECT_EQ(occurrences(marks, "Rect    nut\n"), 2U) << marks;
+}
+
+TEST_F(ProgramClasses, TwoMergedClassesLeaveOneMarkOfAPlace) {
+  for (const auto* name : {"screw", "nut"})
+    succeed({"mark", "parts", "b.png", "Point", "0.5,0.5", "--class", name});
+  const auto result = run({"class", "merge", "parts", "screw", "nut", "--into", "bolt", "--json"});
+  EXPECT_NE(result.out.find("\"sameMarks\" : 1"), std::string::npos) << result.out;
+  // Four of SetUp and one of the two.
+  EXPECT_NE(succeed({"list", "parts"}).find("total: 2 pictures, 5 marks"), std::string::npos);
+}
 
 TEST_F(ProgramClasses, ARenamedClassKeepsNumberColourAndMarks) {
   succeed({"class", "rename", "parts", "bolt", "stud"});

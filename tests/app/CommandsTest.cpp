@@ -28,8 +28,6 @@ using ::testing::AnyOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-using Words = std::vector<std::string>;
-
 /// A command of the program with the options of its help.
 struct Described {
   Words words;

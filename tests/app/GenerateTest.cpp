@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include <csignal>
 #include <filesystem>
 #include <opencv2/imgcodecs.hpp>
@@ -7,6 +9,7 @@
 #include "support/Pictures.h"
 
 namespace fs = std::filesystem;
+using testing::HasSubstr;
 
 namespace {
 
@@ -54,6 +57,95 @@ TEST_F(ProgramGenerate, ARoundTripGivesTheLabelsOfTheMarks) {
   // The centre 64, 32 and the corner 96, 48 span 32 to 96, 16 to 48.
   EXPECT_EQ(label(1), labelLine(0, 32, 16, 65, 33));
   EXPECT_EQ(cv::imread(place / "set/samples/img_0.jpg").size(), cv::Size(128, 64));
+}
+
+TEST_F(ProgramGenerate, TheSummaryHasTheSizesOfTheBoxes) {
+  markBoth();
+  succeed({"mark", "parts", "b.png", "Rect", "0,0", "0.125,0.125", "--class", "nut"});
+  // With both ends the boxes have 65 by 33 pixels; 33 by 33, and 17 by 9. Their sides are the roots
+  // of 2145, 1089 and 153, the median of two is in the middle.
+  EXPECT_THAT(succeed({"generate", "parts", "--output", "set"}),
+              HasSubstr("number  class  boxes  smallest side  median side  largest side\n"
+                        "     0  screw      1           46.3         46.3          46.3\n"
+                        "     1  nut        2           12.4         22.7          33.0\n"));
+  const auto facts = succeed({"generate", "parts", "--output", "set", "--json"});
+  EXPECT_EQ(occurrences(facts, "\"largestSide\" : 33.0,"), 1U) << facts;
+  EXPECT_EQ(occurrences(facts, "\"smallestSide\" : 46."), 1U) << facts;
+}
+
+TEST_F(ProgramGenerate, ALinkToADirectoryStaysAndTheSetGoesWhereItLeads) {
+  markBoth();
+  place.makeDirectory("disk");
+  for (const auto* target : {"disk", "disk/sets"}) {
+    fs::create_directory(place / "disk/sets");
+    fs::remove(place / "link");
+    fs::create_directory_symlink(target, place / "link");
+    for (const auto* output : {"link", "link/", "./link/."}) {
+      fs::remove_all(place / target);
+      fs::create_directories(place / target);
+      succeed({"generate", "parts", "--output", output});
+      EXPECT_TRUE(fs::is_symlink(place / "link")) << output;
+      EXPECT_TRUE(fs::is_regular_file(place / target + std::string("/train.txt"))) << output;
+      // A set of ours is replaced.
+      succeed({"generate", "parts", "--output", output});
+      succeed({"verify", place / target});
+    }
+  }
+}
+
+TEST_F(ProgramGenerate, ALinkStaysWhenLabelsAreExportedThroughIt) {
+  markBoth();
+  place.makeDirectory("disk");
+  fs::create_directory_symlink("disk", place / "link");
+  for (const auto* format : {"Darknet", "COCO"}) {
+    succeed({"labels", "export", "parts", "link", "--format", format, "--copy"});
+    EXPECT_TRUE(fs::is_symlink(place / "link"));
+    EXPECT_FALSE(fs::is_empty(place / "disk"));
+  }
+  EXPECT_TRUE(fs::is_regular_file(place / "disk/annotations.json"));
+}
+
+TEST_F(ProgramGenerate, RelativePathsLeadThroughALinkToo) {
+  markBoth();
+  place.makeDirectory("disk");
+  fs::create_directory_symlink(place / "disk", place / "link");
+  succeed({"generate", "parts", "--output", "link", "--relative-paths"});
+  EXPECT_TRUE(readFile(place / "disk/train.txt").starts_with("disk/samples/img_"));
+}
+
+TEST_F(ProgramGenerate, WhatARunRefusesItsDryRunRefusesToo) {
+  markBoth();
+  const auto refused = [&](const std::string& output, const std::string& text) {
+    for (const auto* dry : {"", "--dry-run"}) {
+      Words call{"generate", "parts", "--output", output};
+      if (*dry != 0) call.emplace_back(dry);
+      failWholly(call, text);
+    }
+  };
+  fs::create_symlink("nowhere", place / "dangling");
+  refused("dangling", "'dangling' is a link to 'nowhere', which is not there; make that directory");
+  succeed({"generate", "parts", "--output", "set"});
+  succeed({"import", "parts", "day2", "set/samples"});
+  refused("set", "the picture '" + (place / "set/samples/img_0.jpg") +
+                     "' of the project lies in '" + (place / "set/") +
+                     "', which a run would clear; give another output directory");
+  succeed({"remove", "set", "parts", "day2"});
+  place.makeDirectory("by link");
+  fs::create_symlink(place / "set/samples/img_1.jpg", place / "by link/d.jpg");
+  succeed({"import", "parts", "day3", "by link"});
+  refused("set", "by link/d.jpg' of the project lies in");
+  succeed({"remove", "set", "parts", "day3"});
+  fs::create_directory(place / "here");
+  const auto elsewhere = RunningProgram({"/bin/sh", "-c",
+                                         "cd here && for dry in '' --dry-run; do \"$0\" generate "
+                                         "parts --projects ../projects -o . "
+                                         "$dry; echo $?; done",
+                                         SAMPLEBENCH_PROGRAM},
+                                        place.path())
+                             .wait();
+  EXPECT_EQ(elsewhere.out, "1\n1\n");
+  EXPECT_EQ(occurrences(elsewhere.err, "samplebench: the working directory lies in '"), 2U)
+      << elsewhere.err;
 }
 
 TEST_F(ProgramGenerate, WritesListsNamesAndFilledTemplates) {

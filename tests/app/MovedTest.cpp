@@ -14,14 +14,11 @@ using testing::Not;
 
 namespace {
 
-using Words = std::vector<std::string>;
-
 /// A mark on a.png of the project, and a copy of the project in "my attic".
 class ProgramMoved : public ProgramTest {
  protected:
   void SetUp() override {
-    makeProject();
-    succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
+    makeMarkedProject();
     fs::create_directories(place / "my attic");
     fs::copy(place / "projects/parts", place / "my attic/parts", fs::copy_options::recursive);
   }
@@ -40,9 +37,7 @@ class ProgramMoved : public ProgramTest {
 
   /// The call fails with that advice and changes nothing on disk.
   void refuse(const Words& call) const {
-    const auto before = contents("");
-    fail(inAttic(call), advice() + "; nothing was changed");
-    EXPECT_EQ(contents(""), before) << call[0] << ' ' << call[1];
+    failWholly(inAttic(call), advice() + "; nothing was changed");
   }
 
   void refuseAllThatWrite() const {

@@ -129,6 +129,20 @@ void ProgramTest::fail(const std::vector<std::string>& arguments, const std::str
   EXPECT_EQ(result.out, "");
 }
 
+void ProgramTest::failWholly(const Words& arguments, const std::string& text, int exitCode) const {
+  const auto before = contents("");
+  fail(arguments, text, exitCode);
+  EXPECT_EQ(contents(""), before) << ::testing::PrintToString(arguments);
+}
+
+std::string ProgramTest::dryRun(Words arguments) const {
+  const auto before = contents("");
+  arguments.emplace_back("--dry-run");
+  auto out = succeed(arguments);
+  EXPECT_EQ(contents(""), before) << ::testing::PrintToString(arguments);
+  return out;
+}
+
 std::map<std::string, std::string> ProgramTest::contents(const std::string& directory) const {
   std::map<std::string, std::string> files;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(place / directory))
@@ -150,6 +164,11 @@ void ProgramTest::makeProject() const {
   succeed({"create", "parts"});
   succeed({"class", "add", "parts", "screw", "nut"});
   succeed({"import", "parts", "day1", "photos"});
+}
+
+void ProgramTest::makeMarkedProject() const {
+  makeProject();
+  succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.75", "--class", "nut"});
 }
 
 std::size_t occurrences(const std::string& text, const std::string& wanted) {

@@ -9,6 +9,8 @@
 
 #include "support/TempDirectory.h"
 
+using Words = std::vector<std::string>;
+
 /// What a finished program left behind.
 struct ProgramResult {
   int exitCode = -1;
@@ -55,9 +57,18 @@ class ProgramTest : public ::testing::Test {
   void fail(const std::vector<std::string>& arguments, const std::string& text,
             int exitCode = 1) const;
 
+  /// The same, and nothing on disk is another afterwards.
+  void failWholly(const Words& arguments, const std::string& text, int exitCode = 1) const;
+
+  /// The dry run of a command, which must succeed and change nothing on disk; returns what it says.
+  std::string dryRun(Words arguments) const;
+
   /// A project "parts" with the classes "screw" and "nut" and, in the set "day1", the pictures
   /// a.png and b.png of 128 by 64 pixels.
   void makeProject() const;
+
+  /// The same, with a "nut" on a.png: 32 to 64 by 16 to 48 pixels.
+  void makeMarkedProject() const;
 
   /// Everything below the directory: paths, and the contents of files.
   std::map<std::string, std::string> contents(const std::string& directory) const;

@@ -5,6 +5,8 @@
 #include "ProgramRunner.h"
 #include "support/Pictures.h"
 
+namespace fs = std::filesystem;
+
 namespace {
 
 class ProgramProjects : public ProgramTest {};
@@ -146,6 +148,60 @@ TEST_F(ProgramProjects, ASecondImportAddsNothing) {
   writePicture(place / "photos/c.png", 8, 8);
   EXPECT_EQ(succeed({"import", "parts", "day1", "photos"}),
             "set day1: 1 picture added, 2 already there\n");
+}
+
+TEST_F(ProgramProjects, APictureWithABackslashIsRejectedWithAReason) {
+  makeProject();
+  writePicture(place / "photos/c\\d.png", 8, 8);
+  place.makeDirectory("photos/e.png");
+  place.write("photos/f\\g.txt", "no picture");
+  for (const bool dry : {true, false}) {
+    std::vector<std::string> call{"import", "parts", "day2", "photos"};
+    if (dry) call.emplace_back("--dry-run");
+    const auto result = run(call);
+    EXPECT_EQ(result.exitCode, 3) << result.err;
+    EXPECT_EQ(result.out.substr(0, result.out.find("\n2 pictures")),
+              std::string("set day2: 2 pictures ") + (dry ? "would be " : "") +
+                  "added, 0 already there, 2 rejected\n"
+                  "rejected: " +
+                  (place / "photos/c\\d.png") +
+                  ": a backslash in the path would be taken for a slash; rename what has it\n"
+                  "rejected: " +
+                  (place / "photos/e.png") + ": it is a directory");
+  }
+  EXPECT_NE(succeed({"list", "parts"}).find("set day2: 2 pictures"), std::string::npos);
+  const auto facts = run({"import", "parts", "day2", "photos", "--json"}).out;
+  EXPECT_NE(facts.find("\"picture\" : \"" + (place / "photos/c\\\\d.png") + "\",\n"),
+            std::string::npos)
+      << facts;
+}
+
+TEST_F(ProgramProjects, PicturesBelowADirectoryWithABackslashAreRejected) {
+  makeProject();
+  fs::create_directories(place / "all/a\\b");
+  fs::create_directories(place / "all/a/b");
+  writePicture(place / "all/a\\b/c.png", 8, 8);
+  fail({"import", "parts", "day2", "all", "--recursive"}, "no picture in 'all' can be taken in: '");
+  fail({"import", "parts", "day2", place / "all/a\\b"}, "a backslash in the path would be taken");
+  // Of the same name for the library.
+  writePicture(place / "all/a/b/c.png", 8, 8);
+  const auto result = run({"import", "parts", "day2", "all", "--recursive"});
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_EQ(result.out.find("set day2: 1 picture added, 0 already there, 1 rejected\n"), 0U)
+      << result.out;
+  EXPECT_NE(succeed({"list", "parts"}).find(place / "all/a/b/c.png"), std::string::npos);
+}
+
+TEST_F(ProgramProjects, OneDirectoryOrManyIsTheSame) {
+  makeProject();
+  fs::create_directory(place / "photos/more");
+  writePicture(place / "photos/more/c.png", 8, 8);
+  EXPECT_EQ(succeed({"import", "parts", "day1", "photos/../photos/", "--recursive"}),
+            "set day1: 1 picture added, 2 already there\n");
+  EXPECT_EQ(succeed({"import", "parts", "day1", "photos/more"}),
+            "set day1: 0 pictures added, 1 already there\n");
+  EXPECT_EQ(succeed({"import", "parts", "day1", "./photos"}),
+            "set day1: 0 pictures added, 2 already there\n");
 }
 
 TEST_F(ProgramProjects, ADryImportSaysWhatItWouldAdd) {

@@ -13,16 +13,13 @@ using testing::Not;
 
 namespace {
 
-using Words = std::vector<std::string>;
-
 /// Three marks on a.png, one on b.png, both in the set day1; day2 has b.png once more, and c.png.
 class ProgramRemove : public ProgramTest {
  protected:
   void SetUp() override {
-    makeProject();
+    makeMarkedProject();
     place.makeDirectory("more");
     writePicture(place / "more/c.png", 128, 64);
-    mark("a.png", "Rect", {"0.25,0.25", "0.5,0.75"}, "nut");
     mark("a.png", "Point", {"0.5,0.5"}, "screw");
     mark("a.png", "Circle", {"0.5,0.5", "0.625,0.5"}, "nut");
     mark("b.png", "Rect", {"0,0", "0.5,0.5"}, "nut");
@@ -36,22 +33,6 @@ class ProgramRemove : public ProgramTest {
     call.insert(call.end(), points.begin(), points.end());
     call.insert(call.end(), {"--class", name});
     succeed(call);
-  }
-
-  /// The command changes nothing on disk.
-  void failWholly(const Words& call, const std::string& text, int exitCode = 1) const {
-    const auto before = contents("");
-    fail(call, text, exitCode);
-    EXPECT_EQ(contents(""), before);
-  }
-
-  /// Succeeds without changing anything; returns what it says.
-  std::string dryRun(Words call) const {
-    const auto before = contents("");
-    call.push_back("--dry-run");
-    auto out = succeed(call);
-    EXPECT_EQ(contents(""), before);
-    return out;
   }
 
   void expectPicturesThere() const {

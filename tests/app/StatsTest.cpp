@@ -12,8 +12,6 @@ using testing::Not;
 
 namespace {
 
-using Words = std::vector<std::string>;
-
 class ProgramStats : public ProgramTest {
  protected:
   /// Pictures of 128 by 64 pixels: a screw of 32 by 32 and a nut of 64 by 16 on the first one.
@@ -98,6 +96,14 @@ TEST_F(ProgramStats, PicturesThatCannotBeReadAreToldAndTheirBoxesLeftOut) {
   place.write("photos/a.png", "trash");
   EXPECT_THAT(succeed({"stats", "parts"}),
               HasSubstr("       2           1              1      0              0\n"));
+}
+
+TEST_F(ProgramStats, OfARecordThatCannotBeReadTheFileIsNamed) {
+  const auto record = recordOf("day1", "b.png");
+  std::filesystem::remove(record);
+  const auto result = run({"stats", "parts", "--json"});
+  EXPECT_THAT(result.out, HasSubstr("\"unreadablePictures\" : \n  [\n    \"" + record + "\"\n"));
+  EXPECT_THAT(result.err, HasSubstr("cannot be read, its boxes do not count: " + record));
 }
 
 TEST_F(ProgramStats, AReportIsOnePageWithPlots) {

@@ -15,8 +15,6 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-using Words = std::vector<std::string>;
-
 Words linesOf(const std::string& text) {
   Words lines;
   std::istringstream stream(text);
@@ -82,6 +80,37 @@ TEST_F(ProgramTexts, NothingStandsBesideThem) {
 
 TEST_F(ProgramTexts, TheVersionIsTold) {
   EXPECT_THAT(succeed({"--version"}), ::testing::MatchesRegex("samplebench [0-9]+\\.[0-9.]+\n"));
+}
+
+TEST_F(ProgramTexts, EveryHelpNamesJsonAndQuiet) {
+  CLI::App app;
+  ProgramOptions program;
+  describeProgram(app, program);
+  std::map<std::string, std::vector<std::string>> described;
+  collect(app, "", described);
+  for (const auto* group : {"class", "remove", "labels", "weights", "user"})
+    described[group];
+  EXPECT_GT(described.size(), 35U);
+  for (const auto& [path, options] : described) {
+    Words call;
+    std::istringstream words(path);
+    for (std::string word; words >> word;)
+      call.push_back(word);
+    call.emplace_back("--help");
+    EXPECT_THAT(succeed(call), AllOf(HasSubstr("--json"), HasSubstr("--quiet"))) << path;
+  }
+}
+
+TEST_F(ProgramTexts, JsonAndQuietStandBeforeACommandOrBehindIt) {
+  makeProject();
+  for (const auto& call : {Words{"--json", "--quiet", "class", "list", "parts"},
+                           Words{"class", "--json", "list", "--quiet", "parts"},
+                           Words{"class", "list", "parts", "--quiet", "--json"}}) {
+    const auto result = run(call);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    EXPECT_THAT(result.out, HasSubstr("\"classes\" :"));
+  }
 }
 
 TEST_F(ProgramTexts, TheManualHasEveryCommandAndOption) {

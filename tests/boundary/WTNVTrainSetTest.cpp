@@ -50,12 +50,15 @@ TEST(WTNVTrainSet, MarksAreThereOnceTheDataWereRead) {
 
 namespace {
 
-/// A train set whose marks carry those classes.
-void fill(TNVTrainSet& trainSet, const std::vector<std::vector<int>>& classes) {
+/// Marks that carry those classes, each of them this much beside the one before.
+void fill(TNVTrainSet& trainSet, const std::vector<std::vector<int>>& classes,
+          double step = 0.0625) {
+  double x = 0.25;
   for (const std::vector<int>& ofMark : classes) {
-    TNVMarkRect mark = rectangleAt(0.5);
+    TNVMarkRect mark = rectangleAt(x);
     mark.classIdx = ofMark;
     trainSet.addMark(mark);
+    x += step;
   }
   trainSet.changed = false;
 }
@@ -86,6 +89,21 @@ TEST(WTNVTrainSet, AReplacedClassStandsOnceInEachMark) {
   EXPECT_TRUE(trainSet.changed);
   EXPECT_NE(trainSet.marks[0]->changeTag, tag);
   EXPECT_EQ(trainSet.marks[3]->changeTag, untouched);
+}
+
+TEST(WTNVTrainSet, OfMarksThatAReplacementMakesTheSameOneStays) {
+  TNVTrainSet trainSet("a.jpg", "/base/");
+  // In one place. The last two were the same before, which is not the replacement's doing.
+  fill(trainSet, {{3}, {3, 5}, {4}, {5, 3}, {5, 4, 7}, {6}, {6}}, 0);
+  TNVMarkRect elsewhere = rectangleAt(0.125);
+  elsewhere.classIdx = {3};
+  trainSet.addMark(elsewhere);
+  const int untouched = trainSet.marks[2]->changeTag;
+  EXPECT_EQ(WTNVTrainSet(&trainSet).wReplaceClass(classAt(3), classAt(4)), 4);
+  EXPECT_THAT(classesOf(trainSet),
+              testing::ElementsAre(std::vector{4, 5}, std::vector{4}, std::vector{5, 4, 7},
+                                   std::vector{6}, std::vector{6}, std::vector{4}));
+  EXPECT_EQ(trainSet.marks[1]->changeTag, untouched);
 }
 
 TEST(WTNVTrainSet, NothingToReplaceChangesNothing) {

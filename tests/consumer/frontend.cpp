@@ -10,17 +10,9 @@ namespace {
 
 bool outdated = true;
 
-// Events carry no data and may come many at a time: note that there is something to draw, and draw
-// once when the calls are through.
-void onChange() {
-  outdated = true;
-}
-
 void show(WTNVHandlerImageView& view, const std::string& file) {
   unsigned char* pixels = nullptr;
-  int width = 0;
-  int height = 0;
-  int channels = 0;
+  int width = 0, height = 0, channels = 0;
   view.wGetARImage(&pixels, &width, &height, &channels);
   if (pixels == nullptr) return;
   std::ofstream picture(file, std::ios::binary);
@@ -43,6 +35,9 @@ int main(int argc, char** argv) {
     auto pictures = process.getHndTrainSet();
     auto marks = process.getHndMark();
     auto view = process.getHndImageView();
+    // Events carry no data and may come many at a time: note that there is something to draw, and
+    // draw once when the calls are through.
+    const auto onChange = [] { outdated = true; };
     pictures.setCBTrainSetChanged(onChange);
     marks.setCBMarkDesigned(onChange);
     marks.setCBMarkAdded(onChange);
