@@ -79,6 +79,15 @@ NumberedNames numberedFromZero(std::vector<std::string> names) {
   return classes;
 }
 
+/// Where a value begins that is spelled by an anchor, a reference, a tag or as a block of lines.
+constexpr std::string_view kUnreadSpellings = "&*!|>";
+
+void logUnread() {
+  logLine(
+      "parseYaml: Anchors, references, tags, blocks of lines and files in braces are not read, "
+      "write the values out!");
+}
+
 /// Reads the values of the few forms that class names have in YAML.
 class YamlText {
  public:
@@ -100,6 +109,7 @@ class YamlText {
   std::string scalar(std::string_view ends) {
     if (accept('\'')) return singleQuoted();
     if (accept('"')) return doubleQuoted();
+    unread = unread || (!rest.empty() && kUnreadSpellings.find(rest.front()) != ends.npos);
     std::size_t size = 0;
     while (size < rest.size() && ends.find(rest[size]) == ends.npos && !isComment(size))
       ++size;
@@ -107,6 +117,9 @@ class YamlText {
     rest.remove_prefix(size);
     return text;
   }
+
+  /// Whether any text was spelled in a way that is not read.
+  bool isUnread() const { return unread; }
 
  private:
   /// White space and comments, which bring a list in brackets from line to line.
@@ -187,6 +200,7 @@ class YamlText {
   }
 
   std::string_view rest;
+  bool unread = false;
 };
 
 /// Names by number: of several with one number the first stays.
@@ -204,9 +218,16 @@ class NameMap {
     return true;
   }
 
-  /// Empty, with a log line, if they are too many for classes.
+  /// There are names that cannot be read.
+  void noteUnread() { unread = true; }
+
+  /// Empty, with a log line, if they are too many for classes or some cannot be read.
   NumberedNames classes() const {
     NumberedNames result;
+    if (unread) {
+      logUnread();
+      return result;
+    }
     if (tooMany) {
       logLine("parseYaml: There are too many names for a list of classes!");
       return result;
@@ -229,6 +250,7 @@ class NameMap {
   std::map<long long, std::string> byNumber;
   long long next = 0;
   bool tooMany = false;
+  bool unread = false;
 };
 
 /// What follows the closing bracket is no part of the list.
@@ -255,12 +277,15 @@ bool isBlankOrComment(std::string_view line) {
 /// Reads one line of a list or a map that stands below its key. False for a line of another kind.
 bool readBlockLine(std::string_view line, NameMap& names) {
   YamlText text(line);
+  bool isInside = true;
   if (text.accept('-')) {
     names.append(text.scalar("\n"));
-    return true;
+  } else {
+    const std::string key = text.scalar(":\n");
+    isInside = text.accept(':') && names.add(key, text.scalar("\n"));
   }
-  const std::string key = text.scalar(":\n");
-  return text.accept(':') && names.add(key, text.scalar("\n"));
+  if (text.isUnread()) names.noteUnread();
+  return isInside;
 }
 
 void readBlock(std::string_view text, NameMap& names) {
@@ -271,11 +296,21 @@ void readBlock(std::string_view text, NameMap& names) {
   }
 }
 
+/// What a line has before the value of a key, without the colon; 0 if it has another key or none.
+std::size_t sizeOfKey(std::string_view line, std::string_view key) {
+  const bool isQuoted = line.starts_with('"') || line.starts_with('\'');
+  const std::string_view text = line.substr(isQuoted ? 1 : 0);
+  if (!text.starts_with(key)) return 0;
+  if (!isQuoted) return key.size();
+  return text.substr(key.size()).starts_with(line.front()) ? key.size() + 2 : 0;
+}
+
 /// What stands behind a key at the start of a line, from there to the end of the text.
 std::optional<std::string_view> valueOf(std::string_view text, std::string_view key) {
   for (const std::string_view line : splitLines(text)) {
-    if (!line.starts_with(key)) continue;
-    const std::size_t colon = line.find_first_not_of(" \t", key.size());
+    const std::size_t size = sizeOfKey(line, key);
+    if (size == 0) continue;
+    const std::size_t colon = line.find_first_not_of(" \t", size);
     if (colon == line.npos || line[colon] != ':') continue;
     const auto begin = static_cast<std::size_t>(line.data() - text.data()) + colon + 1;
     return text.substr(begin);
@@ -299,7 +334,10 @@ NumberedNames parseYamlNames(std::string_view value) {
     readInlineList(text, names);
   } else if (text.accept('{')) {
     readInlineMap(text, names);
+  } else {
+    text.scalar("\n");
   }
+  if (text.isUnread()) names.noteUnread();
   return names.classes();
 }
 
@@ -310,7 +348,8 @@ std::vector<std::string> yamlTexts(std::string_view text, std::string_view key) 
   if (auto listed = parseYamlNames(*value).names; !listed.empty()) return listed;
   YamlText single(value->substr(0, value->find('\n')));
   if (single.atEnd() || single.accept('[') || single.accept('{')) return {};
-  return {single.scalar("\n")};
+  std::string content = single.scalar("\n");
+  return single.isUnread() ? std::vector<std::string>() : std::vector{std::move(content)};
 }
 
 bool namesNothing(const std::string& text) {
@@ -400,6 +439,7 @@ bool isDarknetData(const std::string& file) {
 LabelDescription parseYaml(const std::string& text) {
   const std::string_view content = withoutByteOrderMark(text);
   LabelDescription description;
+  if (YamlText(content).accept('{')) logUnread();
   if (const auto names = valueOf(content, "names")) description.classes = parseYamlNames(*names);
   for (const std::string_view key : kSources) {
     for (std::string& source : yamlSources(content, key))

@@ -25,7 +25,8 @@ bool isDarknetData(const std::string& file);
 
 /// Reads what a `data.yaml` says under `names`, `path`, `train`, `val`, `valid` and `test`. The
 /// names may be a list or a map of numbers, in brackets or on lines of their own, the places of
-/// pictures a text or such a list; all else is passed over.
+/// pictures a text or such a list, each quoted or not; all else is passed over. Anchors,
+/// references, tags and blocks of lines are not read, nor is a text in braces: a log line tells so.
 LabelDescription parseYaml(const std::string& text);
 
 /// Reads class names from a file of names, one a line, a Darknet data file, which names such a
