@@ -337,6 +337,10 @@ std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading&
     if (!description) description.emplace();
     description->classes = std::move(*given);
   }
+  if (!description && isYaml(described)) {
+    logNoNamesIn(described, kReadWho);
+    return std::nullopt;
+  }
   if (!description) {
     logLine(std::string(kReadWho) + ": No class names found for '" + path + "'!");
     return std::nullopt;

@@ -37,6 +37,9 @@ std::optional<LabelDescription> readDescription(const std::string& file);
 /// line that starts with `who`, if there are none.
 std::optional<NumberedNames> readGivenNames(const std::string& file, std::string_view who);
 
+/// Tells that a file has no class names, in a log line that starts with `who`.
+void logNoNamesIn(const std::string& file, std::string_view who);
+
 /// What a `data.yaml` says under a key: the texts of a list or of a map of numbers, or a single
 /// one. Places of pictures (`train`, `val`, `valid`, `test`) are absolute paths. Empty if the file
 /// is none or does not have the key.

@@ -367,6 +367,18 @@ TEST_F(LabelsTest, NamesAndPicturesMayLieElsewhere) {
   EXPECT_THAT(result.out, HasSubstr("imported  2\n"));
 }
 
+TEST_F(LabelsTest, NamesThatAreSpelledInAWayThatIsNotReadAreToldOf) {
+  place.write("in/data.yaml", "names: &all [bolt, nut]\n");
+  for (const std::vector<std::string>& more :
+       {std::vector<std::string>(), {"--names", "in/data.yaml"}}) {
+    std::vector<std::string> call{"labels", "import", "parts", "others", "in"};
+    call.insert(call.end(), more.begin(), more.end());
+    fail(call,
+         "No class names in '" + (more.empty() ? place / "in/data.yaml" : more.back()) +
+             "'! Anchors, references, tags, blocks of lines and files in braces are not read");
+  }
+}
+
 TEST_F(LabelsTest, WrongRequestsAreRefusedWithAWayOut) {
   fail({"labels", "import", "parts", "others", "missing"}, "no labels can be read from 'missing'");
   fail({"labels", "import", "parts", "others", "in", "--format", "Yolo"},
