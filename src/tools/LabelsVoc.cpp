@@ -238,6 +238,7 @@ class VocReader {
     const auto found = reading.pictures.empty() ? findBeside(file, name, toldPath)
                                                 : findBelowPictures(file, name, whole, toldPath);
     if (found || !fs::path(whole).is_absolute()) return found;
+    toldPath.clear();
     return pictureAt(absolutePicturePath(whole));
   }
 

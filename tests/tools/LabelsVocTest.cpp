@@ -259,6 +259,12 @@ TEST_F(LabelsVoc, APictureThatSeveralAreFoundAtByNameAloneIsRejected) {
     EXPECT_EQ(set->found(), 2U);
   }
   // One that lies where it is told is none of them.
+  const std::string elsewhere = temp.write("elsewhere/b.jpg", "");
+  for (const char* split : {"train", "valid"})
+    temp.write("again/Annotations/" + std::string(split) + "/b.xml", fileFrom(elsewhere));
+  for (const auto& manner : {reading, tnv::LabelReading()})
+    EXPECT_THAT(picturesIn(*tnv::readVocLabels(temp / "again", manner)),
+                ElementsAre("b.jpg: 1", "b.jpg: 1"));
   temp.write("set/JPEGImages/valid/a.jpg", "");
   temp.write("set/Annotations/again.xml", text);
   set = tnv::readVocLabels(temp / "set", {});
