@@ -190,7 +190,7 @@ DataStatistics setStatistics(const SetLayout& layout, const std::vector<std::str
     return place == placesByNumber.end() ? classes.names.size() : place->second;
   };
   Findings ignored;
-  LabelPlaces labels(ignored);
+  LabelPlaces labels(ignored, false);
   Counter counter(statistics);
   for (const auto& picture : pictures) {
     const auto size = pictureSize(picture);

@@ -310,12 +310,14 @@ GenerateResult generateSet(WTNVProject& project, const Locations& locations,
   auto handler = project.getHndAugment();
   const auto grouping = parseGrouping(options.keepTogether);
   const auto seed = options.seed ? options.seed : earlierSeed(paths, grouping);
+  const KeptDivision kept(paths);
   SampleSources sources(paths.samples);
   process(project, handler, paths, sources, options.jobs, output);
   sources.write(paths.sources);
   std::optional<GroupedDivision> division;
   if (grouping.kind != Grouping::Kind::none)
     division = divideByGroups(paths, sources, grouping, options.testRatio, seed);
+  kept.drop();
   fs::create_directories(paths.backup);
   writeNames(project, paths.names);
   requireFilled(paths.data, output);
@@ -469,7 +471,8 @@ void addDivision(CLI::App& command, GenerateOptions& options) {
   auto* together = command.add_option(
       "--keep-together", options.keepTogether,
       "samples that go into one list: none (each for itself), source (all of one picture), or "
-      "group=REGEX (all of the pictures whose file names have the part in common that it finds)");
+      "group=REGEX (all of the pictures whose file names have the part in common that it finds; "
+      "without references back and looking ahead)");
   command.add_option("--seed", options.seed, "repeats a division into groups")->needs(together);
 }
 

@@ -1,10 +1,12 @@
 #include "KeepTogether.h"
 
+#include <filesystem>
 #include <fstream>
 #include <set>
 
-#include "CommandError.h"
 #include "Numbers.h"
+#include "OutputFile.h"
+#include "Platform.h"
 
 namespace {
 
@@ -20,11 +22,15 @@ std::vector<std::string> linesOf(const std::string& file) {
 }
 
 void writeLines(const std::string& file, const std::vector<std::string>& lines) {
-  std::ofstream stream(file);
-  for (const auto& line : lines)
-    stream << line << '\n';
-  stream.close();
-  if (!stream) throw CommandError("'" + file + "' cannot be written");
+  writeWhole(file, [&](std::ostream& stream) {
+    for (const auto& line : lines)
+      stream << line << '\n';
+  });
+}
+
+// Where the division of a set waits while the set is replaced: all in the set's directory goes.
+std::string divisionBeside(const TrainingSetPaths& paths) {
+  return platform::lockFileOf(paths.directory).replace_extension(".division").string();
 }
 
 // All samples in the order in which the library shuffled them: the test list is cut from the front.
@@ -53,11 +59,28 @@ double GroupedDivision::testShare() const {
 }
 
 std::optional<std::uint32_t> earlierSeed(const TrainingSetPaths& paths, const Grouping& grouping) {
-  const auto lines = linesOf(paths.division);
+  auto lines = linesOf(paths.division);
+  if (lines.empty()) lines = linesOf(divisionBeside(paths));
   if (lines.size() != 2 || lines[0] != std::string(groupingKey) + groupingText(grouping) ||
       !lines[1].starts_with(seedKey))
     return std::nullopt;
   return parseSeed(lines[1].substr(seedKey.size()));
+}
+
+KeptDivision::KeptDivision(const TrainingSetPaths& paths)
+    : original(paths.division), copy(divisionBeside(paths)) {
+  const auto lines = linesOf(original);
+  if (!lines.empty()) writeLines(copy, lines);
+}
+
+KeptDivision::~KeptDivision() {
+  std::error_code error;
+  if (std::filesystem::exists(original, error)) drop();
+}
+
+void KeptDivision::drop() const {
+  std::error_code error;
+  std::filesystem::remove(copy, error);
 }
 
 GroupedDivision divideByGroups(const TrainingSetPaths& paths, const SampleSources& sources,

@@ -205,8 +205,6 @@ void readLabels(WTNVToolLabelExchange& exchange, const LabelsOptions& options, O
   if (!isRead)
     throw CommandError("no labels can be read from '" + options.path + "': " + output.cause() +
                        "; --format and --names tell how to read them");
-  if (exchange.wGetImagePaths().empty())
-    throw CommandError("the labels have no pictures; --pictures tells where they lie");
 }
 
 // In memory only.
@@ -356,10 +354,16 @@ void runImport(const Locations& locations, const LabelsOptions& options, Output&
   readLabels(exchange, options, output);
   if (!options.rejections.empty())
     requireApartFromPictures(options.rejections, exchange.wGetImagePaths());
-  const auto counts = addAll(*project, options.set, exchange, output);
-  saveProject(*project, counts.classes + counts.pictures > 0, output);
+  const bool hasPictures = !exchange.wGetImagePaths().empty();
+  ImportCounts counts;
+  if (hasPictures) {
+    counts = addAll(*project, options.set, exchange, output);
+    saveProject(*project, counts.classes + counts.pictures > 0, output);
+  }
   reportImport(counts, exchange, output);
   reportRejections(exchange, options, output);
+  if (!hasPictures)
+    throw CommandError("the labels have no pictures; --pictures tells where they lie");
 }
 
 void runExport(const Locations& locations, const LabelsOptions& options, Output& output) {
@@ -375,6 +379,8 @@ void runExport(const Locations& locations, const LabelsOptions& options, Output&
   if (!chosen.empty()) requireReadable(*project, chosen, "workflow '" + options.workflow + "'");
   const auto trainSets = trainSetsOf(chosen);
   takeMarks(exchange, options, trainSets, project->wGetDNNClasses(), output);
+  // Those that stay here, too, for they may lie among the pictures of an earlier export.
+  exchange.wProtect(trainSetsOf(pictures));
   requireDirectoryPlace(options.path);
   writeLabels(exchange, options, trainSets.size(), output);
   reportExport(exchange, options, output);

@@ -106,9 +106,16 @@ class TNV_SAMPLEBENCH_API WTNVToolLabelExchange {
   int wAddMarks(const std::vector<WTNVTrainSet>& trainSets,
                 const std::vector<WTNVDNNClass>& classes);
 
+  /// For writing: the pictures and files of these train sets are kept, as are those of the set in
+  /// memory. To be told of all train sets of a project where only some are written, for an earlier
+  /// picture may lie where an export is to be replaced. Train sets that were not read yet are read;
+  /// if one cannot be, an export that holds pictures is not replaced, for its picture may be among
+  /// them. Takes the place of an earlier call.
+  void wProtect(const std::vector<WTNVTrainSet>& trainSets);
+
   /// Whether `wWrite` may write there: the directory does not exist, is empty or an earlier export,
-  /// there are rights to write to it, and it holds neither pictures nor files of the set in memory.
-  /// If not, the log tells why. Nothing is made.
+  /// there are rights to write to it, and it holds neither pictures nor files of the set in memory
+  /// or of the train sets that are protected. If not, the log tells why. Nothing is made.
   bool wCanWrite(const std::string& directory) const;
 
   /// Writes the set in memory in the format chosen. The directory is made if it does not exist; an

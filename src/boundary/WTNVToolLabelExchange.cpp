@@ -100,6 +100,10 @@ int WTNVToolLabelExchange::wAddMarks(const std::vector<WTNVTrainSet>& trainSets,
   return native->addMarks(asTrainSets(trainSets), tnv::asClasses(classes));
 }
 
+void WTNVToolLabelExchange::wProtect(const std::vector<WTNVTrainSet>& trainSets) {
+  native->protect(asTrainSets(trainSets));
+}
+
 bool WTNVToolLabelExchange::wCanWrite(const std::string& directory) const {
   return native->canWrite(directory);
 }

@@ -45,7 +45,8 @@ std::vector<std::string> picturesNamedLike(const std::string& text, const std::s
   for (auto entry = fs::directory_iterator(directory, error);
        !error && entry != fs::directory_iterator(); entry.increment(error)) {
     const std::string path = withForwardSlashes(entry->path().string());
-    if (entry->path().stem() == stem && hasPictureExtension(path)) found.push_back(path);
+    if (entry->path().stem() == stem && !isText(path) && looksLikePicture(path))
+      found.push_back(path);
   }
   std::sort(found.begin(), found.end());
   return found;
@@ -111,8 +112,11 @@ std::string picturesBeside(const std::string& root) {
 
 void DarknetFiles::addDirectory(const std::string& directory) {
   for (const std::string& file : filesBelow(directory)) {
-    if (hasPictureExtension(file)) addPicture(file, {});
-    if (isText(file)) addText(file);
+    if (isText(file)) {
+      addText(file);
+    } else if (looksLikePicture(file)) {
+      addPicture(file, {});
+    }
   }
 }
 
@@ -332,6 +336,10 @@ std::optional<DarknetPlace> placeOf(const std::string& path, const LabelReading&
     if (!given) return std::nullopt;
     if (!description) description.emplace();
     description->classes = std::move(*given);
+  }
+  if (!description && isYaml(described)) {
+    logNoNamesIn(described, kReadWho);
+    return std::nullopt;
   }
   if (!description) {
     logLine(std::string(kReadWho) + ": No class names found for '" + path + "'!");

@@ -1,5 +1,7 @@
 #include "tools/ExportPlace.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <system_error>
 
@@ -28,6 +30,9 @@ constexpr std::string_view kRetired = ".label-export.former";
 constexpr std::string_view kExportEntries[] = {"labels",       "images",          "JPEGImages",
                                                "Annotations",  "classes.txt",     "data.yaml",
                                                "pictures.txt", "annotations.json"};
+
+/// Those of them that hold copies of pictures.
+constexpr std::string_view kPictureEntries[] = {"images", "JPEGImages"};
 
 bool isEmpty(const fs::path& directory) {
   std::error_code error;
@@ -69,6 +74,15 @@ std::string exportOf(const std::string& path) {
 bool wasInterrupted(const std::string& directory) {
   std::error_code error;
   return fs::exists(fs::path(directory) / kRetired, error);
+}
+
+bool holdsPictures(const std::string& directory) {
+  return std::any_of(
+      std::begin(kPictureEntries), std::end(kPictureEntries), [&](std::string_view entry) {
+        std::error_code error;
+        return fs::exists(fs::symlink_status(fs::path(directory) / entry, error)) ||
+               fs::exists(fs::symlink_status(fs::path(directory) / kRetired / entry, error));
+      });
 }
 
 std::string exportedFormat(const std::string& directory) {

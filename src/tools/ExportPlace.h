@@ -19,6 +19,9 @@ bool wasInterrupted(const std::string& directory);
 /// The format of the export in the directory; empty if there is none that was finished.
 std::string exportedFormat(const std::string& directory);
 
+/// Whether pictures were copied to the directory by an export.
+bool holdsPictures(const std::string& directory);
+
 /// Why a directory cannot be one to write to; empty if it is one, or could be made.
 std::string whyNoDirectory(const std::string& directory);
 

@@ -8,6 +8,8 @@
 #include <system_error>
 #include <unordered_set>
 
+#include <opencv2/imgcodecs.hpp>
+
 #include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "foundation/PictureHead.h"
@@ -26,6 +28,9 @@ constexpr std::string_view kCopyInWork = ".copy.part";
 /// File systems take names of 255 bytes. With a number behind it, an extension and what marks a
 /// file that is being written, a name stays below.
 constexpr std::size_t kLongestStem = 230;
+
+/// File systems take no longer ones.
+constexpr std::size_t kLongestPath = 4096;
 
 constexpr std::string_view kBlanks = " \t\r\f\v";
 
@@ -143,6 +148,20 @@ std::optional<std::string> pathBelow(const std::string& directory, const std::st
   return absolutePicturePath((fs::path(directory) / path).string());
 }
 
+std::optional<std::string> findByEnd(
+    const std::string& directory, const std::string& told,
+    const std::function<std::optional<std::string>(const std::string&)>& at) {
+  std::string end = withForwardSlashes(told);
+  if (end.size() > kLongestPath) return std::nullopt;
+  while (true) {
+    end.erase(0, end.find_first_not_of('/'));
+    if (end.empty()) return std::nullopt;
+    const auto path = pathBelow(directory, end);
+    if (const auto found = path ? at(*path) : std::nullopt) return found;
+    end.erase(0, std::min(end.find('/'), end.size()));
+  }
+}
+
 std::optional<std::vector<std::string>> readNames(const std::string& file) {
   const auto content = readFile(file);
   if (!content) return std::nullopt;
@@ -224,6 +243,10 @@ bool isPictureFile(const std::string& path) {
 
 std::optional<std::string> pictureAt(const std::string& path) {
   return isPictureFile(path) ? std::optional(path) : std::nullopt;
+}
+
+bool looksLikePicture(const std::string& file) {
+  return hasPictureExtension(file) || (isFile(file) && cv::haveImageReader(file));
 }
 
 bool isFile(const std::string& path) {

@@ -31,6 +31,12 @@ std::string_view trimmed(std::string_view text);
 /// nothing for a name that is empty, absolute or climbs out.
 std::optional<std::string> pathBelow(const std::string& directory, const std::string& name);
 
+/// Looks for what a path from elsewhere tells, below a directory: by the longest end of the path at
+/// which `at` finds something.
+std::optional<std::string> findByEnd(
+    const std::string& directory, const std::string& told,
+    const std::function<std::optional<std::string>(const std::string&)>& at);
+
 /// More are no list of classes.
 constexpr std::size_t kMostClasses = 100000;
 
@@ -75,6 +81,9 @@ bool hasPictureExtension(const std::string& path);
 /// what is in it.
 bool isPictureFile(const std::string& path);
 std::optional<std::string> pictureAt(const std::string& path);
+
+/// Whether a file is a picture by its name, or by the first bytes that a reader of pictures knows.
+bool looksLikePicture(const std::string& file);
 
 bool isFile(const std::string& path);
 bool isDirectory(const std::string& path);

@@ -9,6 +9,7 @@
 #include "foundation/Files.h"
 #include "foundation/Log.h"
 #include "tools/LabelFiles.h"
+#include "tools/YamlText.h"
 
 namespace tnv {
 
@@ -19,59 +20,6 @@ namespace {
 /// Where descriptions of either kind tell of pictures.
 constexpr std::string_view kSources[] = {"train", "val", "valid", "test"};
 
-/// Stands for what is no character.
-constexpr unsigned long kReplacement = 0xFFFD;
-
-bool isSurrogate(unsigned long code) {
-  return code >= 0xD800 && code <= 0xDFFF;
-}
-
-void appendUtf8(std::string& text, unsigned long code) {
-  if (isSurrogate(code) || code > 0x10FFFF) code = kReplacement;
-  const auto append = [&](unsigned long byte) { text += static_cast<char>(byte); };
-  const auto appendRest = [&](int bits) { append(0x80 | ((code >> bits) & 0x3F)); };
-  if (code < 0x80) return append(code);
-  if (code < 0x800) {
-    append(0xC0 | (code >> 6));
-  } else if (code < 0x10000) {
-    append(0xE0 | (code >> 12));
-    appendRest(6);
-  } else {
-    append(0xF0 | (code >> 18));
-    appendRest(12);
-    appendRest(6);
-  }
-  appendRest(0);
-}
-
-/// How many hexadecimal digits follow the letter behind a backslash; 0 for other letters.
-std::size_t digitsBehind(char letter) {
-  switch (letter) {
-    case 'x':
-      return 2;
-    case 'u':
-      return 4;
-    case 'U':
-      return 8;
-    default:
-      return 0;
-  }
-}
-
-/// What a letter behind a backslash stands for; itself unless it is one of these.
-char controlOf(char letter) {
-  switch (letter) {
-    case 'n':
-      return '\n';
-    case 't':
-      return '\t';
-    case 'r':
-      return '\r';
-    default:
-      return letter;
-  }
-}
-
 NumberedNames numberedFromZero(std::vector<std::string> names) {
   NumberedNames classes{std::move(names), {}};
   for (std::size_t i = 0; i < classes.names.size(); ++i)
@@ -79,115 +27,13 @@ NumberedNames numberedFromZero(std::vector<std::string> names) {
   return classes;
 }
 
-/// Reads the values of the few forms that class names have in YAML.
-class YamlText {
- public:
-  explicit YamlText(std::string_view value) : rest(value) {}
+constexpr std::string_view kUnread =
+    "Anchors, references, tags, blocks of lines and files in braces are not read, write the values "
+    "out!";
 
-  bool atEnd() {
-    skipBlanks();
-    return rest.empty();
-  }
-
-  bool accept(char c) {
-    skipBlanks();
-    if (!rest.starts_with(c)) return false;
-    rest.remove_prefix(1);
-    return true;
-  }
-
-  /// A text with or without quotes. Without, it ends before one of `ends` or a comment.
-  std::string scalar(std::string_view ends) {
-    if (accept('\'')) return singleQuoted();
-    if (accept('"')) return doubleQuoted();
-    std::size_t size = 0;
-    while (size < rest.size() && ends.find(rest[size]) == ends.npos && !isComment(size))
-      ++size;
-    const std::string text(trimmed(rest.substr(0, size)));
-    rest.remove_prefix(size);
-    return text;
-  }
-
- private:
-  /// White space and comments, which bring a list in brackets from line to line.
-  void skipBlanks() {
-    for (std::size_t i = 0; i < rest.size();) {
-      if (rest[i] == '#') {
-        i = std::min(rest.find('\n', i), rest.size());
-      } else if (std::string_view(" \t\r\n").find(rest[i]) != std::string_view::npos) {
-        ++i;
-      } else {
-        rest.remove_prefix(i);
-        return;
-      }
-    }
-    rest = {};
-  }
-
-  bool isComment(std::size_t place) const {
-    return rest[place] == '#' && (place == 0 || rest[place - 1] == ' ' || rest[place - 1] == '\t');
-  }
-
-  std::string singleQuoted() {
-    std::string text;
-    while (!rest.empty()) {
-      const bool isQuote = rest.front() == '\'';
-      if (isQuote && !rest.starts_with("''")) break;
-      text += rest.front();
-      rest.remove_prefix(isQuote ? 2 : 1);
-    }
-    rest.remove_prefix(std::min<std::size_t>(1, rest.size()));
-    return text;
-  }
-
-  std::string doubleQuoted() {
-    std::string text;
-    while (!rest.empty() && rest.front() != '"') {
-      if (rest.front() == '\\' && rest.size() > 1) {
-        rest.remove_prefix(1);
-        appendEscaped(text);
-      } else {
-        text += rest.front();
-        rest.remove_prefix(1);
-      }
-    }
-    rest.remove_prefix(std::min<std::size_t>(1, rest.size()));
-    return text;
-  }
-
-  void appendEscaped(std::string& text) {
-    const char letter = rest.front();
-    if (auto code = codeAt(rest)) {
-      rest.remove_prefix(1 + digitsBehind(letter));
-      if (*code >= 0xD800 && *code < 0xDC00) code = joined(*code);
-      return appendUtf8(text, *code);
-    }
-    text += controlOf(letter);
-    rest.remove_prefix(1);
-  }
-
-  /// Characters far from the front come as two halves where JSON was written.
-  unsigned long joined(unsigned long high) {
-    if (!rest.starts_with("\\u")) return high;
-    const auto low = codeAt(rest.substr(1));
-    if (!low || *low < 0xDC00 || *low > 0xDFFF) return high;
-    rest.remove_prefix(2 + digitsBehind('u'));
-    return 0x10000 + ((high - 0xD800) << 10) + (*low - 0xDC00);
-  }
-
-  /// The number of the character that a letter and its digits stand for; nothing if they do not.
-  static std::optional<unsigned long> codeAt(std::string_view text) {
-    const std::size_t digits = digitsBehind(text.front());
-    const std::string_view number = text.substr(1, digits);
-    unsigned long code = 0;
-    const auto result = std::from_chars(number.data(), number.data() + number.size(), code, 16);
-    const bool isWhole = digits > 0 && number.size() == digits && result.ec == std::errc() &&
-                         result.ptr == number.data() + number.size();
-    return isWhole ? std::optional(code) : std::nullopt;
-  }
-
-  std::string_view rest;
-};
+void logUnread() {
+  logLine("parseYaml: " + std::string(kUnread));
+}
 
 /// Names by number: of several with one number the first stays.
 class NameMap {
@@ -204,9 +50,16 @@ class NameMap {
     return true;
   }
 
-  /// Empty, with a log line, if they are too many for classes.
+  /// There are names that cannot be read.
+  void noteUnread() { unread = true; }
+
+  /// Empty, with a log line, if they are too many for classes or some cannot be read.
   NumberedNames classes() const {
     NumberedNames result;
+    if (unread) {
+      logUnread();
+      return result;
+    }
     if (tooMany) {
       logLine("parseYaml: There are too many names for a list of classes!");
       return result;
@@ -229,6 +82,7 @@ class NameMap {
   std::map<long long, std::string> byNumber;
   long long next = 0;
   bool tooMany = false;
+  bool unread = false;
 };
 
 /// What follows the closing bracket is no part of the list.
@@ -255,12 +109,15 @@ bool isBlankOrComment(std::string_view line) {
 /// Reads one line of a list or a map that stands below its key. False for a line of another kind.
 bool readBlockLine(std::string_view line, NameMap& names) {
   YamlText text(line);
+  bool isInside = true;
   if (text.accept('-')) {
     names.append(text.scalar("\n"));
-    return true;
+  } else {
+    const std::string key = text.scalar(":\n");
+    isInside = text.accept(':') && names.add(key, text.scalar("\n"));
   }
-  const std::string key = text.scalar(":\n");
-  return text.accept(':') && names.add(key, text.scalar("\n"));
+  if (text.isUnread()) names.noteUnread();
+  return isInside;
 }
 
 void readBlock(std::string_view text, NameMap& names) {
@@ -271,11 +128,21 @@ void readBlock(std::string_view text, NameMap& names) {
   }
 }
 
+/// What a line has before the value of a key, without the colon; 0 if it has another key or none.
+std::size_t sizeOfKey(std::string_view line, std::string_view key) {
+  const bool isQuoted = line.starts_with('"') || line.starts_with('\'');
+  const std::string_view text = line.substr(isQuoted ? 1 : 0);
+  if (!text.starts_with(key)) return 0;
+  if (!isQuoted) return key.size();
+  return text.substr(key.size()).starts_with(line.front()) ? key.size() + 2 : 0;
+}
+
 /// What stands behind a key at the start of a line, from there to the end of the text.
 std::optional<std::string_view> valueOf(std::string_view text, std::string_view key) {
   for (const std::string_view line : splitLines(text)) {
-    if (!line.starts_with(key)) continue;
-    const std::size_t colon = line.find_first_not_of(" \t", key.size());
+    const std::size_t size = sizeOfKey(line, key);
+    if (size == 0) continue;
+    const std::size_t colon = line.find_first_not_of(" \t", size);
     if (colon == line.npos || line[colon] != ':') continue;
     const auto begin = static_cast<std::size_t>(line.data() - text.data()) + colon + 1;
     return text.substr(begin);
@@ -299,7 +166,10 @@ NumberedNames parseYamlNames(std::string_view value) {
     readInlineList(text, names);
   } else if (text.accept('{')) {
     readInlineMap(text, names);
+  } else {
+    text.scalar("\n");
   }
+  if (text.isUnread()) names.noteUnread();
   return names.classes();
 }
 
@@ -310,7 +180,8 @@ std::vector<std::string> yamlTexts(std::string_view text, std::string_view key) 
   if (auto listed = parseYamlNames(*value).names; !listed.empty()) return listed;
   YamlText single(value->substr(0, value->find('\n')));
   if (single.atEnd() || single.accept('[') || single.accept('{')) return {};
-  return {single.scalar("\n")};
+  std::string content = single.scalar("\n");
+  return single.isUnread() ? std::vector<std::string>() : std::vector{std::move(content)};
 }
 
 bool namesNothing(const std::string& text) {
@@ -400,6 +271,7 @@ bool isDarknetData(const std::string& file) {
 LabelDescription parseYaml(const std::string& text) {
   const std::string_view content = withoutByteOrderMark(text);
   LabelDescription description;
+  if (YamlText(content).accept('{')) logUnread();
   if (const auto names = valueOf(content, "names")) description.classes = parseYamlNames(*names);
   for (const std::string_view key : kSources) {
     for (std::string& source : yamlSources(content, key))
@@ -429,8 +301,14 @@ std::optional<LabelDescription> readDescription(const std::string& file) {
 std::optional<NumberedNames> readGivenNames(const std::string& file, std::string_view who) {
   auto description = readDescription(file);
   if (description) return std::move(description->classes);
-  logLine(std::string(who) + ": No class names in '" + file + "'!");
+  logNoNamesIn(file, who);
   return std::nullopt;
+}
+
+void logNoNamesIn(const std::string& file, std::string_view who) {
+  // Here, too, for only the last line may be looked at.
+  const std::string hint = isYaml(file) ? " " + std::string(kUnread) : std::string();
+  logLine(std::string(who) + ": No class names in '" + file + "'!" + hint);
 }
 
 std::vector<std::string> readYamlTexts(const std::string& file, const std::string& key) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
+#include <utility>
 
 namespace tnv {
 
@@ -174,6 +176,7 @@ void LabelSet::take(LabelledPicture& picture, const FoundLabel& found, bool clip
     label.outline = clipped(std::move(label.outline));
     label.box = isOutline ? boxOf(label.outline) : clipped(label.box);
     if (!hasArea(label.box)) return rejectFor("lies outside the picture");
+    label.isCut = true;
     ++cut;
   }
   picture.labels.push_back(std::move(label));
@@ -182,6 +185,34 @@ void LabelSet::take(LabelledPicture& picture, const FoundLabel& found, bool clip
 
 void LabelSet::reject(std::string_view file, std::size_t line, std::string_view reason) {
   rejections.add(file, line, reason);
+}
+
+void LabelSet::rejectAmbiguous(const std::vector<std::string>& told) {
+  std::unordered_map<std::string_view, std::string_view> toldBefore;
+  std::unordered_set<std::string> open;
+  for (std::size_t i = 0; i < pictures.size(); ++i) {
+    const auto [first, isNew] = toldBefore.emplace(pictures[i].path, told[i]);
+    if (!isNew && first->second != told[i]) open.insert(pictures[i].path);
+  }
+  if (open.empty()) return;
+  std::vector<LabelledPicture> kept;
+  for (std::size_t i = 0; i < pictures.size(); ++i) {
+    if (!told[i].empty() && open.contains(pictures[i].path)) {
+      withdraw(pictures[i], "several pictures have the name of the one found");
+    } else {
+      kept.push_back(std::move(pictures[i]));
+    }
+  }
+  pictures = std::move(kept);
+}
+
+void LabelSet::withdraw(const LabelledPicture& picture, std::string_view reason) {
+  if (picture.labels.empty()) reject(picture.labelFile, 0, reason);
+  for (const Label& label : picture.labels) {
+    reject(fileOf(label), label.line, reason);
+    if (label.isCut) --cut;
+  }
+  accepted -= picture.labels.size();
 }
 
 std::optional<std::size_t> LabelSet::classPlaceOf(long long number) {

@@ -21,6 +21,7 @@ struct Label {
   std::vector<cv::Point2d> outline;  ///< corners of a polygon; empty for a box
   std::size_t line = 0;              ///< in the label file, counted from 1; 0 if it has no lines
   std::uint32_t file = 0;            ///< that told of it, see `LabelSet::fileOf`
+  bool isCut = false;                ///< at the edges of the picture
 };
 
 /// A label as a reader found it: its class by the set's own number, and where it stands.
@@ -100,6 +101,12 @@ class LabelSet {
   /// Reasons are few and the same for each label that they hold for, so that they can be counted.
   void reject(std::string_view file, std::size_t line, std::string_view reason);
 
+  /// Takes pictures away, with their labels rejected, that were found without the directories that
+  /// their files tell, if it is open which is meant: others that are told by another path were
+  /// found at the same place. `told` has that path for each picture so found, and is empty for
+  /// others.
+  void rejectAmbiguous(const std::vector<std::string>& told);
+
   /// The file that told of a label that was taken; several may tell of one picture.
   const std::string& fileOf(const Label& label) const { return files[label.file]; }
 
@@ -117,6 +124,7 @@ class LabelSet {
   std::size_t cut = 0;  ///< how many of the accepted were cut at the edges
 
  private:
+  void withdraw(const LabelledPicture& picture, std::string_view reason);
   std::optional<std::size_t> classPlaceOf(long long number);
 
   TextTable files;

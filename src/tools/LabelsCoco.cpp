@@ -9,6 +9,7 @@
 #include <memory>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include <json/reader.h>
@@ -210,16 +211,22 @@ std::string splitOf(const std::string& file) {
   return underscore == stem.npos ? stem : stem.substr(underscore + 1);
 }
 
+/// Where a picture lies that a file tells of.
+struct PicturePlace {
+  std::string path;
+  std::string told;  ///< if it was found without the directories that it is told with; or empty
+};
+
 /// Finds the pictures of a file.
 class PictureFinder {
  public:
-  PictureFinder(const std::string& file, const std::string& pictures) : isGiven(!pictures.empty()) {
-    if (isGiven) {
-      directories = {asDirectory(pictures)};
+  PictureFinder(const std::string& file, const std::string& given) : pictures(given) {
+    const std::string split = splitOf(file);
+    if (!pictures.empty()) {
+      directories = {asDirectory((fs::path(pictures) / split).string()), asDirectory(pictures)};
       return;
     }
     const fs::path here = fs::path(file).parent_path();
-    const std::string split = splitOf(file);
     for (const fs::path& base : {here, here.parent_path()}) {
       for (const fs::path& directory :
            {base, base / "images", base / split, base / "images" / split})
@@ -229,10 +236,13 @@ class PictureFinder {
 
   /// Where the picture lies; nothing if it is nowhere. A set that was made on this machine may name
   /// it by its whole path; made on another, its pictures lie where `pictures` has them.
-  std::optional<std::string> find(const std::string& name) const {
-    if (!fs::path(name).is_absolute()) return findBelow(name);
-    if (const auto found = pictureAt(absolutePicturePath(name))) return found;
-    return isGiven ? findBelow(fs::path(name).filename().string()) : std::nullopt;
+  std::optional<PicturePlace> find(const std::string& name) const {
+    const auto asTold =
+        fs::path(name).is_absolute() ? pictureAt(absolutePicturePath(name)) : findBelow(name);
+    if (asTold) return PicturePlace{*asTold, {}};
+    if (pictures.empty()) return std::nullopt;
+    const auto byEnd = findByEnd(pictures, name, pictureAt);
+    return byEnd ? std::optional(PicturePlace{*byEnd, name}) : std::nullopt;
   }
 
  private:
@@ -245,7 +255,7 @@ class PictureFinder {
     return std::nullopt;
   }
 
-  bool isGiven;
+  std::string pictures;
   std::vector<std::string> directories;
 };
 
@@ -302,6 +312,9 @@ class CocoReader {
     rejectMissing();
   }
 
+  /// When all files are read.
+  void rejectAmbiguous() { set.rejectAmbiguous(told); }
+
   bool hasRead = false;  ///< any file of labels
   bool wasStopped = false;
 
@@ -326,14 +339,25 @@ class CocoReader {
     classesById.clear();
     std::map<long long, std::string> byId;
     std::vector<long long> open;
+    std::unordered_set<std::string> names;
     for (const Json::Value& category : categories) {
+      const auto rejectFor = [&](const char* reason) {
+        set.reject(file, lines.of(category), reason);
+      };
       const Json::Value& id = memberOf(category, "id");
-      if (!id.isInt64()) continue;
+      if (!id.isInt64()) {
+        rejectFor("category without a whole number as its id");
+        continue;
+      }
       const std::string name = textOf(category, "name");
       const auto [known, isNew] = byId.emplace(id.asInt64(), name);
-      if (isNew || known->second == name) continue;
-      set.reject(file, lines.of(category), "another category has its id");
-      open.push_back(id.asInt64());
+      if (!isNew) {
+        rejectFor("another category has its id");
+        if (known->second != name) open.push_back(id.asInt64());
+      } else if (!names.insert(name).second) {
+        // A class is known by its name, which takes the labels of both.
+        rejectFor("another category has its name");
+      }
     }
     for (const long long id : open)
       byId.erase(id);
@@ -360,9 +384,9 @@ class CocoReader {
     Picture picture;
     picture.size = {sideOf(image, "width"), sideOf(image, "height")};
     picture.line = line;
-    if (const auto path = finder.find(textOf(image, "file_name"))) {
-      if (picture.size.empty()) picture.size = pictureSize(*path);
-      picture.place = placeOf(*path, picture.size);
+    if (const auto found = finder.find(textOf(image, "file_name"))) {
+      if (picture.size.empty()) picture.size = pictureSize(found->path);
+      picture.place = placeOf(*found, picture.size);
     } else if (id.empty()) {
       set.reject(file, line, kNoPicture);
     } else {
@@ -379,9 +403,13 @@ class CocoReader {
     }
   }
 
-  std::size_t placeOf(const std::string& path, cv::Size size) {
-    const auto [place, isNew] = places.emplace(path, set.pictures.size());
-    if (isNew) set.pictures.push_back({path, file, size, {}});
+  std::size_t placeOf(const PicturePlace& picture, cv::Size size) {
+    const auto [place, isNew] =
+        places.emplace(picture.path + "\n" + picture.told, set.pictures.size());
+    if (isNew) {
+      set.pictures.push_back({picture.path, file, size, {}});
+      told.push_back(picture.told);
+    }
     return place->second;
   }
 
@@ -432,6 +460,7 @@ class CocoReader {
   std::unordered_map<std::string, Picture> pictures;
   std::vector<std::string> missing;  ///< ids of images whose pictures are not there
   std::unordered_map<std::string, std::size_t> places;
+  std::vector<std::string> told;  ///< as `LabelSet::rejectAmbiguous` takes it
 };
 
 /// A text with its quotes.
@@ -538,6 +567,7 @@ std::optional<LabelSet> readCocoLabels(const std::string& path, const LabelReadi
     reader.read(file, isJson(path));
     if (reader.wasStopped) return std::nullopt;
   }
+  reader.rejectAmbiguous();
   if (reader.hasRead || !set.rejections.empty()) return set;
   logLine(std::string(kReadWho) + ": There is no COCO file at '" + path + "'!");
   return std::nullopt;

@@ -178,32 +178,39 @@ class VocReader {
     LabelledPicture picture;
     picture.labelFile = file;
     picture.size = sizeOf(annotation);
-    const auto path = pathOf(annotation, file);
+    std::string toldPath;
+    const auto path = pathOf(annotation, file, toldPath);
     picture.path = path.value_or("");
     if (path && picture.size.empty()) picture.size = pictureSize(*path);
     for (const pugi::xml_node& object : annotation.children("object"))
-      addObject(picture, object, lines.lineAt(object.offset_debug()));
+      addObject(picture, object, lines);
     if (path) {
       set.pictures.push_back(std::move(picture));
+      told.push_back(std::move(toldPath));
     } else if (!annotation.child("object")) {
       set.reject(file, 0, kNoPicture);
     }
   }
+
+  /// When all files are read.
+  void rejectAmbiguous() { set.rejectAmbiguous(told); }
 
  private:
   static void logOther(const std::string& file) {
     logLine(std::string(kReadWho) + ": '" + file + "' has no labels, passed over");
   }
 
-  void addObject(LabelledPicture& picture, const pugi::xml_node& object, std::size_t line) {
+  void addObject(LabelledPicture& picture, const pugi::xml_node& object, LineCounter& lines) {
+    const std::size_t line = lines.lineAt(object.offset_debug());
     const auto rejectFor = [&](const char* reason) { set.reject(picture.labelFile, line, reason); };
     if (picture.path.empty()) return rejectFor(kNoPicture);
     if (picture.size.empty()) return rejectFor("size of the picture is unknown");
     const std::string name = textOf(object, "name");
     if (name.empty()) return rejectFor("class without a name");
+    const pugi::xml_node box = object.child("bndbox");
     std::vector<double> corners;
     for (const char* corner : kCorners) {
-      const auto number = numberOf(object.child("bndbox"), corner);
+      const auto number = numberOf(box, corner);
       if (!number) return rejectFor("no box");
       corners.push_back(*number);
     }
@@ -215,29 +222,58 @@ class VocReader {
     label.box = {left, top, corners[2] / picture.size.width - left,
                  corners[3] / picture.size.height - top};
     set.take(picture, label, reading.clip);
+    for (auto more = box.next_sibling("bndbox"); more; more = more.next_sibling("bndbox"))
+      set.reject(picture.labelFile, lines.lineAt(more.offset_debug()),
+                 "the object has a box already");
   }
 
-  /// Where the picture of a file lies; nothing if it is nowhere.
-  std::optional<std::string> pathOf(const pugi::xml_node& annotation,
-                                    const std::string& file) const {
+  /// Where the picture of a file lies; nothing if it is nowhere. `toldPath` is the path that it is
+  /// told by if it was found without the directories of that, so that another may be meant.
+  std::optional<std::string> pathOf(const pugi::xml_node& annotation, const std::string& file,
+                                    std::string& toldPath) const {
     std::string name = textOf(annotation, "filename");
     if (name.empty()) name = fs::path(file).stem().string();
-    for (const std::string& directory : directoriesFor(file)) {
-      const auto path = pathBelow(directory, name);
-      if (!path) break;
-      if (const auto found = withType(*path)) return found;
-    }
     // A set that was made on this machine may tell the whole path.
     const std::string whole = textOf(annotation, "path");
-    if (!fs::path(whole).is_absolute()) return std::nullopt;
+    const auto found = reading.pictures.empty() ? findBeside(file, name, toldPath)
+                                                : findBelowPictures(file, name, whole, toldPath);
+    if (found || !fs::path(whole).is_absolute()) return found;
+    toldPath.clear();
     return pictureAt(absolutePicturePath(whole));
   }
 
-  std::vector<std::string> directoriesFor(const std::string& file) const {
-    if (!reading.pictures.empty()) {
-      const fs::path pictures = reading.pictures;
-      return {asDirectory((pictures / belowTree(file)).string()), asDirectory(reading.pictures)};
+  std::optional<std::string> findBeside(const std::string& file, const std::string& name,
+                                        std::string& toldPath) const {
+    const fs::path below = belowTree(file);
+    for (const std::string& directory : directoriesFor(file)) {
+      const auto path = pathBelow(directory, name);
+      if (!path) return std::nullopt;
+      if (const auto found = withType(*path)) {
+        const bool isDivided = directory.ends_with("/" + asDirectory(below.string()));
+        if (!below.empty() && !isDivided) toldPath = (below / name).string();
+        return found;
+      }
     }
+    return std::nullopt;
+  }
+
+  std::optional<std::string> findBelowPictures(const std::string& file, const std::string& name,
+                                               const std::string& whole,
+                                               std::string& toldPath) const {
+    const fs::path below = belowTree(file);
+    const std::string divided = (below / name).string();
+    const auto path = pathBelow(reading.pictures, divided);
+    const auto atDivided = path ? withType(*path) : std::nullopt;
+    if (atDivided && !below.empty()) return atDivided;
+    if (fs::path(withForwardSlashes(whole)).filename() == name) {
+      toldPath = (below / whole).string();
+      if (const auto found = findByEnd(reading.pictures, whole, withType)) return found;
+    }
+    toldPath = atDivided ? std::string() : divided;
+    return atDivided ? atDivided : findByEnd(reading.pictures, divided, withType);
+  }
+
+  std::vector<std::string> directoriesFor(const std::string& file) const {
     const fs::path here = fs::path(file).parent_path();
     std::vector<std::string> directories{
         (here.parent_path() / kImagesDirectory).string(), asDirectory(here.string()),
@@ -279,6 +315,7 @@ class VocReader {
   ClassNumbers& classes;
   const LabelReading& reading;
   std::string root;
+  std::vector<std::string> told;  ///< as `LabelSet::rejectAmbiguous` takes it
 };
 
 void appendText(pugi::xml_node node, const char* name, const std::string& text) {
@@ -357,6 +394,7 @@ std::optional<LabelSet> readVocLabels(const std::string& path, const LabelReadin
     if (!goesOn(reading.goOn)) return std::nullopt;
     reader.read(file);
   }
+  reader.rejectAmbiguous();
   return set;
 }
 

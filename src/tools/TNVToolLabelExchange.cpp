@@ -41,6 +41,16 @@ bool loadAll(const TrainSets& trainSets, const tnv::GoOn& goOn) {
   return true;
 }
 
+/// False if its picture is unknown.
+bool isRead(TNVTrainSet& trainSet) {
+  try {
+    if (!trainSet.dataLoaded) trainSet.load();
+  } catch (const cv::Exception&) {
+    return false;
+  }
+  return trainSet.dataLoaded;
+}
+
 /// Records by the paths of their pictures. Of several records of one picture the first counts.
 std::unordered_map<std::string, TNVTrainSet*> byPicture(const TrainSets& trainSets) {
   std::unordered_map<std::string, TNVTrainSet*> records;
@@ -264,6 +274,16 @@ int TNVToolLabelExchange::addMarks(const TrainSets& trainSets, const Classes& cl
   return added;
 }
 
+void TNVToolLabelExchange::protect(const TrainSets& trainSets) {
+  protectedPaths.clear();
+  unreadRecord.clear();
+  for (TNVTrainSet* trainSet : trainSets) {
+    if (!isRead(*trainSet)) unreadRecord = trainSet->dataPath;
+    protectedPaths.insert(protectedPaths.end(),
+                          {trainSet->dataPath, trainSet->imagePath, trainSet->imagePathAbs});
+  }
+}
+
 bool TNVToolLabelExchange::canWrite(const std::string& directory) const {
   if (const std::string reason = tnv::whyNoDirectory(directory); !reason.empty()) {
     logFrom("write", reason);
@@ -274,7 +294,11 @@ bool TNVToolLabelExchange::canWrite(const std::string& directory) const {
     guard.protectExisting(picture.path, "the picture '" + picture.path + "'");
     guard.protectExisting(picture.labelFile, "the file '" + picture.labelFile + "'");
   }
-  const std::string reason = guard.whyToKeep(directory);
+  for (const std::string& path : protectedPaths)
+    guard.protectExisting(path, "'" + path + "'");
+  std::string reason = guard.whyToKeep(directory);
+  if (reason.empty() && !unreadRecord.empty() && tnv::holdsPictures(directory))
+    reason = "'" + unreadRecord + "' cannot be read, and its picture may lie there";
   if (reason.empty()) return true;
   logFrom("write", "'" + directory + "' is not written to: " + reason);
   return false;

@@ -41,8 +41,12 @@ class TNVToolLabelExchange {
   /// added. Changes nothing if a record is damaged, which throws. The records are not saved.
   int addMarks(const TrainSets& trainSets, const Classes& classes);
 
+  /// Has `write` keep the pictures and files of these train sets, in place of those that were told
+  /// before. Train sets that were not read yet are read.
+  void protect(const TrainSets& trainSets);
+
   /// Whether the directory is new, empty or an earlier export, and holds nothing that the set in
-  /// memory was made of. False with a log line.
+  /// memory was made of or that is protected. False with a log line.
   bool canWrite(const std::string& directory) const;
 
   /// Writes the set in memory in the format that was set, in place of an earlier export. That stays
@@ -74,6 +78,9 @@ class TNVToolLabelExchange {
   tnv::LabelRejections rejectedOnWayOut;  ///< by the last `addMarks` or `write`
 
   std::set<std::size_t> leftOut;  ///< places of the pictures, by the last writing
+
+  std::vector<std::string> protectedPaths;
+  std::string unreadRecord;  ///< one of those to protect, whose picture is unknown; or empty
 
   std::atomic<bool> stopRequested{false};     ///< ends what is under way before its next picture
   std::atomic<bool> stopped{true};            ///< nothing is under way

@@ -44,11 +44,27 @@ TEST(Division, GroupsOfAPicture) {
   EXPECT_EQ(groupOf("group=^(x)?a", "/photos/a.jpg"), "a") << "the group matched nothing";
 }
 
+TEST(Division, NoExpressionTakesLongOrRunsOutOfMemory) {
+  const std::string name(100000, 'a');
+  EXPECT_EQ(groupOf("group=^(a*)*b", name), name) << "finds nothing";
+  EXPECT_EQ(groupOf("group=^(a|aa)+$", name), name.substr(0, 1)) << "the last round counts";
+  EXPECT_EQ(groupOf("group=(?:.|x)*", name), name);
+  EXPECT_EQ(groupOf("group=(?:a?){1000}", name), name.substr(0, 1000));
+}
+
+TEST(Division, LettersOfNamesAreWhole) {
+  EXPECT_EQ(groupOf("group=^.", "äpfel.jpg"), "ä");
+  EXPECT_EQ(groupOf("group=[äö]f", "Köfte.jpg"), "öf");
+  EXPECT_EQ(groupOf("group=^[^_]*_", "\xE4_b.jpg"), "\xE4_b.jpg") << "no UTF-8";
+}
+
 TEST(Division, GroupingsAreReadAsTheyAreWritten) {
   for (const std::string text : {"none", "source", "group=^(.*)_frame"})
     EXPECT_EQ(groupingText(parseGrouping(text)), text);
-  for (const std::string text : {"", "sources", "group", "group=", "group=(", "group=[z-a]"})
+  for (const std::string text : {"", "sources", "group", "group=", "group=(", "group=[z-a]",
+                                 "group=(a)\\1", "group=a(?=b)", "group=(?<!a)b", "group=\xE4"}) {
     EXPECT_THROW(parseGrouping(text), CommandError) << text;
+  }
 }
 
 TEST(Division, AGroupIsATestGroupBelowItsOwnNumber) {
@@ -201,6 +217,6 @@ TEST_F(ProgramDivision, WhatKeepsNothingTogetherIsWrongUsage) {
   fail({"generate", "parts", "--output", "set", "--keep-together", "video"}, "choose from: none",
        2);
   fail({"generate", "parts", "--output", "set", "--keep-together", "group=("},
-       "no regular expression", 2);
+       "no regular expression that can be used: missing )", 2);
   fail({"generate", "parts", "--output", "set", "--seed", "3"}, "--keep-together", 2);
 }

@@ -486,6 +486,10 @@ class ProgramStopped : public ProgramGenerate {
   /// A run over an earlier set, if there is to be one, that takes a while.
   RunningProgram running(bool hasEarlier = true) const {
     if (hasEarlier) succeed({"generate", "parts", "--output", "set"});
+    return runningOn();
+  }
+
+  RunningProgram runningOn() const {
     place.makeDirectory("many");
     for (int i = 0; i < 100; ++i)
       writePicture(place / "many/" + std::to_string(i) + ".jpg", 800, 600);
@@ -529,6 +533,31 @@ TEST_F(ProgramStopped, NoEarlierSetIsToldOfWhereNoneWas) {
   const auto result = program.wait();
   EXPECT_EQ(result.exitCode, 130);
   EXPECT_NE(result.err.find("set was removed: run it again"), std::string::npos) << result.err;
+}
+
+TEST_F(ProgramStopped, TheSeedOfADivisionOutlivesARunThatIsCutOff) {
+  const std::vector<std::string> generate{"generate",        "parts",  "--output", "set",
+                                          "--keep-together", "source", "--quiet"};
+  // None that would be chosen without being asked for.
+  const std::string division = "keep-together=source\nseed=4000000000\n";
+  auto first = generate;
+  first.insert(first.end(), {"--seed", "4000000000"});
+  succeed(first);
+  ASSERT_EQ(readFile(place / "set/division.txt"), division);
+  for (const int number : {SIGINT, SIGKILL}) {
+    auto program = runningOn();
+    ASSERT_TRUE(program.waitForError("(10 %)"));
+    program.signal(number);
+    program.wait();
+    EXPECT_FALSE(fs::exists(place / "set/division.txt"));
+    succeed(generate);
+    EXPECT_EQ(readFile(place / "set/division.txt"), division) << number;
+    EXPECT_FALSE(fs::exists(place / ".set.division"));
+  }
+  succeed({"generate", "parts", "--output", "set"});
+  EXPECT_FALSE(fs::exists(place / "set/division.txt")) << "another division takes its place";
+  succeed(generate);
+  EXPECT_NE(readFile(place / "set/division.txt"), division);
 }
 
 TEST_F(ProgramStopped, WhatAKilledRunLeavesIsReplaced) {

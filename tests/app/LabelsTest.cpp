@@ -46,6 +46,19 @@ class LabelsTest : public ProgramTest {
     return run(arguments);
   }
 
+  /// Puts the second picture into a workflow of its own, "done".
+  void finishSecondPicture() const {
+    WTNVProject project("parts", place / "projects/", place / "", place / "");
+    ASSERT_TRUE(project.wLoad());
+    const auto done = project.wAddWorkflow("done", -1);
+    ASSERT_TRUE(project.wUpdate(true));
+    WTNVMainProcess process(&project, nullptr);
+    auto trainSets = process.getHndTrainSet();
+    trainSets.wSetTrainSetForward(1);
+    trainSets.wSetWorkflow(done);
+    ASSERT_TRUE(project.wUpdate(false));
+  }
+
   std::string label(const std::string& directory, const std::string& name) const {
     return readFile(place / (directory + "/labels/" + name + ".txt"));
   }
@@ -174,6 +187,27 @@ TEST_F(LabelsTest, ResultsForProgramsAreOneObject) {
   EXPECT_TRUE(exported["reasons"].empty());
 }
 
+TEST_F(LabelsTest, WhatWasRejectedIsToldAlsoIfNoPictureIsFound) {
+  fs::rename(place / "in/images", place / "pictures");
+  const auto before = contents("projects");
+  const auto text = import({"--rejections", "why.txt"});
+  EXPECT_EQ(text.exitCode, 1);
+  EXPECT_THAT(text.out, AllOf(HasSubstr("Darknet: 0 classes and 0 pictures added\n"
+                                        "found     2\nimported  0\nrejected  2\n"),
+                              HasSubstr("no picture      2\n")));
+  EXPECT_THAT(text.err,
+              AllOf(HasSubstr("c.txt:1: no picture\n"), HasSubstr("c.txt:2: no picture\n"),
+                    HasSubstr("--pictures tells where they lie")));
+  EXPECT_EQ(occurrences(readFile(place / "why.txt"), "no picture"), 2U);
+  const auto json = parsed(import({"--json"}).out);
+  EXPECT_EQ(json["labels"]["found"].asInt(), 2);
+  EXPECT_EQ(json["labels"]["imported"].asInt(), 0);
+  EXPECT_EQ(json["labels"]["rejected"].asInt(), 2);
+  EXPECT_EQ(json["reasons"][0]["count"].asInt(), 2);
+  EXPECT_THAT(json["error"].asString(), HasSubstr("the labels have no pictures"));
+  EXPECT_EQ(contents("projects"), before);
+}
+
 TEST_F(LabelsTest, ADryRunWritesNothing) {
   const auto before = succeed({"list", "parts"});
   const auto result = import({"--dry-run", "--rejections", "why.txt"});
@@ -267,17 +301,7 @@ TEST_F(LabelsTest, AClassNameWithBlanksAtItsEndsIsNotAdded) {
 }
 
 TEST_F(LabelsTest, AWorkflowChoosesThePicturesThatGoOut) {
-  {
-    WTNVProject project("parts", place / "projects/", place / "", place / "");
-    ASSERT_TRUE(project.wLoad());
-    const auto done = project.wAddWorkflow("done", -1);
-    ASSERT_TRUE(project.wUpdate(true));
-    WTNVMainProcess process(&project, nullptr);
-    auto trainSets = process.getHndTrainSet();
-    trainSets.wSetTrainSetForward(1);
-    trainSets.wSetWorkflow(done);
-    ASSERT_TRUE(project.wUpdate(false));
-  }
+  finishSecondPicture();
   EXPECT_THAT(
       succeed({"labels", "export", "parts", "out", "--format", "Darknet", "--workflow", "done"}),
       HasSubstr("Darknet labels of 1 picture written to out\n"));
@@ -287,6 +311,23 @@ TEST_F(LabelsTest, AWorkflowChoosesThePicturesThatGoOut) {
   fail({"labels", "export", "parts", "out", "--format", "Darknet", "--workflow", "done"},
        "none of the pictures of workflow 'done' (1) can be read");
   EXPECT_TRUE(fs::exists(place / "out/labels/b.txt"));
+}
+
+TEST_F(LabelsTest, AnExportOfSomeKeepsThePicturesOfAll) {
+  const std::vector<std::string> call{"labels",   "export",  "parts", "out",
+                                      "--format", "Darknet", "--copy"};
+  succeed(call);
+  succeed({"import", "parts", "spare", "out/images"});
+  finishSecondPicture();
+  const auto before = contents("out");
+  auto some = call;
+  some.insert(some.end(), {"--workflow", "done"});
+  fail(some, "out/images/a.png");
+  EXPECT_EQ(contents("out"), before);
+  fs::resize_file(recordOf("spare", "a.png"), 0);
+  fs::resize_file(recordOf("spare", "b.png"), 0);
+  fail(some, "cannot be read, and its picture may lie there");
+  EXPECT_EQ(contents("out"), before);
 }
 
 TEST_F(LabelsTest, CopiesComeBackIntoAnotherProject) {
@@ -320,11 +361,22 @@ TEST_F(LabelsTest, NamesAndPicturesMayLieElsewhere) {
   fs::rename(place / "in/images", place / "pictures");
   fail({"labels", "import", "parts", "others", "in"},
        "No class names found for 'in'; --format and --names tell how to read them");
-  fail({"labels", "import", "parts", "others", "in", "--names", "names.txt"},
-       "--pictures tells where they lie");
+  EXPECT_THAT(import({"--names", "names.txt"}).err, HasSubstr("--pictures tells where they lie"));
   const auto result = import({"--names", "names.txt", "--pictures", "pictures"});
   EXPECT_EQ(result.exitCode, 0) << result.err;
   EXPECT_THAT(result.out, HasSubstr("imported  2\n"));
+}
+
+TEST_F(LabelsTest, NamesThatAreSpelledInAWayThatIsNotReadAreToldOf) {
+  place.write("in/data.yaml", "names: &all [bolt, nut]\n");
+  for (const std::vector<std::string>& more :
+       {std::vector<std::string>(), {"--names", "in/data.yaml"}}) {
+    std::vector<std::string> call{"labels", "import", "parts", "others", "in"};
+    call.insert(call.end(), more.begin(), more.end());
+    fail(call,
+         "No class names in '" + (more.empty() ? place / "in/data.yaml" : more.back()) +
+             "'! Anchors, references, tags, blocks of lines and files in braces are not read");
+  }
 }
 
 TEST_F(LabelsTest, WrongRequestsAreRefusedWithAWayOut) {

@@ -385,6 +385,32 @@ TEST_F(VerifiedSetTest, AnOrientationTagIsFound) {
   EXPECT_THAT(found, ElementsAre("samples/img_9.jpg:0 orientation"));
 }
 
+TEST_F(VerifiedSetTest, AnOrientationTagOfAPngIsFound) {
+  std::vector<uchar> plain;
+  cv::imencode(".png", scene(1), plain);
+  // The checksums of the chunk, in which 6 and 1 stand for how the picture is turned.
+  const std::vector<std::pair<char, std::string>> tags{{6, "\xB7\x48\x11\x29"},
+                                                       {1, "\xBD\x8D\x18\x30"}};
+  for (const auto& [turn, checksum] : tags) {
+    const std::string tiff = std::string("II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0", 18) +
+                             turn + std::string(7, '\0');
+    const std::string chunk = std::string("\0\0\0\x1a", 4) + "eXIf" + tiff + checksum;
+    // Behind the head, and before the end.
+    for (const std::size_t offset : {std::size_t{33}, plain.size() - 12}) {
+      std::string file(plain.begin(), plain.end());
+      file.insert(offset, chunk);
+      place.write("samples/img_0.png", file);
+      const cv::Mat seen = cv::imread(sample(0, ".png"));
+      ASSERT_EQ(seen.size(), turn == 6 ? cv::Size(48, 64) : cv::Size(64, 48));
+      if (turn == 6) {
+        EXPECT_THAT(findings(), ElementsAre("samples/img_0.png:0 orientation"));
+      } else {
+        EXPECT_THAT(findings(), IsEmpty());
+      }
+    }
+  }
+}
+
 TEST_F(VerifiedSetTest, PlainPicturesAreNoTwins) {
   cv::imwrite(sample(0, ".png"), cv::Mat(48, 64, CV_8UC3, cv::Scalar(90, 90, 90)));
   cv::imwrite(sample(2, ".png"), cv::Mat(48, 64, CV_8UC3, cv::Scalar(200, 90, 20)));
@@ -405,6 +431,38 @@ TEST_F(VerifiedSetTest, LabelsMayLieInATreeOfTheirOwn) {
   ASSERT_EQ(found.size(), 1U);
   EXPECT_EQ(found[0].rule, "images-folder");
   EXPECT_EQ(found[0].file, other / "images/day1");
+}
+
+TEST_F(VerifiedSetTest, FoldersOfPicturesThatTrainersLookForLabelsElsewhereFor) {
+  for (const std::string folder : {"images", "JPEGImages"}) {
+    struct Row {
+      std::string pictures;
+      std::string labels;
+      bool hasList;
+      bool isFound;
+    };
+    for (const auto& [pictures, labels, hasList, isFound] :
+         {Row{"set/" + folder, "set/labels", false, false},
+          Row{"set/" + folder, "set/labels", true, true},
+          Row{folder + "/set/" + folder, folder + "/set/labels", false, true},
+          Row{folder + "/set/samples", folder + "/set/samples", false, true},
+          Row{folder + "/set/samples", folder + "/set/samples", true, true},
+          Row{folder + "2/set", folder + "2/set", true, false}}) {
+      const TempDirectory other;
+      other.makeDirectory(pictures);
+      cv::imwrite(other / (pictures + "/a.png"), scene(1));
+      other.write(labels + "/a.txt", "0 0.5 0.5 0.25 0.5\n");
+      const fs::path set = fs::path(pictures).parent_path();
+      other.write((set / "classes.txt").string(), "screw\n");
+      if (hasList) other.write((set / "train.txt").string(), other / (pictures + "/a.png") + "\n");
+      const auto found = verify(other / set.string()).findings;
+      const std::string row = pictures + (hasList ? " listed" : "");
+      ASSERT_EQ(found.size(), isFound ? 1U : 0U) << row;
+      if (!isFound) continue;
+      EXPECT_EQ(found[0].rule, "images-folder") << row;
+      EXPECT_EQ(found[0].file, other / pictures);
+    }
+  }
 }
 
 TEST_F(VerifiedSetTest, RelativePathsAreFoundBesideTheList) {
@@ -479,6 +537,15 @@ TEST_F(DescribedSetTest, DefectsOfTheDescription) {
            {places + "names: ['it''s # [', don't] # {\n", {}},
            {places + "names:\n  - \"a \\\" [\"\n  - b[{\n", {}},
            {places + "names: [\n  screw,\n  nut]\n", {}},
+           {places + names + "nc: 2\nnames: [screw, nut]\n", {"data.yaml:5 data-key"}},
+           {places + "nc: 2\n" + names + "\"nc\": 2\n'val': images/val\n",
+            {"data.yaml:5 data-key", "data.yaml:6 data-key"}},
+           {places + "names:\n  0: screw\n  1: nut\n  1: nut\n", {"data.yaml:6 data-key"}},
+           {places + "'names':\n  \"0\": screw\n  '1': nut\n", {}},
+           {places + names + "more:\n  a: {x: 1}\n  a: 'x: 1'\n", {}},
+           {places + "names: [\n  'a: 1',\n  'a: 2']\n", {}},
+           // A script that some fetch the pictures with.
+           {places + names + "download: |\n  names: [\n  'it\n  names: &x\n\n\ty\n", {}},
            {"\xEF\xBB\xBF" + places + names, {"data.yaml:1 byte-order-mark"}},
            // Without any place that is there the whole directory is looked through.
            {"train: a\nval: b\n" + names,
@@ -487,6 +554,30 @@ TEST_F(DescribedSetTest, DefectsOfTheDescription) {
     EXPECT_THAT(findings(), testing::ElementsAreArray(found)) << text;
   }
   EXPECT_EQ(verify(place.path()).labels, 4U);
+}
+
+TEST_F(DescribedSetTest, SpellingsThatAreNotReadAreRefusedWithTheirLine) {
+  const std::string places = "train: images/train\nval: images/val\n";
+  for (const auto& [text, line] : std::vector<std::pair<std::string, std::string>>{
+           {places + "names: &all [screw, nut]\n", "3"},
+           {places + "names:\n  - screw\n  - |\n    nut\n", "5"},
+           {places + "names:\n  0: screw\n  1: >-\n    nut\n", "5"},
+           {places + "names: [screw,\n  *nut]\n", "4"},
+           {"train: *place\nval: images/val\nnames: [screw, nut]\n", "1"},
+           {places + "<<: *base\n", "3"},
+           {places + "names: !!seq [screw, nut]\n", "3"},
+           {"{\"train\": \"images/train\",\n \"names\": [\"screw\", \"nut\"]}\n", "1"}}) {
+    describe(text);
+    try {
+      verify(place.path());
+      ADD_FAILURE() << text;
+    } catch (const CommandError& error) {
+      EXPECT_THAT(error.what(), HasSubstr("data.yaml' is spelled in line " + line + " in a way"))
+          << text;
+    }
+  }
+  describe(places + "names: ['&screw', \"*\"]\nauthor: &me somebody\n");
+  EXPECT_THAT(findings(), IsEmpty()) << "in quotes, and where nobody looks";
 }
 
 TEST_F(DescribedSetTest, ANameThatStandsTwiceIsToldWithItsNumber) {
@@ -594,7 +685,12 @@ TEST_F(ProgramVerify, LabelsOfOtherFormatsAreNoSetWithFindings) {
       if (copy) call.emplace_back("--copy");
       succeed(call);
       for (const auto* command : {"verify", "stats"})
-        fail({command, format}, "holds labels of the format " + format);
+        for (const std::string file :
+             {"", format == "COCO" ? "/annotations.json" : "/Annotations/a.xml"})
+          fail({command, format + file},
+               format + file + "' holds labels of the format " + format +
+                   "; verify and stats read sets for Darknet and its successors: take these into a "
+                   "project with labels import, and write them with labels export");
     }
   }
 }

@@ -20,6 +20,15 @@ inline std::vector<std::string> picturesIn(const tnv::LabelSet& set) {
   return texts;
 }
 
+/// The same with the path of the picture below a directory.
+inline std::vector<std::string> pictures(const tnv::LabelSet& set, const std::string& root) {
+  std::vector<std::string> texts;
+  for (const auto& picture : set.pictures)
+    texts.push_back(std::filesystem::path(picture.path).lexically_relative(root).generic_string() +
+                    ": " + std::to_string(picture.labels.size()));
+  return texts;
+}
+
 /// "name of the file:line: reason".
 inline std::vector<std::string> rejectionsIn(const tnv::LabelSet& set) {
   std::vector<std::string> texts;

@@ -371,7 +371,96 @@ TEST_F(LabelsCoco, AnIdOfTwoCategoriesIsNone) {
   const auto set = tnv::readCocoLabels(temp / "labels.json", {});
   EXPECT_THAT(set->classNames, ElementsAre("clip"));
   EXPECT_THAT(rejectionsIn(*set), ElementsAre("labels.json:2: another category has its id",
+                                              "labels.json:4: another category has its id",
                                               "labels.json:6: unknown class"));
+}
+
+TEST_F(LabelsCoco, CategoriesThatCannotBeToldApartAreRejectedWithTheirLine) {
+  temp.write("labels.json", R"({"categories":[{"id":1,"name":"nut"},
+{"id":2,"name":"nut"},
+{"id":1,"name":"nut"},
+{"id":"3","name":"screw"},
+{"id":1.5,"name":"bolt"},
+{"name":"clip"}, 7],
+"images":[{"id":1,"file_name":"a.jpg","width":9,"height":9}],"annotations":[
+{"image_id":1,"category_id":1,"bbox":[0,0,1,1]},
+{"image_id":1,"category_id":2,"bbox":[0,0,2,2]},
+{"image_id":1,"category_id":"3","bbox":[0,0,1,1]}]})");
+  const auto set = tnv::readCocoLabels(temp / "labels.json", {});
+  EXPECT_THAT(set->classNames, ElementsAre("nut"));
+  EXPECT_THAT(picturesIn(*set), ElementsAre("a.jpg: 2")) << "the name tells the class";
+  constexpr auto noId = ": category without a whole number as its id";
+  EXPECT_THAT(
+      rejectionsIn(*set),
+      ElementsAre("labels.json:2: another category has its name",
+                  "labels.json:3: another category has its id", std::string("labels.json:4") + noId,
+                  std::string("labels.json:5") + noId, std::string("labels.json:6") + noId,
+                  std::string("labels.json:6") + noId, "labels.json:10: unknown class"));
+}
+
+namespace {
+
+/// A file of a box on each picture, a box a line from line 2 on, the second one beyond the edge.
+std::string boxesOn(const std::vector<std::string>& pictures) {
+  std::string images;
+  std::string annotations;
+  for (std::size_t i = 0; i < pictures.size(); ++i) {
+    const std::string comma = i == 0 ? "" : ",";
+    const std::string id = std::to_string(i);
+    images +=
+        comma + R"({"id":)" + id + R"(,"file_name":")" + pictures[i] + R"(","width":9,"height":9})";
+    annotations += comma + "\n" + R"({"image_id":)" + id + R"(,"category_id":1,"bbox":[0,0,)" +
+                   (i == 1 ? "12" : "1") + ",1]}";
+  }
+  return R"({"categories":[{"id":1,"name":"nut"}],"images":[)" + images + R"(],"annotations":[)" +
+         annotations + "]}";
+}
+
+}  // namespace
+
+TEST_F(LabelsCoco, PicturesOfOneNameAreToldApartByTheirDirectories) {
+  tnv::LabelReading reading;
+  reading.pictures = temp / "p";
+  reading.clip = true;
+  for (const char* picture : {"p/train/a.jpg", "p/valid/a.jpg", "p/b.jpg", "p/c.jpg"})
+    temp.write(picture, "");
+  for (const std::string root : {"/gone/", "", "C:\\\\gone\\\\", "set/images/"}) {
+    temp.write("labels.json",
+               boxesOn({root + "train/a.jpg", root + "valid/a.jpg", root + "train/c.jpg"}));
+    const auto set = tnv::readCocoLabels(temp / "labels.json", reading);
+    EXPECT_THAT(pictures(*set, temp / "p"),
+                ElementsAre("train/a.jpg: 1", "valid/a.jpg: 1", "c.jpg: 1"))
+        << root;
+    EXPECT_THAT(rejectionsIn(*set), IsEmpty());
+    EXPECT_EQ(set->cut, 1U);
+  }
+  // Each file of a divided set may leave its part of the division out.
+  temp.write("divided/train.json", boxesOn({"a.jpg"}));
+  temp.write("divided/valid.json", boxesOn({"a.jpg"}));
+  EXPECT_THAT(pictures(*tnv::readCocoLabels(temp / "divided", reading), temp / "p"),
+              ElementsAre("train/a.jpg: 1", "valid/a.jpg: 1"));
+}
+
+TEST_F(LabelsCoco, APictureThatSeveralAreFoundAtByNameAloneIsRejected) {
+  tnv::LabelReading reading;
+  reading.pictures = temp / "p";
+  reading.clip = true;
+  temp.write("p/a.jpg", "");
+  constexpr auto open = ": several pictures have the name of the one found";
+  temp.write("labels.json", boxesOn({"/gone/train/a.jpg", "/gone/valid/a.jpg"}));
+  auto set = tnv::readCocoLabels(temp / "labels.json", reading);
+  EXPECT_THAT(set->pictures, IsEmpty());
+  EXPECT_THAT(rejectionsIn(*set), ElementsAre(std::string("labels.json:2") + open,
+                                              std::string("labels.json:3") + open));
+  EXPECT_EQ(set->accepted, 0U);
+  EXPECT_EQ(set->cut, 0U);
+  EXPECT_EQ(set->found(), 2U);
+  // The one that is told as it lies there is none of them, and one that is told twice is one.
+  temp.write("labels.json", boxesOn({"a.jpg", "valid/a.jpg", "/gone/x/b.jpg", "/gone/x/b.jpg"}));
+  temp.write("p/b.jpg", "");
+  set = tnv::readCocoLabels(temp / "labels.json", reading);
+  EXPECT_THAT(rejectionsIn(*set), ElementsAre(std::string("labels.json:3") + open));
+  EXPECT_THAT(picturesIn(*set), ElementsAre("a.jpg: 1", "b.jpg: 2"));
 }
 
 TEST_F(LabelsCoco, ManyCategoriesCostNoMoreThanTheirNumber) {

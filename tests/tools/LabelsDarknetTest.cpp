@@ -4,6 +4,8 @@
 #include <locale>
 #include <random>
 
+#include <opencv2/imgcodecs.hpp>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -33,15 +35,6 @@ tnv::LabelSet readSet(const std::string& path, const tnv::LabelReading& reading 
   auto set = tnv::readDarknetLabels(path, reading);
   EXPECT_TRUE(set.has_value()) << path;
   return set ? std::move(*set) : tnv::LabelSet();
-}
-
-/// "name of the picture: number of labels".
-Texts pictures(const tnv::LabelSet& set, const std::string& root) {
-  Texts texts;
-  for (const auto& picture : set.pictures)
-    texts.push_back(fs::path(picture.path).lexically_relative(root).generic_string() + ": " +
-                    std::to_string(picture.labels.size()));
-  return texts;
 }
 
 Texts rejections(const tnv::LabelSet& set) {
@@ -237,6 +230,24 @@ TEST(LabelsDarknet, LinesOfAListThatAreNoPicturesAreRejected) {
   EXPECT_THAT(pictures(set, temp.path()), ElementsAre("data/obj/a.jpg: 0"));
   EXPECT_THAT(rejections(set), ElementsAre("list.txt:3: no picture file",
                                            "list.txt:4: no picture file", "gone.md:0: no picture"));
+}
+
+TEST(LabelsDarknet, PicturesOfAnyKindThatCanBeReadLieBesideTexts) {
+  const TempDirectory temp;
+  temp.write("classes.txt", "screw\n");
+  temp.makeDirectory("images");
+  const cv::Mat picture(8, 8, CV_8UC3, cv::Scalar(1, 2, 3));
+  for (const std::string type : {"bmp", "tif", "webp"}) {
+    cv::imwrite(temp / "images/" + type + "." + type, picture);
+    temp.write("labels/" + type + ".txt", "0 0.5 0.5 0.5 0.5\n");
+  }
+  fs::rename(temp / "images/tif.tif", temp / "images/tif.of somebody");
+  temp.write("images/notes.doc", "no picture");
+  temp.write("labels/notes.txt", "0 0.5 0.5 0.5 0.5\n");
+  const auto set = readSet(temp.path());
+  EXPECT_THAT(picturesIn(set), ElementsAre("bmp.bmp: 1", "tif.of somebody: 1", "webp.webp: 1"));
+  EXPECT_THAT(rejections(set), ElementsAre("notes.txt:1: no picture"));
+  EXPECT_THAT(picturesIn(readSet(temp / "labels/bmp.txt")), ElementsAre("bmp.bmp: 1"));
 }
 
 TEST(LabelsDarknet, PicturesMayLieElsewhere) {
@@ -580,6 +591,8 @@ TEST(LabelNames, YamlHasThemInManyForms) {
       "names:\r\n  2: bolt\r\n  0: 'screw'\r\n  1: hex nut\r\nval: x\r\n",
       "names: {0: screw, 1: 'hex nut', 2: bolt}\n",
       "\xEF\xBB\xBFnames : # all of them\n  0: screw\n  1: hex nut\n  2: bolt",
+      "'nc': 3\n\"names\": [\"screw\", 'hex nut', bolt]\n",
+      "'names\": [a]\n\"names\" :\n  \"0\": screw\n  '1': hex nut\n  2: bolt\n",
   };
   for (const char* text : texts) {
     const auto classes = tnv::parseYaml(text).classes;
@@ -655,6 +668,22 @@ TEST(LabelNames, OtherYamlIsPassedOver) {
     EXPECT_THAT(tnv::parseYaml(text).classes.names, IsEmpty()) << text;
   const auto description = tnv::parseYaml("path: ../set\ntrain: images/train # here\nval: 'v'\n");
   EXPECT_THAT(description.sources, ElementsAre("../set/images/train", "../set/v"));
+}
+
+TEST(LabelNames, SpellingsThatAreNotReadAreNoNamesAndToldOf) {
+  for (const char* text : {"names: &all [a, b]\n", "names: *all\n", "names:\n  - |\n    a\n  - b\n",
+                           "names:\n  0: >-\n    a\n", "names: [a, *b]\n", "names: !!seq [a]\n",
+                           "names:\n  - a\n  - &b b\n", "{\"names\": [\n\"a\",\n\"b\"]}\n",
+                           "names: {0: a, 1: !!str b}\n"}) {
+    LogCapture log;
+    EXPECT_THAT(tnv::parseYaml(text).classes.names, IsEmpty()) << text;
+    EXPECT_THAT(log.text(), HasSubstr("are not read, write the values out!")) << text;
+  }
+  LogCapture log;
+  EXPECT_THAT(tnv::parseYaml("train: *place\nval: a&b\nnames: ['*', \"&\", a*, 'b | c']").sources,
+              ElementsAre("a&b"));
+  EXPECT_THAT(tnv::parseYaml("names: ['*', \"&\", a*, b | c]").classes.names,
+              ElementsAre("*", "&", "a*", "b | c"));
 }
 
 TEST(LabelNames, DamagedYamlEndsWhereItIsDamaged) {

@@ -1,5 +1,6 @@
 #include "tools/LabelsVoc.h"
 
+#include <filesystem>
 #include <random>
 
 #include <opencv2/imgcodecs.hpp>
@@ -207,6 +208,77 @@ TEST_F(LabelsVoc, PicturesElsewhereMayBeDividedLikeTheFiles) {
     const auto set = tnv::readVocLabels(other / "set", reading);
     EXPECT_THAT(picturesIn(*set), ElementsAre("c.jpg: 1")) << file;
   }
+}
+
+namespace {
+
+/// A file of a box in line 3, on a picture that it tells the whole path of.
+std::string fileFrom(const std::string& path) {
+  const std::string name = path.substr(path.find_last_of("/\\") + 1);
+  std::string text = fileWith(object("nut", corners("1", "1", "9", "9")), name);
+  return text.insert(text.find("</filename>") + 11, "<path>" + path + "</path>");
+}
+
+constexpr auto kOpen = ": several pictures have the name of the one found";
+
+}  // namespace
+
+TEST_F(LabelsVoc, PicturesOfOneNameAreToldApartByTheirDirectories) {
+  tnv::LabelReading reading;
+  reading.pictures = temp / "p";
+  for (const char* picture : {"p/a.jpg", "p/train/a.jpg", "p/valid/a.jpg"})
+    temp.write(picture, "");
+  for (const std::string root : {"/gone/", "C:\\gone\\"}) {
+    const std::string slash = root.substr(root.size() - 1);
+    temp.write("flat/a.xml", fileFrom(root + "train" + slash + "a.jpg"));
+    temp.write("flat/a_2.xml", fileFrom(root + "valid" + slash + "a.jpg"));
+    const auto set = tnv::readVocLabels(temp / "flat", reading);
+    EXPECT_THAT(rejectionsIn(*set), IsEmpty());
+    EXPECT_THAT(pictures(*set, temp / "p"), ElementsAre("train/a.jpg: 1", "valid/a.jpg: 1"));
+  }
+}
+
+TEST_F(LabelsVoc, APictureThatSeveralAreFoundAtByNameAloneIsRejected) {
+  const std::string text = fileWith(object("nut", corners("1", "1", "9", "9")));
+  tnv::LabelReading reading;
+  reading.pictures = temp / "p";
+  temp.write("p/a.jpg", "");
+  temp.write("flat/a.xml", fileFrom("/gone/train/a.jpg"));
+  temp.write("flat/a_2.xml", fileFrom("/gone/valid/a.jpg"));
+  auto set = tnv::readVocLabels(temp / "flat", reading);
+  EXPECT_THAT(rejectionsIn(*set),
+              ElementsAre(std::string("a.xml:3") + kOpen, std::string("a_2.xml:3") + kOpen));
+  EXPECT_THAT(set->pictures, IsEmpty());
+  for (const char* split : {"train", "valid"})
+    temp.write("set/Annotations/" + std::string(split) + "/" + split + ".xml", text);
+  temp.write("set/JPEGImages/a.jpg", "");
+  for (const auto& manner : {reading, tnv::LabelReading()}) {
+    set = tnv::readVocLabels(temp / "set", manner);
+    EXPECT_THAT(rejectionsIn(*set), ElementsAre(std::string("train.xml:3") + kOpen,
+                                                std::string("valid.xml:3") + kOpen));
+    EXPECT_EQ(set->found(), 2U);
+  }
+  // One that lies where it is told is none of them.
+  const std::string elsewhere = temp.write("elsewhere/b.jpg", "");
+  for (const char* split : {"train", "valid"})
+    temp.write("again/Annotations/" + std::string(split) + "/b.xml", fileFrom(elsewhere));
+  for (const auto& manner : {reading, tnv::LabelReading()})
+    EXPECT_THAT(picturesIn(*tnv::readVocLabels(temp / "again", manner)),
+                ElementsAre("b.jpg: 1", "b.jpg: 1"));
+  temp.write("set/JPEGImages/valid/a.jpg", "");
+  temp.write("set/Annotations/again.xml", text);
+  set = tnv::readVocLabels(temp / "set", {});
+  EXPECT_THAT(rejectionsIn(*set), ElementsAre(std::string("train.xml:3") + kOpen));
+  EXPECT_THAT(pictures(*set, temp / "set/JPEGImages"), ElementsAre("a.jpg: 1", "valid/a.jpg: 1"));
+}
+
+TEST_F(LabelsVoc, FurtherBoxesOfAnObjectAreRejectedEach) {
+  const std::string box = "<bndbox>" + corners("1", "1", "9", "9") + "</bndbox>\n";
+  const auto set = read(fileWith("<object><name>nut</name>" + box + box + "<part>" + box +
+                                 "</part>" + box + "</object>\n"));
+  EXPECT_THAT(picturesIn(set), ElementsAre("a.jpg: 1"));
+  EXPECT_THAT(rejectionsIn(set), ElementsAre("a.xml:4: the object has a box already",
+                                             "a.xml:6: the object has a box already"));
 }
 
 TEST_F(LabelsVoc, ASizeThatIsMissingIsThatOfThePicture) {

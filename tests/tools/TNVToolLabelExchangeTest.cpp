@@ -634,6 +634,55 @@ TEST_F(LabelExchange, AnExportNeverReplacesItsOwnSources) {
   EXPECT_TRUE(fs::exists(builder.temp / "texts/labels/a.txt"));
 }
 
+TEST_F(LabelExchange, AnExportKeepsThePicturesThatAreProtected) {
+  exchange.wSetPictureDirectory("");
+  exchange.wSetFormat("Darknet");
+  exchange.wSetCopy(true);
+  mark(0, TNVMarkRect({0.25, 0.25}, {0.75, 0.5}, false), {1});
+  ASSERT_TRUE(readMarks());
+  ASSERT_TRUE(exchange.wWrite(out()));
+  // The copy is a picture of the project from here on, and does not go out.
+  record(1).imagePath = out() + "/images/a.png";
+  const auto trainSets = builder.project().wGetTrainSets();
+  ASSERT_TRUE(exchange.wReadMarks({trainSets[0]}, builder.project().wGetDNNClasses()));
+  ASSERT_TRUE(exchange.wCanWrite(out()));
+  exchange.wProtect(trainSets);
+  LogCapture log;
+  EXPECT_FALSE(exchange.wCanWrite(out()));
+  EXPECT_FALSE(exchange.wTryWrite(out()));
+  EXPECT_FALSE(exchange.wWrite(out()));
+  EXPECT_THAT(log.text(), HasSubstr("it is or contains '" + out() + "/images/a.png'"));
+  EXPECT_TRUE(fs::exists(out() + "/images/a.png"));
+  EXPECT_TRUE(exchange.wWrite(builder.temp / "other"));
+  exchange.wProtect({WTNVTrainSet(), trainSets[0]});
+  EXPECT_TRUE(exchange.wCanWrite(out()));
+}
+
+TEST_F(LabelExchange, WhereAPictureIsUnknownNoPicturesAreReplaced) {
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  exchange.wSetPictureDirectory("");
+  exchange.wSetFormat("VOC");
+  for (const std::string& content : {std::string("<?xml"), std::string()}) {
+    builder.reopened();
+    const std::string file = fs::path(record(1).dataPath).filename().string();
+    const std::string whole = readFile(record(1).dataPath);
+    builder.temp.write("projects/demo/is_set/" + file, content);
+    const auto trainSets = builder.project().wGetTrainSets();
+    const std::string place = builder.temp / ("of " + std::to_string(content.size()));
+    ASSERT_TRUE(exchange.wReadMarks({trainSets[0]}, builder.project().wGetDNNClasses()));
+    exchange.wProtect(trainSets);
+    exchange.wSetCopy(false);
+    EXPECT_TRUE(exchange.wWrite(place)) << "texts alone may be replaced";
+    EXPECT_TRUE(exchange.wWrite(place));
+    exchange.wSetCopy(true);
+    EXPECT_TRUE(exchange.wWrite(place));
+    LogCapture log;
+    EXPECT_FALSE(exchange.wWrite(place));
+    EXPECT_THAT(log.text(), HasSubstr(file + "' cannot be read, and its picture may lie there"));
+    builder.temp.write("projects/demo/is_set/" + file, whole);
+  }
+}
+
 namespace {
 
 /// The files below a directory with what is in them.

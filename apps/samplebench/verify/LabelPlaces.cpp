@@ -1,5 +1,6 @@
 #include "verify/LabelPlaces.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace fs = std::filesystem;
@@ -18,7 +19,7 @@ bool isPictureFolder(const fs::path& part) {
 /// The path with `labels` in place of the last such folder; empty if it has none.
 fs::path labelTreePath(const fs::path& picture) {
   fs::path head = picture.parent_path();
-  fs::path tail = picture.filename();
+  fs::path tail = picture.filename().replace_extension(".txt");
   while (head.has_relative_path()) {
     if (isPictureFolder(head.filename())) return head.parent_path() / "labels" / tail;
     tail = head.filename() / tail;
@@ -27,21 +28,37 @@ fs::path labelTreePath(const fs::path& picture) {
   return {};
 }
 
+bool hasSeveralPictureFolders(const fs::path& picture) {
+  const auto folders = picture.parent_path();
+  return std::count_if(folders.begin(), folders.end(), isPictureFolder) > 1;
+}
+
 }  // namespace
 
 std::string LabelPlaces::labelOf(const std::string& picture) {
-  auto beside = fs::path(picture).replace_extension(".txt");
-  auto elsewhere = labelTreePath(picture);
-  if (elsewhere.empty()) return isThere(beside) ? beside.generic_string() : "";
-  elsewhere.replace_extension(".txt");
-  if (isThere(elsewhere)) return elsewhere.generic_string();
+  const auto beside = fs::path(picture).replace_extension(".txt");
+  const auto inTree = labelTreePath(picture);
+  if (inTree.empty()) return isThere(beside) ? beside.generic_string() : "";
+  if (isThere(inTree)) {
+    if (hasLists) {
+      report(picture, "Darknet looks for their labels beside them, others in " +
+                          inTree.parent_path().generic_string());
+    } else if (hasSeveralPictureFolders(picture)) {
+      report(picture,
+             "there are several in the path, of which trainers put labels in place of the "
+             "first, the last or all");
+    }
+    return inTree.generic_string();
+  }
   if (!isThere(beside)) return "";
-  const auto directory = beside.parent_path().generic_string();
+  report(picture, "their labels lie beside them, and some trainers look for these in " +
+                      inTree.parent_path().generic_string() + " and take the pictures for empty");
+  return beside.generic_string();
+}
+
+void LabelPlaces::report(const std::string& picture, const std::string& text) {
+  const auto directory = fs::path(picture).parent_path().generic_string();
   if (reported.insert(directory).second)
     findings.push_back({directory, 0, "images-folder",
-                        "labels lie beside pictures below a folder named images or JPEGImages; "
-                        "some trainers look for them in " +
-                            elsewhere.parent_path().generic_string() +
-                            " and take the pictures for empty"});
-  return beside.generic_string();
+                        "the pictures lie below a folder named images or JPEGImages: " + text});
 }

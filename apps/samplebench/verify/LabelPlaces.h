@@ -9,13 +9,18 @@
 /// directory `images` (`JPEGImages`) that the pictures lie in.
 class LabelPlaces {
  public:
-  explicit LabelPlaces(Findings& list) : findings(list) {}
+  /// In sets with lists Darknet looks for labels beside pictures, its successors in `labels`.
+  LabelPlaces(Findings& list, bool setHasLists) : findings(list), hasLists(setHasLists) {}
 
-  /// The label text of the picture; empty if there is none. Labels beside pictures in a directory
-  /// `images` are reported, once for each directory: some trainers look for them in `labels` alone.
+  /// The label text of the picture; empty if there is none. Pictures below a directory `images` are
+  /// reported, once for each directory, if not all trainers look for their labels there: where the
+  /// labels lie beside them, the set has lists, or there are several such directories in the path.
   std::string labelOf(const std::string& picture);
 
  private:
+  void report(const std::string& picture, const std::string& text);
+
   Findings& findings;
+  bool hasLists;
   std::unordered_set<std::string> reported;
 };

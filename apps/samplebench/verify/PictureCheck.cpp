@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include <opencv2/core.hpp>
@@ -76,8 +77,30 @@ std::uint64_t hashOf(const std::vector<uchar>& bytes) {
   return hash;
 }
 
+/// What libexif reads of a picture: a JPEG as it is, of a PNG the chunk that holds the same. Other
+/// kinds have tags that no reader of pictures here follows.
+std::vector<uchar> exifBytes(const std::vector<uchar>& bytes) {
+  constexpr std::array<uchar, 8> png{0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
+  constexpr std::size_t frame = 12;  // length, name and checksum of a chunk
+  if (bytes.size() < png.size() || !std::equal(png.begin(), png.end(), bytes.begin())) return bytes;
+  for (std::size_t at = png.size(); at + frame <= bytes.size();) {
+    std::size_t length = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+      length = length << 8U | bytes[at + i];
+    if (length > bytes.size() - at - frame) break;
+    const auto* name = &bytes[at + 4];
+    at += frame + length;
+    if (std::string_view(reinterpret_cast<const char*>(name), 4) != "eXIf") continue;
+    std::vector<uchar> exif{'E', 'x', 'i', 'f', 0, 0};
+    exif.insert(exif.end(), name + 4, name + 4 + length);
+    return exif;
+  }
+  return {};
+}
+
 /// The orientation that the picture's tag asks for, 1 to 8; 1 without a tag.
-int orientationOf(const std::vector<uchar>& bytes) {
+int orientationOf(const std::vector<uchar>& picture) {
+  const auto bytes = exifBytes(picture);
   const std::unique_ptr<ExifData, void (*)(ExifData*)> data(
       exif_data_new_from_data(bytes.data(), static_cast<unsigned>(bytes.size())), exif_data_unref);
   if (!data) return 1;

@@ -130,35 +130,41 @@ std::vector<std::string> picturesOf(const fs::path& directory, Findings& finding
   return picturesBelow(fs::is_directory(images, error) ? images : directory, findings);
 }
 
-/// Whether one of the files of that ending has a text in it, not too far from its beginning.
-bool hasFileWith(const fs::path& directory, const std::string& ending, const std::string& text) {
+/// The format of labels that the file holds, by what stands not too far from its beginning; empty
+/// if it is none of those that are only imported.
+std::string otherFormatOf(const fs::path& file) {
   constexpr std::size_t farthest = 1U << 20U;
-  const auto files = filesIn(directory);
-  return std::any_of(files.begin(), files.end(), [&](const fs::path& file) {
-    if (lowered(file.extension().string()) != ending) return false;
-    std::string begin(farthest, '\0');
-    std::ifstream stream(file, std::ios::binary);
-    stream.read(begin.data(), std::ssize(begin));
-    return begin.find(text) < static_cast<std::size_t>(stream.gcount());
-  });
+  const auto ending = lowered(file.extension().string());
+  if (ending != ".json" && ending != ".xml") return "";
+  std::string begin(farthest, '\0');
+  std::ifstream stream(file, std::ios::binary);
+  stream.read(begin.data(), std::ssize(begin));
+  begin.resize(static_cast<std::size_t>(stream.gcount()));
+  const auto holds = [&](const char* text) { return begin.find(text) != std::string::npos; };
+  if (ending == ".xml") return holds("<annotation") ? "VOC" : "";
+  return holds("\"images\"") || holds("\"annotations\"") ? "COCO" : "";
+}
+
+void requireNoOtherFormat(const fs::path& file, const std::string& named) {
+  const auto format = otherFormatOf(file);
+  if (!format.empty())
+    throw CommandError("'" + named + "' holds labels of the format " + format +
+                       "; verify and stats read sets for Darknet and its successors: take these "
+                       "into a project with labels import, and write them with labels export "
+                       "--format Darknet --copy");
 }
 
 /// Pictures without label texts beside labels of another format are no Darknet set with findings.
-void requireNoOtherFormat(const fs::path& directory) {
+void requireNoOtherFormatIn(const fs::path& directory) {
   Findings ignored;
-  LabelPlaces places(ignored);
+  LabelPlaces places(ignored, false);
   const auto pictures = picturesOf(directory, ignored);
   if (std::any_of(pictures.begin(), pictures.end(),
                   [&](const auto& picture) { return !places.labelOf(picture).empty(); }))
     return;
   for (const auto& place : {directory, directory / "annotations", directory / "Annotations"})
-    for (const auto& [format, ending, text] :
-         {std::array{"COCO", ".json", "\"images\""}, std::array{"COCO", ".json", "\"annotations\""},
-          std::array{"VOC", ".xml", "<annotation"}})
-      if (hasFileWith(place, ending, text))
-        throw CommandError("'" + directory.string() + "' holds labels of the format " + format +
-                           "; verify and stats read sets for Darknet and its successors, labels "
-                           "import reads these");
+    for (const auto& file : filesIn(place))
+      requireNoOtherFormat(file, directory.string());
 }
 
 void addFilesOfDirectory(const fs::path& directory, SetLayout& layout, Findings& findings) {
@@ -167,7 +173,7 @@ void addFilesOfDirectory(const fs::path& directory, SetLayout& layout, Findings&
     if (layout.testLists.empty()) layout.testLists = listOfOne(ifThere(directory / name));
   layout.namesFile = namesFileIn(directory);
   if (!layout.trainLists.empty()) return;
-  requireNoOtherFormat(directory);
+  requireNoOtherFormatIn(directory);
   layout.pictures = picturesOf(directory, findings);
   if (layout.pictures.empty())
     throw CommandError("'" + directory.string() +
@@ -255,7 +261,7 @@ void addFilesOfDescription(const std::string& file, SetLayout& layout, Findings&
 class Verifier {
  public:
   Verifier(const SetLayout& files, VerifiedSet& verified)
-      : layout(files), result(verified), places(verified.findings) {}
+      : layout(files), result(verified), places(verified.findings, hasLists(files)) {}
 
   void run(const VerifyProgress& progress) {
     readRules();
@@ -275,6 +281,11 @@ class Verifier {
   void report(const std::string& file, const char* rule, const std::string& text,
               std::size_t line = 0) {
     result.findings.push_back({file, line, rule, text});
+  }
+
+  /// As Darknet itself reads a set, which looks for labels beside pictures.
+  static bool hasLists(const SetLayout& files) {
+    return files.description.empty() && !files.lists().empty();
   }
 
   void readRules() {
@@ -533,6 +544,7 @@ void requireSetFile(const std::string& path) {
   if (path.ends_with(".cfg"))
     throw CommandError("'" + path + "' is a network file; " + takes +
                        ", and the network with --net");
+  requireNoOtherFormat(path, path);
   if (!path.ends_with(".data") && !isDescription(path) && !hasDataKeys(path))
     throw CommandError("'" + path + "' describes no training set; " + takes);
 }
