@@ -37,7 +37,7 @@ void checkPictureOf(const PictureRecord& record, Findings& findings) {
   }
   const auto size = pictureSize(record.path);
   const auto before = sizeWhenCopied(record.trainSet);
-  if (size.empty()) {
+  if (size.empty() || !isDecodable(record.path)) {
     report("unreadable-picture", "the picture cannot be read");
   } else if (isCutJpeg(record.path)) {
     report("cut-picture", "the file breaks off before the picture's end");
@@ -45,6 +45,20 @@ void checkPictureOf(const PictureRecord& record, Findings& findings) {
     report("other-size", "the picture has " + textOf(size) + " pixels and had " + textOf(before) +
                              "; its marks may lie elsewhere now");
   }
+}
+
+// As settings leave them that lost their classes, or a save of another program that was cut off.
+void checkClassesOf(const PictureRecord& record, const std::vector<WTNVDNNClass>& classes,
+                    Findings& findings) {
+  const auto marks = record.trainSet.wGetMarks();
+  const auto unknown = std::count_if(marks.begin(), marks.end(), [&](const auto& mark) {
+    return !mark.wGetClassIdx().empty() && mark.wGetDNNClasses(classes).empty();
+  });
+  if (unknown > 0)
+    findings.push_back({record.path, 0, "unknown-class",
+                        counted(static_cast<std::size_t>(unknown), "mark") +
+                            " of classes that the project does not have; restore its settings, or "
+                            "remove the marks with: samplebench remove mark"});
 }
 
 // Of pictures that were removed the records stay, so that a few beside a list are no finding.
@@ -59,6 +73,16 @@ void checkLists(const WTNVProject& project, Findings& findings, Output& output) 
                 " beside those of the lists, as of pictures that were removed");
 }
 
+void noteUnknownSizes(const std::vector<PictureRecord>& records, Output& output) {
+  const auto count = std::count_if(records.begin(), records.end(), [](const auto& record) {
+    return record.damage.empty() && sizeWhenCopied(record.trainSet).empty();
+  });
+  output.fact("sizesUnknown", static_cast<Json::UInt64>(count));
+  if (count > 0)
+    output.note("which size " + counted(static_cast<std::size_t>(count), "picture") +
+                " had before is not known, as there are no reduced copies of them");
+}
+
 void runCheck(const Locations& locations, const std::string& projectName, Output& output) {
   const auto project = openProject(locations, projectName);
   const auto records = readRecords(*project);
@@ -67,11 +91,13 @@ void runCheck(const Locations& locations, const std::string& projectName, Output
   if (!advice.empty())
     findings.push_back({projectDirectory(*project).string(), 0, "moved-project", advice});
   checkLists(*project, findings, output);
+  const auto classes = project->wGetDNNClasses();
   Progress progress(records.size(), output);
   std::set<std::pair<std::string, std::string>> seen;
   for (const auto& record : records) {
     if (record.damage.empty()) {
       checkPictureOf(record, findings);
+      checkClassesOf(record, classes, findings);
       if (!seen.emplace(record.set, absolutePath(record.path)).second)
         findings.push_back(
             {record.path, 0, "listed-twice",
@@ -88,6 +114,7 @@ void runCheck(const Locations& locations, const std::string& projectName, Output
   }
   progress.finish();
   writeFindings(findings, output);
+  noteUnknownSizes(records, output);
   output.fact("pictures", static_cast<Json::UInt64>(records.size()));
   output.say(counted(records.size(), "picture") + ", " + counted(findings.size(), "finding"));
 }

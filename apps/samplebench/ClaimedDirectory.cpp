@@ -37,8 +37,11 @@ ClaimedDirectory::~ClaimedDirectory() {
     fs::remove(*path, error);
 }
 
+std::string busyText(const std::string& holder) {
+  return (holder.empty() ? std::string() : " (" + holder + ")") +
+         "; nothing was changed, try again when it is done";
+}
+
 void ClaimedDirectory::requireOurs() const {
-  if (!isOurs())
-    throw CommandError("another command works in '" + name +
-                       "'; nothing was changed, try again when it is done");
+  if (!isOurs()) throw CommandError("another command works in '" + name + "'" + busyText(holder()));
 }

@@ -7,6 +7,9 @@
 
 #include "Platform.h"
 
+/// The end of the message that another program has a lock.
+std::string busyText(const std::string& holder);
+
 /// A directory that a command works in, kept for it and there while this lives, as far as there are
 /// rights to make it: whether it will do is for others to tell. It goes again, and those made above
 /// it, if nothing was put into it.
@@ -19,6 +22,8 @@ class ClaimedDirectory {
 
   /// False if another program has it.
   bool isOurs() const { return lock->isOurs(); }
+
+  std::string holder() const { return lock->holder(); }
 
   /// Throws CommandError unless it is ours.
   void requireOurs() const;

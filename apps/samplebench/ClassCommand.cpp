@@ -207,6 +207,17 @@ std::vector<WTNVDNNClass> classesNamed(const WTNVProject& project,
   return classes;
 }
 
+// The marks that gave the classes up are saved first, so that a save which is cut off leaves
+// classes without marks, which can be removed again, and never marks without a class.
+void removeClasses(WTNVProject& project, const std::vector<WTNVDNNClass>& classes,
+                   const Output& output) {
+  saveProject(project, false, output);
+  for (const auto& dnnClass : classes)
+    project.wRemoveDNNClass(dnnClass);
+  renumber(project);
+  saveProject(project, true, output);
+}
+
 void runMerge(const Locations& locations, const ClassEditOptions& options, Output& output) {
   requireDistinct(options.names);
   const ProjectLock lock(locations, options.project, output);
@@ -220,11 +231,9 @@ void runMerge(const Locations& locations, const ClassEditOptions& options, Outpu
     if (dnnClass.equal(target))
       throw CommandError("class '" + options.target + "' cannot be merged into itself", exitUsage);
     annotations.edit([&](const auto& trainSet) { trainSet.wReplaceClass(dnnClass, target); });
-    project->wRemoveDNNClass(dnnClass);
   }
   const auto twins = before - annotations.markCount();
-  renumber(*project);
-  saveProject(*project, true, output);
+  removeClasses(*project, classes, output);
   output.fact("sameMarks", static_cast<Json::UInt64>(twins));
   report(
       *project,
@@ -245,7 +254,6 @@ void runDelete(const Locations& locations, const ClassEditOptions& options, Outp
   const auto marks = annotations.countOf(classes);
   for (const auto& dnnClass : classes) {
     annotations.edit([&](const auto& trainSet) { trainSet.wRemoveClass(dnnClass); });
-    project->wRemoveDNNClass(dnnClass);
   }
   const auto deleted = before - annotations.markCount();
   if (deleted > 0 && !options.withMarks)
@@ -253,8 +261,7 @@ void runDelete(const Locations& locations, const ClassEditOptions& options, Outp
                        joined(options.names) +
                        ", having no other class; --with-marks does that, and class merge gives "
                        "them another class");
-  renumber(*project);
-  saveProject(*project, true, output);
+  removeClasses(*project, classes, output);
   output.fact("deletedMarks", static_cast<Json::UInt64>(deleted));
   report(*project, "deleted " + joined(options.names) + " with " + counted(deleted, "mark"), marks,
          output);

@@ -1,6 +1,10 @@
 #include "Platform.h"
 
+#include <algorithm>
 #include <csignal>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 
@@ -11,6 +15,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -71,6 +76,7 @@ bool canWriteIn(const std::filesystem::path& directory) {
 
 struct DirectoryLock::State {
   HANDLE handle = INVALID_HANDLE_VALUE;
+  std::string holder;
   bool isHeldElsewhere = false;
 
   ~State() {
@@ -147,13 +153,51 @@ class LockedPath {
   int descriptor = -1;
 };
 
+// As the system tells it; empty if it is gone meanwhile.
+std::string commandOf(const std::string& process) {
+  constexpr std::size_t mostTold = 200;
+  std::ifstream file("/proc/" + process + "/cmdline");
+  std::string words;
+  std::getline(file, words);
+  std::replace(words.begin(), words.end(), '\0', ' ');
+  if (words.size() > mostTold) words = words.substr(0, mostTold) + "...";
+  return words.substr(0, words.find_last_not_of(' ') + 1);
+}
+
+// Who has locked what lies at the path. Only Linux tells, in a table of all locks.
+std::string holderOf(const std::filesystem::path& path) {
+  struct stat there = {};
+  if (stat(path.c_str(), &there) != 0) return "";
+  char place[64];
+  std::snprintf(place, sizeof place, "%02x:%02x:%llu", major(there.st_dev), minor(there.st_dev),
+                static_cast<unsigned long long>(there.st_ino));
+  std::ifstream locks("/proc/locks");
+  for (std::string line; std::getline(locks, line);) {
+    std::istringstream words(line);
+    std::string number, kind, rule, access, process, locked;
+    words >> number >> kind >> rule >> access >> process >> locked;
+    if (kind != "FLOCK" || locked != place) continue;
+    const auto command = commandOf(process);
+    return command.empty() ? "" : "process " + process + ", " + command;
+  }
+  return "";
+}
+
 }  // namespace
 
 struct DirectoryLock::State {
   LockedPath directory;
   LockedPath file;
   std::filesystem::path ownFile;
+  std::string holder;
   bool isHeldElsewhere = false;
+
+  /// False if another program has it.
+  bool take(LockedPath& locked, const std::filesystem::path& path, int flags) {
+    isHeldElsewhere = !locked.take(path, flags);
+    if (isHeldElsewhere) holder = holderOf(path);
+    return !isHeldElsewhere;
+  }
 
   ~State() {
     // While it is locked: who opens it from here on makes another.
@@ -165,11 +209,10 @@ DirectoryLock::DirectoryLock(const std::filesystem::path& directory, Kind kind)
     : state(std::make_unique<State>()) {
   if (kind == Kind::replaced) {
     const auto file = lockFileOf(directory);
-    state->isHeldElsewhere = !state->file.take(file, O_RDWR | O_CREAT);
-    if (state->isHeldElsewhere) return;
+    if (!state->take(state->file, file, O_RDWR | O_CREAT)) return;
     if (state->file.isOpen()) state->ownFile = file;
   }
-  state->isHeldElsewhere = !state->directory.take(directory, O_RDONLY | O_DIRECTORY);
+  state->take(state->directory, directory, O_RDONLY | O_DIRECTORY);
 }
 
 #endif
@@ -178,6 +221,10 @@ DirectoryLock::~DirectoryLock() = default;
 
 bool DirectoryLock::isOurs() const {
   return !state->isHeldElsewhere;
+}
+
+std::string DirectoryLock::holder() const {
+  return state->holder;
 }
 
 void endAtInterrupt(int exitCode) {

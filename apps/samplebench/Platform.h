@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 /// What POSIX and Windows call by different names.
 namespace platform {
@@ -36,6 +37,10 @@ class DirectoryLock {
 
   /// False if another program holds it. Where the file system knows no locks this is true.
   bool isOurs() const;
+
+  /// "process 4711, samplebench import parts": who holds it if another program does. Empty where
+  /// the system does not tell.
+  std::string holder() const;
 
  private:
   struct State;

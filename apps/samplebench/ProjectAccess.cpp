@@ -130,9 +130,8 @@ void requireNewProject(const Locations& locations, const std::string& name) {
 
 namespace {
 
-[[noreturn]] void refuseBusy(const std::string& project) {
-  throw CommandError("another command works on project '" + project +
-                     "'; nothing was changed, try again when it is done");
+[[noreturn]] void refuseBusy(const std::string& project, const std::string& holder) {
+  throw CommandError("another command works on project '" + project + "'" + busyText(holder));
 }
 
 }  // namespace
@@ -144,7 +143,7 @@ std::unique_ptr<WTNVProject> createProject(const Locations& locations, const std
   // Of several commands that make it at once one wins; the others meet its lock or its project.
   const ClaimedDirectory directory(fs::path(locations.projects) / name,
                                    platform::DirectoryLock::Kind::staying);
-  if (!directory.isOurs()) refuseBusy(name);
+  if (!directory.isOurs()) refuseBusy(name, directory.holder());
   requireNewProject(locations, name);
   auto project = projectAt(locations, name);
   if (!project->wCreate())
@@ -234,7 +233,7 @@ ProjectLock::ProjectLock(const Locations& locations, const std::string& name,
                          const Output& output) {
   if (output.isDryRun()) return;
   lock = std::make_unique<platform::DirectoryLock>(fs::path(locations.projects) / name);
-  if (!lock->isOurs()) refuseBusy(name);
+  if (!lock->isOurs()) refuseBusy(name, lock->holder());
 }
 
 namespace {
@@ -437,8 +436,8 @@ void requireWholeRecords(const WTNVProject& project) {
 }
 
 fs::path projectDirectory(const WTNVProject& project) {
-  // The samples lie right in it; their path ends in a slash.
-  return fs::path(project.wGetSamplesDirectoryPath()).parent_path().parent_path();
+  // The path ends in a slash.
+  return fs::path(project.wGetProjectDirectoryPath()).parent_path();
 }
 
 bool liesWithin(const fs::path& path, const fs::path& directory) {

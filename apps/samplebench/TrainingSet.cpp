@@ -49,8 +49,11 @@ bool isEarlierSet(const fs::path& directory) {
       fs::is_regular_file(directory / trainName) && fs::is_regular_file(directory / testName);
   // Of a run that was cut short there is only this.
   const bool isPartial = fs::is_regular_file(directory / sourcesName);
-  return (hasLists || isPartial) && fs::is_directory(directory / samplesName) &&
-         holdsOnly(directory, isOurs) && holdsOnly(directory / samplesName, isSample);
+  if (!holdsOnly(directory, isOurs)) return false;
+  const auto samples = directory / samplesName;
+  // The samples are the first to go when a set is replaced.
+  if (!fs::exists(samples)) return isPartial;
+  return (hasLists || isPartial) && fs::is_directory(samples) && holdsOnly(samples, isSample);
 }
 
 // As a run leaves them that was killed before its first file.

@@ -61,6 +61,9 @@ class TNV_SAMPLEBENCH_API WTNVProject {
   /// Names of the projects below the path, in the order of the file system.
   static std::vector<std::string> wReadAvailableProjects(const std::string& projectsPath);
 
+  /// Where the project lies, with a slash at the end.
+  std::string wGetProjectDirectoryPath() const;
+
   std::string wGetSamplesDirectoryPath() const;
 
   /// Names of the training platforms.

@@ -86,6 +86,10 @@ std::vector<std::string> WTNVProject::wReadAvailableProjects(const std::string& 
   return TNVProject::readAvailableProjects(projectsPath);
 }
 
+std::string WTNVProject::wGetProjectDirectoryPath() const {
+  return native->projectDirectory;
+}
+
 std::string WTNVProject::wGetSamplesDirectoryPath() const {
   return native->projectDirectory + native->samplesDirectory;
 }

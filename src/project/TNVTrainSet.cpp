@@ -225,7 +225,13 @@ bool TNVTrainSet::relinkPicture(const std::string& from, const std::string& to) 
 bool TNVTrainSet::relinkRecord(const std::string& from, const std::string& to) {
   const auto path = tnv::movedPath(dataPath, from, to);
   if (path) dataPath = *path;
-  if (!dataLoaded) load();
+  try {
+    if (!dataLoaded) load();
+  } catch (const cv::Exception& error) {
+    // A damaged one moves with the others, to be restored where they are.
+    tnv::logLine("TNVTrainSet::relinkRecord: " + error.err);
+    return path.has_value();
+  }
   const auto cachePath = tnv::movedPath(imageCachePath, from, to);
   if (cachePath) {
     imageCachePath = *cachePath;

@@ -2,6 +2,8 @@
 #include <map>
 #include <sstream>
 
+#include <gmock/gmock.h>
+
 #include "Editor.h"
 #include "ProgramRunner.h"
 #include "ProjectAccess.h"
@@ -205,6 +207,27 @@ TEST_F(ProgramClasses, ADryRunCountsAndChangesNothing) {
   EXPECT_EQ(deleted.substr(0, deleted.find('\n')),
             "would have deleted screw with 2 marks; 2 marks would change");
   EXPECT_EQ(numbers(), "01|02|");
+}
+
+TEST_F(ProgramClasses, ASaveThatIsCutOffLeavesNoMarkWithoutItsClass) {
+  // Records beyond the limit, of 512 bytes, and settings below it.
+  std::string list;
+  for (int i = 0; i < 40; ++i)
+    list += "a.png\tRect\t" + std::string(i % 2 == 0 ? "screw" : "bolt") + "\t0.0" +
+            std::to_string(10 + i) + ",0.1 0.9,0.9\n";
+  place.write("marks.txt", list);
+  succeed({"mark", "parts", "--list", "marks.txt"});
+  for (const Words& words : {Words{"class", "merge", "parts", "screw", "--into", "nut"},
+                             Words{"class", "delete", "parts", "screw", "--with-marks"}}) {
+    Words limited{"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 8; exec \"$@\"", "sh",
+                  SAMPLEBENCH_PROGRAM};
+    limited.insert(limited.end(), words.begin(), words.end());
+    const auto result = RunningProgram(limited, place.path()).wait();
+    EXPECT_EQ(result.exitCode, 1) << result.err;
+    EXPECT_THAT(succeed({"check", "parts"}), testing::HasSubstr(" 0 findings"));
+    EXPECT_THAT(succeed({"class", "list", "parts"}), testing::HasSubstr("screw"));
+  }
+  succeed({"class", "merge", "parts", "screw", "--into", "nut"});
 }
 
 TEST_F(ProgramClasses, NothingChangesWhileARecordCannotBeRead) {

@@ -367,7 +367,8 @@ TEST_F(ProgramLock, OneCommandAtATimeChangesAProject) {
                            {"class", "merge", "parts", "nut", "--into", "screw"},
                            {"class", "delete", "parts", "nut"},
                            {"gallery", "parts"}})
-    fail(call, "another command works on project 'parts'");
+    fail(call,
+         "another command works on project 'parts' (process " + std::to_string(getpid()) + ", ");
   EXPECT_EQ(contents("projects"), before);
   succeed({"list", "parts"});
   succeed({"generate", "parts", "--output", "set"});
@@ -419,7 +420,8 @@ TEST_F(ProgramLock, AnExportHasItsDirectoryForItself) {
   const int directory = open((place / "out").c_str(), O_RDONLY | O_DIRECTORY);
   ASSERT_EQ(flock(directory, LOCK_EX | LOCK_NB), 0);
   const auto before = contents("");
-  fail(call, "another command works in 'out'; nothing was changed");
+  fail(call, "another command works in 'out' (process " + std::to_string(getpid()) + ", ");
+  EXPECT_THAT(run(call).err, HasSubstr("); nothing was changed, try again when it is done"));
   EXPECT_EQ(contents(""), before);
   auto dry = call;
   dry.push_back("--dry-run");

@@ -481,6 +481,17 @@ TEST_F(ProgramGenerate, WhatIsRefusedLeavesNoTrace) {
   EXPECT_EQ(contents(""), mine);
 }
 
+TEST_F(ProgramGenerate, ASetWithoutSamplesIsReplacedIfItIsOfARun) {
+  succeed({"generate", "parts", "--output", "set"});
+  // As a run leaves it that was killed when it had removed the samples of the earlier set.
+  fs::remove_all(place / "set/samples");
+  succeed({"generate", "parts", "--output", "set"});
+  // Lists alone may be somebody's own.
+  fs::remove_all(place / "set/samples");
+  fs::remove(place / "set/sources.txt");
+  fail({"generate", "parts", "--output", "set"}, "no training set of ours");
+}
+
 class ProgramStopped : public ProgramGenerate {
  protected:
   /// A run over an earlier set, if there is to be one, that takes a while.

@@ -124,6 +124,41 @@ TEST_F(ProgramCheck, WhatIsMissingOrDamagedIsNamed) {
   EXPECT_THAT(findings(), HasSubstr(recordA + ": damaged-record: "));
 }
 
+TEST_F(ProgramCheck, APngThatIsCutIsNamed) {
+  const auto whole = readFile(place / "photos/a.png");
+  place.write("photos/a.png", whole.substr(0, whole.size() / 2));
+  const auto result = run({"check", "parts"});
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_THAT(result.out,
+              HasSubstr(place / "photos/a.png" + std::string(": unreadable-picture: ")));
+}
+
+TEST_F(ProgramCheck, MarksOfClassesThatAreLostAreNamed) {
+  succeed({"mark", "parts", "a.png", "Rect", "0.25,0.25", "0.5,0.5", "--class", "nut"});
+  auto settings = readFile(place / "projects/parts/parts.cfg");
+  const auto names = settings.find("DNN.Names");
+  settings.erase(names, settings.find('\n', names) + 1 - names);
+  place.write("projects/parts/parts.cfg", settings);
+  const auto result = run({"check", "parts"});
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_THAT(result.out, HasSubstr(place / "photos/a.png" +
+                                    std::string(": unknown-class: 2 marks of classes")));
+}
+
+TEST_F(ProgramCheck, SizesThatAreNotKnownAreCounted) {
+  EXPECT_THAT(run({"check", "parts"}).err,
+              HasSubstr("which size 2 pictures had before is not known"));
+}
+
+TEST_F(ProgramCheck, SettingsThatPlaceSamplesElsewhereMoveNoProject) {
+  const auto settings = readFile(place / "projects/parts/parts.cfg");
+  for (const char* samples : {"../other/x/", "samples/deep/"}) {
+    place.write("projects/parts/parts.cfg",
+                settings + "Project.SamplesDirectory = \"" + samples + "\"\n");
+    EXPECT_THAT(succeed({"check", "parts"}), HasSubstr("2 pictures, 0 findings")) << samples;
+  }
+}
+
 TEST_F(ProgramCheck, APictureOfAnotherSizeIsNamedIfItsSizeIsKnown) {
   WTNVProject project("parts", place / "projects/", "", "");
   ASSERT_TRUE(project.wLoad());

@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "TNV_SampleBenchNative/WTNVTrainSet.h"
@@ -170,6 +172,22 @@ TEST_F(Relink, AMovedProjectIsReadFromItsNewPlace) {
     EXPECT_TRUE(fs::exists(record->imageCachePath)) << record->imageCachePath;
     EXPECT_TRUE(record->imageCachePath.starts_with(projects)) << record->imageCachePath;
   }
+}
+
+TEST_F(Relink, ADamagedRecordMovesWithTheOthers) {
+  withPictures();
+  ASSERT_TRUE(builder.project().wUpdate(true));
+  const auto before = builder.projectDirectory();
+  const std::string damaged = builder.project().wGetTrainSets()[0].wGetDataPath();
+  std::ofstream(damaged) << "<opencv_storage";
+  const auto projects = builder.temp.makeDirectory("moved");
+  fs::rename(before, projects + "demo");
+  WTNVProject project("demo", projects, builder.temp.path(), builder.temp.path());
+  ASSERT_TRUE(project.wLoad());
+  EXPECT_EQ(project.wRelinkTrainSets(before, projects + "demo"), 2);
+  EXPECT_EQ(project.wGetTrainSets()[0].wGetDataPath(),
+            projects + "demo/" + damaged.substr(before.size()));
+  EXPECT_THAT(log.text(), testing::HasSubstr("TNVTrainSet::relinkRecord: "));
 }
 
 TEST_F(Relink, FrontEndsAskWhereATrainSetsFileLies) {

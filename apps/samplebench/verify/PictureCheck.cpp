@@ -41,17 +41,20 @@ cv::Mat decoded(const std::vector<uchar>& bytes) {
   }
 }
 
+bool isJpeg(const std::vector<uchar>& bytes) {
+  return bytes.size() > 1 && bytes[0] == 0xff && bytes[1] == 0xd8;
+}
+
 /// Whether a JPEG has no end. What stands behind the end marker does not matter, nor what lies in
 /// segments, like the whole JPEG of a thumbnail.
 bool lacksEnd(const std::vector<uchar>& bytes) {
   constexpr uchar marker = 0xff;
-  constexpr uchar startOfPicture = 0xd8;
   constexpr uchar endOfPicture = 0xd9;
   constexpr uchar startOfScan = 0xda;
   const auto at = [&](std::size_t i) { return i < bytes.size() ? bytes[i] : uchar{0}; };
   // In a scan these two follow the marker byte without ending it.
   const auto goesOn = [](uchar code) { return code == 0 || (code >= 0xd0 && code <= 0xd7); };
-  if (at(0) != marker || at(1) != startOfPicture) return false;
+  if (!isJpeg(bytes)) return false;
   std::size_t i = 2;
   while (i + 1 < bytes.size()) {
     if (at(i) != marker || at(i + 1) == marker) {
@@ -162,6 +165,11 @@ std::optional<PictureMarks> checkPicture(const std::string& path, Findings& find
 
 bool isCutJpeg(const std::string& path) {
   return lacksEnd(bytesOf(path));
+}
+
+bool isDecodable(const std::string& path) {
+  const auto bytes = bytesOf(path);
+  return isJpeg(bytes) || !decoded(bytes).empty();
 }
 
 int lookDistance(std::uint64_t a, std::uint64_t b) {

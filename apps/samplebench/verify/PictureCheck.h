@@ -23,6 +23,9 @@ std::optional<PictureMarks> checkPicture(const std::string& path, Findings& find
 /// Whether the file is a JPEG that breaks off: decoders fill the rest with grey and say nothing.
 bool isCutJpeg(const std::string& path);
 
+/// Whether the pixels can be read. Those of a JPEG can, as far as they go.
+bool isDecodable(const std::string& path);
+
 /// In how many of its 64 features one look differs from another.
 int lookDistance(std::uint64_t a, std::uint64_t b);
 
