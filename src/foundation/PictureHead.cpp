@@ -45,6 +45,15 @@ class Bytes {
     return value;
   }
 
+  /// The last bytes of the file, no more than so many. Nothing can be taken after it.
+  std::string takeEnd(std::size_t count) {
+    file.seekg(0, std::ios::end);
+    const auto size = static_cast<std::size_t>(std::max<std::streamoff>(file.tellg(), 0));
+    const std::size_t length = std::min(count, size);
+    file.seekg(static_cast<std::streamoff>(size - length));
+    return take(length);
+  }
+
   void skip(unsigned count) { file.seekg(count, std::ios::cur); }
   bool good() const { return file.good(); }
 
@@ -93,12 +102,16 @@ PictureHead pngHead(Bytes& bytes) {
   const std::uint32_t height = bytes.takeLong();
   head.size = checkedSize(width, height);
   bytes.skip(5 + 4);
-  // A turn stands in a chunk before the pixels.
+  // A turn stands in a chunk before the pixels, or behind them at the end of the file. No writer
+  // makes one as large as this.
+  constexpr std::size_t mostNotes = std::size_t{1} << 17;
+  constexpr std::string_view notes = "eXIf";
   while (bytes.good()) {
     const std::uint32_t length = bytes.takeLong();
     const std::string chunk = bytes.take(4);
-    if (chunk == "IDAT") head.mayBeTurned = !bytes.good();
-    if (chunk == "IDAT" || chunk == "eXIf") return head;
+    if (chunk == "IDAT")
+      head.mayBeTurned = !bytes.good() || bytes.takeEnd(mostNotes).find(notes) != std::string::npos;
+    if (chunk == "IDAT" || chunk == notes) return head;
     bytes.skip(length);
     bytes.skip(4);
   }

@@ -51,6 +51,9 @@ TEST(PictureHead, APngThatMayBeTurnedIsReadToBeSure) {
   EXPECT_EQ(sizeFromHead(temp.write("b.png", png)), cv::Size());
   png.replace(37, 4, "tEXt");
   EXPECT_EQ(sizeFromHead(temp.write("c.png", png)), cv::Size(37, 21));
+  // Behind the pixels, before the last chunk of 12 bytes.
+  png.insert(png.size() - 12, std::string("\0\0\0\0eXIf\0\0\0\0", 12));
+  EXPECT_EQ(sizeFromHead(temp.write("d.png", png)), cv::Size());
 }
 
 TEST(PictureHead, OtherKindsOfPicturesAreRead) {
