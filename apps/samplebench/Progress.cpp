@@ -1,9 +1,9 @@
 #include "Progress.h"
 
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 
+#include "Numbers.h"
 #include "Platform.h"
 
 namespace {
@@ -22,9 +22,7 @@ std::string paceText(const ProgressState& state) {
   if (state.done == 0 || state.seconds <= 0) return "";
   const auto rate = static_cast<double>(state.done) / state.seconds;
   const auto left = static_cast<double>(state.total - state.done) / rate;
-  char text[64];
-  std::snprintf(text, sizeof text, "  %.1f/s  %.0f s left", rate, std::ceil(left));
-  return text;
+  return "  " + formatFixed(rate, 1) + "/s  " + formatFixed(std::ceil(left), 0) + " s left";
 }
 
 // Who sets NO_COLOR wants plain text, whatever the value.

@@ -52,7 +52,8 @@ class TNV_SAMPLEBENCH_API WTNVProject {
 
   /// Writes the train sets that have changed; with `full` also the settings and the lists, and
   /// every train set in memory. False if the project is not on disk or something could not be
-  /// written; what was there before is whole then.
+  /// written; what was there before is whole then. Without the settings nothing else is written, as
+  /// marks might have classes that only they tell.
   bool wUpdate(bool full);
 
   /// Deletes the project's directory with all that it holds. The pictures lie elsewhere and stay.

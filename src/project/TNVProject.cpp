@@ -122,9 +122,9 @@ bool TNVProject::update(bool full) {
     tnv::logLine("TNVProject::update: Project was not loaded completely, nothing is saved!");
     return false;
   }
-  const bool settingsWritten = !full || _writeSettings();
-  const bool imageFilesWritten = _updateImageFiles(full);
-  if (!settingsWritten || !imageFilesWritten) return false;
+  // Records of classes that the settings do not tell would be of others, made later.
+  if (full && !_writeSettings()) return false;
+  if (!_updateImageFiles(full)) return false;
   if (observer) observer->onProjectUpdated();
   return true;
 }

@@ -58,10 +58,6 @@ void changeClasses(WTNVProject& project) {
     record.getNativeTrainSet()->replaceClass(kNut, kScrew);
 }
 
-/// Settings that cannot be written keep no record from being written, which then has a class that
-/// they do not tell.
-enum class Classes { allKnown, someUnknown };
-
 bool isRecord(const std::string& path) {
   return path.find("/is_set/") != path.npos;
 }
@@ -145,7 +141,7 @@ class Saving : public ::testing::Test {
 
   /// Each file is the old or the new one, and with them the project loads with all old marks.
   /// True if some records are old and some are new.
-  bool expectNothingLost(Classes classes = Classes::allKnown) {
+  bool expectNothingLost() {
     const Contents now = contents();
     std::size_t changed = 0;
     for (const auto& [path, content] : before) {
@@ -161,17 +157,15 @@ class Saving : public ::testing::Test {
     // The new set's records have names of their time.
     for (const auto& [path, content] : now)
       EXPECT_TRUE(before.contains(path) || isWholeXml(content)) << path << " is not whole";
-    expectMarks(builder.reopened(), kMarksBefore, classes);
+    expectMarks(builder.reopened(), kMarksBefore);
     return changed > 0 && changed < kPictures;
   }
 
-  static void expectMarks(WTNVProject& project, std::size_t atLeast,
-                          Classes classes = Classes::allKnown) {
+  static void expectMarks(WTNVProject& project, std::size_t atLeast) {
     EXPECT_EQ(project.wGetTrainSetCountFromImageSet("set"), kPictures);
     for (const WTNVTrainSet& record : project.wGetTrainSetsFromImageSet("set")) {
       ASSERT_TRUE(record.wLoadData());
       ASSERT_GE(record.getNativeTrainSet()->marks.size(), atLeast);
-      if (classes == Classes::someUnknown) continue;
       for (const WTNVMark& mark : record.wGetMarks())
         ASSERT_EQ(mark.wGetDNNClasses(project.wGetDNNClasses()).size(), 1U)
             << "a mark has a class that the project does not know";
@@ -310,7 +304,7 @@ TEST_F(Saving, DirectoriesThatMayNotBeWrittenToLoseNothing) {
       EXPECT_FALSE(finishes(child)) << "the failure is not told";
       fs::permissions(project, all);
       fs::permissions(project + "is_set", all);
-      expectNothingLost(setIsOpen ? Classes::someUnknown : Classes::allKnown);
+      expectNothingLost();
     }
   }
   expectThatASecondSaveIsWhole();
