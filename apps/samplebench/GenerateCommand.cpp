@@ -17,6 +17,7 @@
 #include "PictureFile.h"
 #include "Platform.h"
 #include "Progress.h"
+#include "SetLists.h"
 #include "TNV_SampleBenchNative/WTNVGenerationDarknet.h"
 #include "TaskTree.h"
 #include "TemplateValues.h"
@@ -248,6 +249,17 @@ class PicturePlaces {
   std::unordered_map<std::string, bool> holdsParent;
 };
 
+// A picture of which nobody knows the path may lie there, and would be cleared away.
+void requireKnownPictures(const std::string& directory, const WTNVProject& project,
+                          const std::vector<PictureRecord>& pictures) {
+  requireSetLists(project);
+  for (const auto& picture : pictures)
+    if (picture.path.empty())
+      throw CommandError(picture.damage + ". Its picture may lie in '" + directory +
+                         "', which a run would clear; restore that file, or give a new or empty "
+                         "output directory");
+}
+
 // The library refuses to clear such a directory, but only when the run begins.
 void requireNoSources(const std::string& directory, const WTNVProject& project,
                       const std::vector<PictureRecord>& pictures, const Locations& locations) {
@@ -285,7 +297,9 @@ TrainingSetPaths prepareSet(WTNVProject& project, const Locations& locations,
                                       options.project);
   requireOutputPath(paths.directory);
   requireDirectoryPlace(paths.directory);
+  requireRenewable(paths.directory);
   requireReplaceable(paths.directory);
+  if (holdsFiles(paths.directory)) requireKnownPictures(paths.directory, project, pictures);
   requireNoSources(paths.directory, project, pictures, locations);
   auto handler = project.getHndAugment();
   chooseAugmentation(handler, locations, options.augmentation);

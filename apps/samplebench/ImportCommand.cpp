@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <unordered_set>
+
+#include <opencv2/core.hpp>
 #include <utility>
 
 #include "CommandError.h"
@@ -23,11 +25,24 @@ bool hasSet(const WTNVProject& project, const std::string& set) {
   return std::find(sets.begin(), sets.end(), set) != sets.end();
 }
 
+bool canBeRead(const WTNVTrainSet& record) {
+  try {
+    return record.wLoadData();
+  } catch (const cv::Exception&) {
+    return false;
+  }
+}
+
 // A picture is recognised by its path, which an unread record does not know.
 void readSet(const WTNVProject& project, const std::string& set) {
   if (!hasSet(project, set)) return;
   for (const auto& trainSet : project.wGetTrainSetsFromImageSet(set))
-    trainSet.wLoadData();
+    if (!canBeRead(trainSet))
+      throw CommandError(
+          "a record of set '" + set + "' cannot be read: " + trainSet.wGetDataPath() +
+          "; its picture would be added again. Restore that file, or take such records "
+          "out with: samplebench remove picture " +
+          forShell(project.wGetProjectName()) + " --damaged --with-marks");
 }
 
 constexpr auto backslashObjection =

@@ -14,6 +14,7 @@
 #include "PictureFile.h"
 #include "Platform.h"
 #include "Progress.h"
+#include "SetLists.h"
 #include "TNV_SampleBenchNative/WTNVToolLabelExchange.h"
 
 namespace {
@@ -363,7 +364,9 @@ void runImport(const Locations& locations, const LabelsOptions& options, Output&
   reportImport(counts, exchange, output);
   reportRejections(exchange, options, output);
   if (!hasPictures)
-    throw CommandError("the labels have no pictures; --pictures tells where they lie");
+    throw CommandError(
+        "no label has a picture that was found; the reasons above tell why, and "
+        "--pictures tells where pictures lie");
 }
 
 void runExport(const Locations& locations, const LabelsOptions& options, Output& output) {
@@ -381,6 +384,8 @@ void runExport(const Locations& locations, const LabelsOptions& options, Output&
   takeMarks(exchange, options, trainSets, project->wGetDNNClasses(), output);
   // Those that stay here, too, for they may lie among the pictures of an earlier export.
   exchange.wProtect(trainSetsOf(pictures));
+  if (holdsFiles(options.path)) requireSetLists(*project);
+  directoryBehind(options.path);
   requireDirectoryPlace(options.path);
   writeLabels(exchange, options, trainSets.size(), output);
   reportExport(exchange, options, output);

@@ -1,11 +1,14 @@
 #include "OutputFile.h"
 
+#include <algorithm>
 #include <fstream>
 
 #include "CommandError.h"
 #include "HtmlPage.h"
 #include "Interrupt.h"
+#include "PictureFile.h"
 #include "Platform.h"
+#include "SetLists.h"
 
 namespace fs = std::filesystem;
 
@@ -85,6 +88,8 @@ void requireReplaceableFile(const std::string& file, const WTNVProject& project,
                        "' lies in the directory of the project, which is for the project's own "
                        "files; choose another place");
   requireNoPicture(file, pictures);
+  // Nobody knows the pictures of a set whose list is lost.
+  if (looksLikePicture(file)) requireSetLists(project);
 }
 
 void requireWritable(const std::string& file) {
@@ -127,6 +132,23 @@ std::string directoryBehind(const std::string& directory) {
                        fs::read_symlink(place, error).string() +
                        "', which is not there; make that directory, or choose another place");
   return place.is_absolute() ? target.string() : fs::proximate(target).string();
+}
+
+bool holdsFiles(const std::string& directory) {
+  std::error_code error;
+  fs::recursive_directory_iterator entries(directory, error);
+  return std::any_of(begin(entries), end(entries),
+                     [](const auto& entry) { return entry.is_symlink() || !entry.is_directory(); });
+}
+
+void requireRenewable(const std::string& directory) {
+  std::error_code error;
+  if (!fs::is_directory(directory, error)) return;
+  const auto place = fs::canonical(directory, error);
+  if (!platform::canWriteIn(place.parent_path()) || platform::isMountPoint(place))
+    throw CommandError("'" + directory +
+                       "' cannot be removed and made anew, as it is done for each set; choose a "
+                       "directory within it");
 }
 
 void makeDirectory(const std::string& directory) {

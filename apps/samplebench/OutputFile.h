@@ -30,6 +30,12 @@ void requireNoForeignPage(const std::string& report);
 /// is there, or above it, cannot be written to.
 void requireDirectoryPlace(const std::string& directory);
 
+/// Whether anything but directories lies in the directory or below.
+bool holdsFiles(const std::string& directory);
+
+/// Throws CommandError if the directory is there and cannot be removed and made anew.
+void requireRenewable(const std::string& directory);
+
 /// The directory itself, or the one that a link in its place leads to: what replaces a directory
 /// would replace the link. Throws CommandError if that is not there.
 std::string directoryBehind(const std::string& directory);

@@ -74,6 +74,11 @@ bool canWriteIn(const std::filesystem::path& directory) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+bool isMountPoint(const std::filesystem::path& directory) {
+  const auto attributes = GetFileAttributesW(directory.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
 struct DirectoryLock::State {
   HANDLE handle = INVALID_HANDLE_VALUE;
   std::string holder;
@@ -108,6 +113,13 @@ bool errorsGoToTerminal() {
 
 bool canWriteIn(const std::filesystem::path& directory) {
   return faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+bool isMountPoint(const std::filesystem::path& directory) {
+  struct stat here = {};
+  struct stat above = {};
+  return stat(directory.c_str(), &here) == 0 && stat((directory / "..").c_str(), &above) == 0 &&
+         here.st_dev != above.st_dev;
 }
 
 namespace {

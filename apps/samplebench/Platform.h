@@ -17,6 +17,9 @@ bool errorsGoToTerminal();
 /// without trying.
 bool canWriteIn(const std::filesystem::path& directory);
 
+/// Whether another file system begins there.
+bool isMountPoint(const std::filesystem::path& directory);
+
 /// The file that stands for a directory, beside it, while that is locked and there is need of one.
 /// Empty for the root.
 std::filesystem::path lockFileOf(const std::filesystem::path& directory);

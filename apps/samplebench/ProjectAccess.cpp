@@ -408,9 +408,12 @@ std::vector<PictureRecord> readPictures(const WTNVProject& project, Output& outp
   auto pictures = readRecords(project);
   const auto advice = moveAdvice(project);
   if (!advice.empty()) output.note(advice);
-  for (const auto& set : lostSets(project))
+  const auto lost = lostSets(project);
+  for (const auto& set : lost)
     output.note("the list of set '" + set.name +
                 "' is lost, and its pictures are left out: " + lostSetAdvice(project, set));
+  output.fact("lostSets", static_cast<Json::UInt64>(lost.size()));
+  if (!lost.empty()) output.setFindings();
   std::size_t unreadable = 0;
   for (const auto& picture : pictures) {
     if (picture.damage.empty()) continue;

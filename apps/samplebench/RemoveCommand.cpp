@@ -210,6 +210,8 @@ void runRemoveSet(const Locations& locations, const RemoveOptions& options, Outp
   auto removed = readPictures(*project, output);
   std::erase_if(removed, [&](const auto& picture) { return picture.set != options.set; });
   const auto removal = requireRemoval(options, removed, output);
+  const auto records = setRecordsDirectory(*project, options.set);
+  if (fs::exists(records)) requireRemovable(records);
   takeOut(*project, removed);
   saveProject(*project, true, output);
   report(removal, "project " + options.project + " with set " + options.set, output);
@@ -291,7 +293,7 @@ void removeWhole(WTNVProject& project, const RemoveOptions& options, Output& out
   requireOwnRecords(project);
   const auto directory = projectDirectory(project);
   requireRemovable(directory);
-  const auto pictures = readPictures(project, output);
+  const auto pictures = readRecords(project);
   requireNoPicturesWithin(directory, pictures);
   requireListsOrConsent(project, options, output);
   const auto removal = requireRemoval(options, pictures, output);
@@ -307,7 +309,18 @@ void removeWhole(WTNVProject& project, const RemoveOptions& options, Output& out
          output);
 }
 
+// Only the link would go, with the settings behind it.
+void requireNoLink(const Locations& locations, const std::string& project) {
+  const auto place = fs::path(locations.projects) / project;
+  std::error_code error;
+  if (fs::is_symlink(fs::symlink_status(place, error)))
+    throw CommandError("'" + place.string() + "' is a link to '" +
+                       fs::read_symlink(place, error).string() +
+                       "'; remove the project there, with --projects, and then the link");
+}
+
 void runRemoveProject(const Locations& locations, const RemoveOptions& options, Output& output) {
+  requireNoLink(locations, options.project);
   const ProjectLock lock(locations, options.project, output);
   std::unique_ptr<WTNVProject> project;
   try {

@@ -29,7 +29,7 @@ std::string withoutBlanks(std::string text) {
 
 bool isOurs(const fs::path& entry) {
   static const std::regex ours(
-      R"(train\.txt|test\.txt|sources\.txt|division\.txt|samples|backup|.+\.(data|cfg|names|weights))");
+      R"(((train|test|sources|division)\.txt|.+\.(data|cfg|names|weights))(\.new|\.part[0-9]*)?|samples|backup)");
   return std::regex_match(entry.filename().string(), ours);
 }
 

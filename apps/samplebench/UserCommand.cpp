@@ -39,6 +39,9 @@ std::string fileOf(const std::string& users, const std::string& name) {
   return users + name + ".cfg";
 }
 
+// In bytes: the file called after it has endings, and file systems take 255.
+constexpr std::size_t longestName = 200;
+
 [[noreturn]] void refuseName(const std::string& name) {
   throw CommandError("user '" + name + "' cannot be made; choose a name that is free and no path");
 }
@@ -46,6 +49,9 @@ std::string fileOf(const std::string& users, const std::string& name) {
 void requireName(const std::string& users, const std::string& name) {
   requireStorable("the name of a user", name);
   if (name.empty() || name.find('/') != std::string::npos) refuseName(name);
+  if (name.size() > longestName)
+    throw CommandError("user '" + name + "' cannot be made; use a name of at most " +
+                       std::to_string(longestName) + " bytes");
   if (name.find('.') != std::string::npos)
     throw CommandError("user '" + name +
                        "' cannot be made; a name must not hold a dot, at which lists cut it");

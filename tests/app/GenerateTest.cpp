@@ -492,6 +492,31 @@ TEST_F(ProgramGenerate, ASetWithoutSamplesIsReplacedIfItIsOfARun) {
   fail({"generate", "parts", "--output", "set"}, "no training set of ours");
 }
 
+TEST_F(ProgramGenerate, HalfWrittenFilesOfAKilledRunAreReplaced) {
+  succeed({"generate", "parts", "--output", "set"});
+  for (const char* name : {"parts.data.new", "train.txt.new", "division.txt.part"})
+    place.write("set/" + std::string(name), "half");
+  succeed({"generate", "parts", "--output", "set"});
+}
+
+TEST_F(ProgramGenerate, ASetThatCannotBeMadeAnewIsLeftAlone) {
+  succeed({"generate", "parts", "--output", "above/set"});
+  const auto before = contents("above");
+  fs::permissions(place.path(), fs::perms::all);
+  for (const auto& entry : fs::recursive_directory_iterator(place.path()))
+    fs::permissions(entry.path(), fs::perms::all);
+  fs::permissions(place / "above", fs::perms::owner_read | fs::perms::owner_exec |
+                                       fs::perms::others_read | fs::perms::others_exec);
+  for (const Words& call : {Words{"generate", "parts", "--output", "above/set"},
+                            Words{"generate", "parts", "--output", "above/set", "--dry-run"}}) {
+    const auto result = runAsNobody(call);
+    EXPECT_EQ(result.exitCode, 1) << result.err;
+    EXPECT_THAT(result.err, testing::HasSubstr("cannot be removed and made anew"));
+  }
+  fs::permissions(place / "above", fs::perms::all);
+  EXPECT_EQ(contents("above"), before);
+}
+
 class ProgramStopped : public ProgramGenerate {
  protected:
   /// A run over an earlier set, if there is to be one, that takes a while.

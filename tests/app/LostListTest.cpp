@@ -107,7 +107,7 @@ TEST_F(ProgramLostList, ReadingGoesOnWithANote) {
                           {"gallery", "parts"},
                           {"labels", "export", "parts", "labels", "--format", "COCO"}}) {
     const auto result = run(call);
-    EXPECT_EQ(result.exitCode, 0) << call[0] << result.err;
+    EXPECT_EQ(result.exitCode, 3) << call[0] << result.err;
     EXPECT_EQ(occurrences(result.err,
                           "the list of set 'day1' is lost, and its pictures are left "
                           "out: " +
@@ -115,6 +115,32 @@ TEST_F(ProgramLostList, ReadingGoesOnWithANote) {
               1U)
         << call[0] << result.err;
   }
+}
+
+TEST_F(ProgramLostList, ItsPicturesAreNotReplacedByResults) {
+  place.makeDirectory("out/images");
+  writePicture(place / "out/images/d.png", 128, 64);
+  succeed({"import", "parts", "day3", "out/images"});
+  fs::remove(project() + "/day3.xml");
+  const auto before = contents("out");
+  const std::string text = "the list of set 'day3' is lost";
+  fail({"labels", "export", "parts", "out", "--format", "COCO"}, text);
+  fail({"render", "parts", "c.png", "-o", "out/images/d.png"}, text);
+  EXPECT_EQ(contents("out"), before);
+}
+
+TEST_F(ProgramLostList, ATrainingSetIsNotReplacedWhileAPictureIsUnknown) {
+  succeed({"generate", "parts", "--output", "set"});
+  const auto record = recordOf("day1", "a.png");
+  const auto before = contents("set");
+  fs::rename(record, place / "kept.xml");
+  fail({"generate", "parts", "--output", "set"}, "Its picture may lie in '");
+  fs::rename(place / "kept.xml", record);
+  fs::rename(project() + "/day1.xml", place / "list.xml");
+  fail({"generate", "parts", "--output", "set"}, "the list of set 'day1' is lost");
+  EXPECT_EQ(contents("set"), before);
+  fs::rename(place / "list.xml", project() + "/day1.xml");
+  succeed({"generate", "parts", "--output", "set"});
 }
 
 TEST_F(ProgramLostList, ARestoredOneGivesAllBack) {

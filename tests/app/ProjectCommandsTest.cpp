@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <sstream>
 
@@ -236,12 +237,26 @@ TEST_F(ProgramProjects, APictureInTwoSetsIsToldAndTheFirstIsTaken) {
   EXPECT_NE(list.find("set day2: 3 pictures, 0 marks"), std::string::npos) << list;
 }
 
-TEST_F(ProgramProjects, AnImportToTheOnlySetReadsItsRecordsOnce) {
+TEST_F(ProgramProjects, NoPictureIsAddedBesideARecordThatCannotBeRead) {
   makeProject();
-  std::filesystem::remove(recordOf("day1", "a.png"));
-  const auto alone = run({"import", "parts", "day1", "photos"});
-  EXPECT_EQ(alone.exitCode, 0) << alone.err;
-  EXPECT_EQ(alone.err.find("cannot be read"), std::string::npos) << alone.err;
+  const auto record = recordOf("day1", "a.png");
+  const auto whole = readFile(record);
+  const auto refused = [&] {
+    for (const Words& call : {Words{"import", "parts", "day1", "photos"},
+                              Words{"labels", "import", "parts", "day1", "labelled"}})
+      fail(call, "a record of set 'day1' cannot be read: " + record);
+  };
+  place.makeDirectory("labelled");
+  writePicture(place / "labelled/a.png", 128, 64);
+  place.write("labelled/a.txt", "0 0.5 0.5 0.25 0.25\n");
+  place.write("labelled/classes.txt", "nut\n");
+  std::ofstream(record) << "<opencv_storage";
+  refused();
+  fs::remove(record);
+  refused();
+  std::ofstream(record) << whole;
+  EXPECT_EQ(succeed({"import", "parts", "day1", "photos"}),
+            "set day1: 0 pictures added, 2 already there\n");
 }
 
 TEST_F(ProgramProjects, ImportLooksBelowOnlyWhenTold) {

@@ -221,6 +221,16 @@ TEST_F(ProgramRemove, ASetChoosesAmongPicturesOfOneName) {
   }
 }
 
+TEST_F(ProgramRemove, AProjectBehindALinkIsLeftAlone) {
+  fs::rename(place / "projects/parts", place / "elsewhere");
+  fs::create_directory_symlink(place / "elsewhere", place / "projects/parts");
+  const auto before = contents("elsewhere");
+  for (const Words& call : {Words{"remove", "project", "parts", "--with-marks"},
+                            Words{"remove", "project", "parts", "--dry-run"}})
+    fail(call, "' is a link to '");
+  EXPECT_EQ(contents("elsewhere"), before);
+}
+
 TEST_F(ProgramRemove, PicturesWhoseRecordsCannotBeReadGoOnlyWhenTold) {
   std::vector<std::string> records;
   for (const auto& entry : fs::directory_iterator(place / "projects/parts/is_day1"))
