@@ -197,14 +197,14 @@ TEST_F(LabelsTest, WhatWasRejectedIsToldAlsoIfNoPictureIsFound) {
                               HasSubstr("no picture      2\n")));
   EXPECT_THAT(text.err,
               AllOf(HasSubstr("c.txt:1: no picture\n"), HasSubstr("c.txt:2: no picture\n"),
-                    HasSubstr("--pictures tells where they lie")));
+                    HasSubstr("--pictures tells where pictures lie")));
   EXPECT_EQ(occurrences(readFile(place / "why.txt"), "no picture"), 2U);
   const auto json = parsed(import({"--json"}).out);
   EXPECT_EQ(json["labels"]["found"].asInt(), 2);
   EXPECT_EQ(json["labels"]["imported"].asInt(), 0);
   EXPECT_EQ(json["labels"]["rejected"].asInt(), 2);
   EXPECT_EQ(json["reasons"][0]["count"].asInt(), 2);
-  EXPECT_THAT(json["error"].asString(), HasSubstr("the labels have no pictures"));
+  EXPECT_THAT(json["error"].asString(), HasSubstr("no label has a picture that was found"));
   EXPECT_EQ(contents("projects"), before);
 }
 
@@ -361,7 +361,8 @@ TEST_F(LabelsTest, NamesAndPicturesMayLieElsewhere) {
   fs::rename(place / "in/images", place / "pictures");
   fail({"labels", "import", "parts", "others", "in"},
        "No class names found for 'in'; --format and --names tell how to read them");
-  EXPECT_THAT(import({"--names", "names.txt"}).err, HasSubstr("--pictures tells where they lie"));
+  EXPECT_THAT(import({"--names", "names.txt"}).err,
+              HasSubstr("--pictures tells where pictures lie"));
   const auto result = import({"--names", "names.txt", "--pictures", "pictures"});
   EXPECT_EQ(result.exitCode, 0) << result.err;
   EXPECT_THAT(result.out, HasSubstr("imported  2\n"));
