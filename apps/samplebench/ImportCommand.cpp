@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
 #include <opencv2/core.hpp>
-#include <utility>
 
 #include "CommandError.h"
 #include "CommandLine.h"
